@@ -1,0 +1,57 @@
+#include "audio/Module1.h"
+
+#include <utility>
+
+namespace melvane {
+
+namespace {
+
+constexpr std::uint32_t kCaptureFlags = 32;
+
+// The captured data reaches the encoder by itself; the callback only tells whether to go on.
+bool MixRecordProc(Handle handle, const void*, std::uint32_t, void* user) {
+    return static_cast<AudioLibrary*>(user)->BASS_Encode_IsActive(handle);
+}
+
+}  // namespace
+
+Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, DoEvents doEvents)
+    : library_(library), run_(run), stopRec_(std::move(stopRec)), doEvents_(std::move(doEvents)) {}
+
+void Module1::StartMixCapture() {
+    if (run_.lastMixStream != 0) {
+        library_.BASS_StreamFree(run_.lastMixStream);
+        run_.lastMixStream = 0;
+    }
+    if (run_.recordChannel != 0) {
+        library_.BASS_Encode_Stop(run_.recordChannel);
+        library_.BASS_ChannelStop(run_.recordChannel);
+    }
+    run_.recordChannel = library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, &library_);
+    if (run_.recordChannel == 0) return giveUp(RunFailure::captureNotStarted, 0);
+    if (!library_.BASS_Encode_Start(run_.recordChannel, run_.encoderCommandLine.c_str(), 0, nullptr, nullptr))
+        return giveUp(RunFailure::encoderNotStarted, run_.recordChannel);
+    library_.BASS_ChannelPlay(run_.recordChannel, false);
+}
+
+void Module1::giveUp(RunFailure failure, Handle channel) {
+    run_.failure = failure;
+    library_.BASS_ChannelStop(channel);
+    run_.recordChannel = 0;
+    stopRec_();
+}
+
+bool Module1::StopMixCapture() {
+    if (run_.recordChannel == 0) return false;
+    library_.BASS_Encode_Stop(run_.recordChannel);
+    library_.BASS_ChannelStop(run_.recordChannel);
+    while (library_.BASS_Encode_IsActive(run_.recordChannel)) doEvents_();
+    if (library_.encoderState(run_.recordChannel) == EncoderState::failed) run_.failure = RunFailure::encoderFailed;
+    run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
+    if (run_.lastMixStream != 0) run_.lastMixPath = run_.destinationPath;
+    run_.recordChannel = 0;
+    doEvents_();
+    return false;
+}
+
+}  // namespace melvane

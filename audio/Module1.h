@@ -1,0 +1,31 @@
+// Captures the card's mix and pipes it into the MP3 encoder.
+#pragma once
+
+#include <functional>
+
+#include "platform/audio_library.h"
+#include "state/run_state.h"
+
+namespace melvane {
+
+class Module1 {
+public:
+    // `stopRec` ends the run; it is called when capture or encoder cannot start.
+    Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, DoEvents doEvents);
+
+    // Starts capture and encoder; on failure recordChannel is 0, RunState::failure says why and the run was ended.
+    void StartMixCapture();
+    // Ends both and lets window events run until the encoder has finished its file. Always false: the new
+    // value of RunState::isMixing.
+    bool StopMixCapture();
+
+private:
+    void giveUp(RunFailure failure, Handle channel);
+
+    AudioLibrary& library_;
+    RunState& run_;
+    std::function<void()> stopRec_;
+    DoEvents doEvents_;
+};
+
+}  // namespace melvane

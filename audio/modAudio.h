@@ -1,0 +1,32 @@
+// Small helpers around the audio library, setting words and file names.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/audio_library.h"
+
+namespace melvane {
+
+// Changes only the pan, -100..100.
+void SetChannelPan(AudioLibrary& library, Handle handle, std::int32_t pan);
+// `position` in bytes.
+bool SetChannelPosition(AudioLibrary& library, Handle handle, std::int32_t position);
+
+std::uint32_t LoWord(std::uint32_t value);
+// `high` in the upper half, `low` in the lower one. Throws OverflowError when high * 65536 leaves the signed
+// 32-bit range.
+std::int32_t MakeLong(std::int32_t low, std::int32_t high);
+
+// A copy of a text that the library owns; "" for none.
+std::string AnsiToString(const char* text);
+
+// The text behind the last point of the whole path; "" without a point.
+std::string GetFileExtension(const std::string& path);
+// The file name without folder and last extension; "" for a bare name and for a name without extension.
+std::string GetFileTitle(const std::string& path);
+
+// True for the extensions of MIDI songs, in any case.
+bool isMidiFile(const std::string& path);
+
+}  // namespace melvane

@@ -1,0 +1,169 @@
+// The audio library as the program sees it: playback streams, recording inputs and capture, the encoder
+// pipe, the tempo stream and the sound card that ties them together.
+//
+// All operations are called on the user-interface thread and return without waiting for audio. Handles
+// are never reused within one library; 0 means none, and an operation on a handle that is unknown fails
+// silently. Positions and lengths are bytes of 16-bit stereo at 44100 Hz: four bytes a frame.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace melvane {
+
+using Handle = std::uint32_t;
+
+inline constexpr int kSampleRate = 44100;
+inline constexpr int kBytesPerFrame = 4;
+
+inline constexpr std::uint32_t BASS_SAMPLE_LOOP = 4;
+inline constexpr std::uint32_t BASS_STREAM_DECODE = 0x200000;
+inline constexpr std::uint32_t BASS_FX_FREESOURCE = 0x10000;
+
+inline constexpr std::uint32_t BASS_INPUT_OFF = 0x10000;
+inline constexpr std::uint32_t BASS_INPUT_ON = 0x20000;
+inline constexpr std::uint32_t BASS_INPUT_LEVEL = 0x40000;
+inline constexpr std::uint32_t BASS_INPUT_TYPE_MASK = 0xFF000000;
+inline constexpr std::uint32_t BASS_INPUT_TYPE_UNDEF = 0x00000000;
+inline constexpr std::uint32_t BASS_INPUT_TYPE_MIC = 0x03000000;
+inline constexpr std::uint32_t BASS_INPUT_TYPE_ANALOG = 0x0A000000;
+
+// Tempo and rate values that leave the parameter of a tempo stream unchanged.
+inline constexpr float kTempoUnchanged = -100.0F;
+inline constexpr float kRateUnchanged = 0.0F;
+
+// Called on the capture thread with each captured block of 16-bit stereo; `length` is in bytes. Returning
+// false ends the capture.
+using RecordProc = bool (*)(Handle handle, const void* buffer, std::uint32_t length, void* user);
+
+struct BASS_INFO {
+    std::uint32_t dsver = 0;    // version of the effect and mixing interface that is offered; 8 or later is needed
+    std::uint32_t latency = 0;  // ms from mixing to hearing; 0 when no device plays
+};
+
+enum class ChannelActivity : std::uint32_t { stopped = 0, playing = 1 };
+
+// How an encoder that was started on a capture stands.
+enum class EncoderState {
+    none,      // never started on that handle
+    running,   // takes data, or finishes its file after BASS_Encode_Stop
+    finished,  // took everything and ended with exit status 0
+    failed,    // ended by itself before the stop, with another exit status, or by a signal
+};
+
+struct CardStatus {
+    std::uint64_t framesMixed = 0;      // since the library was made
+    std::uint64_t deviceUnderruns = 0;  // device callbacks that found too little to play; never recorded
+    bool deviceOpen = false;            // false: the card runs silently on the machine's clock
+};
+
+class AudioLibrary {
+public:
+    virtual ~AudioLibrary() = default;
+
+    // --- Card and device -------------------------------------------------------------------------------
+    // `device` -1 is the default device. Without a reachable device the card runs on the machine's clock.
+    // False when the library is initialised already or `freq` is not 44100.
+    virtual bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void* window, const void* classId) = 0;
+    // Stops everything, waits for encoders that still finish their file, and frees all handles.
+    virtual bool BASS_Free() = 0;
+    virtual bool BASS_GetInfo(BASS_INFO& info) = 0;
+
+    // Between holdCard and resumeCard no frame is mixed: what is set up in between starts on one frame.
+    virtual void holdCard() = 0;
+    virtual void resumeCard() = 0;
+    // The card holds itself right behind the last frame of `channel`, so that nothing later is mixed.
+    virtual void holdCardAtEndOf(Handle channel) = 0;
+    // On the stepped clock: mixes up to `frames` frames and returns how many. Waits for a slow encoder, but
+    // at most 100 ms a call, so that the caller can look at its signals; 0 too while the card is held.
+    virtual std::uint32_t stepCard(std::uint32_t frames) = 0;
+    virtual CardStatus cardStatus() const = 0;
+
+    // --- Playback --------------------------------------------------------------------------------------
+    // Opens a whole file (`mem` false, `offset` and `length` 0) by its UTF-8 name; MP3, OGG, WAV and what
+    // else the decoders read. BASS_STREAM_DECODE: not playable itself, but the source of a tempo stream.
+    // 0 when the file cannot be read as sound.
+    virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
+                                         std::uint32_t flags) = 0;
+    virtual bool BASS_StreamFree(Handle handle) = 0;
+    // Frees a channel of any kind.
+    virtual bool BASS_MusicFree(Handle handle) = 0;
+
+    // Plays on from the current position, or from the start when `restart` is true or the end was reached.
+    // A capture starts to deliver blocks with this call.
+    virtual bool BASS_ChannelPlay(Handle handle, bool restart) = 0;
+    virtual bool BASS_ChannelStop(Handle handle) = 0;
+    virtual ChannelActivity BASS_ChannelIsActive(Handle handle) const = 0;
+
+    virtual std::uint64_t BASS_ChannelGetLength(Handle handle) const = 0;
+    virtual std::uint64_t BASS_ChannelGetPosition(Handle handle) const = 0;
+    // Beyond the end: false, and the position stays.
+    virtual bool BASS_ChannelSetPosition(Handle handle, std::uint64_t position) = 0;
+    // Rounded to a whole frame.
+    virtual std::uint64_t BASS_ChannelSeconds2Bytes(Handle handle, float seconds) const = 0;
+
+    // frequency in Hz (fixed at 44100), volume 0..100 (linear amplitude), pan -100 (left)..100 (right).
+    virtual bool BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency, std::uint32_t& volume,
+                                           std::int32_t& pan) const = 0;
+    // Values outside the ranges are clamped. A change on a sounding channel ramps within 20 ms.
+    virtual bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
+                                           std::int32_t pan) = 0;
+
+    // --- Tempo add-on ----------------------------------------------------------------------------------
+    // A playable stream over a decoding one, whose key can be moved while it plays; at pitch 0 it passes
+    // its source bit by bit. With BASS_FX_FREESOURCE it frees the source with itself. 0 on failure.
+    virtual Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) = 0;
+    // tempo -100 and rate 0 leave those unchanged (no other values are offered); pitch in semitones, -5..5
+    // (clamped to an octave either way).
+    virtual bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) = 0;
+
+    // --- Capture ---------------------------------------------------------------------------------------
+    // Opens the recording device (-1: the default one) and lists its inputs.
+    virtual bool BASS_RecordInit(int device) = 0;
+    // Name of an input, nullptr behind the last. The text belongs to the library and lives as long as it.
+    virtual const char* BASS_RecordGetInputName(int input) const = 0;
+    // Setting word: level 0..100 in bits 0-15, BASS_INPUT_OFF when off, type in bits 24-31. All ones when
+    // there is no such input.
+    virtual std::uint32_t BASS_RecordGetInput(int input) const = 0;
+    // BASS_INPUT_OFF, BASS_INPUT_ON, or BASS_INPUT_LEVEL with a level in bits 0-15.
+    virtual bool BASS_RecordSetInput(int input, std::uint32_t setting) = 0;
+    // Prepares a capture of the inputs that are on; blocks come from BASS_ChannelPlay on. Only 44100 Hz
+    // stereo, always 16-bit. 0 on failure.
+    virtual Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
+                                    void* user) = 0;
+
+    // --- Encoder add-on --------------------------------------------------------------------------------
+    // Starts the program of `commandLine` without a shell and feeds it a WAV header and then everything
+    // captured on `handle`. Words are separated by blanks; a word in double quotes may hold blanks, and a
+    // backslash there takes the next character as it is.
+    virtual bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
+                                   void* user) = 0;
+    // True while the encoder runs, also after the stop until its file is finished.
+    virtual bool BASS_Encode_IsActive(Handle handle) const = 0;
+    // Ends the encoder's input behind what was captured so far and returns at once; an encoder that then
+    // takes nothing for 30 s is ended.
+    virtual bool BASS_Encode_Stop(Handle handle) = 0;
+    // Stays answerable after the capture was stopped, until the next BASS_RecordStart.
+    virtual EncoderState encoderState(Handle handle) const = 0;
+};
+
+// What a process says when it makes the library.
+enum class CardClock {
+    device,   // the sound device asks for frames; the machine's clock where there is none or it vanishes
+    machine,  // real time without a device
+    stepped,  // the caller asks for frames, as fast as they can be made
+};
+
+struct AudioLibraryOptions {
+    CardClock clock = CardClock::device;
+    std::uint32_t blockFrames = 441;  // frames mixed at a time, 16..8192; never changes the samples
+    std::string programDirectory;     // where the encoder is looked for first
+};
+
+// Exported by the library file under these names.
+using BASS_GetVersionFunction = std::uint32_t (*)();
+using CreateAudioLibraryFunction = AudioLibrary* (*)(const AudioLibraryOptions&);
+inline constexpr const char* kBASS_GetVersionSymbol = "BASS_GetVersion";
+inline constexpr const char* kCreateAudioLibrarySymbol = "createAudioLibrary";
+
+}  // namespace melvane

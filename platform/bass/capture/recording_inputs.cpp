@@ -1,0 +1,39 @@
+#include "platform/bass/capture/recording_inputs.h"
+
+#include <algorithm>
+
+#include "platform/audio_library.h"
+
+namespace melvane::bass {
+
+void RecordingInputs::list(SoundServer* server) {
+    inputs_.clear();
+    inputs_.push_back({"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true});
+    if (!server) return;
+    for (CaptureSource& source : server->captureSources()) {
+        const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
+        if (source.isDefault) inputs_.front().on = false;
+        inputs_.push_back({std::move(source.name), type, std::move(source.id), source.isDefault});
+    }
+}
+
+const RecordingInput* RecordingInputs::at(int input) const {
+    return input >= 0 && static_cast<std::size_t>(input) < inputs_.size() ? &inputs_[static_cast<std::size_t>(input)]
+                                                                          : nullptr;
+}
+
+std::uint32_t RecordingInputs::setting(int input) const {
+    const RecordingInput* found = at(input);
+    return found ? found->type | found->level | (found->on ? 0 : BASS_INPUT_OFF) : ~0U;
+}
+
+bool RecordingInputs::set(int input, std::uint32_t setting) {
+    if (!at(input)) return false;
+    RecordingInput& changed = inputs_[static_cast<std::size_t>(input)];
+    if (setting & BASS_INPUT_OFF) changed.on = false;
+    if (setting & BASS_INPUT_ON) changed.on = true;
+    if (setting & BASS_INPUT_LEVEL) changed.level = std::min(setting & 0xFFFFU, 100U);
+    return true;
+}
+
+}  // namespace melvane::bass

@@ -1,0 +1,36 @@
+#include "platform/bass/device/sound_server.h"
+
+namespace melvane::bass {
+
+std::shared_ptr<cubeb> SoundServer::connection() {
+    const std::lock_guard lock(mutex_);
+    cubeb* made = nullptr;
+    if (!connection_ && cubeb_init(&made, "Melvane", nullptr) == CUBEB_OK) connection_.reset(made, cubeb_destroy);
+    return connection_;
+}
+
+void SoundServer::reconnect() {
+    const std::lock_guard lock(mutex_);
+    connection_.reset();
+}
+
+std::vector<CaptureSource> SoundServer::captureSources() {
+    std::vector<CaptureSource> sources;
+    const auto server = connection();
+    cubeb_device_collection found{};
+    if (!server || cubeb_enumerate_devices(server.get(), CUBEB_DEVICE_TYPE_INPUT, &found) != CUBEB_OK) return sources;
+    for (std::size_t i = 0; i < found.count; ++i) {
+        const cubeb_device_info& device = found.device[i];
+        if (device.state != CUBEB_DEVICE_STATE_ENABLED || !device.device_id) continue;
+        CaptureSource source;
+        source.id = device.device_id;
+        source.name = device.friendly_name ? device.friendly_name : device.device_id;
+        source.isMonitor = source.id.ends_with(".monitor");
+        source.isDefault = (device.preferred & CUBEB_DEVICE_PREF_MULTIMEDIA) != 0;
+        sources.push_back(std::move(source));
+    }
+    cubeb_device_collection_destroy(server.get(), &found);
+    return sources;
+}
+
+}  // namespace melvane::bass

@@ -1,0 +1,69 @@
+// The sound card: mixes all playing channels, frame by frame, and hands the mix to the captures that listen
+// to it. Who asks for frames, and when, is not its business; the samples never depend on it.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/bass/graph/channel.h"
+
+namespace melvane::bass {
+
+// Takes the card's mix. push() is called on the mixing thread with every block, in order.
+class CardListener {
+public:
+    virtual ~CardListener() = default;
+    virtual void push(const float* mix, std::size_t frames) = 0;
+    // True while the listener has more waiting than it can take at leisure.
+    virtual bool congested() const = 0;
+};
+
+class Card {
+public:
+    // --- user-interface thread; each takes the lock for a moment ---
+    void add(std::shared_ptr<Channel> channel);
+    void remove(const std::shared_ptr<Channel>& channel);
+    void listen(std::shared_ptr<CardListener> listener);
+    void unlisten(const std::shared_ptr<CardListener>& listener);
+    void hold();
+    void resume();
+    // Holds the card behind the last frame of `channel`.
+    void holdAtEndOf(std::shared_ptr<Channel> channel);
+    // Wakes the mixing thread to look again at what plays.
+    void wake();
+
+    // --- mixing thread ---
+    // Mixes up to `frames` frames into `out`; 0 while held or idle, fewer at the end that the card holds at.
+    std::size_t mix(float* out, std::size_t frames);
+    // Something plays or listens, held or not.
+    bool active();
+    // True while active() and not held.
+    bool running();
+    bool congested();
+    // Returns when wake() or another call above may have changed something, or after `milliseconds`
+    // (negative: no limit).
+    void waitForChange(int milliseconds);
+
+    std::uint64_t framesMixed() const { return framesMixed_; }
+
+private:
+    bool activeLocked() const;
+    void changed();
+
+    std::mutex mutex_;
+    std::condition_variable change_;
+    std::uint64_t changes_ = 0;
+    std::uint64_t changesSeen_ = 0;
+    std::vector<std::shared_ptr<Channel>> channels_;
+    std::vector<std::shared_ptr<CardListener>> listeners_;
+    std::shared_ptr<Channel> holdAtEndOf_;
+    bool held_ = false;
+    std::atomic<std::uint64_t> framesMixed_{0};
+};
+
+}  // namespace melvane::bass

@@ -1,0 +1,97 @@
+// The audio library: handles, and what stands behind them.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include "platform/audio_library.h"
+#include "platform/bass/capture/capture.h"
+#include "platform/bass/capture/recording_inputs.h"
+#include "platform/bass/device/mixing_thread.h"
+#include "platform/bass/device/sound_server.h"
+#include "platform/bass/graph/card.h"
+#include "platform/bass/graph/tempo_source.h"
+
+namespace melvane::bass {
+
+class Library : public AudioLibrary {
+public:
+    explicit Library(const AudioLibraryOptions& options);
+    ~Library() override;
+
+    bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void* window, const void* classId) override;
+    bool BASS_Free() override;
+    bool BASS_GetInfo(BASS_INFO& info) override;
+    void holdCard() override { card_.hold(); }
+    void resumeCard() override { card_.resume(); }
+    void holdCardAtEndOf(Handle channel) override;
+    std::uint32_t stepCard(std::uint32_t frames) override;
+    CardStatus cardStatus() const override;
+
+    Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
+                                 std::uint32_t flags) override;
+    bool BASS_StreamFree(Handle handle) override;
+    bool BASS_MusicFree(Handle handle) override;
+    bool BASS_ChannelPlay(Handle handle, bool restart) override;
+    bool BASS_ChannelStop(Handle handle) override;
+    ChannelActivity BASS_ChannelIsActive(Handle handle) const override;
+    std::uint64_t BASS_ChannelGetLength(Handle handle) const override;
+    std::uint64_t BASS_ChannelGetPosition(Handle handle) const override;
+    bool BASS_ChannelSetPosition(Handle handle, std::uint64_t position) override;
+    std::uint64_t BASS_ChannelSeconds2Bytes(Handle handle, float seconds) const override;
+    bool BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency, std::uint32_t& volume,
+                                   std::int32_t& pan) const override;
+    bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
+                                   std::int32_t pan) override;
+
+    Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override;
+    bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override;
+
+    bool BASS_RecordInit(int device) override;
+    const char* BASS_RecordGetInputName(int input) const override;
+    std::uint32_t BASS_RecordGetInput(int input) const override { return inputs_.setting(input); }
+    bool BASS_RecordSetInput(int input, std::uint32_t setting) override { return inputs_.set(input, setting); }
+    Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
+                            void* user) override;
+
+    bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
+                           void* user) override;
+    bool BASS_Encode_IsActive(Handle handle) const override;
+    bool BASS_Encode_Stop(Handle handle) override;
+    EncoderState encoderState(Handle handle) const override;
+
+private:
+    // What a handle stands for: a decoding source, a playable channel over one (with its key where it is a
+    // tempo stream), or a capture.
+    struct Entry {
+        std::shared_ptr<decode::PcmSource> decoding;
+        std::shared_ptr<Channel> channel;
+        std::shared_ptr<TempoSource> tempo;
+        Handle freedWithIt = 0;
+        std::uint32_t volume = 100;
+        std::int32_t pan = 0;
+        std::shared_ptr<Capture> capture;
+    };
+
+    Handle keep(Entry entry);
+    // The entry of a handle; an empty one when there is none.
+    Entry find(Handle handle) const;
+    void forget(Handle handle);
+    void forgetFinishedCaptures();
+
+    const AudioLibraryOptions options_;
+    SoundServer server_;
+    RecordingInputs inputs_;
+    Card card_;
+    std::unique_ptr<MixingThread> mixing_;
+    std::vector<float> stepBlock_;
+    bool initialised_ = false;
+
+    // The capture callback asks for its encoder on the capture thread.
+    mutable std::mutex entriesMutex_;
+    std::unordered_map<Handle, Entry> entries_;
+    Handle lastHandle_ = 0;
+};
+
+}  // namespace melvane::bass

@@ -1,0 +1,22 @@
+// Message boxes and file dialogs of the desktop, over the active window of the application.
+#pragma once
+
+#include <QString>
+#include <string>
+
+#include "platform/dialogs.h"
+
+namespace melvane {
+
+class DesktopDialogs : public Dialogs {
+public:
+    BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons buttons) override;
+    std::string openFile(const std::string& title, const std::string& filter,
+                         const std::string& initialDirectory) override;
+    std::string saveFile(const std::string& title, const std::string& filter, const std::string& proposedName) override;
+};
+
+// "Sound (*mp3;*ogg)|**mp3;*ogg" as Qt writes it: "Sound (*mp3 *MP3 *ogg *OGG)".
+QString nameFilter(const std::string& filter);
+
+}  // namespace melvane

@@ -1,0 +1,48 @@
+#include "platform/desktop/local_file_names.h"
+
+#include <QCoreApplication>
+#include <filesystem>
+#include <system_error>
+
+namespace melvane {
+
+namespace {
+
+std::filesystem::path toPath(const std::string& text) {
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+std::string toText(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+}  // namespace
+
+std::string LocalFileNames::systemDirectory() const {
+    return MELVANE_SYSTEM_DIR;
+}
+
+std::string LocalFileNames::programDirectory() const {
+    if (QCoreApplication::instance() != nullptr) return QCoreApplication::applicationDirPath().toStdString();
+    std::error_code error;
+    return toText(std::filesystem::read_symlink("/proc/self/exe", error).parent_path());
+}
+
+std::string LocalFileNames::shortPath(const std::string& path) const {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(toPath(path), error);
+    return error ? path : toText(absolute);
+}
+
+std::string LocalFileNames::commandLineWord(const std::string& path) const {
+    if (!path.empty() && path.find_first_of(" \t\r\n\v\f\"\\") == std::string::npos) return path;
+    std::string word = "\"";
+    for (const char c : path) {
+        if (c == '"' || c == '\\') word += '\\';
+        word += c;
+    }
+    return word + '"';
+}
+
+}  // namespace melvane

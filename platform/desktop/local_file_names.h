@@ -1,0 +1,20 @@
+// Well-known directories and file-name forms of the machine that the program runs on.
+#pragma once
+
+#include <string>
+
+#include "platform/file_names.h"
+
+namespace melvane {
+
+class LocalFileNames : public FileNames {
+public:
+    std::string systemDirectory() const override;
+    // Also without an application object; empty when the system does not tell.
+    std::string programDirectory() const override;
+    // The absolute form, byte by byte; links and dots in it stay. `path` itself when that cannot be made.
+    std::string shortPath(const std::string& path) const override;
+    std::string commandLineWord(const std::string& path) const override;
+};
+
+}  // namespace melvane

@@ -1,0 +1,43 @@
+// The registry as a JSON file: an object for each key, named by its path, with the values in it. A text (REG_SZ)
+// that is plain UTF-8 is a JSON string; any other value is {"type": number, "base64": bytes}.
+//
+// Several programs may use one file: a write takes a lock file beside it, reads the file anew and replaces it in
+// one step. Entries that are not understood are kept. A file that is no registry (broken, or larger than 4 MiB)
+// holds nothing, and the next write moves it to "<name>.broken" first.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/registry.h"
+
+namespace melvane {
+
+class RegistryFile : public Registry {
+public:
+    // UTF-8 path; neither the file nor its directory need exist.
+    explicit RegistryFile(std::string path);
+
+    // Tessaro/registry.json in the user's directory for configuration.
+    static std::string defaultPath();
+
+    // Key paths and value names are compared without regard to ASCII case. Results are ERROR_SUCCESS,
+    // ERROR_FILE_NOT_FOUND for a key or value that is not there, ERROR_MORE_DATA as the interface says, and
+    // ERROR_WRITE_FAULT when the file cannot be replaced or stays locked by another program for 2 s.
+    std::int32_t RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) override;
+    std::int32_t RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) override;
+    std::int32_t RegSetValueExA(RegistryKey key, const std::string& name, std::uint32_t reserved, std::uint32_t type,
+                                const void* data, std::uint32_t size) override;
+    std::int32_t RegQueryValueExA(RegistryKey key, const std::string& name, std::uint32_t& type, void* data,
+                                  std::uint32_t& size) override;
+    std::int32_t RegCloseKey(RegistryKey key) override;
+
+private:
+    std::int32_t open(const std::string& keyPath, RegistryKey& key);
+
+    std::string path_;
+    std::map<RegistryKey, std::string> openKeys_;
+    RegistryKey lastKey_ = 0;
+};
+
+}  // namespace melvane

@@ -1,0 +1,23 @@
+// The platform's well-known directories and file-name forms. Paths are UTF-8.
+#pragma once
+
+#include <string>
+
+namespace melvane {
+
+class FileNames {
+public:
+    virtual ~FileNames() = default;
+
+    // Where shared libraries of the system are looked for.
+    virtual std::string systemDirectory() const = 0;
+    // Where the running program's file lies.
+    virtual std::string programDirectory() const = 0;
+    // The short (8.3) form of an existing file's path; where there are no short names, its absolute form.
+    virtual std::string shortPath(const std::string& path) const = 0;
+    // The path as one word of an encoder command line: as it stands where it holds neither white space nor
+    // double quotes nor backslashes; else in double quotes, with a backslash before each quote and backslash.
+    virtual std::string commandLineWord(const std::string& path) const = 0;
+};
+
+}  // namespace melvane

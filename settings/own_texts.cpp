@@ -1,0 +1,58 @@
+#include "settings/own_texts.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace melvane {
+
+namespace {
+
+constexpr OwnTextRow kRows[] = {
+    {OwnText::tagLine, "Podkład karaoke i Twój głos w jednym MP3", "Karaoke and your voice in one MP3"},
+    {OwnText::continueToMixer, "Dalej", "Continue"},
+    {OwnText::karaokeBackground, "Podkład karaoke", "Karaoke background"},
+    {OwnText::vocalRecording, "Nagranie wokalu", "Vocal recording"},
+    {OwnText::mixingDestination, "Plik docelowy miksowania", "Mixing destination"},
+    {OwnText::mix, "Miksuj", "Mix"},
+    {OwnText::stop, "Stop", "Stop"},
+    {OwnText::keyShift, "Tonacja podkładu karaoke", "Karaoke background key"},
+    {OwnText::effects, "Efekty", "Effects"},
+    {OwnText::midiChannels, "Kanały MIDI", "MIDI channels"},
+    {OwnText::minimize, "Minimalizuj", "Minimize"},
+    {OwnText::mixProgress, "Postęp miksowania", "Progress of the mix"},
+    {OwnText::ready, "Gotowy do pracy", "Ready"},
+    {OwnText::mixing, "Miksowanie…", "Mixing…"},
+    {OwnText::finishingFile, "Kończenie zapisu pliku MP3…", "Finishing the MP3 file…"},
+    {OwnText::mixFinished, "Miksowanie zakończone: %1", "Mix finished: %1"},
+    {OwnText::stopped, "Zatrzymano", "Stopped"},
+    {OwnText::playsSilently, "Brak urządzenia dźwiękowego: miksu nie słychać, ale jest nagrywany.",
+     "No sound device: the mix cannot be heard, but it is recorded."},
+    {OwnText::cannotOpenBackground, "Nie można otworzyć podkładu: %1", "The background cannot be opened: %1"},
+    {OwnText::cannotOpenVocal, "Nie można otworzyć nagrania wokalu: %1", "The vocal recording cannot be opened: %1"},
+    {OwnText::destinationIsSource, "Plik docelowy jest jednym z plików źródłowych. Wybierz inną nazwę.",
+     "The destination is one of the source files. Choose another name."},
+    {OwnText::cannotWriteDestination, "Nie można zapisać pliku docelowego: %1",
+     "The destination cannot be written: %1"},
+    {OwnText::noMixInput, "Nie znaleziono wejścia nagrywającego miks. Wskaż je w ustawieniach.",
+     "No input that records the mix was found. Choose one in the preferences."},
+    {OwnText::captureFailed, "Nie udało się rozpocząć nagrywania miksu.", "The mix could not be recorded."},
+    {OwnText::encoderNotFound, "Nie znaleziono programu kodującego MP3: %1", "The MP3 encoder was not found: %1"},
+    {OwnText::encoderFailed, "Kodowanie nie powiodło się, plik MP3 jest niekompletny: %1",
+     "The encoder failed, the MP3 file is incomplete: %1"},
+    {OwnText::unsupportedFile, "Nieobsługiwany rodzaj pliku: %1", "This kind of file is not supported: %1"},
+};
+
+constexpr bool inOrder() {
+    for (std::size_t i = 0; i < std::size(kRows); ++i)
+        if (kRows[i].text != static_cast<OwnText>(i)) return false;
+    return std::size(kRows) == static_cast<std::size_t>(OwnText::count);
+}
+static_assert(inOrder(), "one row for each text, in the order of the enumerators");
+
+}  // namespace
+
+const OwnTextRow& ownTextRow(OwnText text) {
+    return kRows[static_cast<std::size_t>(text)];
+}
+
+}  // namespace melvane

@@ -1,0 +1,51 @@
+// Labels, states and messages that have no number in the language tables.
+#pragma once
+
+namespace melvane {
+
+// In the order of the table. "%1" in a text stands for what is named behind the enumerator.
+enum class OwnText {
+    // The start window.
+    tagLine,
+    continueToMixer,
+    // Fields and controls of the main window.
+    karaokeBackground,
+    vocalRecording,
+    mixingDestination,
+    mix,
+    stop,
+    keyShift,
+    effects,
+    midiChannels,
+    minimize,
+    mixProgress,
+    // What a run is doing.
+    ready,
+    mixing,
+    finishingFile,
+    mixFinished,  // file
+    stopped,
+    playsSilently,
+    // Why a run did not begin or did not end well.
+    cannotOpenBackground,  // file
+    cannotOpenVocal,       // file
+    destinationIsSource,
+    cannotWriteDestination,  // file
+    noMixInput,
+    captureFailed,
+    encoderNotFound,  // program
+    encoderFailed,    // file
+    unsupportedFile,  // file
+    count
+};
+
+struct OwnTextRow {
+    OwnText text;
+    const char* polish;
+    const char* english;
+};
+
+// `text` is one of the enumerators before `count`.
+const OwnTextRow& ownTextRow(OwnText text);
+
+}  // namespace melvane

@@ -1,0 +1,43 @@
+// The program's settings as text values of the per-user registry.
+//
+// Nothing here fails or throws: what cannot be read is "", what cannot be written is not. Numbers are read by
+// their leading digits, 0 when there are none, and rounded. A number beyond the range of its field (a store
+// edited by hand) and a field missing from a list leave that field as it was.
+#pragma once
+
+#include <string>
+
+#include "platform/registry.h"
+#include "state/settings.h"
+
+namespace melvane {
+
+inline constexpr const char* kProductKey = R"(software\Tessaro\Melvane)";
+// Of the sibling product, and only read: its recording directory is shared.
+inline constexpr const char* kSiblingKey = R"(software\Tessaro\Quillon)";
+
+class SettingsStore {
+public:
+    // `registry` must outlive this object.
+    explicit SettingsStore(Registry& registry) : registry_(registry) {}
+
+    // Text of a value of the current user; "" when there is none.
+    std::string ReadSetting(const std::string& subKey, const std::string& valueName) const;
+    void WriteSetting(const std::string& subKey, const std::string& valueName, const std::string& text) const;
+
+    // Takes every value that is stored and not empty. EffectRecord::parameter is left alone.
+    void load(Settings& settings) const;
+    // Writes every value but recDirectory, and the position only when there is one.
+    void save(const Settings& settings) const;
+
+private:
+    std::string readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const;
+    void writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
+                    const std::string& text) const;
+    // REG_SZ up to its first zero, REG_BINARY as the 16-bit integer that its first bytes make; else "".
+    std::string queryValue(RegistryKey key, const std::string& valueName) const;
+
+    Registry& registry_;
+};
+
+}  // namespace melvane

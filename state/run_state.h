@@ -1,0 +1,51 @@
+// What the mixing run and everything around it share. Zero, false and empty at the start of the program.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace melvane {
+
+using DoEvents = std::function<void()>;  // lets pending window events run once
+
+// Why a run did not begin or did not end well.
+enum class RunFailure {
+    none,
+    pathsMissing,
+    destinationIsSource,
+    destinationNotWritable,
+    backgroundUnreadable,
+    vocalUnreadable,
+    midiUnplayable,
+    captureNotStarted,
+    encoderNotStarted,
+    encoderFailed,
+};
+
+// The three path fields of the main window; UTF-8, empty when nothing was chosen.
+struct PathFields {
+    std::string background;
+    std::string vocal;
+    std::string destination;
+};
+
+struct RunState {
+    std::string backgroundPath;
+    std::string vocalPath;
+    std::string destinationPath;
+    std::string encodePath;  // the destination as the encoder is told it
+    std::string encoderCommandLine;
+    std::string lastMixPath;  // destination of the last run that produced a playable file
+    bool isMidiBackground = false;
+    bool isMixing = false;
+    std::uint32_t backgroundChannel = 0;
+    std::uint32_t vocalChannel = 0;
+    std::uint32_t recordChannel = 0;
+    std::uint32_t lastMixStream = 0;        // playback stream over the finished file
+    std::int32_t savedInput = 0;            // recording input that was on when the program started
+    std::int32_t savedLevel = 0;            // its level, 0..100
+    RunFailure failure = RunFailure::none;  // of the last run
+};
+
+}  // namespace melvane
