@@ -1,0 +1,117 @@
+// melvane-mix: one mix from the command line, on the stepped clock, without windows or sound device.
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "app/mixer.h"
+#include "app/run_messages.h"
+#include "app/start_checks.h"
+#include "platform/desktop/library_file.h"
+#include "platform/desktop/local_file_names.h"
+#include "tools/console_dialogs.h"
+#include "tools/options.h"
+#include "tools/reporter.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kCouldNot = 1;
+constexpr int kWrongUsage = 2;
+constexpr int kSignalBase = 128;
+constexpr std::uint32_t kBlockFrames = 4096;
+constexpr std::uintmax_t kPlaceholderSize = 2;
+
+volatile std::sig_atomic_t interruptedBy = 0;
+
+void interrupt(int signal) {
+    interruptedBy = signal;
+}
+
+void catchInterrupts() {
+    struct sigaction action {};
+    action.sa_handler = interrupt;
+    for (const int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
+}
+
+// The empty file that stands for a mix from its start on goes again when the encoder never got to it.
+void removePlaceholder(const RunState& run) {
+    std::error_code error;
+    if (std::filesystem::file_size(run.destinationPath, error) == kPlaceholderSize && !error)
+        std::filesystem::remove(run.destinationPath, error);
+}
+
+int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
+    std::error_code error;
+    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(options.destination, error));
+    mixer.Form_Load(nullptr);
+    mixer.fields() = {options.background, options.vocal, options.destination};
+    mixer.settings().volume = options.volume;
+    MixingRun& run = mixer.mixingRun();
+    catchInterrupts();
+    run.mi_button_Click();
+    while (mixer.run().isMixing && !interruptedBy) {
+        library.stepCard(kBlockFrames);
+        run.Timer1_Timer();
+        reporter.progress(run.framesDone(), run.framesTotal());
+    }
+    mixer.Form_Unload(nullptr);
+    if (mixer.run().failure != RunFailure::none) {
+        if (!existed) removePlaceholder(mixer.run());
+        reporter.failed(runMessage(language, mixer.run()));
+        return kCouldNot;
+    }
+    reporter.finished(options.destination, run.framesDone(), interruptedBy != 0);
+    return interruptedBy ? kSignalBase + interruptedBy : kDone;
+}
+
+int run(const MixOptions& options) {
+    using Style = Reporter::Style;
+    const Style bar = options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
+    Reporter reporter(options.json ? Style::json : bar);
+    std::error_code error;
+    if (!options.overwrite && std::filesystem::exists(options.destination, error)) {
+        reporter.failed(options.destination + " exists already; --overwrite replaces it");
+        return kCouldNot;
+    }
+    modLang language;
+    const LocalFileNames names;
+    language.InitLanguage(names.systemDirectory(), "en");
+    LibraryFile file;
+    StartResult start = startAudioLibrary(file, names, {CardClock::stepped, kBlockFrames, names.programDirectory()});
+    if (start.message != StartMessage::none) {
+        reporter.failed(language.lang(static_cast<int>(start.message)));
+        return kCouldNot;
+    }
+    ConsoleDialogs dialogs;
+    const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+    Mixer mixer({*start.library, names, dialogs, language, doEvents});
+    return mix(options, mixer, language, *start.library, reporter);
+}
+
+}  // namespace
+
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    using namespace melvane;
+    try {
+        const MixOptions options = parseOptions(std::span<const char* const>(argv + 1, argv + std::max(argc, 1)));
+        if (options.help || options.version) {
+            std::fputs(options.help ? usageText().c_str() : "melvane-mix " MELVANE_VERSION "\n", stdout);
+            return kDone;
+        }
+        return run(options);
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "melvane-mix: %s\nTry melvane-mix --help.\n", error.what());
+        return kWrongUsage;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "melvane-mix: %s\n", error.what());
+        return kCouldNot;
+    }
+}

@@ -1,0 +1,83 @@
+#include "tools/reporter.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <cstdio>
+
+#include "platform/audio_library.h"
+
+namespace melvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+constexpr auto kInterval = 100ms;
+constexpr int kBarWidth = 40;
+
+double seconds(std::int64_t frames) {
+    return static_cast<double>(frames) / kSampleRate;
+}
+
+void printLine(const QJsonObject& object) {
+    std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+}
+
+QString text(const std::string& utf8) {
+    return QString::fromStdString(utf8);
+}
+QString text(const char* ascii) {
+    return QString::fromLatin1(ascii);
+}
+
+}  // namespace
+
+void Reporter::progress(std::int64_t done, std::int64_t total) {
+    const auto now = std::chrono::steady_clock::now();
+    if (style_ == Style::quiet || total <= 0 || (now - lastShown_ < kInterval && done < total)) return;
+    lastShown_ = now;
+    const double fraction = static_cast<double>(done) / static_cast<double>(total);
+    if (style_ == Style::bar) return drawBar(fraction, seconds(done));
+    printLine({{text("event"), text("progress")},
+               {text("position"), seconds(done)},
+               {text("length"), seconds(total)},
+               {text("fraction"), fraction}});
+}
+
+void Reporter::drawBar(double fraction, double done) {
+    const int filled = static_cast<int>(fraction * kBarWidth);
+    const std::string bar = std::string(static_cast<std::size_t>(filled), '#') +
+                            std::string(static_cast<std::size_t>(kBarWidth - filled), '-');
+    const int whole = static_cast<int>(done);
+    std::fprintf(stderr, "\r[%s] %3d %%  %d:%02d", bar.c_str(), static_cast<int>(fraction * 100), whole / 60,
+                 whole % 60);
+    std::fflush(stderr);
+    barShown_ = true;
+}
+
+void Reporter::clearBar() {
+    if (barShown_) std::fputs("\n", stderr);
+    barShown_ = false;
+}
+
+void Reporter::finished(const std::string& destination, std::int64_t frames, bool interrupted) {
+    clearBar();
+    if (style_ == Style::json)
+        printLine({{text("event"), text("result")},
+                   {text("status"), text(interrupted ? "interrupted" : "done")},
+                   {text("destination"), text(destination)},
+                   {text("seconds"), seconds(frames)},
+                   {text("frames"), static_cast<qint64>(frames)}});
+    else if (interrupted)
+        std::fprintf(stderr, "melvane-mix: interrupted; %.1f s are in %s\n", seconds(frames), destination.c_str());
+}
+
+void Reporter::failed(const std::string& message) {
+    clearBar();
+    if (style_ == Style::json)
+        printLine(
+            {{text("event"), text("result")}, {text("status"), text("failed")}, {text("message"), text(message)}});
+    std::fprintf(stderr, "melvane-mix: %s\n", message.c_str());
+}
+
+}  // namespace melvane

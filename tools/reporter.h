@@ -1,0 +1,31 @@
+// What melvane-mix says while it works and at the end.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace melvane {
+
+class Reporter {
+public:
+    enum class Style { quiet, bar, json };
+
+    explicit Reporter(Style style) : style_(style) {}
+
+    // `done` and `total` in frames.
+    void progress(std::int64_t done, std::int64_t total);
+    // The file was written: all of the song, or what was mixed before an interrupt.
+    void finished(const std::string& destination, std::int64_t frames, bool interrupted);
+    void failed(const std::string& message);
+
+private:
+    void drawBar(double fraction, double seconds);
+    void clearBar();
+
+    const Style style_;
+    std::chrono::steady_clock::time_point lastShown_{};
+    bool barShown_ = false;
+};
+
+}  // namespace melvane
