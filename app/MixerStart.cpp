@@ -1,0 +1,56 @@
+#include "app/MixerStart.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QScreen>
+
+#include "app/source_files.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr QSize kSize(274, 174);
+constexpr int kContinueEntry = 13;
+
+void addLabel(QWidget* parent, const char* name, const QRect& place, const std::string& text = {}) {
+    auto* label = new QLabel(QString::fromStdString(text), parent);
+    label->setObjectName(QLatin1String(name));
+    label->setAlignment(Qt::AlignCenter);
+    label->setGeometry(place);
+}
+
+}  // namespace
+
+MixerStart::MixerStart(const modLang& language)
+    : FramelessWindow(kSize, kSize.height()),
+      CON_(new QPushButton(QString::fromStdString(language.lang(kContinueEntry)), this)) {
+    setObjectName(QStringLiteral("MixerStart"));
+    setWindowTitle(QLatin1String(kProductCaption));
+    addLabel(this, "caption", {12, 24, 250, 40}, kProductCaption);
+    addLabel(this, "songStripe", {97, 69, 39, 3});
+    addLabel(this, "voiceStripe", {138, 69, 39, 3});
+    addLabel(this, "tagLine", {6, 82, 262, 20}, language.ownText(OwnText::tagLine));
+
+    CON_->setObjectName(QStringLiteral("CON"));
+    CON_->setAccessibleName(QString::fromStdString(language.ownText(OwnText::continueToMixer)));
+    CON_->setGeometry(67, 122, 140, 32);
+    CON_->setDefault(true);
+    CON_->setFocus();
+    connect(CON_, &QPushButton::clicked, this, [this] {
+        CON_->setEnabled(false);
+        Q_EMIT continued();
+    });
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        move(screen->availableGeometry().center() - rect().center());
+}
+
+void MixerStart::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        FramelessWindow::keyPressEvent(event);
+}
+
+}  // namespace melvane

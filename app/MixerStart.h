@@ -1,0 +1,28 @@
+// The start window: what the program is, and a button that goes on to the main window.
+#pragma once
+
+#include <QPushButton>
+
+#include "app/frm_window.h"
+#include "settings/modLang.h"
+
+namespace melvane {
+
+class MixerStart : public FramelessWindow {
+    Q_OBJECT
+
+public:
+    explicit MixerStart(const modLang& language);
+
+Q_SIGNALS:
+    // Once; the button is off from then on.
+    void continued();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;  // Escape closes
+
+private:
+    QPushButton* CON_;
+};
+
+}  // namespace melvane

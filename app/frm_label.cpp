@@ -1,0 +1,43 @@
+#include "app/frm_label.h"
+
+#include <QEvent>
+#include <QTextDocument>
+#include <algorithm>
+
+#include "app/frm_style.h"
+
+namespace melvane {
+
+ElidedLabel::ElidedLabel(QWidget* parent, Qt::TextElideMode mode) : QLabel(parent), mode_(mode) {
+    setTextFormat(Qt::PlainText);
+}
+
+void ElidedLabel::setFullText(const QString& text, const QString& label) {
+    if (text == fullText_ && label == label_) return;
+    fullText_ = text;
+    label_ = label;
+    // File names are no markup.
+    setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
+    setAccessibleName(label.isEmpty() || text.isEmpty() ? label + text : label + QStringLiteral(": ") + text);
+    setStyleState(*this, "empty", text.isEmpty());
+    elide();
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event) {
+    QLabel::resizeEvent(event);
+    elide();
+}
+
+void ElidedLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::StyleChange || event->type() == QEvent::FontChange) elide();
+}
+
+void ElidedLabel::elide() {
+    QString line = fullText_.isEmpty() ? label_ : fullText_;
+    std::replace_if(
+        line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; }, u' ');
+    setText(fontMetrics().elidedText(line, mode_, contentsRect().width()));
+}
+
+}  // namespace melvane

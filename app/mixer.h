@@ -1,0 +1,45 @@
+// The program without its windows: the state of a mix and the operations on it. One of these lives as long as
+// the program. All of it is used on one thread, the user interface's.
+#pragma once
+
+#include "app/mixing_run.h"
+#include "app/source_files.h"
+#include "audio/recording_input.h"
+#include "settings/settings_store.h"
+
+namespace melvane {
+
+// What the mixer works with; everything outlives it.
+struct Environment {
+    AudioLibrary& library;
+    const FileNames& names;
+    Dialogs& dialogs;
+    const modLang& language;
+    DoEvents doEvents;
+};
+
+class Mixer {
+public:
+    explicit Mixer(const Environment& environment);
+
+    // Remembers the user's recording input; with a store, takes the settings from it.
+    void Form_Load(const SettingsStore* store);
+    // Ends a run and saves the settings.
+    void Form_Unload(const SettingsStore* store);
+
+    RunState& run() { return run_; }
+    PathFields& fields() { return fields_; }
+    Settings& settings() { return settings_; }
+    SourceFiles& sourceFiles() { return sourceFiles_; }
+    MixingRun& mixingRun() { return mixingRun_; }
+
+private:
+    RunState run_;
+    PathFields fields_;
+    Settings settings_;
+    RecordingInput input_;
+    SourceFiles sourceFiles_;
+    MixingRun mixingRun_;
+};
+
+}  // namespace melvane

@@ -1,0 +1,68 @@
+// One mix from the mix button to the finished MP3: both sources play together, the card's mix is captured and
+// encoded while they do, and the run ends with the background.
+#pragma once
+
+#include "audio/Module1.h"
+#include "audio/recording_input.h"
+#include "platform/audio_library.h"
+#include "platform/dialogs.h"
+#include "platform/file_names.h"
+#include "settings/modLang.h"
+#include "state/run_state.h"
+#include "state/settings.h"
+
+namespace melvane {
+
+class MixingRun {
+public:
+    static constexpr int kProgressWidth = 176;  // pixels of the progress bar
+
+    MixingRun(AudioLibrary& library, RunState& run, const PathFields& fields, const Settings& settings,
+              RecordingInput& input, const modLang& language, Dialogs& dialogs, const FileNames& names,
+              DoEvents doEvents);
+
+    // Starts a run. When it does not start, RunState::failure says why.
+    void mi_button_Click();
+    // Ends the run, if there is one, and waits for the encoder to finish while window events go on.
+    void stopRec();
+    // Follows the run and ends it with the background, or when the encoder has gone.
+    void Timer1_Timer();
+
+    // Sets the two source volumes on the playing channels.
+    void SetBassVolume();
+
+    // 0..176.
+    int progressWidth() const { return progressWidth_; }
+    // Frames of the background that were mixed, and its length.
+    std::int64_t framesDone() const;
+    std::int64_t framesTotal() const { return framesTotal_; }
+    // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
+    // run may begin.
+    bool busy() const { return busy_; }
+
+private:
+    bool readPaths();
+    bool openSources();
+    void freeChannel(std::uint32_t& channel);
+    void endWith(RunFailure failure);
+    bool prepareDestination();
+    void setVolume(Handle channel, std::int16_t percent);
+
+    AudioLibrary& library_;
+    RunState& run_;
+    const PathFields& fields_;
+    const Settings& settings_;
+    RecordingInput& input_;
+    const modLang& language_;
+    Dialogs& dialogs_;
+    const FileNames& names_;
+    DoEvents doEvents_;
+    Module1 capture_;
+    int progressWidth_ = 0;
+    std::int64_t framesTotal_ = 0;
+    std::int64_t framesAtEnd_ = 0;
+    bool busy_ = false;
+    bool stopping_ = false;
+};
+
+}  // namespace melvane

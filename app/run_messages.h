@@ -1,0 +1,14 @@
+// What the user is told about a run that did not begin or did not end well.
+#pragma once
+
+#include <string>
+
+#include "settings/modLang.h"
+#include "state/run_state.h"
+
+namespace melvane {
+
+// One line in the current language; "" when nothing failed.
+std::string runMessage(const modLang& language, const RunState& run);
+
+}  // namespace melvane

@@ -1,0 +1,101 @@
+#include "app/source_files.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "audio/modAudio.h"
+
+namespace melvane {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kDialogTitle = "melvane";
+constexpr const char* kBackgroundFilter = " (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi";
+constexpr const char* kVocalFilter = " *wav;|*wav;";
+constexpr const char* kDestinationFilter = " (*mp3;)|*mp3;";
+constexpr const char* kMp3 = ".mp3";
+constexpr std::size_t kExtensionLength = 4;
+
+bool exists(const std::string& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+std::string currentDirectory() {
+    std::error_code error;
+    return fs::current_path(error).string();
+}
+
+std::size_t nameStart(const std::string& path) {
+    const auto folderEnd = path.rfind('/');
+    return folderEnd == std::string::npos ? 0 : folderEnd + 1;
+}
+
+}  // namespace
+
+void SourceFiles::BR_Click(int index) {
+    if (index == 0) browseBackground();
+    if (index == 1) browseVocal();
+    if (index == 2) browseDestination();
+}
+
+void SourceFiles::browseBackground() {
+    const std::string path = dialogs_.openFile(kDialogTitle, language_.lang(0) + kBackgroundFilter, currentDirectory());
+    if (!path.empty()) chooseBackground(path);
+}
+
+void SourceFiles::chooseBackground(const std::string& path) {
+    fields_.background = path;
+    if (!settings_.recDirectory.empty()) {
+        const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
+        if (exists(vocal)) fields_.vocal = vocal;
+    }
+    fields_.destination.clear();
+}
+
+void SourceFiles::browseVocal() {
+    const std::string start = settings_.recDirectory.empty() ? currentDirectory() : settings_.recDirectory;
+    const std::string path = dialogs_.openFile(kDialogTitle, language_.lang(0) + kVocalFilter, start);
+    if (!path.empty()) fields_.vocal = path;
+}
+
+void SourceFiles::browseDestination() {
+    if (fields_.background.empty() || fields_.vocal.empty()) {
+        dialogs_.messageBox(language_.lang(1), kProductCaption, BoxIcon::information, BoxButtons::ok);
+        return;
+    }
+    const std::string chosen = dialogs_.saveFile(kDialogTitle, language_.lang(2) + kDestinationFilter,
+                                                 proposedDestination(fields_.background));
+    if (chosen.empty()) return;
+    const std::string path = withMp3Extension(chosen);
+    if (exists(path) && dialogs_.messageBox(language_.lang(27), kProductCaption, BoxIcon::question,
+                                            BoxButtons::yesNoCancel) != BoxAnswer::yes)
+        return;
+    fields_.destination = path;
+}
+
+std::string proposedDestination(const std::string& background) {
+    const auto point = background.rfind('.');
+    const bool hasExtension = point != std::string::npos && point >= nameStart(background);
+    const std::string stem = hasExtension ? background.substr(0, point) : background;
+    std::string name = stem + kMp3;
+    for (int number = 2; exists(name); ++number) name = stem + std::to_string(number) + kMp3;
+    return name;
+}
+
+std::string withMp3Extension(const std::string& path) {
+    if (path.find('.', nameStart(path)) == std::string::npos) return path + kMp3;
+    if (path.ends_with(kMp3)) return path;
+    return path.substr(0, std::max(path.size() - std::min(path.size(), kExtensionLength), nameStart(path))) + kMp3;
+}
+
+bool isSameFile(const std::string& one, const std::string& other) {
+    std::error_code error;
+    if (fs::equivalent(one, other, error)) return true;
+    const fs::path oneResolved = fs::weakly_canonical(fs::absolute(one, error), error);
+    return !error && oneResolved == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
+}
+
+}  // namespace melvane

@@ -1,0 +1,45 @@
+// The choice of background, vocal and destination behind the browse buttons.
+#pragma once
+
+#include <string>
+
+#include "platform/dialogs.h"
+#include "settings/modLang.h"
+#include "state/run_state.h"
+#include "state/settings.h"
+
+namespace melvane {
+
+inline constexpr const char* kProductCaption = "Melvane";
+
+class SourceFiles {
+public:
+    SourceFiles(PathFields& fields, const Settings& settings, const modLang& language, Dialogs& dialogs)
+        : fields_(fields), settings_(settings), language_(language), dialogs_(dialogs) {}
+
+    // 0 background, 1 vocal, 2 destination. A cancelled dialog changes nothing.
+    void BR_Click(int index);
+
+    // Takes a new background: proposes the vocal of the same name and empties the destination.
+    void chooseBackground(const std::string& path);
+
+private:
+    void browseBackground();
+    void browseVocal();
+    void browseDestination();
+
+    PathFields& fields_;
+    const Settings& settings_;
+    const modLang& language_;
+    Dialogs& dialogs_;
+};
+
+// The background's name as an MP3, numbered from 2 on until no such file exists.
+std::string proposedDestination(const std::string& background);
+// The name with the extension ".mp3": appended where the file name has no point; otherwise the last four
+// characters of the file name make way for it, whatever they are.
+std::string withMp3Extension(const std::string& path);
+// True when both name the same file, whatever the spelling, also through links.
+bool isSameFile(const std::string& one, const std::string& other);
+
+}  // namespace melvane

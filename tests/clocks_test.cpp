@@ -1,0 +1,155 @@
+// Whole runs against the real library: what reaches the encoder is the same on every clock, under load, and when
+// the sound server vanishes.
+#include <gtest/gtest.h>
+
+#include <future>
+
+#include "app/mixer.h"
+#include "platform/bass/library.h"
+#include "platform/desktop/local_file_names.h"
+#include "tests/sound.h"
+#include "tests/sound_server.h"
+#include "tests/temp_dir.h"
+#include "tests/wav.h"
+#include "tools/console_dialogs.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+using namespace std::chrono_literals;
+
+void nap() {
+    std::this_thread::sleep_for(1ms);
+}
+void napAt(std::int64_t) {
+    nap();
+}
+
+// One run whose encoder stores what it is given.
+struct Outcome {
+    std::string pcm;
+    RunFailure failure = RunFailure::none;
+    CardStatus card;
+};
+
+struct ClocksFixture : testing::Test {
+    Outcome mix(CardClock clock, std::uint32_t blockFrames, const std::string& name,
+                const std::function<void(std::int64_t)>& during = napAt) const {
+        const TempDir beside;
+        beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
+        bass::Library library({clock, blockFrames, beside.path()});
+        library.BASS_RecordInit(-1);
+        library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+        const LocalFileNames names;
+        ConsoleDialogs dialogs;
+        const modLang language;
+        Mixer mixer({library, names, dialogs, language, nap});
+        mixer.Form_Load(nullptr);
+        mixer.settings().volume = {90, 70};
+        mixer.fields() = {song, voice, dir / name};
+        mixer.mixingRun().mi_button_Click();
+        CardStatus card;
+        while (mixer.run().isMixing) {
+            card = library.cardStatus();
+            if (clock == CardClock::stepped)
+                library.stepCard(10000);
+            else
+                during(mixer.mixingRun().framesDone());
+            mixer.mixingRun().Timer1_Timer();
+        }
+        return {readFile(dir / name), mixer.run().failure, card};
+    }
+    void makeSources(std::size_t frames) {
+        song = dir.write("song.wav", wavFile(noise16(frames, 1)));
+        voice = dir.write("voice.wav", wavFile(noise16(frames / 3, 2)));
+    }
+
+    TempDir dir;
+    std::string song;
+    std::string voice;
+};
+
+TEST_F(ClocksFixture, TheBlockSizeDoesNotMatter) {
+    makeSources(200000);
+    const std::string reference = mix(CardClock::stepped, 4096, "a.mp3").pcm;
+    ASSERT_EQ(reference.size(), 44 + 200000U * 4);
+    for (const std::uint32_t block : {64U, 441U})
+        EXPECT_TRUE(mix(CardClock::stepped, block, "b.mp3").pcm == reference) << block;
+}
+
+TEST_F(ClocksFixture, AMinuteUnderLoadIsTheSameOnEveryClock) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
+    makeSources(60 * kSampleRate + 1234);
+    const std::string reference = mix(CardClock::stepped, 4096, "stepped.mp3").pcm;
+    Child load({"stress-ng", "--quiet", "--cpu", "4", "--timeout", "120"});
+    auto machine = std::async(std::launch::async, [this] { return mix(CardClock::machine, 441, "machine.mp3"); });
+    const Outcome device = mix(CardClock::device, 441, "device.mp3");
+    EXPECT_TRUE(device.card.deviceOpen);
+    EXPECT_TRUE(device.pcm == reference);
+    EXPECT_TRUE(machine.get().pcm == reference);
+    RecordProperty("device_underruns", static_cast<int>(device.card.deviceUnderruns));
+}
+
+TEST_F(ClocksFixture, AVanishingServerDoesNotStopTheRecording) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
+    makeSources(4 * kSampleRate);
+    const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").pcm;
+    const Outcome run = mix(CardClock::device, 441, "device.mp3", [&](std::int64_t frames) {
+        nap();
+        if (frames > kSampleRate) server.vanish();
+    });
+    EXPECT_EQ(run.failure, RunFailure::none);
+    EXPECT_TRUE(run.pcm == reference);
+    EXPECT_FALSE(run.card.deviceOpen);
+}
+
+TEST_F(ClocksFixture, WithoutAServerTheCardRunsSilently) {
+    setenv("PULSE_SERVER", "unix:/nonexistent", 1);
+    makeSources(kSampleRate);
+    const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").pcm;
+    const Outcome run = mix(CardClock::device, 441, "device.mp3");
+    unsetenv("PULSE_SERVER");
+    EXPECT_TRUE(run.pcm == reference);
+}
+
+// The null sink's monitor, forced as the mixing input, records what the device plays.
+TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
+    song = dir.write("song.wav", wavFile(sine(1000, 0.5, 3 * kSampleRate)));
+    voice = dir.write("voice.wav", wavFile(silence(kSampleRate)));
+    const TempDir beside;
+    beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
+    bass::Library library({CardClock::device, 441, beside.path()});
+    library.BASS_RecordInit(-1);
+    library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+    int monitor = 1;
+    while (library.BASS_RecordGetInputName(monitor) &&
+           std::string(library.BASS_RecordGetInputName(monitor)).find("Monitor") == std::string::npos)
+        ++monitor;
+    ASSERT_TRUE(library.BASS_RecordGetInputName(monitor));
+    EXPECT_NE(library.BASS_RecordGetInput(monitor) & BASS_INPUT_TYPE_MASK, BASS_INPUT_TYPE_ANALOG);
+    EXPECT_FALSE(library.BASS_RecordGetInput(monitor) & BASS_INPUT_OFF) << "the server's default source is on";
+    const LocalFileNames names;
+    ConsoleDialogs dialogs;
+    const modLang language;
+    Mixer mixer({library, names, dialogs, language, nap});
+    mixer.Form_Load(nullptr);
+    mixer.settings().forceMixDevice = 1;
+    mixer.settings().mixDevice = static_cast<std::int16_t>(monitor);
+    mixer.fields() = {song, voice, dir / "forced.mp3"};
+    mixer.mixingRun().mi_button_Click();
+    while (mixer.run().isMixing) {
+        nap();
+        mixer.mixingRun().Timer1_Timer();
+    }
+    const Sound recorded = soundOfWav(readFile(dir / "forced.mp3"));
+    ASSERT_GT(recorded.size() / 2, 2U * kSampleRate);
+    EXPECT_NEAR(levelAt(recorded, 1000, kSampleRate, 32768), 0.5, 0.02);
+}
+
+}  // namespace
+}  // namespace melvane

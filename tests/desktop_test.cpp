@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "platform/desktop/desktop_dialogs.h"
+#include "platform/desktop/library_file.h"
+#include "platform/desktop/local_file_names.h"
+
+namespace melvane {
+namespace {
+
+TEST(LocalFileNames, CommandLineWordsAreQuotedWhereNeeded) {
+    const std::pair<const char*, const char*> cases[] = {{"/a/żółw's.mp3", "/a/żółw's.mp3"},
+                                                         {"/a b", "\"/a b\""},
+                                                         {"/a\tb\n", "\"/a\tb\n\""},
+                                                         {"/a\"b", R"("/a\"b")"},
+                                                         {R"(C:\x)", R"("C:\\x")"},
+                                                         {"", R"("")"},
+                                                         {"-x", "-x"},
+                                                         {"/\xFF\x80", "/\xFF\x80"}};
+    for (const auto& [path, word] : cases) EXPECT_EQ(LocalFileNames().commandLineWord(path), word) << path;
+}
+
+TEST(LocalFileNames, PathsBecomeAbsoluteByteByByte) {
+    const LocalFileNames names;
+    const std::string here = QDir::currentPath().toStdString();
+    for (const std::string name : {"-o.mp3", "歌 ż.mp3", "\xFF\xC5.mp3", "a/../b"})
+        EXPECT_EQ(names.shortPath(name), here + "/" + name);
+    EXPECT_EQ(names.shortPath("/x//y\xFF"), "/x//y\xFF");
+    EXPECT_EQ(names.shortPath(""), "");
+    EXPECT_TRUE(QDir::isAbsolutePath(QString::fromStdString(names.systemDirectory())));
+    EXPECT_EQ(names.programDirectory(), QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath().toStdString());
+}
+
+TEST(LibraryFile, WhatIsNoAudioLibraryIsRefused) {
+    const QTemporaryDir directory;
+    const std::string garbage = directory.filePath(QStringLiteral("libbass.so")).toStdString();
+    QFile file(QString::fromStdString(garbage));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(
+        "\x7F"
+        "ELF and nothing more");
+    file.close();
+
+    LibraryFile library;
+    EXPECT_TRUE(library.exists(garbage));
+    EXPECT_FALSE(library.exists(directory.path().toStdString()));
+    EXPECT_FALSE(library.exists(""));
+    const std::string elsewhere = "libm.so.6";  // found by its bare name, were it looked for
+    for (const std::string& path : {garbage, directory.path().toStdString(), garbage + "x", elsewhere, std::string()})
+        EXPECT_FALSE(library.load(path)) << path;
+    EXPECT_EQ(library.BASS_GetVersion(), 0U);
+    EXPECT_EQ(library.create({}), nullptr);
+}
+
+class DialogsTest : public testing::Test {
+protected:
+    // Runs `act` on the next dialog of type D that opens.
+    template <typename D>
+    void whenOpen(std::function<void(D&)> act) {
+        QTimer::singleShot(0, &application_, [this, act] {
+            if (auto* dialog = qobject_cast<D*>(QApplication::activeModalWidget()))
+                act(*dialog);
+            else
+                whenOpen<D>(act);
+        });
+    }
+    static void SetUpTestSuite() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+    int argc_ = 1;
+    char name_[5] = "test";
+    char* argv_[2] = {name_, nullptr};
+    QApplication application_{argc_, argv_};
+    DesktopDialogs dialogs_;
+};
+TEST_F(DialogsTest, FiltersHideTheirPatternsAndMatchBothCases) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Audio files (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi",
+         "Audio files (*mp3 *MP3 *ogg *OGG *mid *MID *kar *KAR *midi *MIDI)"},
+        {"Pliki audio *wav;|*wav;", "Pliki audio (*wav *WAV)"},
+        {"Skompresowane plik audio (*mp3;)|*mp3;", "Skompresowane plik audio (*mp3 *MP3)"}};
+    for (const auto& [filter, expected] : cases) EXPECT_EQ(nameFilter(filter).toStdString(), expected);
+}
+
+TEST_F(DialogsTest, BoxesAnswerWithTheirButton) {
+    const std::pair<QMessageBox::StandardButton, BoxAnswer> cases[] = {
+        {QMessageBox::Yes, BoxAnswer::yes}, {QMessageBox::No, BoxAnswer::no}, {QMessageBox::Cancel, BoxAnswer::cancel}};
+    for (const auto& [button, answer] : cases) {
+        whenOpen<QMessageBox>([button = button](QMessageBox& box) {
+            EXPECT_EQ(box.text(), QStringLiteral("<b>ż"));
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
+            box.button(button)->click();
+        });
+        EXPECT_EQ(dialogs_.messageBox("<b>ż", "Melvane", BoxIcon::question, BoxButtons::yesNoCancel), answer);
+    }
+    whenOpen<QMessageBox>([](QMessageBox& box) { box.reject(); });
+    EXPECT_EQ(dialogs_.messageBox("text", "", BoxIcon::question, BoxButtons::yesNoCancel), BoxAnswer::cancel);
+    whenOpen<QMessageBox>([](QMessageBox& box) { box.reject(); });
+    EXPECT_EQ(dialogs_.messageBox("text", "", BoxIcon::critical, BoxButtons::ok), BoxAnswer::ok);
+}
+
+TEST_F(DialogsTest, SavingProposesTheNameAndTakesAnExistingOne) {
+    const QTemporaryDir directory;
+    const QString proposed = directory.filePath(QStringLiteral("-pieśń 1.mp3"));
+    QFile file(proposed);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    whenOpen<QFileDialog>([&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.windowTitle(), QStringLiteral("melvane"));
+        EXPECT_EQ(dialog.selectedFiles().value(0), proposed);
+        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("-pieśń 1.mp3"));
+        static_cast<QDialog&>(dialog).accept();
+    });
+    EXPECT_EQ(dialogs_.saveFile("melvane", "Files (*mp3;)|*mp3;", proposed.toStdString()), proposed.toStdString());
+    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(dialogs_.openFile("melvane", "Files *wav;|*wav;", directory.path().toStdString()), "");
+}
+
+}  // namespace
+}  // namespace melvane

@@ -1,0 +1,154 @@
+// An audio library that makes no sound: it writes down what it is called with and answers as a test says.
+#pragma once
+
+#include <concepts>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/audio_library.h"
+
+namespace melvane::test {
+
+class FakeAudioLibrary : public AudioLibrary {
+public:
+    struct Input {
+        std::string name;
+        std::uint32_t setting;  // as BASS_RecordGetInput answers
+    };
+
+    // Calls that change something, in order, as "BASS_ChannelPlay 1 0"; questions are not written down.
+    std::vector<std::string> calls;
+
+    std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
+                                 {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
+    std::set<std::string> unreadable;  // files that no stream is made of
+    std::uint64_t length = 1760;       // of every channel
+    std::uint64_t position = 0;        // of every channel
+    bool initialises = true;
+    bool captureStarts = true;
+    bool encoderExists = true;
+    bool encoderStarts = true;
+    bool encoderAlive = true;  // until BASS_Encode_Stop
+    int encoderFinishes = 0;   // times that it is asked after the stop until it has finished
+    EncoderState encoder = EncoderState::finished;
+    CardStatus card{.deviceOpen = true};
+    BASS_INFO info{.dsver = 9};
+    std::map<Handle, std::uint32_t> volumes;  // as set last
+
+    bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void*, const void*) override {
+        note("BASS_Init", device, freq, flags);
+        return initialises;
+    }
+    bool BASS_Free() override { return note("BASS_Free"); }
+    bool BASS_GetInfo(BASS_INFO& result) override {
+        result = info;
+        return true;
+    }
+
+    void holdCard() override { note("holdCard"); }
+    void resumeCard() override { note("resumeCard"); }
+    void holdCardAtEndOf(Handle channel) override { note("holdCardAtEndOf", channel); }
+    std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
+    CardStatus cardStatus() const override { return card; }
+
+    Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
+        note("BASS_StreamCreateFile", std::string(file), flags);
+        return unreadable.contains(file) ? 0 : ++lastHandle_;
+    }
+    bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
+    bool BASS_MusicFree(Handle handle) override { return note("BASS_MusicFree", handle); }
+    bool BASS_ChannelPlay(Handle handle, bool restart) override { return note("BASS_ChannelPlay", handle, restart); }
+    bool BASS_ChannelStop(Handle handle) override { return note("BASS_ChannelStop", handle); }
+    ChannelActivity BASS_ChannelIsActive(Handle) const override { return ChannelActivity::playing; }
+    std::uint64_t BASS_ChannelGetLength(Handle) const override { return length; }
+    std::uint64_t BASS_ChannelGetPosition(Handle) const override { return position; }
+    bool BASS_ChannelSetPosition(Handle handle, std::uint64_t to) override {
+        return note("BASS_ChannelSetPosition", handle, to);
+    }
+    std::uint64_t BASS_ChannelSeconds2Bytes(Handle, float seconds) const override {
+        return static_cast<std::uint64_t>(seconds * kSampleRate) * kBytesPerFrame;
+    }
+    bool BASS_ChannelGetAttributes(Handle, std::uint32_t& frequency, std::uint32_t& volume,
+                                   std::int32_t& pan) const override {
+        frequency = kSampleRate;
+        volume = 100;
+        pan = 0;
+        return true;
+    }
+    bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
+                                   std::int32_t pan) override {
+        volumes[handle] = volume;
+        return note("BASS_ChannelSetAttributes", handle, frequency, volume, pan);
+    }
+
+    Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override {
+        note("BASS_FX_TempoCreate", source, flags);
+        return source == 0 ? 0 : ++lastHandle_;
+    }
+    bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override {
+        return note("BASS_FX_TempoSet", handle, tempo, rate, pitch);
+    }
+
+    bool BASS_RecordInit(int device) override {
+        note("BASS_RecordInit", device);
+        return initialises;
+    }
+    const char* BASS_RecordGetInputName(int input) const override {
+        return isInput(input) ? at(input).name.c_str() : nullptr;
+    }
+    std::uint32_t BASS_RecordGetInput(int input) const override {
+        return isInput(input) ? at(input).setting : 0xFFFFFFFF;
+    }
+    bool BASS_RecordSetInput(int input, std::uint32_t setting) override {
+        if (isInput(input)) {
+            std::uint32_t& word = inputs[static_cast<std::size_t>(input)].setting;
+            if (setting & BASS_INPUT_OFF) word |= BASS_INPUT_OFF;
+            if (setting & BASS_INPUT_ON) word &= ~BASS_INPUT_OFF;
+            if (setting & BASS_INPUT_LEVEL) word = (word & ~0xFFFFU) | (setting & 0xFFFFU);
+        }
+        return note("BASS_RecordSetInput", input, setting);
+    }
+    Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc, void*) override {
+        note("BASS_RecordStart", freq, chans, flags);
+        return captureStarts ? ++lastHandle_ : 0;
+    }
+
+    bool encoderFound(const char*) const override { return encoderExists; }
+    bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void*, void*) override {
+        note("BASS_Encode_Start", handle, std::string(commandLine), flags);
+        finishing_ = false;
+        return encoderStarts;
+    }
+    bool BASS_Encode_IsActive(Handle) const override { return finishing_ ? polls_ > 0 && polls_-- > 0 : encoderAlive; }
+    bool BASS_Encode_Stop(Handle handle) override {
+        finishing_ = true;
+        polls_ = encoderFinishes;
+        return note("BASS_Encode_Stop", handle);
+    }
+    EncoderState encoderState(Handle) const override { return encoder; }
+
+private:
+    static std::string word(const std::string& text) { return text; }
+    static std::string word(float number) { return std::to_string(number); }
+    template <std::integral T>
+    static std::string word(T number) {
+        return std::to_string(number);
+    }
+
+    template <typename... Arguments>
+    bool note(const char* name, const Arguments&... arguments) {
+        calls.push_back((std::string(name) + ... + (" " + word(arguments))));
+        return true;
+    }
+
+    bool isInput(int input) const { return input >= 0 && static_cast<std::size_t>(input) < inputs.size(); }
+    const Input& at(int input) const { return inputs[static_cast<std::size_t>(input)]; }
+
+    Handle lastHandle_ = 0;
+    bool finishing_ = false;
+    mutable int polls_ = 0;
+};
+
+}  // namespace melvane::test

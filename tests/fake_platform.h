@@ -1,0 +1,53 @@
+// Dialogs and file names that a test sets and looks at.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/dialogs.h"
+#include "platform/file_names.h"
+
+namespace melvane::test {
+
+class FakeDialogs : public Dialogs {
+public:
+    BoxAnswer nextAnswer = BoxAnswer::ok;
+    std::string nextFile;  // "": cancelled
+
+    std::vector<std::string> boxes;  // "title: text"
+    BoxIcon lastIcon = BoxIcon::none;
+    std::string lastTitle;  // these four of the last file dialog
+    std::string lastFilter;
+    std::string lastDirectory;
+    std::string lastProposal;
+
+    BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons) override {
+        boxes.push_back(title + ": " + text);
+        lastIcon = icon;
+        return nextAnswer;
+    }
+    std::string openFile(const std::string& title, const std::string& filter,
+                         const std::string& initialDirectory) override {
+        lastTitle = title;
+        lastFilter = filter;
+        lastDirectory = initialDirectory;
+        return nextFile;
+    }
+    std::string saveFile(const std::string& title, const std::string& filter,
+                         const std::string& proposedName) override {
+        lastTitle = title;
+        lastFilter = filter;
+        lastProposal = proposedName;
+        return nextFile;
+    }
+};
+
+class FakeFileNames : public FileNames {
+public:
+    std::string systemDirectory() const override { return "/system"; }
+    std::string programDirectory() const override { return "/program"; }
+    std::string shortPath(const std::string& path) const override { return path; }
+    std::string commandLineWord(const std::string& path) const override { return "<" + path + ">"; }
+};
+
+}  // namespace melvane::test

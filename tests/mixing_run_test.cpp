@@ -1,0 +1,278 @@
+// The order of a run's calls, the choice of the recording input and what a failure leaves behind.
+#include <gtest/gtest.h>
+
+#include "app/mixer.h"
+#include "app/run_messages.h"
+#include "app/start_checks.h"
+#include "tests/fake_audio_library.h"
+#include "tests/fake_platform.h"
+#include "tests/temp_dir.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+using Calls = std::vector<std::string>;
+using Inputs = std::vector<FakeAudioLibrary::Input>;
+
+constexpr std::uint32_t kOff = BASS_INPUT_OFF;
+constexpr std::uint32_t kAnalogue = BASS_INPUT_TYPE_ANALOG;
+constexpr std::uint32_t kMic = BASS_INPUT_TYPE_MIC;
+
+struct MixingRunFixture : testing::Test {
+    MixingRunFixture() {
+        language.InitLanguage("", "en");
+        mixer.fields() = {"/music/song.mp3", "/music/voice.wav", dir / "mix.mp3"};
+    }
+    // Starts a run and ends it when the position is at the length.
+    void mixToTheEnd() {
+        mixer.mixingRun().mi_button_Click();
+        library.position = library.length;
+        mixer.mixingRun().Timer1_Timer();
+    }
+    std::string callsWith(const std::string& word) const {
+        std::string found;
+        for (const std::string& call : library.calls)
+            if (call.find(word) != std::string::npos) found += call + "\n";
+        return found;
+    }
+    static std::string switchedOn(const Inputs& inputs) {
+        std::string names;
+        for (const auto& input : inputs)
+            if (!(input.setting & kOff)) names += input.name + " " + std::to_string(input.setting & 0xFFFF) + "; ";
+        return names;
+    }
+
+    TempDir dir;
+    FakeAudioLibrary library;
+    FakeDialogs dialogs;
+    FakeFileNames names;
+    modLang language;
+    int events = 0;
+    Mixer mixer{{library, names, dialogs, language, [this] { ++events; }}};
+};
+
+TEST_F(MixingRunFixture, CallsTheLibraryInOrder) {
+    mixer.settings().volume = {80, 60};
+    mixer.mixingRun().mi_button_Click();
+    EXPECT_TRUE(mixer.run().isMixing);
+    EXPECT_EQ(readFile(dir / "mix.mp3"), "\r\n");
+    library.position = library.length - 1;
+    mixer.mixingRun().Timer1_Timer();
+    EXPECT_TRUE(mixer.run().isMixing);
+    EXPECT_EQ(mixer.mixingRun().progressWidth(), 175);
+    library.position = library.length;
+    mixer.mixingRun().Timer1_Timer();
+    EXPECT_FALSE(mixer.run().isMixing);
+    EXPECT_EQ(mixer.mixingRun().progressWidth(), 176);
+    EXPECT_EQ(mixer.run().lastMixPath, dir / "mix.mp3");
+    std::erase_if(library.calls, [](const std::string& call) { return call.starts_with("BASS_RecordSetInput"); });
+    const std::string mix = dir / "mix.mp3";
+    EXPECT_EQ(library.calls, (Calls{"BASS_MusicFree 0",
+                                    "BASS_StreamFree 0",
+                                    "BASS_MusicFree 0",
+                                    "BASS_StreamFree 0",
+                                    "holdCard",
+                                    "BASS_StreamCreateFile /music/song.mp3 2097152",
+                                    "BASS_FX_TempoCreate 1 65536",
+                                    "BASS_StreamCreateFile /music/voice.wav 4",
+                                    "BASS_ChannelPlay 2 0",
+                                    "BASS_ChannelPlay 3 0",
+                                    "holdCardAtEndOf 2",
+                                    "BASS_RecordStart 44100 2 32",
+                                    "BASS_Encode_Start 4 lame.exe --alt-preset standard - <" + mix + "> 0",
+                                    "BASS_ChannelPlay 4 0",
+                                    "BASS_ChannelSetAttributes 2 44100 80 0",
+                                    "BASS_ChannelSetAttributes 3 44100 60 0",
+                                    "resumeCard",
+                                    "holdCard",
+                                    "BASS_Encode_Stop 4",
+                                    "BASS_ChannelStop 4",
+                                    "BASS_StreamCreateFile " + mix + " 0",
+                                    "BASS_ChannelStop 3",
+                                    "BASS_MusicFree 3",
+                                    "BASS_ChannelStop 2",
+                                    "BASS_MusicFree 2",
+                                    "resumeCard"}));
+}
+
+TEST_F(MixingRunFixture, ASecondRunFreesTheLastMixFirst) {
+    mixToTheEnd();
+    library.calls.clear();
+    library.encoderFinishes = 3;
+    events = 0;
+    mixToTheEnd();
+    EXPECT_EQ(callsWith("BASS_StreamFree"), "BASS_StreamFree 0\nBASS_StreamFree 0\nBASS_StreamFree 5\n");
+    EXPECT_EQ(events, 5) << "one at the start, three while the encoder finishes, one at the end";
+    mixer.mixingRun().stopRec();
+    EXPECT_EQ(mixer.run().lastMixPath, dir / "mix.mp3") << "stopping when idle changes nothing";
+}
+
+TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndSaysSo) {
+    const std::string mix = dir / "mix.mp3";
+    const std::string inside = dir / "none/mix.mp3";
+    const struct {
+        const char* name;
+        std::function<void()> arrange;
+        RunFailure failure;
+        std::string message;
+    } cases[] = {
+        {"no paths", [&] { mixer.fields().vocal = ""; }, RunFailure::pathsMissing,
+         "Source or destiny files not defined."},
+        {"no background", [&] { library.unreadable = {"/music/song.mp3"}; }, RunFailure::backgroundUnreadable,
+         "Mixing couldn't be initialized. The background cannot be opened: /music/song.mp3"},
+        {"no vocal", [&] { library.unreadable = {"/music/voice.wav"}; }, RunFailure::vocalUnreadable,
+         "Mixing couldn't be initialized. The vocal recording cannot be opened: /music/voice.wav"},
+        {"destination is a source", [&] { mixer.fields().vocal = dir / "./mix.mp3"; }, RunFailure::destinationIsSource,
+         "Mixing couldn't be initialized. The destination is one of the source files. Choose another name."},
+        {"no folder", [&] { mixer.fields().destination = inside; }, RunFailure::destinationNotWritable,
+         "Couldn 't start encoding to MP3 file... The destination cannot be written: " + inside},
+        {"no capture", [&] { library.captureStarts = false; }, RunFailure::captureNotStarted,
+         "Mixing couldn't be initialized. The mix could not be recorded."},
+        {"no encoder", [&] { library.encoderExists = false; }, RunFailure::encoderNotStarted,
+         "Couldn 't start encoding to MP3 file... The MP3 encoder was not found: lame"},
+        {"encoder cannot be run", [&] { library.encoderStarts = false; }, RunFailure::encoderNotStarted,
+         "Couldn 't start encoding to MP3 file... The MP3 encoder was not found: lame"},
+    };
+    for (const auto& c : cases) {
+        library = {};
+        mixer.fields() = {"/music/song.mp3", "/music/voice.wav", mix};
+        c.arrange();
+        mixer.mixingRun().mi_button_Click();
+        EXPECT_FALSE(mixer.run().isMixing) << c.name;
+        EXPECT_FALSE(mixer.mixingRun().busy()) << c.name;
+        EXPECT_EQ(mixer.run().failure, c.failure) << c.name;
+        EXPECT_EQ(runMessage(language, mixer.run()), c.message);
+        EXPECT_EQ(mixer.run().recordChannel + mixer.run().backgroundChannel + mixer.run().vocalChannel, 0U) << c.name;
+        EXPECT_EQ(callsWith("holdCard\n").empty(), callsWith("resumeCard\n").empty()) << c.name;
+    }
+    EXPECT_EQ(dialogs.boxes.size(), 1U) << "only the missing paths have a box";
+}
+
+TEST_F(MixingRunFixture, AnEncoderThatGoesEndsTheRun) {
+    mixer.mixingRun().mi_button_Click();
+    library.encoderAlive = false;
+    library.encoder = EncoderState::failed;
+    mixer.mixingRun().Timer1_Timer();
+    EXPECT_FALSE(mixer.run().isMixing);
+    EXPECT_EQ(mixer.run().failure, RunFailure::encoderFailed);
+}
+
+TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
+    const struct {
+        Inputs inputs;
+        std::int16_t force, mixDevice;
+        const char* inTheRun;
+        const char* afterIt;
+    } cases[] = {
+        {{{"Mic", kAnalogue | 20}, {"Line In", kAnalogue | kOff | 5}, {"Stereo Mix", kAnalogue | kOff}},
+         0,
+         0,
+         "Stereo Mix 100; ",
+         "Mic 20; "},
+        {{{"What U Hear", kAnalogue | kOff}, {"Stereo Mix", kAnalogue | 7}},
+         0,
+         0,
+         "What U Hear 100; Stereo Mix 100; ",
+         "Stereo Mix 7; "},
+        {{{"stereo mix", kAnalogue | 9}}, 0, 0, "", "stereo mix 9; "},
+        {{{"Mic", kMic | 3}, {"Line", kMic | 4}, {"Stereo Mix", kMic | kOff}}, 0, 0, "", "Line 4; "},
+        {{{"Stereo In", kMic | kOff | 8}, {"Line", kMic | kOff}}, 0, 0, "Stereo In 100; ", "Stereo In 0; "},
+        {{{"Stereo Mix", kAnalogue}, {"A", kMic | kOff}, {"B", kMic | kOff}, {"C", kMic | kOff}},
+         1,
+         3,
+         "C 100; ",
+         "Stereo Mix 0; "},
+    };
+    for (const auto& c : cases) {
+        library.inputs = c.inputs;
+        mixer.run().savedInput = mixer.run().savedLevel = 0;
+        mixer.Form_Load(nullptr);
+        mixer.settings().forceMixDevice = c.force;
+        mixer.settings().mixDevice = c.mixDevice;
+        library.position = 0;
+        mixer.mixingRun().mi_button_Click();
+        EXPECT_EQ(switchedOn(library.inputs), c.inTheRun);
+        mixer.mixingRun().stopRec();
+        EXPECT_EQ(switchedOn(library.inputs), c.afterIt);
+    }
+}
+
+TEST_F(MixingRunFixture, DetectsTheMixDeviceByNameAndType) {
+    const struct {
+        Inputs inputs;
+        std::int16_t mixDevice;
+    } cases[] = {
+        {{{"What U Hear", kAnalogue}, {"Stereo Mix", kAnalogue}, {"Mic", kMic}}, 1},
+        {{{"Mic", kMic}, {"Line", kAnalogue}, {"Stereo Mix", kMic}}, 2},
+        {{{"Stereo Mix", kAnalogue}, {"Stereo Mic", kMic}}, 0},
+        {{{"Mic", kMic}}, 5},
+    };
+    for (const auto& c : cases) {
+        library.inputs = c.inputs;
+        RunState run;
+        Settings settings;
+        settings.mixDevice = 5;
+        RecordingInput(library, run, settings).DetectMixDevice();
+        EXPECT_EQ(settings.mixDevice, c.mixDevice);
+        EXPECT_EQ(switchedOn(library.inputs), "");
+    }
+}
+
+class FakeLibraryFile : public AudioLibraryFile {
+public:
+    std::set<std::string> files;
+    std::uint32_t version = 0x00020002;
+    std::function<void(FakeAudioLibrary&)> arrange = [](FakeAudioLibrary&) {};
+    std::string loaded;
+    bool created = false;
+
+    std::string fileName() const override { return "lib"; }
+    bool exists(const std::string& path) const override { return files.contains(path); }
+    bool load(const std::string& path) override {
+        loaded = path;
+        return true;
+    }
+    std::uint32_t BASS_GetVersion() const override { return version; }
+    std::unique_ptr<AudioLibrary> create(const AudioLibraryOptions&) override {
+        created = true;
+        auto library = std::make_unique<FakeAudioLibrary>();
+        arrange(*library);
+        return library;
+    }
+};
+
+TEST(StartChecks, RefuseInOrder) {
+    const FakeFileNames names;
+    const std::set<std::string> both{"/system/lib", "/program/lib"};
+    const struct {
+        std::set<std::string> files;
+        std::uint32_t version;
+        std::function<void(FakeAudioLibrary&)> arrange;
+        StartMessage message;
+        const char* loaded;
+        bool created;
+    } cases[] = {
+        {{}, 0, {}, StartMessage::libraryMissing, "", false},
+        {both, 0x00020001, {}, StartMessage::wrongVersion, "/program/lib", false},
+        {both, 0x00020003, {}, StartMessage::wrongVersion, "/program/lib", false},
+        {both, 0x00020002, [](auto& l) { l.initialises = false; }, StartMessage::cannotInitialise, "/program/lib",
+         true},
+        {both, 0x00020002, [](auto& l) { l.info.dsver = 7; }, StartMessage::interfaceTooOld, "/program/lib", true},
+        {{"/system/lib"}, 0x00020002, [](auto&) {}, StartMessage::none, "/system/lib", true},
+    };
+    for (const auto& c : cases) {
+        FakeLibraryFile file;
+        file.files = c.files;
+        file.version = c.version;
+        file.arrange = c.arrange;
+        const StartResult result = startAudioLibrary(file, names, {});
+        EXPECT_EQ(result.message, c.message);
+        EXPECT_EQ(result.library != nullptr, c.message == StartMessage::none);
+        EXPECT_EQ(file.loaded, c.loaded);
+        EXPECT_EQ(file.created, c.created);
+    }
+}
+
+}  // namespace
+}  // namespace melvane

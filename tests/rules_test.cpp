@@ -1,0 +1,160 @@
+// Rules without windows and sound: file names, words, the choice of files, the command line.
+#include <gtest/gtest.h>
+
+#include "app/source_files.h"
+#include "audio/modAudio.h"
+#include "state/errors.h"
+#include "tests/fake_platform.h"
+#include "tests/temp_dir.h"
+#include "tools/options.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+TEST(ModAudio, TakesFileNamesApart) {
+    const struct {
+        const char* path;
+        const char* extension;
+        const char* title;
+    } cases[] = {
+        {R"(C:\a.b\song)", R"(b\song)", ""},
+        {R"(C:\songs\my.song.mp3)", "mp3", "my.song"},
+        {"song.mp3", "mp3", ""},
+        {R"(C:\songs\readme)", "", ""},
+        {"/home/ela/pieśń 1.MP3", "MP3", "pieśń 1"},
+        {"/a.b/readme", "b/readme", ""},
+        {R"(/mixed\name.kar)", "kar", R"(mixed\name)"},
+        {"", "", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(GetFileExtension(c.path), c.extension) << c.path;
+        EXPECT_EQ(GetFileTitle(c.path), c.title) << c.path;
+    }
+    for (const char* midi : {"a.KAR", "a.mid", "a.Midi", "a.xidi"}) EXPECT_TRUE(isMidiFile(midi)) << midi;
+    for (const char* other : {"a.mp3", "a.ogg", "mid", "a.mid.mp3", ""}) EXPECT_FALSE(isMidiFile(other)) << other;
+}
+
+TEST(ModAudio, PacksWords) {
+    EXPECT_EQ(MakeLong(0x1234, 0x5678), 0x56781234);
+    EXPECT_EQ(MakeLong(-1, -1), -1);
+    EXPECT_EQ(LoWord(0x56781234), 0x1234U);
+    EXPECT_THROW(MakeLong(0, 0x8000), OverflowError);
+    EXPECT_EQ(AnsiToString(nullptr), "");
+}
+
+struct SourceFilesFixture : testing::Test {
+    TempDir dir;
+    PathFields fields;
+    Settings settings;
+    modLang language;
+    FakeDialogs dialogs;
+    SourceFiles files{fields, settings, language, dialogs};
+
+    SourceFilesFixture() { language.InitLanguage("", "en"); }
+};
+
+TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination) {
+    settings.recDirectory = dir.path();
+    const std::string vocal = dir.write("song.wav", "");
+    fields = {"", "/old.wav", "/old.mp3"};
+    dialogs.nextFile = "/music/song.mp3";
+    files.BR_Click(0);
+    EXPECT_EQ(dialogs.lastTitle, "melvane");
+    EXPECT_EQ(dialogs.lastFilter, "Audio files (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi");
+    EXPECT_EQ(fields.background, "/music/song.mp3");
+    EXPECT_EQ(fields.vocal, vocal);
+    EXPECT_EQ(fields.destination, "");
+
+    fields.destination = "/kept.mp3";
+    dialogs.nextFile = "";
+    files.BR_Click(0);
+    EXPECT_EQ(fields.destination, "/kept.mp3") << "a cancelled dialog changes nothing";
+    dialogs.nextFile = "/music/unknown.mp3";
+    files.BR_Click(0);
+    EXPECT_EQ(fields.vocal, vocal) << "no such recording: the vocal stays";
+    dialogs.nextFile = "/v.wav";
+    files.BR_Click(1);
+    EXPECT_EQ(dialogs.lastDirectory, dir.path());
+    EXPECT_EQ(fields.vocal, "/v.wav");
+}
+
+TEST_F(SourceFilesFixture, TheDestinationNeedsSourcesAndLeaveToOverwrite) {
+    files.BR_Click(2);
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: First select mixing source files."});
+    fields = {dir.write("song.mp3", ""), "/v.wav", ""};
+    dir.write("song2.mp3", "");
+    dialogs.nextFile = dir / "song2.mp3";
+    dialogs.nextAnswer = BoxAnswer::no;
+    files.BR_Click(2);
+    EXPECT_EQ(dialogs.lastProposal, dir / "song3.mp3");
+    EXPECT_EQ(dialogs.boxes.back(), "Melvane: Do you want to overwrite existing file?");
+    EXPECT_EQ(fields.destination, "");
+    dialogs.nextAnswer = BoxAnswer::yes;
+    files.BR_Click(2);
+    EXPECT_EQ(fields.destination, dir / "song2.mp3");
+    dialogs.nextFile = dir / "new";
+    files.BR_Click(2);
+    EXPECT_EQ(fields.destination, dir / "new.mp3");
+    EXPECT_EQ(dialogs.boxes.size(), 3U);
+}
+
+TEST(SourceFiles, GivesTheDestinationItsExtension) {
+    const struct {
+        const char* typed;
+        const char* path;
+    } cases[] = {{"/m/mix", "/m/mix.mp3"},     {"/m/mix.wav", "/m/mix.mp3"}, {"/m/mix.flac", "/m/mix..mp3"},
+                 {"/m/mix.mp3", "/m/mix.mp3"}, {"/m/MIX.MP3", "/m/MIX.mp3"}, {"/a.b/mix", "/a.b/mix.mp3"},
+                 {"/m/a.b", "/m/.mp3"}};
+    for (const auto& c : cases) EXPECT_EQ(withMp3Extension(c.typed), c.path);
+}
+
+TEST(SourceFiles, KnowsOneFileByAllItsNames) {
+    const TempDir dir;
+    const std::string file = dir.write("song.mp3", "x");
+    const std::string other = dir.write("other.mp3", "x");
+    std::filesystem::create_symlink(file, dir / "link.mp3");
+    std::filesystem::create_hard_link(file, dir / "hard.mp3");
+    std::filesystem::create_directory_symlink(dir.path(), dir / "folder");
+    for (const char* name : {"song.mp3", "./song.mp3", "folder/song.mp3", "link.mp3", "hard.mp3"})
+        EXPECT_TRUE(isSameFile(dir / name, file)) << name;
+    EXPECT_FALSE(isSameFile(other, file));
+    EXPECT_FALSE(isSameFile(dir / "new.mp3", file));
+    EXPECT_TRUE(isSameFile(dir / "missing.mp3", dir / "folder/missing.mp3"));
+}
+
+TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
+    const auto parse = [](std::vector<const char*> words) { return parseOptions(words); };
+    const MixOptions options = parse({"a.mp3", "--volume", "80,0", "b.wav", "--quiet", "--", "-c.mp3"});
+    EXPECT_EQ(options.volume, (std::array<std::int16_t, 2>{80, 0}));
+    EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
+    EXPECT_EQ(options.destination, "-c.mp3");
+    EXPECT_EQ(parse({"--volume=1,2", "a", "b", "c"}).volume[1], 2);
+    EXPECT_TRUE(parse({"--help"}).help);
+    const struct {
+        std::vector<const char*> words;
+        const char* fault;
+    } faults[] = {
+        {{"a", "b"}, "DESTINATION"},
+        {{"a", "b", "c", "d"}, "DESTINATION"},
+        {{"--loud", "a", "b", "c"}, "--loud"},
+        {{"a", "b", "c", "--volume"}, "value"},
+        {{"--quiet=1", "a", "b", "c"}, "no value"},
+        {{"--volume", "101,0", "a", "b", "c"}, "0 to 100"},
+        {{"--volume", "50", "a", "b", "c"}, "0 to 100"},
+        {{"--volume", "5,x", "a", "b", "c"}, "0 to 100"},
+        {{"--volume", "99999999999,1", "a", "b", "c"}, "0 to 100"},
+    };
+    for (const auto& f : faults) {
+        try {
+            parse(f.words);
+            ADD_FAILURE() << f.words.front();
+        } catch (const UsageError& error) {
+            EXPECT_NE(std::string(error.what()).find(f.fault), std::string::npos) << error.what();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace melvane

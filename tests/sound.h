@@ -1,0 +1,93 @@
+// Sound made and measured by the tests: interleaved stereo, full scale at 1.0.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstdint>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "platform/audio_library.h"
+#include "platform/bass/decode/pcm_source.h"
+
+namespace melvane::test {
+
+using Sound = std::vector<float>;
+
+class MemorySource : public decode::PcmSource {
+public:
+    explicit MemorySource(Sound sound) : sound_(std::move(sound)) {}
+
+    std::int64_t frames() const override { return static_cast<std::int64_t>(sound_.size() / 2); }
+    std::size_t read(float* out, std::size_t count) override {
+        count = std::min(count, static_cast<std::size_t>(frames() - place_));
+        std::copy_n(sound_.begin() + place_ * 2, count * 2, out);
+        place_ += static_cast<std::int64_t>(count);
+        return count;
+    }
+    void seek(std::int64_t frame) override { place_ = std::clamp<std::int64_t>(frame, 0, frames()); }
+
+private:
+    Sound sound_;
+    std::int64_t place_ = 0;
+};
+
+inline Sound silence(std::size_t frames) {
+    return Sound(frames * 2, 0.0F);
+}
+
+inline Sound sine(double hertz, double level, std::size_t frames) {
+    Sound sound(frames * 2);
+    for (std::size_t i = 0; i < frames; ++i)
+        sound[2 * i] = sound[2 * i + 1] =
+            static_cast<float>(level * std::sin(2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate));
+    return sound;
+}
+
+// 16-bit steps, so that it must come through a 16-bit path unchanged.
+inline Sound noise16(std::size_t frames, unsigned seed, int peak = 12000) {
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<int> step(-peak, peak);
+    Sound sound(frames * 2);
+    for (float& sample : sound) sample = static_cast<float>(step(random)) / 32768.0F;
+    return sound;
+}
+
+// Amplitude of one frequency on the left side of `frames` frames from `start` on (Hann window).
+inline double levelAt(const Sound& sound, double hertz, std::size_t start, std::size_t frames) {
+    std::complex<double> sum;
+    double weight = 0;
+    for (std::size_t i = 0; i < frames; ++i) {
+        const double window =
+            0.5 - 0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(frames));
+        sum += window * static_cast<double>(sound[(start + i) * 2]) *
+               std::polar(1.0, -2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate);
+        weight += window;
+    }
+    return 2 * std::abs(sum) / weight;
+}
+
+inline double decibels(double ratio) {
+    return 20 * std::log10(ratio);
+}
+
+// The shift of `sound` against `reference`, in frames, that correlates best within +-`reach`.
+inline int offsetOf(const Sound& sound, const Sound& reference, std::size_t start, std::size_t frames, int reach) {
+    int best = 0;
+    double bestSum = -1e300;
+    for (int shift = -reach; shift <= reach; ++shift) {
+        double sum = 0;
+        for (std::size_t i = 0; i < frames; ++i)
+            sum += static_cast<double>(sound[(start + i) * 2 + static_cast<std::size_t>(2 * (shift + reach))]) *
+                   static_cast<double>(reference[(start + static_cast<std::size_t>(reach) + i) * 2]);
+        if (sum > bestSum) {
+            bestSum = sum;
+            best = shift;
+        }
+    }
+    return best;
+}
+
+}  // namespace melvane::test

@@ -1,0 +1,482 @@
+#!/usr/bin/env python3
+"""End-to-end tests of the headless mixer, with real files and the real encoder: tool_test.py BUILD_DIRECTORY"""
+
+import array
+import hashlib
+import json
+import math
+import os
+import pty
+import random
+import re
+import resource
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import wave
+from pathlib import Path
+
+MIX = "melvane-mix"  # Becomes the path in the build directory.
+RATE = 44100
+STREAMED_HEADER = struct.pack("<4sI8sIHHIIHH4sI", b"RIFF", 0xFFFFFFFF, b"WAVEfmt ", 16, 1, 2, RATE, RATE * 4, 4, 16,
+                              b"data", 0xFFFFFFFF)
+LONG = 12 * RATE  # frames; more than is mixed ahead of the encoder
+PRESET = ["--alt-preset", "standard", "-"]
+HANG = 60  # seconds; a hang is a failure, slowness is none
+
+
+def noise(frames, seed=1):
+    """Stereo noise, 16 bits, at half of full scale."""
+    samples = array.array("h", random.Random(seed).randbytes(frames * 4))
+    return array.array("h", (s // 2 for s in samples)).tobytes()
+
+
+def clicks(frames, places, side):
+    """Silence with a short bell on one side (0 left, 1 right) around each of the places."""
+    samples = array.array("h", bytes(frames * 4))
+    for place in places:
+        for k in range(-5, 6):
+            samples[(place + k) * 2 + side] = round(12000 * (0.5 + 0.5 * math.cos(math.pi * k / 6)))
+    return samples.tobytes()
+
+
+def click_places(pcm, side):
+    """The loudest frame of each stretch above half of the peak; none in silence."""
+    channel = array.array("h", pcm)[side::2]
+    peak = max(map(abs, channel))
+    loud = [i for i, sample in enumerate(channel) if abs(sample) > max(peak / 2, 1000)]
+    starts = [i for i, before in zip(loud, [-1000] + loud) if i - before > 100]
+    return [max((i for i in loud if 0 <= i - start <= 100), key=lambda i: abs(channel[i])) for start in starts]
+
+
+def write_wav(path, pcm):
+    with wave.open(str(path), "wb") as file:
+        file.setparams((2, 2, RATE, 0, "NONE", ""))
+        file.writeframes(pcm)
+    return path
+
+
+def lame(*arguments, **options):
+    subprocess.run(["lame", "--quiet", *arguments], check=True, timeout=HANG, **options)
+
+
+def gone(pid):
+    """True when no process, not even a dead one that nobody asked for, has this number."""
+    return not Path(f"/proc/{pid}").exists()
+
+
+def wait_until(condition):
+    end = time.monotonic() + HANG
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("waited in vain")
+        time.sleep(0.01)
+
+
+class ToolTest(unittest.TestCase):
+    """A directory for each test, the current one of the mixer."""
+
+    def setUp(self):
+        self.dir = Path(tempfile.mkdtemp(prefix="melvane-tool-"))
+        self.addCleanup(shutil.rmtree, self.dir)
+        self.home = self.folder("home")
+
+    def folder(self, name):
+        path = self.dir / name
+        path.mkdir()
+        return path
+
+    def environment(self, path=None):
+        paths = os.environ.get("PATH", os.defpath) if path is None else path
+        return {**os.environ, "HOME": str(self.home), "PATH": paths, "LC_ALL": "C.UTF-8"}
+
+    def start(self, *arguments, path=None, **options):
+        pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "stdin": subprocess.DEVNULL}
+        return subprocess.Popen([MIX, *map(str, arguments)], cwd=self.dir, env=self.environment(path),
+                                **{**pipes, **options})
+
+    def finish(self, process):
+        with process:
+            try:
+                output, errors = process.communicate(timeout=HANG)
+            finally:
+                process.kill()
+        return process.returncode, output.decode(), errors.decode(errors="surrogateescape")
+
+    def mix(self, *arguments, **options):
+        """Exit status and what was said; standard output is for --json alone."""
+        status, output, errors = self.finish(self.start(*arguments, **options))
+        self.assertEqual(output, "")
+        return status, errors
+
+    def expect_mixed(self, *arguments, **options):
+        self.assertEqual(self.mix(*arguments, **options), (0, ""))
+
+    def expect_refused(self, *arguments, says, **options):
+        status, errors = self.mix(*arguments, **options)
+        self.assertEqual(status, 1, errors)
+        self.assertRegex(errors, r"\Amelvane-mix: [^\n]+\n\Z")
+        self.assertRegex(errors, says)
+
+    def encoder(self, body='exec cat > "$last"', folder="fake", name="lame.exe"):
+        """A PATH on which an encoder comes first that notes its process and its arguments, then does `body`."""
+        script = self.dir / folder / name
+        script.parent.mkdir(exist_ok=True)
+        script.write_text(f"#!/bin/sh\nfor last; do :; done\n"
+                          f"printf '%s\\0' $$ \"$@\" > '{script.parent}/call'\n{body}\n")
+        script.chmod(0o755)
+        return f"{script.parent}:/usr/bin:/bin"
+
+    def call(self, folder="fake"):
+        """Process and arguments of the encoder that ran last."""
+        pid, *arguments = (self.dir / folder / "call").read_bytes().split(b"\0")[:-1]
+        return int(pid), list(map(os.fsdecode, arguments))
+
+    def decode(self, mp3):
+        lame("--decode", mp3, self.dir / "decoded.wav")
+        with wave.open(str(self.dir / "decoded.wav")) as file:
+            self.assertEqual(file.getparams()[:3], (2, 2, RATE))
+            return file.readframes(file.getnframes())
+
+    def wav(self, name, frames=0, pcm=None):
+        return write_wav(self.dir / name, noise(frames, name) if pcm is None else pcm)
+
+
+class MixTest(ToolTest):
+    PERIOD = 29011
+    FIRST = 1000
+    PLACES = [FIRST, FIRST + PERIOD, FIRST + 2 * PERIOD]
+    FRAMES = 3 * PERIOD
+
+    def songs(self):
+        wav = self.wav("song.wav", pcm=clicks(self.FRAMES, self.PLACES, side=0))
+        lame("--alt-preset", "standard", wav, self.dir / "song.mp3")
+        yield self.dir / "song.mp3"
+        if shutil.which("ffmpeg"):
+            subprocess.run(["ffmpeg", "-v", "error", "-i", wav, "-c:a", "libvorbis", self.dir / "song.ogg"], check=True)
+            yield self.dir / "song.ogg"
+
+    def test_song_and_voice_are_frame_exact(self):
+        loops = self.wav("loops.wav", pcm=clicks(self.PERIOD, [self.FIRST], side=1))
+        cut = self.wav("cut.wav", pcm=clicks(2 * self.FRAMES, [self.FIRST + self.PERIOD * n for n in range(6)], 1))
+        for song in self.songs():
+            for volume, left, right in (("100,100", self.PLACES, self.PLACES), ("100,0", self.PLACES, []),
+                                        ("0,100", [], self.PLACES)):
+                for voice in (loops, cut):
+                    with self.subTest(song=song.name, voice=voice.name, volume=volume):
+                        self.expect_mixed("--overwrite", "--volume", volume, song, voice, "mix.mp3")
+                        pcm = self.decode(self.dir / "mix.mp3")
+                        self.assertEqual([click_places(pcm, 0), click_places(pcm, 1)], [left, right])
+                        self.assertAlmostEqual(len(pcm) // 4, self.FRAMES, delta=1152)
+
+    def test_encoder_gets_exactly_the_song(self):
+        song = self.wav("song.wav", 100003)
+        voice = self.wav("voice.wav", 5000)
+        path = self.encoder()
+        self.expect_mixed("--volume", "100,0", song, voice, "mix.mp3", path=path)
+        self.assertEqual(self.call()[1], [*PRESET, str(self.dir / "mix.mp3")])
+        self.assertEqual((self.dir / "mix.mp3").read_bytes(), STREAMED_HEADER + noise(100003, "song.wav"))
+        for song in self.songs():
+            with self.subTest(song=song.name):
+                self.expect_mixed("--overwrite", song, voice, "mix.mp3", path=path)
+                self.assertEqual((self.dir / "mix.mp3").stat().st_size, len(STREAMED_HEADER) + self.FRAMES * 4)
+
+    def test_voice_loops_to_the_end_of_the_song(self):
+        frames = 20001
+        song = self.wav("song.wav", frames)
+        path = self.encoder()
+        for length in (1, 777, 4096, frames - 1, frames, frames + 1, 3 * frames):
+            with self.subTest(length=length):
+                voice = self.wav("voice.wav", length)
+                self.expect_mixed("--overwrite", "--volume", "0,100", song, voice, "mix.mp3", path=path)
+                wanted = noise(length, "voice.wav") * (frames // length + 1)
+                self.assertEqual((self.dir / "mix.mp3").read_bytes(), STREAMED_HEADER + wanted[:frames * 4])
+
+    def test_names_pass_as_they_are(self):
+        path = self.encoder()
+        pcm = noise(300)
+        for name in ("mix", "with  two blanks ", " before", "it's", 'a "quoted" word', "back\\slash\\", '\\"',
+                     "zażółć gęślą jaźń", "カラオケの歌", "-o", "--overwrite", "x" * 200, "100%d %s %n", "$HOME `id` $(id)",
+                     "a;b|c&d>e<f*?", "new\nline", "tab\t", "#1", "~", "\udcff no UTF-8", "a.b.c"):
+            with self.subTest(name=name):
+                names = [name + end for end in (".song.wav", ".voice.wav", ".mp3")]
+                for source in names[:2]:
+                    write_wav(self.dir / source, pcm)
+                self.expect_mixed("--volume", "100,0", "--", *names, path=path)
+                self.assertEqual(self.call()[1], [*PRESET, str(self.dir / names[2])])
+                self.assertEqual((self.dir / names[2]).read_bytes(), STREAMED_HEADER + pcm)
+                for file in names:
+                    (self.dir / file).unlink()
+        self.assertEqual(sorted(file.name for file in self.dir.iterdir()), ["fake", "home"])
+        self.assertEqual(list(self.home.iterdir()), [])
+
+
+class EncoderTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.sources = self.wav("song.wav", RATE), self.wav("voice.wav", 1000)
+
+    def test_encoder_is_never_taken_from_here(self):
+        for name in ("lame", "lame.exe"):
+            self.encoder(folder=".", name=name)
+        self.encoder(folder="sub")
+        for path in ("", ".", ":", "sub", "./sub:"):
+            with self.subTest(path=path):
+                self.expect_refused(*self.sources, "mix.mp3", path=path, says="encoder.*lame")
+                self.assertFalse((self.dir / "mix.mp3").exists())
+        for path in (":/usr/bin:/bin", ".:/usr/bin:/bin", "sub::/usr/bin:/bin:"):
+            with self.subTest(path=path):
+                self.expect_mixed("--overwrite", *self.sources, "mix.mp3", path=path)
+        self.assertFalse((self.dir / "call").exists() or (self.dir / "sub/call").exists())
+
+    def test_which_encoder_runs(self):
+        self.folder("directory").joinpath("lame").mkdir()
+        self.encoder(folder="plain", name="lame")
+        (self.dir / "plain/lame").chmod(0o644)
+        self.encoder(folder="linux", name="lame")
+        self.encoder(folder="windows")
+        for folders, runs in (("linux windows", "windows"), ("directory plain linux", "linux")):
+            with self.subTest(folders=folders):
+                path = ":".join(str(self.dir / folder) for folder in folders.split())
+                self.expect_mixed("--overwrite", *self.sources, "mix.mp3", path=path + ":/usr/bin:/bin")
+                self.assertEqual([str(call.parent) for call in self.dir.glob("*/call")], [str(self.dir / runs)])
+                (self.dir / runs / "call").unlink()
+
+    def test_failing_encoder_is_reported(self):
+        short = self.wav("short.wav", 100)
+        part = "head -c 100000 > "
+        for body, keeps in (("exit 0", 0), ("exit 1", 0), ("kill -9 $$", 0), ('rm "$last"; exit 1', 0),
+                            (part + "/dev/null; exit 0", 0), (part + "/dev/null; exit 1", 0),
+                            (part + '"$last"; exit 0', 100000), (part + '"$last"; kill -9 $$', 100000),
+                            (part + '"$last"; kill -15 $$', 100000),
+                            ('cat > "$last"; exit 3', RATE * 4 + len(STREAMED_HEADER))):
+            for song in self.sources[:1] if keeps else (self.sources[0], short):
+                with self.subTest(body=body, song=song.name):
+                    mix = self.dir / "mix.mp3"
+                    mix.unlink(missing_ok=True)
+                    path = self.encoder(body)
+                    self.expect_refused(song, self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
+                    self.assertTrue(gone(self.call()[0]))
+                    self.assertEqual(mix.stat().st_size if mix.exists() else 0, keeps)
+
+    def test_deaf_encoder_is_given_up(self):
+        path = self.encoder(f"exec <&-; exec sleep {HANG + 10}")
+        self.expect_refused(self.wav("long.wav", LONG), self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
+        self.assertTrue(gone(self.call()[0]))
+
+    def test_strange_program_is_no_encoder(self):
+        path = self.encoder()
+        (self.dir / "fake/lame.exe").write_text("no program\n")
+        self.expect_refused(*self.sources, "mix.mp3", path=path, says="encoder")
+        self.assertFalse((self.dir / "mix.mp3").exists())
+
+    def test_stopped_encoder_loses_nothing(self):
+        song = self.wav("long.wav", LONG)
+        path = self.encoder('head -c 500000 > "$last"; kill -STOP $$; exec cat >> "$last"')
+        process = self.start("--volume", "100,0", song, self.sources[1], "mix.mp3", path=path)
+        wait_until(lambda: (self.dir / "fake/call").exists())
+        wait_until(lambda: (self.dir / "fake/call").read_bytes().endswith(b".mp3\0"))
+        pid = self.call()[0]
+        wait_until(lambda: Path(f"/proc/{pid}/stat").read_text().split(")")[1].split()[0] == "T")
+        time.sleep(5)
+        waits = process.poll() is None
+        os.kill(pid, signal.SIGCONT)
+        self.assertTrue(waits)
+        self.assertEqual(self.finish(process), (0, "", ""))
+        self.assertEqual((self.dir / "mix.mp3").read_bytes(), STREAMED_HEADER + noise(LONG, "long.wav"))
+
+    def test_full_disk_is_reported(self):
+        limit = 65536
+        too_much = self.wav("long.wav", LONG), self.sources[1]
+        self.expect_refused(*too_much, "mix.mp3", says="encoder.*mix.mp3",
+                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        disk = self.folder("disk")
+        mount = ["mount", "-t", "tmpfs", "-o", f"size={limit}", "tmpfs", disk]
+        if subprocess.run(mount, capture_output=True).returncode:
+            self.skipTest("nothing can be mounted")
+        try:
+            self.expect_refused(*too_much, "disk/mix.mp3", says="encoder.*disk/mix.mp3")
+            (disk / "filler").write_bytes(bytes(limit - (disk / "mix.mp3").stat().st_size))
+            self.expect_refused(*too_much, "disk/other.mp3", says="disk/other.mp3")
+        finally:
+            subprocess.run(["umount", disk], check=True)
+
+
+class BadInputTest(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.song, self.voice = self.wav("song.wav", 20000), self.wav("voice.wav", 1000)
+
+    def make_bad_files(self):
+        header = self.wav("whole.wav", 1000).read_bytes()[:44]
+        contents = {"empty.mp3": b"", "text.mp3": b"La la la\n" * 5000, "random.mp3": noise(50000, 3),
+                    "random.wav": noise(50000, 4), "bare.wav": header, "riff.wav": header[:12],
+                    "cut.ogg": b"OggS" + bytes(500), "id3.mp3": b"ID3\x04\0\0\x7f\x7f\x7f\x7f" + bytes(100)}
+        for name, content in contents.items():
+            (self.dir / name).write_bytes(content)
+        self.folder("folder.mp3")
+        os.mkfifo(self.dir / "pipe.mp3")
+        (self.dir / "loop.mp3").symlink_to("loop.mp3")
+        return [*contents, "missing.mp3", "folder.mp3", "pipe.mp3", "loop.mp3", "/dev/null", "song.wav/under.mp3"]
+
+    def digests(self):
+        return {file.name: hashlib.sha256(file.read_bytes()).digest() for file in self.dir.iterdir() if file.is_file()}
+
+    def test_unusable_source_is_named(self):
+        bad = self.make_bad_files()
+        before = self.digests()
+        for name in bad:
+            for role, sources in (("background", (name, self.voice)), ("vocal", (self.song, name))):
+                with self.subTest(name=name, role=role):
+                    self.expect_refused(*sources, "mix.mp3", says=f"{role}.*{re.escape(name)}$")
+                    self.assertEqual(self.digests(), before)
+
+    @unittest.skipIf(os.geteuid() == 0, "root may do everything")
+    def test_forbidden_files_are_named(self):
+        self.wav("own.mp3", 10).chmod(0o444)
+        self.folder("closed").chmod(0o555)
+        for name in ("own.mp3", "closed/mix.mp3"):
+            self.expect_refused("--overwrite", self.song, self.voice, name, says=f"destination.*{name}$")
+        self.voice.chmod(0)
+        self.expect_refused(self.song, self.voice, "mix.mp3", says="vocal.*voice.wav$")
+        self.assertFalse((self.dir / "mix.mp3").exists())
+
+    def test_truncated_song_is_mixed_as_far_as_it_goes(self):
+        lame("-b", "128", self.wav("whole.wav", 5 * RATE), self.dir / "song.mp3")
+        whole = (self.dir / "song.mp3").read_bytes()
+        (self.dir / "song.mp3").write_bytes(whole[:len(whole) // 2])
+        self.expect_mixed("song.mp3", self.voice, "mix.mp3")
+        self.assertAlmostEqual(len(self.decode(self.dir / "mix.mp3")) / 4 / RATE, 2.5, delta=0.1)
+
+    def test_destination_is_no_source(self):
+        (self.dir / "link.wav").symlink_to("song.wav")
+        (self.dir / "hard.wav").hardlink_to(self.voice)
+        before = self.digests()
+        for name in ("song.wav", "./song.wav", "home/../song.wav", self.song, "link.wav", "voice.wav", "hard.wav"):
+            for options, says in ((["--overwrite"], "destination is one of the source files"), ([], "exists already")):
+                with self.subTest(name=name, options=options):
+                    self.expect_refused(*options, "song.wav", "voice.wav", name, says=says)
+                    self.assertEqual(self.digests(), before)
+
+    def test_unusable_destination_is_named(self):
+        self.folder("taken.mp3")
+        (self.dir / "full.mp3").symlink_to("/dev/full")
+        os.mkfifo(self.dir / "pipe.mp3")
+        for name in ("nowhere/mix.mp3", "taken.mp3", "full.mp3", "pipe.mp3", "song.wav/mix.mp3", "x" * 300, "home/"):
+            with self.subTest(name=name):
+                self.expect_refused("--overwrite", self.song, self.voice, name, says=re.escape(name) + "$")
+        self.assertEqual(list((self.dir / "taken.mp3").iterdir()) + list(self.home.iterdir()), [])
+
+    def test_existing_destination_is_replaced_only_on_request(self):
+        mix = self.dir / "mix.mp3"
+        mix.write_bytes(b"precious")
+        self.expect_refused(self.song, self.voice, mix, says="mix.mp3 exists.*--overwrite")
+        self.assertEqual(mix.read_bytes(), b"precious")
+        for options in (["missing.mp3", self.voice], [self.song, "missing.wav"]):
+            self.expect_refused("--overwrite", *options, mix, says="missing")
+            self.assertEqual(mix.read_bytes(), b"precious")
+        self.expect_mixed("--overwrite", self.song, self.voice, mix)
+        self.assertAlmostEqual(len(self.decode(mix)) // 4, 20000, delta=1152)
+
+
+class InterruptTest(ToolTest):
+    def test_interrupted_mix_is_kept(self):
+        pcm = noise(RATE) * 240
+        song, voice = self.wav("song.wav", pcm=pcm), self.wav("voice.wav", 1000)
+        for number in (signal.SIGINT, signal.SIGTERM):
+            for send in (os.kill, os.killpg):
+                with self.subTest(signal=number.name, send=send.__name__):
+                    mix = self.dir / f"{number.name}-{send.__name__}.mp3"
+                    process = self.start("--json", "--volume", "100,0", song, voice, mix, start_new_session=True)
+                    while json.loads(process.stdout.readline())["fraction"] < 0.05:
+                        pass
+                    send(process.pid, number)
+                    status, output, errors = self.finish(process)
+                    self.assertEqual((status, errors), (128 + number, ""))
+                    self.expect_kept(mix, pcm, json.loads(output.splitlines()[-1]))
+
+    def expect_kept(self, mix, pcm, result):
+        self.assertEqual((result["event"], result["status"]), ("result", "interrupted"))
+        frames = result["frames"]
+        self.assertTrue(0 < frames < len(pcm) // 4, frames)
+        wanted = self.dir / "wanted.mp3"
+        lame(*PRESET, wanted, input=STREAMED_HEADER + pcm[:frames * 4])
+        self.assertEqual(mix.read_bytes(), wanted.read_bytes())
+        self.assertEqual(len(self.decode(mix)), frames * 4)
+
+
+class CommandLineTest(ToolTest):
+    def test_wrong_usage_is_explained(self):
+        files = ["song.wav", "voice.wav", "mix.mp3"]
+        cases = [(["--volume", value, *files], "--volume .*0 to 100") for value in
+                 ("101,0", "0,101", "-1,0", "50", "1,2,3", "a,b", "", ",", "50, 50", "1e1,5", "99999999999,1", "+5,5")]
+        cases += [([*files, "--volume"], "--volume needs a value"), (["--volume=101,1", *files], "0 to 100"),
+                  (["--louder", *files], "--louder"), (["-q", *files], "-q"), (["--quiet=1", *files], "--quiet"),
+                  ([], "BACKGROUND, VOCAL and DESTINATION"), (files[:2], "DESTINATION"),
+                  ([*files, "more"], "DESTINATION"), (["--", "--help"], "BACKGROUND")]
+        for arguments, says in cases:
+            with self.subTest(arguments=arguments):
+                status, errors = self.mix(*arguments)
+                self.assertEqual(status, 2)
+                self.assertRegex(errors, r"\Amelvane-mix: [^\n]*" + says + r"[^\n]*\nTry melvane-mix --help\.\n\Z")
+
+    def test_empty_names_are_refused(self):
+        song, voice = self.wav("song.wav", 100), self.wav("voice.wav", 100)
+        for names in (("", voice, "mix.mp3"), (song, "", "mix.mp3"), (song, voice, "")):
+            with self.subTest(names=names):
+                self.expect_refused(*names, says=".")
+
+    def test_help_and_version(self):
+        for option, says in (("--help", r"\AUsage: .*--volume.*0 to 100.*--overwrite.*--json"),
+                             ("--version", r"\Amelvane-mix \d+\.\d+\.\d+\n\Z")):
+            with self.subTest(option=option):
+                status, output, errors = self.finish(self.start(option))
+                self.assertEqual((status, errors), (0, ""))
+                self.assertRegex(output, re.compile(says, re.DOTALL))
+
+    def test_json_lines(self):
+        frames = 20 * RATE
+        song, voice = self.wav("song.wav", frames), self.wav("voice.wav", 1000)
+        name = 'zażółć "カ".mp3'
+        status, output, errors = self.finish(self.start("--json", "--quiet", song, voice, name))
+        self.assertEqual((status, errors), (0, ""))
+        *progress, result = map(json.loads, output.splitlines())
+        self.assertEqual(result, {"event": "result", "status": "done", "destination": name, "frames": frames,
+                                  "seconds": 20})
+        self.assertEqual({line["event"] for line in progress}, {"progress"})
+        self.assertEqual({line["length"] for line in progress}, {20})
+        positions = [line["position"] for line in progress]
+        self.assertEqual(positions, sorted(positions))
+        for line in progress:
+            self.assertAlmostEqual(line["fraction"], line["position"] / 20)
+        status, output, errors = self.finish(self.start("--json", song, "none.wav", "other.mp3"))
+        self.assertEqual((status, errors.count("\n")), (1, 1))
+        result, = map(json.loads, output.splitlines())
+        self.assertEqual((result["event"], result["status"]), ("result", "failed"))
+        self.assertIn("none.wav", result["message"])
+
+    def test_bar_is_for_terminals_and_not_for_quiet(self):
+        song, voice = self.wav("song.wav", RATE), self.wav("voice.wav", 1000)
+        for options, says in (([], r"\[#{40}\] 100 %  0:01"), (["--quiet"], r"\A\Z")):
+            with self.subTest(options=options):
+                terminal, side = pty.openpty()
+                process = self.start("--overwrite", *options, song, voice, "mix.mp3", stderr=side)
+                os.close(side)
+                self.assertEqual(process.communicate(timeout=HANG)[0], b"")
+                try:
+                    shown = os.read(terminal, 65536)
+                except OSError:  # Nothing was ever written.
+                    shown = b""
+                os.close(terminal)
+                self.assertEqual(process.returncode, 0)
+                self.assertRegex(shown.decode(), says)
+
+
+if __name__ == "__main__":
+    MIX = str(Path(sys.argv.pop(1), MIX).resolve())
+    unittest.main()

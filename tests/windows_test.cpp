@@ -1,0 +1,316 @@
+// The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+#include <functional>
+
+#include "app/MixerStart.h"
+#include "app/frmMain.h"
+#include "app/frm_style.h"
+#include "app/run_messages.h"
+#include "platform/desktop/registry_file.h"
+#include "tests/fake_audio_library.h"
+#include "tests/fake_platform.h"
+#include "tests/temp_dir.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+const std::vector<const char*> kButtons = {"BR0", "BR1", "BR2", "mi_button", "b_STOP", "bClose"};  // in Tab order
+
+struct WindowFixture : testing::Test {
+    TempDir dir;
+    FakeAudioLibrary library;
+    FakeFileNames names;
+    FakeDialogs dialogs;
+    modLang language;
+    RegistryFile registry{dir / "registry.json"};
+    SettingsStore store{registry};
+    std::function<void()> duringEvents = frmMain::processWindowEvents;
+    Environment environment{library, names, dialogs, language, [this] { duringEvents(); }};
+    Mixer mixer{environment};
+    frmMain window{mixer, environment, store};
+
+    WindowFixture() {
+        language.InitLanguage("", "en");
+        show();
+    }
+
+    void show() {
+        window.DoRest();
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+    QPushButton& button(const char* name) { return *window.findChild<QPushButton*>(QLatin1String(name)); }
+    void click(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
+    std::string whole(const char* label) {
+        return window.findChild<QLabel*>(QLatin1String(label))->toolTip().toStdString();
+    }
+    std::string title() { return window.windowTitle().toStdString(); }
+    // Names of the buttons that are switched on.
+    std::string enabled() {
+        std::string list;
+        for (const char* name : kButtons)
+            if (button(name).isEnabled()) list += name + std::string(" ");
+        return list;
+    }
+    std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
+    int filledPixels() {
+        const QImage bar = window.findChild<QProgressBar*>()->grab().toImage();
+        EXPECT_EQ(bar.width(), 176);
+        const auto isFilled = [&](int x) { return bar.pixelColor(x, bar.height() / 2) == QColor(0xF2A541); };
+        int pixels = 0;
+        while (pixels < bar.width() && isFilled(pixels)) ++pixels;
+        for (int x = pixels; x < bar.width(); ++x) EXPECT_FALSE(isFilled(x));
+        return pixels;
+    }
+    void chooseFiles() {
+        mixer.fields() = {"/song.mp3", "/voice.wav", dir / "mix.mp3"};
+        window.SetMainLanguage();
+    }
+    bool waitFor(const std::string& status) {
+        return QTest::qWaitFor([&] { return whole("status") == status; });
+    }
+};
+
+const std::string kIdle = "BR0 BR1 BR2 mi_button bClose ";
+
+TEST_F(WindowFixture, BrowsingFillsTheFields) {
+    mixer.settings().recDirectory = dir.path();
+    const std::string vocal = dir.write("a song <b>with a very long name, longer than any field.wav", "");
+    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path0"))->text(), QStringLiteral("Karaoke background"));
+    EXPECT_EQ(whole("path0"), "");
+    dialogs.nextFile = "/music/a song <b>with a very long name, longer than any field.mp3";
+    click("BR0");
+    EXPECT_EQ(QString::fromStdString(whole("path0")), QString::fromStdString(dialogs.nextFile).toHtmlEscaped());
+    EXPECT_EQ(QString::fromStdString(whole("path1")), QString::fromStdString(vocal).toHtmlEscaped());
+    EXPECT_TRUE(window.findChild<QLabel*>(QStringLiteral("path1"))->text().contains(u'…'));
+    dialogs.nextFile = dir / "mix";
+    click("BR2");
+    EXPECT_EQ(dialogs.lastProposal, "/music/a song <b>with a very long name, longer than any field.mp3");
+    EXPECT_EQ(whole("path2"), dir / "mix.mp3");
+    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path2"))->accessibleName().toStdString(),
+              "Mixing destination: " + dir.path() + "/mix.mp3");
+}
+
+TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
+    EXPECT_EQ(whole("status"), "Ready");
+    EXPECT_EQ(enabled(), kIdle);
+    chooseFiles();
+    button("mi_button").setFocus();
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_EQ(enabled(), "b_STOP bClose ");
+    EXPECT_EQ(focused(), "b_STOP");
+    EXPECT_EQ(whole("status"), "Mixing…");
+
+    library.position = library.length / 2 + 1;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return title() == "50 % – Melvane"; })) << title();
+    EXPECT_EQ(filledPixels(), 88);
+    library.card.deviceOpen = false;
+    EXPECT_TRUE(waitFor("No sound device: the mix cannot be heard, but it is recorded."));
+
+    for (const auto& [code, text] : {std::pair("en", "Zakończ miksowanie."), {"pl", "You must stop mixing first."}}) {
+        language.SetLanguage(code);
+        click("bClose");
+        EXPECT_EQ(dialogs.boxes.back(), std::string("Melvane: ") + text);
+        EXPECT_TRUE(window.isVisible() && mixer.run().isMixing);
+    }
+    EXPECT_FALSE(window.close()) << "as from the window manager";
+    language.SetLanguage("en");
+    button("b_STOP").setFocus();
+
+    std::string whileFinishing;
+    library.encoderFinishes = 1;
+    duringEvents = [&] {
+        if (!whileFinishing.empty() || !mixer.run().isMixing) return;
+        EXPECT_TRUE(waitFor("Finishing the MP3 file…"));
+        click("b_STOP");
+        whileFinishing = enabled();
+    };
+    library.position = library.length;
+    EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << whole("status");
+    EXPECT_EQ(whileFinishing, "bClose ");
+    EXPECT_EQ(enabled(), kIdle);
+    EXPECT_EQ(focused(), "mi_button");
+    EXPECT_EQ(title(), "Melvane");
+    EXPECT_EQ(filledPixels(), 176);
+    EXPECT_FALSE(window.findChild<QTimer*>()->isActive());
+}
+
+TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
+    chooseFiles();
+    button("mi_button").setFocus();
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+    QApplication::sendEvent(&window, &repeated);
+    EXPECT_FALSE(mixer.run().isMixing);
+    click("mi_button");
+    EXPECT_TRUE(mixer.run().isMixing);
+    QApplication::sendEvent(&window, &repeated);
+    EXPECT_TRUE(mixer.run().isMixing);
+    click("b_STOP");
+    EXPECT_FALSE(mixer.run().isMixing);
+    EXPECT_EQ(whole("status"), "Stopped");
+    EXPECT_EQ(enabled(), kIdle);
+}
+
+TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
+    const struct {
+        RunFailure failure;
+        std::function<void()> cause;
+    } cases[] = {
+        {RunFailure::pathsMissing, [this] { mixer.fields().vocal.clear(); }},
+        {RunFailure::midiUnplayable, [this] { mixer.fields().background = "/song.kar"; }},
+        {RunFailure::destinationIsSource, [this] { mixer.fields().destination = "/song.mp3"; }},
+        {RunFailure::destinationNotWritable, [this] { mixer.fields().destination = dir.path(); }},
+        {RunFailure::backgroundUnreadable, [this] { library.unreadable = {"/song.mp3"}; }},
+        {RunFailure::vocalUnreadable, [this] { library.unreadable = {"/voice.wav"}; }},
+        {RunFailure::captureNotStarted, [this] { library.captureStarts = false; }},
+        {RunFailure::encoderNotStarted,
+         [this] {
+             library.encoderStarts = false;
+             library.captureStarts = true;
+         }},
+        {RunFailure::encoderFailed,
+         [this] {
+             library.encoderStarts = true;
+             library.encoderAlive = false;
+             library.encoder = EncoderState::failed;
+         }},
+    };
+    for (const auto& [failure, cause] : cases) {
+        chooseFiles();
+        library.unreadable.clear();
+        cause();
+        click("mi_button");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return enabled() == kIdle; }));
+        EXPECT_EQ(mixer.run().failure, failure);
+        std::string before;
+        for (const char* code : {"pl", "en"}) {
+            language.SetLanguage(code);
+            window.SetMainLanguage();
+            EXPECT_EQ(whole("status"), runMessage(language, mixer.run()));
+            EXPECT_NE(whole("status"), before);
+            before = whole("status");
+        }
+    }
+    const std::vector<std::string> boxes = {"Melvane: Source or destiny files not defined.",
+                                            "Melvane: Error playing Midi file"};
+    EXPECT_EQ(dialogs.boxes, boxes) << "the others have no box";
+}
+
+TEST_F(WindowFixture, ErrorsEndInABoxNotInTheEventLoop) {
+    library.inputs.resize(0x8001, library.inputs.front());
+    chooseFiles();
+    click("mi_button");
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: overflow"});
+    EXPECT_EQ(dialogs.lastIcon, BoxIcon::critical);
+    EXPECT_EQ(enabled(), kIdle);
+}
+
+TEST_F(WindowFixture, MovesByItsTop) {
+    window.move(100, 100);
+    const auto drag = [this](int y, Qt::MouseButton mouseButton) {
+        const QPoint before = window.pos();
+        QTest::mousePress(&window, mouseButton, {}, QPoint(150, y));
+        QTest::mouseMove(&window, QPoint(160, y + 5));
+        QTest::mouseRelease(&window, mouseButton, {}, QPoint(150, y));
+        const QPoint moved = window.pos() - before;
+        QTest::mouseMove(&window, QPoint(10, 10));
+        EXPECT_EQ(window.pos() - before, moved) << "released";
+        return moved;
+    };
+    EXPECT_EQ(drag(0, Qt::LeftButton), QPoint(10, 5));
+    EXPECT_EQ(drag(20, Qt::LeftButton), QPoint(10, 5));
+    EXPECT_EQ(drag(21, Qt::LeftButton), QPoint());
+    EXPECT_EQ(drag(10, Qt::RightButton), QPoint());
+}
+
+TEST_F(WindowFixture, ComesBackWhereItWasButOnTheScreen) {
+    const QRect screen = window.screen()->availableGeometry();
+    const WindowPosition farthest{static_cast<float>(screen.right() + 1 - 460),
+                                  static_cast<float>(screen.bottom() + 1 - 196)};
+    const std::pair<WindowPosition, WindowPosition> cases[] = {{{33, 44.7F}, {33, 44}},
+                                                               {{-5000, -5000}, {0, 0}},
+                                                               {{1e30F, 1e30F}, farthest},
+                                                               {{farthest.left + 50, farthest.top + 50}, farthest}};
+    for (const auto& [stored, restored] : cases) {
+        mixer.settings().position = stored;
+        show();
+        click("bClose");
+        EXPECT_FALSE(window.isVisible());
+        Settings saved;
+        store.load(saved);
+        EXPECT_EQ(saved.position, restored);
+    }
+}
+
+TEST_F(WindowFixture, EverythingIsReachedByKeyboardAndNamedInBothLanguages) {
+    mixer.run().isMixing = true;  // so that the stop button is on, and then the others
+    std::string order;
+    for (const bool running : {true, false}) {
+        mixer.run().isMixing = running;
+        window.SetMainLanguage();
+        button("bClose").setFocus();
+        do {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            order += focused() + " ";
+        } while (focused() != "bClose" && order.size() < 100);
+    }
+    EXPECT_EQ(order, "b_STOP bClose BR0 BR1 BR2 mi_button bClose ");
+
+    std::map<std::string, std::string> texts[2];
+    for (const int polish : {0, 1}) {
+        language.SetLanguage(polish ? "pl" : "en");
+        window.SetMainLanguage();
+        for (const char* name : {"mi_button", "b_STOP"}) texts[polish][name] = button(name).text().toStdString();
+        for (const char* name : {"BR0", "BR1", "BR2", "bClose", "progress", "path0", "path1", "path2", "status"})
+            texts[polish][name] = window.findChild<QWidget*>(QLatin1String(name))->accessibleName().toStdString();
+        for (const char* name : {"BR0", "BR1", "BR2", "bClose"})
+            EXPECT_EQ(button(name).toolTip().toStdString(), texts[polish][name]);
+    }
+    for (const auto& [name, text] : texts[0]) {
+        EXPECT_FALSE(text.empty()) << name;
+        EXPECT_EQ(text == texts[1][name], name == "b_STOP") << name;
+    }
+    EXPECT_EQ(texts[1]["BR1"], "Wskaż plik z vocalem");
+    EXPECT_EQ(texts[0]["BR2"], "Browse for  mixing destination file");
+}
+
+TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
+    modLang language;
+    language.InitLanguage("", "pl");
+    MixerStart start(language);
+    start.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&start));
+    EXPECT_EQ(start.size(), QSize(274, 174));
+    auto* button = start.findChild<QPushButton*>(QStringLiteral("CON"));
+    EXPECT_EQ(button->text(), QStringLiteral("D A L E J"));
+    QSignalSpy continued(&start, &MixerStart::continued);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_EQ(continued.count(), 1);
+    for (const auto* label : start.findChildren<QLabel*>())
+        EXPECT_LE(label->sizeHint().width(), label->width()) << label->text().toStdString();
+    QTest::keyClick(&start, Qt::Key_Escape);
+    EXPECT_FALSE(start.isVisible());
+}
+
+}  // namespace
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    melvane::applyStyle(app);
+    return RUN_ALL_TESTS();
+}
