@@ -46,9 +46,10 @@ bool Module1::StopMixCapture() {
     library_.BASS_Encode_Stop(run_.recordChannel);
     library_.BASS_ChannelStop(run_.recordChannel);
     while (library_.BASS_Encode_IsActive(run_.recordChannel)) doEvents_();
-    if (library_.encoderState(run_.recordChannel) == EncoderState::failed) run_.failure = RunFailure::encoderFailed;
     run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
     if (run_.lastMixStream != 0) run_.lastMixPath = run_.destinationPath;
+    if (run_.lastMixStream == 0 || library_.encoderState(run_.recordChannel) == EncoderState::failed)
+        run_.failure = RunFailure::encoderFailed;
     run_.recordChannel = 0;
     doEvents_();
     return false;

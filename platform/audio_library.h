@@ -133,6 +133,8 @@ public:
                                     void* user) = 0;
 
     // --- Encoder add-on --------------------------------------------------------------------------------
+    // True when there is a program for `commandLine` that may be run.
+    virtual bool encoderFound(const char* commandLine) const = 0;
     // Starts the program of `commandLine` without a shell and feeds it a WAV header and then everything
     // captured on `handle`. Words are separated by blanks; a word in double quotes may hold blanks, and a
     // backslash there takes the next character as it is.

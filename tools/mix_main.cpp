@@ -36,7 +36,10 @@ void interrupt(int signal) {
 void catchInterrupts() {
     struct sigaction action {};
     action.sa_handler = interrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second one ends the program at once
     for (const int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
+    // A file that may not grow shows as a failed write.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 // The empty file that stands for a mix from its start on goes again when the encoder never got to it.
@@ -104,9 +107,12 @@ int main(int argc, char** argv) {
         const MixOptions options = parseOptions(std::span<const char* const>(argv + 1, argv + std::max(argc, 1)));
         if (options.help || options.version) {
             std::fputs(options.help ? usageText().c_str() : "melvane-mix " MELVANE_VERSION "\n", stdout);
-            return kDone;
+            return std::fflush(stdout) == 0 ? kDone : kCouldNot;
         }
-        return run(options);
+        const int result = run(options);
+        if (std::fflush(stdout) != 0 || std::ferror(stdout))
+            throw std::runtime_error("standard output cannot be written");
+        return result;
     } catch (const UsageError& error) {
         std::fprintf(stderr, "melvane-mix: %s\nTry melvane-mix --help.\n", error.what());
         return kWrongUsage;

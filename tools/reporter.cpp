@@ -2,6 +2,7 @@
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <algorithm>
 #include <cstdio>
 
 #include "platform/audio_library.h"
@@ -21,6 +22,13 @@ double seconds(std::int64_t frames) {
 void printLine(const QJsonObject& object) {
     std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
+}
+
+// A name may hold line breaks; what is said about it is one line all the same.
+std::string oneLine(std::string message) {
+    std::ranges::replace_if(
+        message, [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
+    return message;
 }
 
 QString text(const std::string& utf8) {
@@ -77,7 +85,7 @@ void Reporter::failed(const std::string& message) {
     if (style_ == Style::json)
         printLine(
             {{text("event"), text("result")}, {text("status"), text("failed")}, {text("message"), text(message)}});
-    std::fprintf(stderr, "melvane-mix: %s\n", message.c_str());
+    std::fprintf(stderr, "melvane-mix: %s\n", oneLine(message).c_str());
 }
 
 }  // namespace melvane

@@ -258,15 +258,25 @@ void Library::forgetFinishedCaptures() {
 
 // --- encoder add-on ---
 
-bool Library::BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t, void*, void*) {
-    const Entry entry = find(handle);
+std::vector<std::string> Library::encoderWords(const char* commandLine) const {
     auto words = commandWords(commandLine ? commandLine : "");
-    if (!entry.capture || words.empty() || entry.capture->encoderState() != EncoderState::none) return false;
+    if (words.empty()) return {};
     const char* path = std::getenv("PATH");
     const auto program = findProgram(words.front(), options_.programDirectory, path ? path : "");
-    if (!program) return false;
+    if (!program) return {};
     words.front() = *program;
-    return entry.capture->startEncoder(words);
+    return words;
+}
+
+bool Library::encoderFound(const char* commandLine) const {
+    return !encoderWords(commandLine).empty();
+}
+
+bool Library::BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t, void*, void*) {
+    const Entry entry = find(handle);
+    const auto words = encoderWords(commandLine);
+    return entry.capture && !words.empty() && entry.capture->encoderState() == EncoderState::none &&
+           entry.capture->startEncoder(words);
 }
 
 bool Library::BASS_Encode_IsActive(Handle handle) const {

@@ -55,6 +55,7 @@ public:
     Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
                             void* user) override;
 
+    bool encoderFound(const char* commandLine) const override;
     bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
                            void* user) override;
     bool BASS_Encode_IsActive(Handle handle) const override;
@@ -74,6 +75,8 @@ private:
         std::shared_ptr<Capture> capture;
     };
 
+    // The words of a command line with its program as an absolute path; none when there is no such program.
+    std::vector<std::string> encoderWords(const char* commandLine) const;
     Handle keep(Entry entry);
     // The entry of a handle; an empty one when there is none.
     Entry find(Handle handle) const;

@@ -27,7 +27,7 @@ public:
     // Called once on the thread that writes: a child that has gone then shows as a failed write, not as a signal.
     static void prepareWritingThread();
     // Capture thread. Waits for the child to take the bytes; returns how many it took when `patience` is over
-    // or it has gone.
+    // or it has gone. A child that has closed its input is ended.
     std::size_t write(std::span<const std::byte> bytes, std::chrono::milliseconds patience);
     // Capture thread: the child sees the end of its input.
     void closeInput();

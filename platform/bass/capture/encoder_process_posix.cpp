@@ -86,6 +86,8 @@ std::size_t EncoderProcess::write(std::span<const std::byte> bytes, std::chrono:
             pollfd room{pipe_, POLLOUT, 0};
             if (poll(&room, 1, static_cast<int>(patience.count())) == 0) break;
         } else if (errno != EINTR) {
+            // It has gone, or lives on without an input: either way nothing more will reach its file.
+            kill();
             break;
         }
     }
