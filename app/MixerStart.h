@@ -3,7 +3,7 @@
 
 #include <QPushButton>
 
-#include "app/frm_window.h"
+#include "controls/frameless_window.h"
 #include "settings/modLang.h"
 
 namespace melvane {

@@ -2,14 +2,14 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <QScreen>
 #include <QThread>
 #include <algorithm>
+#include <utility>
 
-#include "app/frm_style.h"
-#include "app/guarded.h"
 #include "app/run_messages.h"
+#include "controls/skin.h"
+#include "state/guarded.h"
 
 namespace melvane {
 
@@ -24,13 +24,14 @@ constexpr int kLeft = 12;
 constexpr int kRight = 448;
 constexpr QRect kCaption(kLeft, 2, 200, 26);
 constexpr QRect kClose(kRight - 24, 4, 24, 22);
-constexpr QRect kBrowse(kRight - 36, 34, 36, 26);  // of the first row
-constexpr int kRowStep = 32;
+constexpr QRect kBrowse(254, 34, 36, 26);  // of the first row
+constexpr int kRowStep = 31;
 constexpr int kGap = 6;
-constexpr QRect kMix(kLeft, 134, 110, 30);
-constexpr QRect kStop(kMix.right() + 1 + kGap, kMix.y(), 84, 30);
-constexpr QRect kProgress(kRight - MixingRun::kProgressWidth, kMix.y() + 10, MixingRun::kProgressWidth, 10);
-constexpr QRect kStatus(kLeft, 168, kRight - kLeft, 22);
+constexpr QRect kMix(kLeft, 130, 84, 28);
+constexpr QRect kStop(kMix.right() + 1 + kGap, kMix.y(), 70, 28);
+constexpr QRect kEffects(kBrowse.right() + 1 - 70, kMix.y(), 70, 28);
+constexpr QRect kProgress(kLeft, 164, MixingRun::kProgressWidth, 6);
+constexpr QRect kStatus(kLeft, 171, kRight - kLeft, 20);
 
 constexpr int kStopMixingFirst = 8;
 constexpr int kCloseEntry = 50;
@@ -41,9 +42,10 @@ QString toQt(const std::string& text) {
     return QString::fromStdString(text);
 }
 
-int toPixel(float position) {
+QPoint toPixels(const WindowPosition& position) {
     constexpr float kFarthest = 1e6F;
-    return static_cast<int>(std::clamp(position, -kFarthest, kFarthest));
+    const auto pixel = [&](float place) { return static_cast<int>(std::clamp(place, -kFarthest, kFarthest)); };
+    return {pixel(position.left), pixel(position.top)};
 }
 
 }  // namespace
@@ -56,8 +58,10 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     caption->setObjectName(QStringLiteral("caption"));
     caption->setGeometry(kCaption);
     for (int i = 0; i < static_cast<int>(path_.size()); ++i) addRow(i);
+    sliders_ = new SliderPanel(this, mixer_, environment_);
     mi_button_ = addButton("mi_button", kMix, [this] { mi_button_Click(); });
     b_STOP_ = addButton("b_STOP", kStop, [this] { b_STOP_Click(); });
+    b_eff_ = addButton("b_eff", kEffects, [this] { b_eff_Click(); });
     bClose_ = addButton("bClose", kClose, [this] { close(); });
     bClose_->setText(QStringLiteral("✕"));
 
@@ -99,21 +103,13 @@ QPushButton* frmMain::addButton(const char* name, const QRect& place, std::funct
 }
 
 void frmMain::DoRest() {
-    move(startPosition());
+    if (const auto& stored = mixer_.settings().position)
+        moveOntoScreen(toPixels(*stored));
+    else if (screen())
+        move(screen()->availableGeometry().center() - rect().center());
+    sliders_->place();
     BR_[0]->setFocus();
     SetMainLanguage();
-}
-
-QPoint frmMain::startPosition() const {
-    const auto& stored = mixer_.settings().position;
-    const QPoint wanted = stored ? QPoint(toPixel(stored->left), toPixel(stored->top)) : pos();
-    const QScreen* screen = QGuiApplication::screenAt(wanted + rect().center());
-    if (!screen) screen = QGuiApplication::primaryScreen();
-    if (!screen) return wanted;
-    const QRect room = screen->availableGeometry();
-    if (!stored) return room.center() - rect().center();
-    return {std::clamp(wanted.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
-            std::clamp(wanted.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height()))};
 }
 
 void frmMain::SetMainLanguage() {
@@ -125,6 +121,9 @@ void frmMain::SetMainLanguage() {
     }
     mi_button_->setText(toQt(language.ownText(OwnText::mix)));
     b_STOP_->setText(toQt(language.ownText(OwnText::stop)));
+    b_eff_->setText(toQt(language.ownText(OwnText::effects)));
+    sliders_->SetMainLanguage();
+    if (effects_) effects_->GetEffectsLanguage();
     bClose_->setToolTip(toQt(language.lang(kCloseEntry)));
     bClose_->setAccessibleName(bClose_->toolTip());
     progress_->setAccessibleName(toQt(language.ownText(OwnText::mixProgress)));
@@ -145,6 +144,14 @@ void frmMain::b_STOP_Click() {
     mixer_.mixingRun().stopRec();
 }
 
+void frmMain::b_eff_Click() {
+    if (!effects_)
+        effects_ = new frmEff(mixer_.effects(), mixer_.settings(), environment_.language, environment_.dialogs, this);
+    effects_->show();
+    effects_->raise();
+    effects_->activateWindow();
+}
+
 void frmMain::Timer1_Timer() {
     Timer1_.start();
     guarded(environment_.dialogs, [this] { mixer_.mixingRun().Timer1_Timer(); });
@@ -161,19 +168,16 @@ void frmMain::closeEvent(QCloseEvent* event) {
     guarded(environment_.dialogs, [this] { Form_Unload(); });
 }
 
+// Hidden, not closed, the effects window counts as open for the next start.
 void frmMain::Form_Unload() {
+    if (effects_) effects_->hide();
     if (placesItself()) mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
     mixer_.Form_Unload(&store_);
 }
 
-void frmMain::keyPressEvent(QKeyEvent* event) {
-    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    auto* button = qobject_cast<QPushButton*>(focusWidget());
-    // A key that is held must not stop the run that it started.
-    if (enter && button && !event->isAutoRepeat())
-        button->click();
-    else
-        FramelessWindow::keyPressEvent(event);
+void frmMain::showEvent(QShowEvent* event) {
+    FramelessWindow::showEvent(event);
+    if (!event->spontaneous() && mixer_.settings().effectsWindowOpen != 0) b_eff_Click();
 }
 
 bool frmMain::isRunning() const {

@@ -1,5 +1,5 @@
-// The main window: three files, the mix button, the stop button, progress and status. It shows the mixer's state
-// and calls its operations; it decides nothing.
+// The main window: three files, the sliders, the mix button, the stop button, progress and status. It shows the mixer's
+// state and calls its operations; it decides nothing.
 #pragma once
 
 #include <QProgressBar>
@@ -9,9 +9,11 @@
 #include <functional>
 #include <string>
 
-#include "app/frm_label.h"
-#include "app/frm_window.h"
+#include "app/frm_slider_panel.h"
 #include "app/mixer.h"
+#include "controls/elided_label.h"
+#include "controls/frameless_window.h"
+#include "effects/frmEff.h"
 
 namespace melvane {
 
@@ -32,12 +34,13 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;  // Enter presses the button with the focus
+    void showEvent(QShowEvent* event) override;  // the effects window comes along if it was open
 
 private:
     void BR_Click(int index);
     void mi_button_Click();
     void b_STOP_Click();
+    void b_eff_Click();
     void Timer1_Timer();
     void Form_Unload();
 
@@ -50,7 +53,6 @@ private:
     void refreshStatus(bool running);
     std::string statusText(bool running) const;
     bool isRunning() const;
-    QPoint startPosition() const;
 
     Mixer& mixer_;
     Environment environment_;
@@ -59,11 +61,14 @@ private:
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<QPushButton*, 3> BR_{};
+    SliderPanel* sliders_;
     QPushButton* mi_button_;
     QPushButton* b_STOP_;
+    QPushButton* b_eff_;
     QPushButton* bClose_;
     QProgressBar* progress_;
     ElidedLabel* status_;
+    frmEff* effects_ = nullptr;  // made when it is first opened
     QTimer Timer1_{this};
 };
 

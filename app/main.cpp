@@ -8,13 +8,13 @@
 
 #include "app/MixerStart.h"
 #include "app/frmMain.h"
-#include "app/frm_style.h"
-#include "app/guarded.h"
 #include "app/start_checks.h"
+#include "controls/skin.h"
 #include "platform/desktop/desktop_dialogs.h"
 #include "platform/desktop/library_file.h"
 #include "platform/desktop/local_file_names.h"
 #include "platform/desktop/registry_file.h"
+#include "state/guarded.h"
 
 namespace melvane {
 

@@ -5,8 +5,10 @@ namespace melvane {
 Mixer::Mixer(const Environment& environment)
     : input_(environment.library, run_, settings_),
       sourceFiles_(fields_, settings_, environment.language, environment.dialogs),
-      mixingRun_(environment.library, run_, fields_, settings_, input_, environment.language, environment.dialogs,
-                 environment.names, environment.doEvents) {}
+      effects_(environment.library, run_, settings_),
+      mixingRun_(environment.library, run_, fields_, settings_, input_, effects_, environment.language,
+                 environment.dialogs, environment.names, environment.doEvents),
+      sliders_(environment.library, run_, settings_, mixingRun_) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
     input_.SaveUserInput();

@@ -2,9 +2,11 @@
 // the program. All of it is used on one thread, the user interface's.
 #pragma once
 
+#include "app/main_sliders.h"
 #include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"
+#include "effects/effect_chain.h"
 #include "settings/settings_store.h"
 
 namespace melvane {
@@ -31,7 +33,9 @@ public:
     PathFields& fields() { return fields_; }
     Settings& settings() { return settings_; }
     SourceFiles& sourceFiles() { return sourceFiles_; }
+    EffectChain& effects() { return effects_; }
     MixingRun& mixingRun() { return mixingRun_; }
+    MainSliders& sliders() { return sliders_; }
 
 private:
     RunState run_;
@@ -39,7 +43,9 @@ private:
     Settings settings_;
     RecordingInput input_;
     SourceFiles sourceFiles_;
+    EffectChain effects_;
     MixingRun mixingRun_;
+    MainSliders sliders_;
 };
 
 }  // namespace melvane

@@ -1,12 +1,14 @@
 #include "app/mixing_run.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <utility>
 
 #include "app/source_files.h"
 #include "audio/modAudio.h"
+#include "state/text_path.h"
 
 namespace melvane {
 
@@ -38,12 +40,17 @@ private:
     bool before_;
 };
 
-// Puts a file there that holds one empty line. False when that cannot be written.
+bool isFile(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(toPath(path), error);
+}
+
+// Puts a file there that holds one empty line. False when that cannot be written, or something else than a file
+// has that name.
 bool createFile(const std::string& path) {
     std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return false;
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (std::filesystem::exists(toPath(path), error) && !isFile(path)) return false;
+    std::ofstream file(toPath(path), std::ios::binary | std::ios::trunc);
     file << "\r\n";
     file.close();
     return file.good();
@@ -52,13 +59,14 @@ bool createFile(const std::string& path) {
 }  // namespace
 
 MixingRun::MixingRun(AudioLibrary& library, RunState& run, const PathFields& fields, const Settings& settings,
-                     RecordingInput& input, const modLang& language, Dialogs& dialogs, const FileNames& names,
-                     DoEvents doEvents)
+                     RecordingInput& input, EffectChain& effects, const modLang& language, Dialogs& dialogs,
+                     const FileNames& names, DoEvents doEvents)
     : library_(library),
       run_(run),
       fields_(fields),
       settings_(settings),
       input_(input),
+      effects_(effects),
       language_(language),
       dialogs_(dialogs),
       names_(names),
@@ -78,15 +86,25 @@ void MixingRun::mi_button_Click() {
         dialogs_.messageBox(language_.lang(33), kProductCaption, BoxIcon::critical, BoxButtons::ok);
         return;
     }
-    // Asked before the destination is emptied: an older mix there is not lost for want of an encoder.
-    if (!library_.encoderFound(kEncoderCommand)) {
+    // An older mix is not emptied for want of an encoder.
+    if (isFile(run_.destinationPath) && !library_.encoderFound(kEncoderCommand)) {
         run_.failure = RunFailure::encoderNotStarted;
         return;
     }
     freeChannel(run_.backgroundChannel);
     freeChannel(run_.vocalChannel);
     input_.SelectMixInput();
+    run_.recordsSilence = !input_.anyOn();
     const CardHold hold(library_);
+    try {
+        start();
+    } catch (...) {
+        stopRec();
+        throw;
+    }
+}
+
+void MixingRun::start() {
     if (!openSources()) return input_.RestoreUserInput();
     doEvents_();
     library_.BASS_ChannelPlay(run_.backgroundChannel, false);
@@ -95,7 +113,29 @@ void MixingRun::mi_button_Click() {
     if (!prepareDestination()) return endWith(RunFailure::destinationNotWritable);
     capture_.StartMixCapture();
     run_.isMixing = run_.recordChannel != 0;
-    if (run_.isMixing) SetBassVolume();
+    if (run_.isMixing) applySettings();
+}
+
+void MixingRun::applySettings() {
+    effects_.PrepareEffects();
+    effects_.ApplyAllEffects();
+    SetBassVolume();
+    effects_.applyBalance();
+    applyKey();
+    applySyncOffset();
+}
+
+void MixingRun::applyKey() {
+    if (run_.backgroundChannel != 0)
+        library_.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
+                                  static_cast<float>(run_.key));
+}
+
+// A place on the vocal's own time, so that setting it again changes nothing.
+void MixingRun::applySyncOffset() {
+    const auto bytes =
+        static_cast<std::int64_t>(library_.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
+    library_.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
 }
 
 bool MixingRun::readPaths() {
@@ -151,16 +191,8 @@ bool MixingRun::prepareDestination() {
 }
 
 void MixingRun::SetBassVolume() {
-    setVolume(run_.backgroundChannel, settings_.volume[0]);
-    setVolume(run_.vocalChannel, settings_.volume[1]);
-}
-
-void MixingRun::setVolume(Handle channel, std::int16_t percent) {
-    std::uint32_t frequency = 0;
-    std::uint32_t volume = 0;
-    std::int32_t pan = 0;
-    library_.BASS_ChannelGetAttributes(channel, frequency, volume, pan);
-    library_.BASS_ChannelSetAttributes(channel, frequency, static_cast<std::uint32_t>(percent), pan);
+    SetChannelVolume(library_, run_.backgroundChannel, settings_.volume[0]);
+    SetChannelVolume(library_, run_.vocalChannel, settings_.volume[1]);
 }
 
 void MixingRun::stopRec() {
@@ -189,6 +221,7 @@ void MixingRun::Timer1_Timer() {
     const auto length = static_cast<double>(library_.BASS_ChannelGetLength(run_.backgroundChannel));
     const auto position = static_cast<double>(library_.BASS_ChannelGetPosition(run_.backgroundChannel));
     progressWidth_ = std::clamp(static_cast<int>(position / length * kProgressWidth), 0, kProgressWidth);
+    applySyncOffset();
     const bool ended = progressWidth_ == kProgressWidth || position >= length;
     if (ended || !library_.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }

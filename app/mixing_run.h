@@ -4,6 +4,7 @@
 
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
+#include "effects/effect_chain.h"
 #include "platform/audio_library.h"
 #include "platform/dialogs.h"
 #include "platform/file_names.h"
@@ -18,8 +19,8 @@ public:
     static constexpr int kProgressWidth = 176;  // pixels of the progress bar
 
     MixingRun(AudioLibrary& library, RunState& run, const PathFields& fields, const Settings& settings,
-              RecordingInput& input, const modLang& language, Dialogs& dialogs, const FileNames& names,
-              DoEvents doEvents);
+              RecordingInput& input, EffectChain& effects, const modLang& language, Dialogs& dialogs,
+              const FileNames& names, DoEvents doEvents);
 
     // Starts a run. When it does not start, RunState::failure says why.
     void mi_button_Click();
@@ -30,6 +31,8 @@ public:
 
     // Sets the two source volumes on the playing channels.
     void SetBassVolume();
+    // Moves the background's key, when there is a background channel.
+    void applyKey();
 
     // 0..176.
     int progressWidth() const { return progressWidth_; }
@@ -41,18 +44,21 @@ public:
     bool busy() const { return busy_; }
 
 private:
+    void start();
     bool readPaths();
     bool openSources();
     void freeChannel(std::uint32_t& channel);
     void endWith(RunFailure failure);
     bool prepareDestination();
-    void setVolume(Handle channel, std::int16_t percent);
+    void applySettings();
+    void applySyncOffset();
 
     AudioLibrary& library_;
     RunState& run_;
     const PathFields& fields_;
     const Settings& settings_;
     RecordingInput& input_;
+    EffectChain& effects_;
     const modLang& language_;
     Dialogs& dialogs_;
     const FileNames& names_;

@@ -1,9 +1,9 @@
 #include "app/source_files.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "audio/modAudio.h"
+#include "state/text_path.h"
 
 namespace melvane {
 
@@ -20,12 +20,12 @@ constexpr std::size_t kExtensionLength = 4;
 
 bool exists(const std::string& path) {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(toPath(path), error);
 }
 
 std::string currentDirectory() {
     std::error_code error;
-    return fs::current_path(error).string();
+    return toText(fs::current_path(error));
 }
 
 std::size_t nameStart(const std::string& path) {
@@ -88,14 +88,18 @@ std::string proposedDestination(const std::string& background) {
 std::string withMp3Extension(const std::string& path) {
     if (path.find('.', nameStart(path)) == std::string::npos) return path + kMp3;
     if (path.ends_with(kMp3)) return path;
-    return path.substr(0, std::max(path.size() - std::min(path.size(), kExtensionLength), nameStart(path))) + kMp3;
+    std::size_t end = path.size();
+    for (std::size_t cut = 0; cut < kExtensionLength && end > nameStart(path); ++cut) do
+            --end;
+        while (end > nameStart(path) && (path[end] & 0xC0) == 0x80);  // a character may be several bytes
+    return path.substr(0, end) + kMp3;
 }
 
 bool isSameFile(const std::string& one, const std::string& other) {
     std::error_code error;
-    if (fs::equivalent(one, other, error)) return true;
-    const fs::path oneResolved = fs::weakly_canonical(fs::absolute(one, error), error);
-    return !error && oneResolved == fs::weakly_canonical(fs::absolute(other, error), error) && !error;
+    if (fs::equivalent(toPath(one), toPath(other), error)) return true;
+    const fs::path oneResolved = fs::weakly_canonical(fs::absolute(toPath(one), error), error);
+    return !error && oneResolved == fs::weakly_canonical(fs::absolute(toPath(other), error), error) && !error;
 }
 
 }  // namespace melvane

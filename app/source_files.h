@@ -5,12 +5,11 @@
 
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
+#include "state/product.h"
 #include "state/run_state.h"
 #include "state/settings.h"
 
 namespace melvane {
-
-inline constexpr const char* kProductCaption = "Melvane";
 
 class SourceFiles {
 public:

@@ -6,6 +6,14 @@
 
 namespace melvane {
 
+void SetChannelVolume(AudioLibrary& library, Handle handle, std::int16_t volume) {
+    std::uint32_t frequency = 0;
+    std::uint32_t oldVolume = 0;
+    std::int32_t pan = 0;
+    library.BASS_ChannelGetAttributes(handle, frequency, oldVolume, pan);
+    library.BASS_ChannelSetAttributes(handle, frequency, static_cast<std::uint32_t>(volume), pan);
+}
+
 void SetChannelPan(AudioLibrary& library, Handle handle, std::int32_t pan) {
     std::uint32_t frequency = 0;
     std::uint32_t volume = 0;
@@ -45,6 +53,15 @@ std::string GetFileTitle(const std::string& path) {
         if (const auto point = name.rfind('.'); point != std::string::npos) return name.substr(0, point);
     }
     return "";
+}
+
+std::string GetSettingString(const SettingsStore& store, const std::string& key, const std::string& name) {
+    return store.ReadSetting(key, name);
+}
+
+void SaveSettingString(const SettingsStore& store, const std::string& key, const std::string& name,
+                       const std::string& value) {
+    store.WriteSetting(key, name, value);
 }
 
 bool isMidiFile(const std::string& path) {

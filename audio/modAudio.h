@@ -5,9 +5,12 @@
 #include <string>
 
 #include "platform/audio_library.h"
+#include "settings/settings_store.h"
 
 namespace melvane {
 
+// Changes only the volume, percent.
+void SetChannelVolume(AudioLibrary& library, Handle handle, std::int16_t volume);
 // Changes only the pan, -100..100.
 void SetChannelPan(AudioLibrary& library, Handle handle, std::int32_t pan);
 // `position` in bytes.
@@ -25,6 +28,11 @@ std::string AnsiToString(const char* text);
 std::string GetFileExtension(const std::string& path);
 // The file name without folder and last extension; "" for a bare name and for a name without extension.
 std::string GetFileTitle(const std::string& path);
+
+// The current user's settings by key and name.
+std::string GetSettingString(const SettingsStore& store, const std::string& key, const std::string& name);
+void SaveSettingString(const SettingsStore& store, const std::string& key, const std::string& name,
+                       const std::string& value);
 
 // True for the extensions of MIDI songs, in any case.
 bool isMidiFile(const std::string& path);

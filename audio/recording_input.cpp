@@ -11,7 +11,7 @@ constexpr std::int16_t kForced = 1;
 }  // namespace
 
 template <typename Visit>
-void RecordingInput::forEachInput(Visit visit) {
+void RecordingInput::forEachInput(Visit visit) const {
     for (std::int16_t n = 0; library_.BASS_RecordGetInputName(n); n = checkedCast<std::int16_t>(n + 1)) visit(n);
 }
 
@@ -80,6 +80,12 @@ void RecordingInput::SelectMixInput() {
         disable(0);
         if (hasMixName(0)) enable(0, kFullLevel);
     });
+}
+
+bool RecordingInput::anyOn() const {
+    bool on = false;
+    forEachInput([&](int n) { on = on || !(library_.BASS_RecordGetInput(n) & BASS_INPUT_OFF); });
+    return on;
 }
 
 void RecordingInput::RestoreUserInput() {

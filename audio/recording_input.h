@@ -19,11 +19,12 @@ public:
     // Switches the inputs for a run: the forced one, or those whose names say that they carry the card's mix.
     void SelectMixInput();
     void RestoreUserInput();
+    bool anyOn() const;
 
 private:
     // Calls visit(n) for each input in order. Throws OverflowError past input 32767.
     template <typename Visit>
-    void forEachInput(Visit visit);
+    void forEachInput(Visit visit) const;
     bool hasMixName(int input) const;
     bool isAnalogue(int input) const;
     void disable(int input);

@@ -22,9 +22,15 @@ RATE = 44100
 PRESET = ["--alt-preset", "standard"]
 SONG_MINUTES = 4
 OTHER_MINUTES = (1, 12)
-WALL_LIMIT = 1.15  # times the encoder alone
+WALL_LIMIT = 1.15  # times the encoder alone; 1.3 with all effects
+EFFECTS = ["--effects", "1,60;1,60;1,40;1,50", "--preset", "Rock", "--tone", "20,30,40,60", "--balance", "-20,20"]
+FFMPEG_EFFECTS = ("aecho=0.8:0.5:266:0.5,chorus=0.7:0.5:20:0.4:1:2,flanger=delay=2:depth=2:regen=-50:speed=4," +
+                  ",".join(f"equalizer=f={f}:t=o:w=1.5:g=2" for f in (80, 170, 310, 600, 1000, 3000, 6000, 12000, 14000,
+                                                                     16000)) + ",bass=g=4,treble=g=-3")
 MEMORY_LIMIT = 60  # MB
 LOOK_INTERVAL = 20  # ms
+QUICK = ("melvane-mix", "lame", "all effects", "ffmpeg")
+SLOW_ROUNDS = 2
 # One second of a 1 Hz tone with overtones: every nth sample of it, over and over, is a tone of n Hz.
 TONE = [sum(math.sin(2 * math.pi * k * i / RATE) / k for k in range(1, 13)) for i in range(RATE)]
 ROOTS = (110, 131, 147, 165, 175, 196)
@@ -130,19 +136,32 @@ def print_table(results):
     print(f"{'limit':14}{'':22}{WALL_LIMIT:<42.2f}{MEMORY_LIMIT:<12.1f}")
 
 
+def ffmpeg(sources, graph, folder):
+    return ["ffmpeg", "-v", "error", "-y", "-i", sources[0], "-i", sources[1], "-filter_complex", graph,
+            "-c:a", "libmp3lame", "-q:a", "2", folder / "ffmpeg.mp3"]
+
+
 def compare(folder, mixing, rounds):
     voice = write_wav(folder / "voice.wav", music(2, SONG_MINUTES, notes=1, hiss=0.1))
     sources = [song(folder, SONG_MINUTES), voice]
     mixing = [*mixing, *sources]
     commands = {"melvane-mix": [*mixing, folder / "mixed.mp3"],
                 "lame": ["lame", "--quiet", *PRESET, encoder_input(folder, mixing), folder / "lame.mp3"]}
+    commands["all effects"] = [*mixing[:1], *EFFECTS, *mixing[1:], folder / "effects.mp3"]
+    commands["key +2"] = [*mixing[:1], "--key", "2", *mixing[1:], folder / "key.mp3"]
+    song_wav = folder / "song.wav"
+    subprocess.run(["lame", "--quiet", "--decode", sources[0], song_wav], check=True)
+    if shutil.which("rubberband"):
+        commands["rubberband +2"] = ["rubberband", "-q", "-3", "-p", "2", song_wav, folder / "shifted.wav"]
     if shutil.which("ffmpeg"):
-        commands["ffmpeg"] = ["ffmpeg", "-v", "error", "-y", "-i", sources[0], "-i", sources[1], "-filter_complex",
-                              "amix=inputs=2:duration=first", "-c:a", "libmp3lame", "-q:a", "2", folder / "ffmpeg.mp3"]
+        commands["ffmpeg"] = ffmpeg(sources, "amix=inputs=2:duration=first", folder)
+        commands["ffmpeg, all"] = ffmpeg(
+            sources, f"[0]rubberband=pitch=1.122462[s];[1]{FFMPEG_EFFECTS}[v];[s][v]amix=inputs=2:duration=first", folder)
     results = {name: [] for name in commands}
     for _ in range(rounds):
         for name, command in commands.items():
-            results[name].append(measure(command))
+            if len(results[name]) < (rounds if name in QUICK else SLOW_ROUNDS):
+                results[name].append(measure(command))
     print(f"A song of {SONG_MINUTES} minutes, {rounds} rounds in turn: median (least..most)\n")
     print_table(results)
     print(f"\nMemory of melvane-mix alone by the length of the song, limit {MEMORY_LIMIT} MB\n")

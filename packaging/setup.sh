@@ -72,6 +72,7 @@ install_missing() {
     ((${#missing[@]})) || return 0
     ((EUID == 0)) || command -v sudo >/dev/null ||
         fail "missing packages, and neither root nor sudo to install them with: ${missing[*]}"
+    ((EUID == 0)) || sudo -v || fail "sudo was refused; these packages are missing: ${missing[*]}"
     say "Installing ${missing[*]}..."
     logged packages fetch_and_install "${missing[@]}" ||
         fail "these packages couldn't be installed (is there a network connection?): ${missing[*]}"

@@ -1,13 +1,16 @@
 // The audio library as the program sees it: playback streams, recording inputs and capture, the encoder
 // pipe, the tempo stream and the sound card that ties them together.
 //
-// All operations are called on the user-interface thread and return without waiting for audio. Handles
-// are never reused within one library; 0 means none, and an operation on a handle that is unknown fails
-// silently. Positions and lengths are bytes of 16-bit stereo at 44100 Hz: four bytes a frame.
+// All operations are called on the user-interface thread and do not wait for audio; a sound server that does not
+// answer is given up after two seconds. BASS_Encode_IsActive may be called on any thread. Handles are never reused
+// within one library; 0 means none, and an operation on a handle that is unknown fails silently. Positions and lengths
+// are bytes of 16-bit stereo at 44100 Hz: four bytes a frame.
 #pragma once
 
 #include <cstdint>
 #include <string>
+
+#include "platform/effect_records.h"
 
 namespace melvane {
 
@@ -69,7 +72,7 @@ public:
     virtual bool BASS_Free() = 0;
     virtual bool BASS_GetInfo(BASS_INFO& info) = 0;
 
-    // Between holdCard and resumeCard no frame is mixed: what is set up in between starts on one frame.
+    // Between holdCard and resumeCard no block is begun: what is set up in between starts on one frame.
     virtual void holdCard() = 0;
     virtual void resumeCard() = 0;
     // The card holds itself right behind the last frame of `channel`, so that nothing later is mixed.
@@ -109,6 +112,20 @@ public:
     virtual bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                            std::int32_t pan) = 0;
 
+    // Plays `bytes` ahead of where the channel would be (positive: it is heard earlier) or behind; silent before
+    // its own start. The same value again changes nothing. A sounding channel fades over within 20 ms.
+    virtual bool setChannelOffset(Handle handle, std::int64_t bytes) = 0;
+
+    // --- Effects ---------------------------------------------------------------------------------------
+    // Attaches an effect of EffectType `type` with its default record to a playback channel. Higher priorities
+    // sound first, equal ones in the order of attaching. 0 on failure.
+    virtual Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) = 0;
+    // Takes the record of the effect's own type only. Heard within 100 ms and without a click, at once on a
+    // channel that has not sounded yet.
+    virtual bool BASS_FXSetParameters(Handle effect, const EffectRecord& record) = 0;
+    // The record as it was set.
+    virtual bool BASS_FXGetParameters(Handle effect, EffectRecord& record) const = 0;
+
     // --- Tempo add-on ----------------------------------------------------------------------------------
     // A playable stream over a decoding one, whose key can be moved while it plays; at pitch 0 it passes
     // its source bit by bit. With BASS_FX_FREESOURCE it frees the source with itself. 0 on failure.
@@ -120,7 +137,8 @@ public:
     // --- Capture ---------------------------------------------------------------------------------------
     // Opens the recording device (-1: the default one) and lists its inputs.
     virtual bool BASS_RecordInit(int device) = 0;
-    // Name of an input, nullptr behind the last. The text belongs to the library and lives as long as it.
+    // Name of an input, nullptr behind the last. The text belongs to the library and lives until the next
+    // BASS_RecordInit.
     virtual const char* BASS_RecordGetInputName(int input) const = 0;
     // Setting word: level 0..100 in bits 0-15, BASS_INPUT_OFF when off, type in bits 24-31. All ones when
     // there is no such input.

@@ -82,7 +82,7 @@ void takeEffects(const std::string& text, Settings& settings) {
 std::string effectsText(const Settings& settings) {
     std::string text;
     for (std::size_t i = 0; i < kStoredEffects; ++i) {
-        const EffectRecord& effect = settings.EffectState[i];
+        const EffectSwitch& effect = settings.EffectState[i];
         text += (i == 0 ? "" : ";") + std::to_string(-effect.enabled) + ',' + std::to_string(effect.level);
     }
     return text;
@@ -141,9 +141,9 @@ std::string SettingsStore::ReadSetting(const std::string& subKey, const std::str
     return readValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName);
 }
 
-void SettingsStore::WriteSetting(const std::string& subKey, const std::string& valueName,
+bool SettingsStore::WriteSetting(const std::string& subKey, const std::string& valueName,
                                  const std::string& text) const {
-    writeValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName, text);
+    return writeValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName, text);
 }
 
 void SettingsStore::load(Settings& settings) const {
@@ -155,7 +155,8 @@ void SettingsStore::load(Settings& settings) const {
 
 void SettingsStore::save(const Settings& settings) const {
     for (const StoredValue* value : kSaveOrder)
-        if (const auto text = value->text(settings); !text.empty()) WriteSetting(kProductKey, value->name, text);
+        if (const auto text = value->text(settings); !text.empty() && !WriteSetting(kProductKey, value->name, text))
+            return;
 }
 
 std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const {
@@ -166,13 +167,15 @@ std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKe
     return text;
 }
 
-void SettingsStore::writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
+bool SettingsStore::writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
                                const std::string& text) const {
     RegistryKey key = 0;
-    registry_.RegCreateKeyA(hive, subKey, key);
+    if (registry_.RegCreateKeyA(hive, subKey, key) != ERROR_SUCCESS) return false;
     // No terminating zero is stored; the reader needs none.
-    registry_.RegSetValueExA(key, valueName, 0, REG_SZ, text.data(), static_cast<std::uint32_t>(text.size()));
+    const auto size = static_cast<std::uint32_t>(text.size());
+    const bool taken = registry_.RegSetValueExA(key, valueName, 0, REG_SZ, text.data(), size) == ERROR_SUCCESS;
     registry_.RegCloseKey(key);
+    return taken;
 }
 
 std::string SettingsStore::queryValue(RegistryKey key, const std::string& valueName) const {

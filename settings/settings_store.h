@@ -23,16 +23,18 @@ public:
 
     // Text of a value of the current user; "" when there is none.
     std::string ReadSetting(const std::string& subKey, const std::string& valueName) const;
-    void WriteSetting(const std::string& subKey, const std::string& valueName, const std::string& text) const;
+    // False when the registry did not take it.
+    bool WriteSetting(const std::string& subKey, const std::string& valueName, const std::string& text) const;
 
-    // Takes every value that is stored and not empty. EffectRecord::parameter is left alone.
+    // Takes every value that is stored and not empty. EffectSwitch::parameter is left alone.
     void load(Settings& settings) const;
-    // Writes every value but recDirectory, and the position only when there is one.
+    // Writes every value but recDirectory, and the position only when there is one. Ends at the first value that
+    // is not taken: a registry that another program holds would make each one wait.
     void save(const Settings& settings) const;
 
 private:
     std::string readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const;
-    void writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
+    bool writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
                     const std::string& text) const;
     // REG_SZ up to its first zero, REG_BINARY as the 16-bit integer that its first bytes make; else "".
     std::string queryValue(RegistryKey key, const std::string& valueName) const;

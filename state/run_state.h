@@ -39,10 +39,13 @@ struct RunState {
     std::string lastMixPath;  // destination of the last run that produced a playable file
     bool isMidiBackground = false;
     bool isMixing = false;
+    bool recordsSilence = false;  // no recording input could be switched on for the run
     std::uint32_t backgroundChannel = 0;
     std::uint32_t vocalChannel = 0;
     std::uint32_t recordChannel = 0;
     std::uint32_t lastMixStream = 0;        // playback stream over the finished file
+    double key = 0;                         // semitones, -5..5
+    float syncOffset = 0;                   // seconds, -0.6..0.6; positive: the vocal is earlier
     std::int32_t savedInput = 0;            // recording input that was on when the program started
     std::int32_t savedLevel = 0;            // its level, 0..100
     RunFailure failure = RunFailure::none;  // of the last run

@@ -17,12 +17,12 @@ struct WindowPosition {
 };
 
 // One effect switch of the effects window.
-struct EffectRecord {
+struct EffectSwitch {
     std::int16_t enabled = 0;    // 0 or -1
     std::int32_t parameter = 0;  // what the effect is given, derived from level by its owner; never stored
     std::int16_t level = 0;      // 0..100
 
-    bool operator==(const EffectRecord&) const = default;
+    bool operator==(const EffectSwitch&) const = default;
 };
 
 struct Settings {
@@ -34,7 +34,7 @@ struct Settings {
     std::int16_t forceMixDevice = 0;          // 1: always use mixDevice
     std::int32_t midiPort = -5;               // MIDI output port; -5: choose automatically
     std::int16_t currentPreset = 0;           // 0..13
-    std::array<EffectRecord, 5> EffectState;  // reverb, echo, chorus, flanger; the fifth is not stored
+    std::array<EffectSwitch, 5> EffectState;  // reverb, echo, chorus, flanger; the fifth is not stored
     // Background bass and treble, vocal bass and treble; 0 (full boost) .. 50 (flat) .. 100 (full cut).
     std::array<std::int16_t, 4> toneValue{50, 50, 50, 50};
     std::array<std::int32_t, 2> balanceValue{0, 0};  // background, vocal; -100..100, vocal to 103

@@ -112,6 +112,50 @@ TEST(Card, LevelChangesRampAndDoNotDependOnTheBlock) {
     EXPECT_FLOAT_EQ(reference.back(), 0.4F);
 }
 
+TEST(Card, AnOffsetBeforeTheStartHoldsFromTheFirstFrame) {
+    const Sound voice = noise16(1000, 3);
+    for (const int offset : {-300, 0, 250, 1200}) {
+        Session session;
+        const auto channel = channelOf(voice, true);
+        channel->setOffset(offset);
+        session.play(channel);
+        mix(session.card, 3000, 100);
+        for (int i = 0; i < 3000; ++i) {
+            const int place = i + offset;
+            const float expected = place < 0 ? 0.0F : voice[static_cast<std::size_t>(place % 1000) * 2];
+            ASSERT_EQ(session.recorder->sound[static_cast<std::size_t>(i) * 2], expected) << offset << " " << i;
+        }
+    }
+}
+
+// Moved and moved back in a run: to the frame, by a fade of 20 ms, the same in any block.
+TEST(Card, AnOffsetInARunFadesOverToTheSample) {
+    const Sound voice = noise16(60000, 5);
+    const auto run = [&](std::size_t block) {
+        Session session;
+        const auto channel = channelOf(voice, true);
+        session.play(channel);
+        for (const int offset : {0, 5000, 5000, -20000, 0}) {
+            channel->setOffset(offset);
+            mix(session.card, 4096, block);
+        }
+        return session.recorder->sound;
+    };
+    const Sound reference = run(4096);
+    const auto ahead = static_cast<std::size_t>(Limiter::kDelay);
+    const auto expectAt = [&](std::size_t frame, std::size_t place) {
+        EXPECT_TRUE(std::equal(reference.begin() + static_cast<std::ptrdiff_t>(frame * 2),
+                               reference.begin() + static_cast<std::ptrdiff_t>(frame * 2 + 1000),
+                               voice.begin() + static_cast<std::ptrdiff_t>(place * 2)))
+            << frame;
+    };
+    expectAt(4096 + ahead + 900, 4096 + ahead + 900 + 5000);
+    expectAt(3 * 4096 - 600, 3 * 4096 - 600 + 5000);
+    expectAt(5 * 4096 - 600, 5 * 4096 - 600);
+    for (std::size_t i = 3 * 4096 + ahead + 900; i < 4 * 4096; ++i) ASSERT_EQ(reference[2 * i], 0.0F) << i;
+    for (const std::size_t block : {64U, 512U}) EXPECT_EQ(run(block), reference) << block;
+}
+
 TEST(Card, VolumeAndPanAreLinearAndClamped) {
     const struct {
         std::uint32_t volume;

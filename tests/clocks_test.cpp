@@ -1,5 +1,5 @@
-// Whole runs against the real library: what reaches the encoder is the same on every clock, under load, and when
-// the sound server vanishes.
+// Whole runs against the real library, with every knob turned: what reaches the encoder is the same on every clock,
+// under load, and when the sound server vanishes.
 #include <gtest/gtest.h>
 
 #include <future>
@@ -46,7 +46,7 @@ struct ClocksFixture : testing::Test {
         const modLang language;
         Mixer mixer({library, names, dialogs, language, nap});
         mixer.Form_Load(nullptr);
-        mixer.settings().volume = {90, 70};
+        switchEverythingOn(mixer);
         mixer.fields() = {song, voice, dir / name};
         mixer.mixingRun().mi_button_Click();
         CardStatus card;
@@ -59,6 +59,16 @@ struct ClocksFixture : testing::Test {
             mixer.mixingRun().Timer1_Timer();
         }
         return {readFile(dir / name), mixer.run().failure, card};
+    }
+    static void switchEverythingOn(Mixer& mixer) {
+        Settings& s = mixer.settings();
+        s.volume = {90, 70};
+        s.balanceValue = {-30, 20};
+        s.toneValue = {20, 70, 40, 90};
+        s.currentPreset = 9;
+        for (std::size_t i = 0; i < 4; ++i) s.EffectState[i] = {-1, 0, 60};
+        mixer.run().key = 1.5;
+        mixer.run().syncOffset = -0.1F;
     }
     void makeSources(std::size_t frames) {
         song = dir.write("song.wav", wavFile(noise16(frames, 1)));
@@ -92,18 +102,30 @@ TEST_F(ClocksFixture, AMinuteUnderLoadIsTheSameOnEveryClock) {
     RecordProperty("device_underruns", static_cast<int>(device.card.deviceUnderruns));
 }
 
-TEST_F(ClocksFixture, AVanishingServerDoesNotStopTheRecording) {
-    SoundServerProcess server;
-    ASSERT_TRUE(server.ready());
+TEST_F(ClocksFixture, AServerThatVanishesOrFreezesDoesNotStopTheRecording) {
     makeSources(4 * kSampleRate);
     const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").pcm;
-    const Outcome run = mix(CardClock::device, 441, "device.mp3", [&](std::int64_t frames) {
-        nap();
-        if (frames > kSampleRate) server.vanish();
-    });
-    EXPECT_EQ(run.failure, RunFailure::none);
-    EXPECT_TRUE(run.pcm == reference);
-    EXPECT_FALSE(run.card.deviceOpen);
+    for (const auto lose : {&SoundServerProcess::vanish, &SoundServerProcess::freeze}) {
+        SoundServerProcess server;
+        ASSERT_TRUE(server.ready());
+        const Outcome run = mix(CardClock::device, 441, "device.mp3", [&](std::int64_t frames) {
+            nap();
+            if (frames > kSampleRate) (server.*lose)();
+        });
+        EXPECT_EQ(run.failure, RunFailure::none);
+        EXPECT_TRUE(run.pcm == reference);
+        EXPECT_FALSE(run.card.deviceOpen);
+    }
+}
+
+TEST_F(ClocksFixture, AFrozenServerLeavesTheCardsMix) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
+    server.freeze();
+    bass::Library library({});
+    EXPECT_TRUE(library.BASS_RecordInit(-1));
+    EXPECT_STREQ(library.BASS_RecordGetInputName(0), "Stereo Mix");
+    EXPECT_EQ(library.BASS_RecordGetInputName(1), nullptr);
 }
 
 TEST_F(ClocksFixture, WithoutAServerTheCardRunsSilently) {

@@ -36,6 +36,7 @@ public:
     CardStatus card{.deviceOpen = true};
     BASS_INFO info{.dsver = 9};
     std::map<Handle, std::uint32_t> volumes;  // as set last
+    std::map<Handle, EffectRecord> effects;   // as set last
 
     bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void*, const void*) override {
         note("BASS_Init", device, freq, flags);
@@ -70,10 +71,10 @@ public:
     std::uint64_t BASS_ChannelSeconds2Bytes(Handle, float seconds) const override {
         return static_cast<std::uint64_t>(seconds * kSampleRate) * kBytesPerFrame;
     }
-    bool BASS_ChannelGetAttributes(Handle, std::uint32_t& frequency, std::uint32_t& volume,
+    bool BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency, std::uint32_t& volume,
                                    std::int32_t& pan) const override {
         frequency = kSampleRate;
-        volume = 100;
+        volume = volumes.contains(handle) ? volumes.at(handle) : 100;
         pan = 0;
         return true;
     }
@@ -81,6 +82,25 @@ public:
                                    std::int32_t pan) override {
         volumes[handle] = volume;
         return note("BASS_ChannelSetAttributes", handle, frequency, volume, pan);
+    }
+
+    bool setChannelOffset(Handle handle, std::int64_t bytes) override {
+        return note("setChannelOffset", handle, bytes);
+    }
+
+    Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override {
+        note("BASS_ChannelSetFX", handle, type, priority);
+        effects[++lastHandle_] = defaultRecord(static_cast<EffectType>(type));
+        return lastHandle_;
+    }
+    bool BASS_FXSetParameters(Handle effect, const EffectRecord& record) override {
+        if (effects.contains(effect)) effects[effect] = record;
+        return effects.contains(effect);
+    }
+    bool BASS_FXGetParameters(Handle effect, EffectRecord& record) const override {
+        if (!effects.contains(effect)) return false;
+        record = effects.at(effect);
+        return true;
     }
 
     Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override {
@@ -130,6 +150,22 @@ public:
     EncoderState encoderState(Handle) const override { return encoder; }
 
 private:
+    static EffectRecord defaultRecord(EffectType type) {
+        switch (type) {
+            case EffectType::chorus:
+                return ChorusRecord{};
+            case EffectType::echo:
+                return EchoRecord{};
+            case EffectType::flanger:
+                return FlangerRecord{};
+            case EffectType::parametricEq:
+                return ParametricEqRecord{};
+            case EffectType::reverb:
+                break;
+        }
+        return ReverbRecord{};
+    }
+
     static std::string word(const std::string& text) { return text; }
     static std::string word(float number) { return std::to_string(number); }
     template <std::integral T>

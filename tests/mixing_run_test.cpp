@@ -4,6 +4,7 @@
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
+#include "state/errors.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
@@ -54,6 +55,8 @@ struct MixingRunFixture : testing::Test {
 
 TEST_F(MixingRunFixture, CallsTheLibraryInOrder) {
     mixer.settings().volume = {80, 60};
+    mixer.settings().balanceValue = {-20, 103};
+    mixer.run().key = -1.5;
     mixer.mixingRun().mi_button_Click();
     EXPECT_TRUE(mixer.run().isMixing);
     EXPECT_EQ(readFile(dir / "mix.mp3"), "\r\n");
@@ -66,7 +69,8 @@ TEST_F(MixingRunFixture, CallsTheLibraryInOrder) {
     EXPECT_FALSE(mixer.run().isMixing);
     EXPECT_EQ(mixer.mixingRun().progressWidth(), 176);
     EXPECT_EQ(mixer.run().lastMixPath, dir / "mix.mp3");
-    std::erase_if(library.calls, [](const std::string& call) { return call.starts_with("BASS_RecordSetInput"); });
+    for (const char* word : {"BASS_RecordSetInput", "BASS_ChannelSetFX", "setChannelOffset"})
+        std::erase_if(library.calls, [&](const std::string& call) { return call.starts_with(word); });
     const std::string mix = dir / "mix.mp3";
     EXPECT_EQ(library.calls, (Calls{"BASS_MusicFree 0",
                                     "BASS_StreamFree 0",
@@ -84,6 +88,9 @@ TEST_F(MixingRunFixture, CallsTheLibraryInOrder) {
                                     "BASS_ChannelPlay 4 0",
                                     "BASS_ChannelSetAttributes 2 44100 80 0",
                                     "BASS_ChannelSetAttributes 3 44100 60 0",
+                                    "BASS_ChannelSetAttributes 2 44100 80 -20",
+                                    "BASS_ChannelSetAttributes 3 44100 60 103",
+                                    "BASS_FX_TempoSet 2 -100.000000 0.000000 -1.500000",
                                     "resumeCard",
                                     "holdCard",
                                     "BASS_Encode_Stop 4",
@@ -102,7 +109,7 @@ TEST_F(MixingRunFixture, ASecondRunFreesTheLastMixFirst) {
     library.encoderFinishes = 3;
     events = 0;
     mixToTheEnd();
-    EXPECT_EQ(callsWith("BASS_StreamFree"), "BASS_StreamFree 0\nBASS_StreamFree 0\nBASS_StreamFree 5\n");
+    EXPECT_EQ(callsWith("BASS_StreamFree"), "BASS_StreamFree 0\nBASS_StreamFree 0\nBASS_StreamFree 23\n");
     EXPECT_EQ(events, 5) << "one at the start, three while the encoder finishes, one at the end";
     mixer.mixingRun().stopRec();
     EXPECT_EQ(mixer.run().lastMixPath, dir / "mix.mp3") << "stopping when idle changes nothing";
@@ -196,6 +203,83 @@ TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
         mixer.mixingRun().stopRec();
         EXPECT_EQ(switchedOn(library.inputs), c.afterIt);
     }
+}
+
+// The handles of a run: 2 background, 3 vocal, 4 capture, then 4 effects, 10 bands and 4 tone bands.
+TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
+    Settings& s = mixer.settings();
+    s.EffectState = {{{-1, 0, 50}, {-1, 0, 61}, {-1, 0, 15}, {-1, 0, 49}, {}}};
+    s.toneValue = {0, 100, 50, 25};
+    s.currentPreset = 3;
+    mixer.mixingRun().mi_button_Click();
+    std::string attached =
+        "BASS_ChannelSetFX 3 8 1\nBASS_ChannelSetFX 3 3 1\nBASS_ChannelSetFX 3 0 1\nBASS_ChannelSetFX 3 4 1\n";
+    for (int i = 0; i < 10; ++i) attached += "BASS_ChannelSetFX 3 7 0\n";
+    attached += "BASS_ChannelSetFX 2 7 0\nBASS_ChannelSetFX 2 7 0\nBASS_ChannelSetFX 3 7 0\nBASS_ChannelSetFX 3 7 0\n";
+    EXPECT_EQ(callsWith("BASS_ChannelSetFX"), attached);
+
+    auto& fx = library.effects;
+    EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -12}));
+    EXPECT_EQ(fx[6], EffectRecord(EchoRecord{30, 50, 266, 266, 0}));
+    EXPECT_EQ(fx[7], EffectRecord(ChorusRecord{15, 7, 50, 1, kWaveformSine, 20, kPhase90}));
+    EXPECT_EQ(fx[8], EffectRecord(FlangerRecord{50, 100, -50, 4, kWaveformSine, 2, kPhaseZero}));
+    const std::array<float, 10> centres = {80, 170, 310, 600, 1000, 3000, 6000, 12000, 14000, 16000};
+    const std::array<float, 10> dance = {5, 3, 1, 0, 0, -2, -3, -2, 1, 1};
+    for (std::size_t i = 0; i < 10; ++i)
+        EXPECT_EQ(fx[static_cast<Handle>(9 + i)], EffectRecord(ParametricEqRecord{centres[i], 18, dance[i]})) << i;
+    const ParametricEqRecord tones[] = {{125, 18, 10}, {12000, 18, -10}, {125, 18, 0}, {12000, 18, 5}};
+    for (Handle i = 0; i < 4; ++i) EXPECT_EQ(fx[19 + i], EffectRecord(tones[i])) << i;
+
+    EffectChain& effects = mixer.effects();
+    for (std::int16_t n = 1; n <= 4; ++n) effects.setEffectEnabled(n, false);
+    EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -96}));
+    EXPECT_EQ(fx[6], EffectRecord(EchoRecord{0, 0, 0, 0, 0}));
+    EXPECT_EQ(fx[7], EffectRecord(ChorusRecord{0, 0, 0, 0, kWaveformSine, 20, 0}));
+    EXPECT_EQ(fx[8], EffectRecord(FlangerRecord{0, 0, 0, 0, kWaveformSine, 0, 0}));
+    effects.setEffectLevel(1, 0);
+    EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -96})) << "a moved knob switches its effect on, at -96 dB";
+    effects.setEffectEnabled(5, true);
+    EXPECT_EQ(s.EffectState[4].enabled, -1);
+    effects.ApplyPreset(14);
+    EXPECT_EQ(s.currentPreset, 14);
+    EXPECT_EQ(std::get<ParametricEqRecord>(fx[9]).fGain, 5) << "no such preset sets nothing";
+    effects.SetBassChannel(0);
+    effects.SetBassChannel(99);
+    s.toneValue[0] = 2000;
+    EXPECT_THROW(effects.SetBassChannel(2), OverflowError);
+}
+
+TEST_F(MixingRunFixture, OutsideARunChangesAreOnlyStored) {
+    mixer.effects().ApplyPreset(7);
+    mixer.effects().setTone(1, 30);
+    mixer.effects().setBalance(0, -40);
+    mixer.effects().setEffectEnabled(2, true);
+    mixer.effects().setEffectLevel(4, 95);
+    mixer.sliders().moveVolume(1, 94);
+    mixer.sliders().moveSync(96);
+    mixer.sliders().moveSync(94);
+    EXPECT_TRUE(library.calls.empty());
+    EXPECT_EQ(mixer.settings().EffectState[3].parameter, 9);
+    EXPECT_EQ(mixer.settings().volume[1], 50);
+    EXPECT_FLOAT_EQ(mixer.run().syncOffset, -0.04F) << "the centre leaves the offset as it was";
+}
+
+TEST(MainSliders, PixelsAndValues) {
+    const struct {
+        int top;
+        int volume;
+    } volumes[] = {{0, 100}, {64, 100}, {65, 98}, {94, 50}, {95, 48}, {123, 1}, {124, 0}, {200, 0}};
+    for (const auto& c : volumes) EXPECT_EQ(volumeAt(c.top), c.volume) << c.top;
+    for (const int top : {64, 94, 124}) EXPECT_EQ(volumeTop(volumeAt(top)), top);
+    EXPECT_EQ(volumeTop(33), 105);
+    EXPECT_EQ(keyAt(308), -5.0);
+    EXPECT_EQ(keyAt(372), 5.0);
+    EXPECT_EQ(keyAt(340), 0.0);
+    EXPECT_DOUBLE_EQ(keyAt(341), 0.15625);
+    EXPECT_EQ(keyLeft(-2.5), 324);
+    EXPECT_FLOAT_EQ(syncAt(64, 0), 0.6F);
+    EXPECT_FLOAT_EQ(syncAt(124, 0), -0.6F);
+    EXPECT_EQ(syncTop(0.04F), 92);
 }
 
 TEST_F(MixingRunFixture, DetectsTheMixDeviceByNameAndType) {

@@ -106,7 +106,7 @@ TEST(SourceFiles, GivesTheDestinationItsExtension) {
         const char* path;
     } cases[] = {{"/m/mix", "/m/mix.mp3"},     {"/m/mix.wav", "/m/mix.mp3"}, {"/m/mix.flac", "/m/mix..mp3"},
                  {"/m/mix.mp3", "/m/mix.mp3"}, {"/m/MIX.MP3", "/m/MIX.mp3"}, {"/a.b/mix", "/a.b/mix.mp3"},
-                 {"/m/a.b", "/m/.mp3"}};
+                 {"/m/a.b", "/m/.mp3"},        {"/m/mix.aż", "/m/mi.mp3"},   {"/m/歌.日本", "/m/.mp3"}};
     for (const auto& c : cases) EXPECT_EQ(withMp3Extension(c.typed), c.path);
 }
 
@@ -127,10 +127,23 @@ TEST(SourceFiles, KnowsOneFileByAllItsNames) {
 TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     const auto parse = [](std::vector<const char*> words) { return parseOptions(words); };
     const MixOptions options = parse({"a.mp3", "--volume", "80,0", "b.wav", "--quiet", "--", "-c.mp3"});
-    EXPECT_EQ(options.volume, (std::array<std::int16_t, 2>{80, 0}));
+    Settings settings;
+    for (const auto& change : options.changes) change(settings);
+    EXPECT_EQ(settings.volume, (std::array<std::int16_t, 2>{80, 0}));
     EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
     EXPECT_EQ(options.destination, "-c.mp3");
-    EXPECT_EQ(parse({"--volume=1,2", "a", "b", "c"}).volume[1], 2);
+    for (const auto& change : parse({"--volume=1,2", "--tone", "0,10,50,100", "--balance", "-100,5", "--effects",
+                                     "1,40;0,0;1,100;0,7", "--preset", "soft rock", "a", "b", "c"})
+                                  .changes)
+        change(settings);
+    EXPECT_EQ(settings.volume[1], 2);
+    EXPECT_EQ(settings.toneValue, (std::array<std::int16_t, 4>{0, 10, 50, 100}));
+    EXPECT_EQ(settings.balanceValue, (std::array<std::int32_t, 2>{-100, 5}));
+    EXPECT_EQ(settings.EffectState[2], (EffectSwitch{-1, 0, 100}));
+    EXPECT_EQ(settings.currentPreset, 12);
+    const MixOptions moved = parse({"--key", "-2.5", "--sync", "+0.25", "a", "b", "c"});
+    EXPECT_EQ(moved.key, -2.5);
+    EXPECT_EQ(moved.syncOffset, 0.25F);
     EXPECT_TRUE(parse({"--help"}).help);
     const struct {
         std::vector<const char*> words;
@@ -145,6 +158,14 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
         {{"--volume", "50", "a", "b", "c"}, "0 to 100"},
         {{"--volume", "5,x", "a", "b", "c"}, "0 to 100"},
         {{"--volume", "99999999999,1", "a", "b", "c"}, "0 to 100"},
+        {{"--volume", "50.5,1", "a", "b", "c"}, "0 to 100"},
+        {{"--key", "5.1", "a", "b", "c"}, "-5 to 5"},
+        {{"--key", "nan", "a", "b", "c"}, "-5 to 5"},
+        {{"--sync", "0.7", "a", "b", "c"}, "-0.6"},
+        {{"--tone", "1,2,3", "a", "b", "c"}, "100"},
+        {{"--balance", "0,101", "a", "b", "c"}, "-100"},
+        {{"--effects", "2,0;0,0;0,0;0,0", "a", "b", "c"}, "0 or 1"},
+        {{"--preset", "14", "a", "b", "c"}, "0 to 13"},
     };
     for (const auto& f : faults) {
         try {

@@ -69,6 +69,30 @@ inline double levelAt(const Sound& sound, double hertz, std::size_t start, std::
     return 2 * std::abs(sum) / weight;
 }
 
+// Power in each bin of a Hann-windowed DFT of the left side; `frames` is a power of two. Radix-2, in place.
+inline std::vector<double> powerSpectrum(const Sound& sound, std::size_t start, std::size_t frames) {
+    std::vector<std::complex<double>> bins(frames);
+    std::size_t reversed = 0;
+    for (std::size_t i = 0; i < frames; ++i) {
+        const double turn = 2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(frames);
+        bins[reversed] = (0.5 - 0.5 * std::cos(turn)) * static_cast<double>(sound[(start + i) * 2]);
+        for (std::size_t bit = frames / 2; (reversed ^= bit) < bit; bit /= 2) {
+        }
+    }
+    for (std::size_t half = 1; half < frames; half *= 2)
+        for (std::size_t group = 0; group < frames; group += 2 * half)
+            for (std::size_t i = 0; i < half; ++i) {
+                const auto twiddle =
+                    std::polar(1.0, -std::numbers::pi * static_cast<double>(i) / static_cast<double>(half));
+                const auto odd = twiddle * bins[group + i + half];
+                bins[group + i + half] = bins[group + i] - odd;
+                bins[group + i] += odd;
+            }
+    std::vector<double> power(frames / 2);
+    for (std::size_t i = 0; i < power.size(); ++i) power[i] = std::norm(bins[i]);
+    return power;
+}
+
 inline double decibels(double ratio) {
     return 20 * std::log10(ratio);
 }

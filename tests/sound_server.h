@@ -31,13 +31,19 @@ public:
 
     void stop(int signal) {
         if (pid_ <= 0) return;
-        kill(pid_, signal);
+        kill(pid_, frozen_ ? SIGKILL : signal);
         waitpid(pid_, nullptr, 0);
         pid_ = 0;
     }
 
+    void freeze() {
+        kill(pid_, SIGSTOP);
+        frozen_ = true;
+    }
+
 private:
     pid_t pid_ = 0;
+    bool frozen_ = false;
 };
 
 // While one lives, PULSE_SERVER names it.
@@ -61,6 +67,8 @@ public:
 
     bool ready() const { return std::filesystem::exists(socket_); }
     void vanish() { server_.stop(SIGKILL); }
+    // Keeps its connections but answers no more.
+    void freeze() { server_.freeze(); }
 
 private:
     // The server takes no blanks in its arguments.

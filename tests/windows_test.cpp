@@ -1,30 +1,25 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
-#include <gtest/gtest.h>
-
-#include <QApplication>
 #include <QImage>
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QtTest>
 #include <functional>
 
 #include "app/MixerStart.h"
 #include "app/frmMain.h"
-#include "app/frm_style.h"
 #include "app/run_messages.h"
 #include "platform/desktop/registry_file.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
+#include "tests/window_events.h"
 
 namespace melvane {
 namespace {
 
 using namespace melvane::test;
 
-const std::vector<const char*> kButtons = {"BR0", "BR1", "BR2", "mi_button", "b_STOP", "bClose"};  // in Tab order
+const std::vector<const char*> kButtons = {"BR0", "BR1", "BR2", "mi_button", "b_STOP", "b_eff", "bClose"};
 
 struct WindowFixture : testing::Test {
     TempDir dir;
@@ -64,8 +59,9 @@ struct WindowFixture : testing::Test {
     }
     std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
     int filledPixels() {
-        const QImage bar = window.findChild<QProgressBar*>()->grab().toImage();
-        EXPECT_EQ(bar.width(), 176);
+        auto& progress = *window.findChild<QProgressBar*>();
+        EXPECT_EQ(progress.width(), 176);
+        const QImage bar = progress.grab().toImage().scaledToWidth(176);
         const auto isFilled = [&](int x) { return bar.pixelColor(x, bar.height() / 2) == QColor(0xF2A541); };
         int pixels = 0;
         while (pixels < bar.width() && isFilled(pixels)) ++pixels;
@@ -81,7 +77,7 @@ struct WindowFixture : testing::Test {
     }
 };
 
-const std::string kIdle = "BR0 BR1 BR2 mi_button bClose ";
+const std::string kIdle = "BR0 BR1 BR2 mi_button b_eff bClose ";
 
 TEST_F(WindowFixture, BrowsingFillsTheFields) {
     mixer.settings().recDirectory = dir.path();
@@ -99,6 +95,7 @@ TEST_F(WindowFixture, BrowsingFillsTheFields) {
     EXPECT_EQ(whole("path2"), dir / "mix.mp3");
     EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path2"))->accessibleName().toStdString(),
               "Mixing destination: " + dir.path() + "/mix.mp3");
+    expectTidy(window);
 }
 
 TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
@@ -107,7 +104,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     chooseFiles();
     button("mi_button").setFocus();
     QTest::keyClick(&window, Qt::Key_Return);
-    EXPECT_EQ(enabled(), "b_STOP bClose ");
+    EXPECT_EQ(enabled(), "b_STOP b_eff bClose ");
     EXPECT_EQ(focused(), "b_STOP");
     EXPECT_EQ(whole("status"), "Mixing…");
 
@@ -137,7 +134,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     };
     library.position = library.length;
     EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << whole("status");
-    EXPECT_EQ(whileFinishing, "bClose ");
+    EXPECT_EQ(whileFinishing, "b_eff bClose ");
     EXPECT_EQ(enabled(), kIdle);
     EXPECT_EQ(focused(), "mi_button");
     EXPECT_EQ(title(), "Melvane");
@@ -206,6 +203,97 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
     EXPECT_EQ(dialogs.boxes, boxes) << "the others have no box";
 }
 
+TEST_F(WindowFixture, SlidersStandForValues) {
+    const auto volume = [this](std::size_t i) { return [this, i] { return double{1} * mixer.settings().volume[i]; }; };
+    const auto sync = [this] { return std::round(mixer.run().syncOffset * 1e4) / 1e4; };
+    const auto key = [this] { return mixer.run().key; };
+    const struct {
+        const char* slider;
+        int to;
+        double value;
+        std::function<double()> stored;
+        const char* shown;  // of the key
+    } steps[] = {
+        {"volm0", 94, 50, volume(0), "0"}, {"volm0", 500, 0, volume(0), "0"},   {"volm0", 0, 100, volume(0), "0"},
+        {"volm0", 65, 98, volume(0), "0"}, {"volm1", 124, 0, volume(1), "0"},   {"volm1", 64, 100, volume(1), "0"},
+        {"snc", 96, -0.04, sync, "0"},     {"snc", 94, -0.04, sync, "0"},       {"snc", 0, 0.6, sync, "0"},
+        {"snc", 500, -0.6, sync, "0"},     {"tone", 0, -5, key, "-5.0"},        {"tone", 500, 5, key, "+5.0"},
+        {"tone", 356, 2.5, key, "+2.5"},   {"tone", 341, 1 / 6.4, key, "+0.2"}, {"tone", 340, 0, key, "0"},
+        {"tone", 308, -5, key, "-5.0"},
+    };
+    for (const auto& [slider, to, value, stored, shown] : steps) {
+        drag(find(window, slider), to);
+        EXPECT_EQ(stored(), value) << slider << " " << to;
+        EXPECT_EQ(find<QLabel>(window, "par").text().toStdString(), shown);
+    }
+    EXPECT_EQ(find(window, "snc").valueText(), QStringLiteral("-0.60 s"));
+    for (const char* slider : {"volm0", "volm1", "snc", "tone"}) doubleClick(find(window, slider));
+    EXPECT_EQ(mixer.settings().volume, (std::array<std::int16_t, 2>{100, 100}));
+    EXPECT_EQ(sync(), 0);
+    EXPECT_EQ(find(window, "snc").position(), 94);
+    EXPECT_EQ(key(), 0);
+    EXPECT_EQ(find<QLabel>(window, "par").text(), QStringLiteral("0"));
+}
+
+TEST_F(WindowFixture, SlidersStandAsStoredAndAreHeardInARun) {
+    mixer.settings().volume = {80, 50};
+    mixer.run().syncOffset = 0.12F;
+    mixer.run().key = -2.5;
+    show();
+    std::string positions;
+    for (const char* slider : {"volm0", "volm1", "snc", "tone"})
+        positions += std::to_string(find(window, slider).position()) + " ";
+    EXPECT_EQ(positions, "76 94 88 324 ");
+    EXPECT_EQ(find<QLabel>(window, "par").text(), QStringLiteral("-2.5"));
+    chooseFiles();
+    click("mi_button");
+    const struct {
+        const char* slider;
+        const char* call;
+    } cases[] = {{"volm0", "BASS_ChannelSetAttributes"},
+                 {"volm1", "BASS_ChannelSetAttributes"},
+                 {"snc", "setChannelOffset"},
+                 {"tone", "BASS_FX_TempoSet"}};
+    for (const auto& [slider, call] : cases) {
+        library.calls.clear();
+        drag(find(window, slider), find(window, slider).position() + 5);
+        const auto called = [&, name = std::string(call)] {
+            return std::any_of(library.calls.begin(), library.calls.end(),
+                               [&](const std::string& line) { return line.starts_with(name); });
+        };
+        EXPECT_TRUE(QTest::qWaitFor(called)) << slider;
+    }
+    click("b_STOP");
+}
+
+TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
+    const auto effects = [this] { return window.findChild<frmEff*>(); };
+    EXPECT_EQ(effects(), nullptr) << "made when it is first opened";
+    click("b_eff");
+    frmEff* const first = effects();
+    ASSERT_TRUE(first && first->isVisible());
+    drag(find(*first, "eq_song0"), 70);
+    EXPECT_EQ(mixer.settings().toneValue[0], 0);
+    QTest::keyClick(first, Qt::Key_Escape);
+    EXPECT_FALSE(first->isVisible());
+    language.SetLanguage("pl");
+    window.SetMainLanguage();
+    click("b_eff");
+    EXPECT_EQ(effects(), first);
+    EXPECT_EQ(first->windowTitle(), QStringLiteral("Efekty – Melvane"));
+    click("bClose");
+    EXPECT_FALSE(first->isVisible());
+
+    Mixer next{environment};
+    next.Form_Load(&store);
+    frmMain nextWindow{next, environment, store};
+    nextWindow.DoRest();
+    nextWindow.show();
+    const auto* reopened = nextWindow.findChild<frmEff*>();
+    ASSERT_TRUE(reopened && reopened->isVisible());
+    EXPECT_EQ(find(*reopened, "eq_song0").position(), 70);
+}
+
 TEST_F(WindowFixture, ErrorsEndInABoxNotInTheEventLoop) {
     library.inputs.resize(0x8001, library.inputs.front());
     chooseFiles();
@@ -235,9 +323,9 @@ TEST_F(WindowFixture, MovesByItsTop) {
 
 TEST_F(WindowFixture, ComesBackWhereItWasButOnTheScreen) {
     const QRect screen = window.screen()->availableGeometry();
-    const WindowPosition farthest{static_cast<float>(screen.right() + 1 - 460),
+    const WindowPosition farthest{static_cast<float>(std::max(0, screen.right() + 1 - 460)),
                                   static_cast<float>(screen.bottom() + 1 - 196)};
-    const std::pair<WindowPosition, WindowPosition> cases[] = {{{33, 44.7F}, {33, 44}},
+    const std::pair<WindowPosition, WindowPosition> cases[] = {{{33, 44.7F}, {std::min(33.0F, farthest.left), 44}},
                                                                {{-5000, -5000}, {0, 0}},
                                                                {{1e30F, 1e30F}, farthest},
                                                                {{farthest.left + 50, farthest.top + 50}, farthest}};
@@ -262,19 +350,24 @@ TEST_F(WindowFixture, EverythingIsReachedByKeyboardAndNamedInBothLanguages) {
         do {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             order += focused() + " ";
-        } while (focused() != "bClose" && order.size() < 100);
+        } while (focused() != "bClose" && order.size() < 200);
     }
-    EXPECT_EQ(order, "b_STOP bClose BR0 BR1 BR2 mi_button bClose ");
+    EXPECT_EQ(order,
+              "volm0 volm1 snc tone b_STOP b_eff bClose BR0 BR1 BR2 volm0 volm1 snc tone mi_button b_eff bClose ");
 
     std::map<std::string, std::string> texts[2];
     for (const int polish : {0, 1}) {
         language.SetLanguage(polish ? "pl" : "en");
         window.SetMainLanguage();
-        for (const char* name : {"mi_button", "b_STOP"}) texts[polish][name] = button(name).text().toStdString();
-        for (const char* name : {"BR0", "BR1", "BR2", "bClose", "progress", "path0", "path1", "path2", "status"})
+        for (const char* name : {"mi_button", "b_STOP", "b_eff"})
+            texts[polish][name] = button(name).text().toStdString();
+        for (const char* name : {"BR0", "BR1", "BR2", "bClose", "progress", "path0", "path1", "path2", "status",
+                                 "volm0", "volm1", "snc", "tone"})
             texts[polish][name] = window.findChild<QWidget*>(QLatin1String(name))->accessibleName().toStdString();
-        for (const char* name : {"BR0", "BR1", "BR2", "bClose"})
-            EXPECT_EQ(button(name).toolTip().toStdString(), texts[polish][name]);
+        for (const char* name : {"BR0", "BR1", "BR2", "bClose", "volm0", "volm1", "snc", "tone"})
+            EXPECT_EQ(find<QWidget>(window, name).toolTip().toStdString(), texts[polish][name]);
+        drag(find(window, "tone"), polish ? kKeyTrack.first : kKeyTrack.last);
+        expectTidy(window);
     }
     for (const auto& [name, text] : texts[0]) {
         EXPECT_FALSE(text.empty()) << name;
@@ -282,6 +375,8 @@ TEST_F(WindowFixture, EverythingIsReachedByKeyboardAndNamedInBothLanguages) {
     }
     EXPECT_EQ(texts[1]["BR1"], "Wskaż plik z vocalem");
     EXPECT_EQ(texts[0]["BR2"], "Browse for  mixing destination file");
+    EXPECT_EQ(texts[0]["volm0"] + ", " + texts[0]["volm1"] + ", " + texts[1]["snc"] + ", " + texts[0]["tone"],
+              "Song volume, Vocal volume, Synchronizacja, Karaoke background key");
 }
 
 TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
@@ -307,10 +402,5 @@ TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
 }  // namespace melvane
 
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    melvane::applyStyle(app);
-    return RUN_ALL_TESTS();
+    return melvane::test::runWindowTests(argc, argv);
 }

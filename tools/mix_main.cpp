@@ -12,6 +12,8 @@
 #include "app/start_checks.h"
 #include "platform/desktop/library_file.h"
 #include "platform/desktop/local_file_names.h"
+#include "platform/desktop/registry_file.h"
+#include "state/text_path.h"
 #include "tools/console_dialogs.h"
 #include "tools/options.h"
 #include "tools/reporter.h"
@@ -38,6 +40,8 @@ void catchInterrupts() {
     action.sa_handler = interrupt;
     action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second one ends the program at once
     for (const int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
+    // The encoder's exit status is wanted, whatever the parent had set.
+    std::signal(SIGCHLD, SIG_DFL);
     // A file that may not grow shows as a failed write.
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -45,16 +49,22 @@ void catchInterrupts() {
 // The empty file that stands for a mix from its start on goes again when the encoder never got to it.
 void removePlaceholder(const RunState& run) {
     std::error_code error;
-    if (std::filesystem::file_size(run.destinationPath, error) == kPlaceholderSize && !error)
-        std::filesystem::remove(run.destinationPath, error);
+    if (std::filesystem::file_size(toPath(run.destinationPath), error) == kPlaceholderSize && !error)
+        std::filesystem::remove(toPath(run.destinationPath), error);
 }
 
 int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
     std::error_code error;
-    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(options.destination, error));
-    mixer.Form_Load(nullptr);
+    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(toPath(options.destination), error));
+    RegistryFile registry(RegistryFile::defaultPath());
+    const SettingsStore store(registry);
+    mixer.Form_Load(options.storedSettings ? &store : nullptr);
+    // Another recording input than the card's mix has no place on the stepped clock.
+    mixer.settings().forceMixDevice = 0;
+    for (const auto& change : options.changes) change(mixer.settings());
+    mixer.run().key = options.key;
+    mixer.run().syncOffset = options.syncOffset;
     mixer.fields() = {options.background, options.vocal, options.destination};
-    mixer.settings().volume = options.volume;
     MixingRun& run = mixer.mixingRun();
     catchInterrupts();
     run.mi_button_Click();
@@ -63,14 +73,15 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
         run.Timer1_Timer();
         reporter.progress(run.framesDone(), run.framesTotal());
     }
+    const bool interrupted = mixer.run().isMixing;
     mixer.Form_Unload(nullptr);
     if (mixer.run().failure != RunFailure::none) {
         if (!existed) removePlaceholder(mixer.run());
         reporter.failed(runMessage(language, mixer.run()));
         return kCouldNot;
     }
-    reporter.finished(options.destination, run.framesDone(), interruptedBy != 0);
-    return interruptedBy ? kSignalBase + interruptedBy : kDone;
+    reporter.finished(options.destination, run.framesDone(), interrupted);
+    return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 
 int run(const MixOptions& options) {
@@ -78,7 +89,7 @@ int run(const MixOptions& options) {
     const Style bar = options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
     Reporter reporter(options.json ? Style::json : bar);
     std::error_code error;
-    if (!options.overwrite && std::filesystem::exists(options.destination, error)) {
+    if (!options.overwrite && std::filesystem::exists(toPath(options.destination), error)) {
         reporter.failed(options.destination + " exists already; --overwrite replaces it");
         return kCouldNot;
     }

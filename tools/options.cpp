@@ -1,10 +1,11 @@
 #include "tools/options.h"
 
+#include <array>
 #include <charconv>
-#include <functional>
 #include <string_view>
 #include <vector>
 
+#include "effects/presets.h"
 #include "state/numbers.h"
 
 namespace melvane {
@@ -18,26 +19,103 @@ struct Option {
     void (*take)(MixOptions&, const std::string& value);
 };
 
-// `count` whole numbers from `low` to `high`, joined by commas.
-template <std::size_t count>
-std::array<std::int16_t, count> numbers(std::string_view option, const std::string& text, int low, int high) {
+template <typename T>
+T number(const std::string& text, T low, T high, const std::string& fault) {
+    T value{};
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, value);
+    if (read.ec != std::errc() || read.ptr != end || !(value >= low && value <= high)) throw UsageError(fault);
+    return value;
+}
+
+// Whole numbers of one range, joined by commas.
+template <typename T, std::size_t count>
+std::array<T, count> numbers(const std::string& text, T low, T high, const std::string& fault) {
     const std::vector<std::string> fields = split(text, ',');
-    std::array<std::int16_t, count> values{};
-    bool good = fields.size() == count;
-    for (std::size_t i = 0; good && i < count; ++i) {
-        const char* end = fields[i].data() + fields[i].size();
-        const auto read = std::from_chars(fields[i].data(), end, values[i]);
-        good = read.ec == std::errc() && read.ptr == end && values[i] >= low && values[i] <= high;
-    }
-    if (!good)
-        throw UsageError(std::string(option) + " takes " + std::to_string(count) + " whole numbers from " +
-                         std::to_string(low) + " to " + std::to_string(high) + ", joined by commas");
+    if (fields.size() != count) throw UsageError(fault);
+    std::array<T, count> values{};
+    for (std::size_t i = 0; i < count; ++i) values[i] = number<T>(fields[i], low, high, fault);
     return values;
 }
 
+// A number that may have decimals and a plus sign.
+double decimal(const std::string& text, double low, double high, const std::string& fault) {
+    return number<double>(text.starts_with('+') ? text.substr(1) : text, low, high, fault);
+}
+
+void takeVolume(MixOptions& o, const std::string& text) {
+    const auto volume =
+        numbers<std::int16_t, 2>(text, 0, 100, "--volume takes two whole numbers from 0 to 100, joined by a comma");
+    o.changes.push_back([volume](Settings& s) { s.volume = volume; });
+}
+
+void takeTone(MixOptions& o, const std::string& text) {
+    const auto tone = numbers<std::int16_t, 4>(
+        text, 0, 100, "--tone takes four whole numbers from 0 (full boost) to 100 (full cut), joined by commas");
+    o.changes.push_back([tone](Settings& s) { s.toneValue = tone; });
+}
+
+void takeBalance(MixOptions& o, const std::string& text) {
+    const auto balance = numbers<std::int32_t, 2>(
+        text, -100, 100, "--balance takes two whole numbers from -100 (left) to 100 (right), joined by a comma");
+    o.changes.push_back([balance](Settings& s) { s.balanceValue = balance; });
+}
+
+void takeEffects(MixOptions& o, const std::string& text) {
+    const std::string fault =
+        "--effects takes four pairs \"e,l\" joined by semicolons: e 0 or 1 (on), l a whole number from 0 to 100";
+    const std::vector<std::string> pairs = split(text, ';');
+    if (pairs.size() != 4) throw UsageError(fault);
+    std::array<std::array<std::int16_t, 2>, 4> values{};
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        values[i] = numbers<std::int16_t, 2>(pairs[i], 0, 100, fault);
+        if (values[i][0] > 1) throw UsageError(fault);
+    }
+    o.changes.push_back([values](Settings& s) {
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            s.EffectState[i].enabled = values[i][0] ? -1 : 0;
+            s.EffectState[i].level = values[i][1];
+        }
+    });
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+}
+
+void takePreset(MixOptions& o, const std::string& text) {
+    std::string names;
+    for (std::size_t i = 0; i < kPresets.size(); ++i) {
+        names += (i ? ", " : "") + std::string(kPresets[i].name);
+        if (lowerCase(text) != lowerCase(kPresets[i].name) && text != std::to_string(i)) continue;
+        o.changes.push_back([i](Settings& s) { s.currentPreset = static_cast<std::int16_t>(i); });
+        return;
+    }
+    throw UsageError("--preset takes a number from 0 to 13 or a name: " + names);
+}
+
+void takeSync(MixOptions& o, const std::string& text) {
+    o.syncOffset = static_cast<float>(
+        decimal(text, -0.6, 0.6, "--sync takes seconds from -0.6 (vocal later) to 0.6 (vocal earlier)"));
+}
+
+void takeKey(MixOptions& o, const std::string& text) {
+    o.key = decimal(text, -5, 5, "--key takes semitones from -5 to 5");
+}
+
 constexpr Option kOptions[] = {
-    {"--volume", "B,V", "volume of background and vocal, 0 to 100 each (100,100)",
-     [](MixOptions& o, const std::string& value) { o.volume = numbers<2>("--volume", value, 0, 100); }},
+    {"--volume", "B,V", "volume of background and vocal, 0 to 100 each (100,100)", takeVolume},
+    {"--sync", "SECONDS", "vocal earlier (to 0.6) or later (to -0.6)", takeSync},
+    {"--key", "SEMITONES", "key of the background, -5 to 5, fractions too", takeKey},
+    {"--tone", "B,T,B,T", "bass and treble of background and vocal: 0 boost, 50 flat, 100 cut", takeTone},
+    {"--balance", "B,V", "balance of background and vocal, -100 left to 100 right", takeBalance},
+    {"--effects", "E,L;...", "reverb, echo, chorus, flanger: on (1) or off (0), level 0 to 100", takeEffects},
+    {"--preset", "NAME", "equaliser preset of the vocal, by name or number (0 to 13)", takePreset},
+    {"--settings", "", "start from what the window program saved",
+     [](MixOptions& o, const std::string&) { o.storedSettings = true; }},
     {"--overwrite", "", "replace an existing DESTINATION",
      [](MixOptions& o, const std::string&) { o.overwrite = true; }},
     {"--quiet", "", "no progress", [](MixOptions& o, const std::string&) { o.quiet = true; }},
@@ -89,7 +167,7 @@ std::string usageText() {
         "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
     for (const Option& option : kOptions) {
         std::string left = "  " + std::string(option.name) + " " + std::string(option.value);
-        left.resize(20, ' ');
+        left.resize(22, ' ');
         text += left + std::string(option.help) + "\n";
     }
     text +=

@@ -1,11 +1,13 @@
 // The command line of melvane-mix.
 #pragma once
 
-#include <array>
-#include <cstdint>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "state/settings.h"
 
 namespace melvane {
 
@@ -13,7 +15,11 @@ struct MixOptions {
     std::string background;
     std::string vocal;
     std::string destination;
-    std::array<std::int16_t, 2> volume{100, 100};  // background, vocal; percent
+    double key = 0;        // semitones, -5..5
+    float syncOffset = 0;  // seconds, -0.6..0.6
+    // What the other options change in the settings, in their order.
+    std::vector<std::function<void(Settings&)>> changes;
+    bool storedSettings = false;
     bool overwrite = false;
     bool quiet = false;
     bool json = false;

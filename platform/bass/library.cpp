@@ -17,9 +17,15 @@ std::uint64_t toBytes(std::int64_t frames) {
     return static_cast<std::uint64_t>(frames) * kBytesPerFrame;
 }
 
+AudioLibraryOptions checked(AudioLibraryOptions options) {
+    options.blockFrames = std::clamp(options.blockFrames, 16U, 8192U);
+    return options;
+}
+
 }  // namespace
 
-Library::Library(const AudioLibraryOptions& options) : options_(options), stepBlock_(options.blockFrames * 2) {}
+Library::Library(const AudioLibraryOptions& options)
+    : options_(checked(options)), stepBlock_(options_.blockFrames * 2) {}
 
 Library::~Library() {
     BASS_Free();
@@ -31,8 +37,8 @@ bool Library::BASS_Init(int, std::uint32_t freq, std::uint32_t, void*, const voi
     if (initialised_ || freq != kSampleRate) return false;
     initialised_ = true;
     if (options_.clock != CardClock::stepped) {
-        SoundServer* server = options_.clock == CardClock::device ? &server_ : nullptr;
-        mixing_ = std::make_unique<MixingThread>(card_, server, options_.blockFrames);
+        auto server = options_.clock == CardClock::device ? server_ : nullptr;
+        mixing_ = std::make_unique<MixingThread>(card_, std::move(server), options_.blockFrames);
     }
     return true;
 }
@@ -63,6 +69,7 @@ void Library::holdCardAtEndOf(Handle handle) {
 }
 
 std::uint32_t Library::stepCard(std::uint32_t frames) {
+    if (options_.clock != CardClock::stepped) return 0;
     constexpr int kPatience = 100;
     for (int waited = 0; card_.congested(); ++waited) {
         if (waited == kPatience) return 0;
@@ -117,7 +124,7 @@ bool Library::BASS_StreamFree(Handle handle) {
     if (!entry.decoding && !entry.channel) return false;
     if (entry.channel) card_.remove(entry.channel);
     forget(handle);
-    if (entry.freedWithIt) forget(entry.freedWithIt);
+    for (const Handle other : entry.freedWithIt) forget(other);
     return true;
 }
 
@@ -175,7 +182,7 @@ bool Library::BASS_ChannelSetPosition(Handle handle, std::uint64_t position) {
 
 std::uint64_t Library::BASS_ChannelSeconds2Bytes(Handle handle, float seconds) const {
     const Entry entry = find(handle);
-    if (!entry.channel || !(seconds > 0.0F)) return 0;
+    if (!entry.channel || !std::isfinite(seconds) || seconds <= 0.0F) return 0;
     return toBytes(std::llround(static_cast<double>(seconds) * kSampleRate));
 }
 
@@ -200,6 +207,36 @@ bool Library::BASS_ChannelSetAttributes(Handle handle, std::uint32_t, std::uint3
     return true;
 }
 
+bool Library::setChannelOffset(Handle handle, std::int64_t bytes) {
+    const Entry entry = find(handle);
+    if (entry.channel) entry.channel->setOffset(bytes / kBytesPerFrame);
+    return entry.channel != nullptr;
+}
+
+// --- effects ---
+
+Handle Library::BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) {
+    const Entry channel = find(handle);
+    std::shared_ptr<Effect> effect = channel.channel ? makeEffect(static_cast<EffectType>(type)) : nullptr;
+    if (!effect) return 0;
+    channel.channel->addEffect(effect, priority);
+    const Handle attached = keep({.effect = std::move(effect)});
+    const std::lock_guard lock(entriesMutex_);
+    entries_[handle].freedWithIt.push_back(attached);
+    return attached;
+}
+
+bool Library::BASS_FXSetParameters(Handle handle, const EffectRecord& record) {
+    const Entry entry = find(handle);
+    return entry.effect && entry.effect->set(record);
+}
+
+bool Library::BASS_FXGetParameters(Handle handle, EffectRecord& record) const {
+    const Entry entry = find(handle);
+    if (entry.effect) record = entry.effect->get();
+    return entry.effect != nullptr;
+}
+
 // --- tempo add-on ---
 
 Handle Library::BASS_FX_TempoCreate(Handle source, std::uint32_t flags) {
@@ -207,7 +244,7 @@ Handle Library::BASS_FX_TempoCreate(Handle source, std::uint32_t flags) {
     if (!decoding.decoding) return 0;
     auto tempo = std::make_shared<TempoSource>(decoding.decoding);
     Entry entry{.channel = std::make_shared<Channel>(tempo, false), .tempo = tempo};
-    if (flags & BASS_FX_FREESOURCE) entry.freedWithIt = source;
+    if (flags & BASS_FX_FREESOURCE) entry.freedWithIt.push_back(source);
     return keep(std::move(entry));
 }
 
@@ -221,7 +258,7 @@ bool Library::BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pit
 // --- capture ---
 
 bool Library::BASS_RecordInit(int) {
-    inputs_.list(options_.clock == CardClock::device ? &server_ : nullptr);
+    inputs_.list(options_.clock == CardClock::device ? server_ : nullptr);
     return true;
 }
 
@@ -235,7 +272,7 @@ Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::u
     forgetFinishedCaptures();
     const Handle handle = keep({});
     auto capture = std::make_shared<Capture>(handle, proc, user);
-    if (!capture->open(inputs_, &server_)) {
+    if (!capture->open(inputs_, server_)) {
         forget(handle);
         return 0;
     }

@@ -45,6 +45,12 @@ public:
     bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                    std::int32_t pan) override;
 
+    bool setChannelOffset(Handle handle, std::int64_t bytes) override;
+
+    Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override;
+    bool BASS_FXSetParameters(Handle effect, const EffectRecord& record) override;
+    bool BASS_FXGetParameters(Handle effect, EffectRecord& record) const override;
+
     Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override;
     bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override;
 
@@ -64,12 +70,13 @@ public:
 
 private:
     // What a handle stands for: a decoding source, a playable channel over one (with its key where it is a
-    // tempo stream), or a capture.
+    // tempo stream), an effect, or a capture.
     struct Entry {
         std::shared_ptr<decode::PcmSource> decoding;
         std::shared_ptr<Channel> channel;
         std::shared_ptr<TempoSource> tempo;
-        Handle freedWithIt = 0;
+        std::shared_ptr<Effect> effect;
+        std::vector<Handle> freedWithIt;
         std::uint32_t volume = 100;
         std::int32_t pan = 0;
         std::shared_ptr<Capture> capture;
@@ -84,7 +91,7 @@ private:
     void forgetFinishedCaptures();
 
     const AudioLibraryOptions options_;
-    SoundServer server_;
+    const std::shared_ptr<SoundServer> server_ = std::make_shared<SoundServer>();
     RecordingInputs inputs_;
     Card card_;
     std::unique_ptr<MixingThread> mixing_;

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "platform/bass/capture/pcm16.h"
+#include "platform/bass/device/patience.h"
 
 namespace melvane::bass {
 
@@ -13,6 +14,8 @@ using namespace std::chrono_literals;
 constexpr auto kFinishPatience = 30s;
 constexpr auto kWritePatience = 100ms;
 constexpr auto kDevicePoll = 5ms;
+constexpr auto kOpenPatience = 2s;
+constexpr auto kClosePatience = 500ms;
 }  // namespace
 
 Capture::Capture(Handle handle, RecordProc proc, void* user) : handle_(handle), proc_(proc), user_(user) {}
@@ -28,7 +31,7 @@ Capture::~Capture() {
     if (thread_.joinable()) thread_.join();
 }
 
-bool Capture::open(const RecordingInputs& inputs, SoundServer* server) {
+bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server) {
     for (const RecordingInput& input : inputs.all()) {
         const float gain = static_cast<float>(input.level) / 100.0F;
         if (!input.on) continue;
@@ -37,23 +40,25 @@ bool Capture::open(const RecordingInputs& inputs, SoundServer* server) {
             cardGain_ = gain;
             continue;
         }
-        auto connection = server ? server->connection() : nullptr;
-        if (!connection) return false;
-        auto device = std::make_unique<InputDevice>(std::move(connection), input.sourceId);
-        if (!device->start()) return false;
-        devices_.push_back({std::move(device), gain});
+        auto device = withPatience(kOpenPatience, [server, id = input.sourceId] {
+                          auto connection = server ? server->connection() : nullptr;
+                          auto made = connection ? std::make_unique<InputDevice>(std::move(connection), id) : nullptr;
+                          return made && made->start() ? std::move(made) : nullptr;
+                      }).value_or(nullptr);
+        if (!device) return false;
+        devices_.push_back({std::move(device), gain, {}});
     }
     return true;
 }
 
 void Capture::begin() {
-    capturing_ = true;
     thread_ = std::thread([this] { run(); });
+    capturing_ = true;
 }
 
 void Capture::stop() {
     capturing_ = false;
-    pushed_.notify_one();
+    if (!begun()) closeDevices();
 }
 
 void Capture::endEncoding() {
@@ -70,8 +75,12 @@ void Capture::push(const float* mix, std::size_t frames) {
     {
         const std::lock_guard lock(mutex_);
         if (!capturing_) return;
+        if (blocks_.empty() && waitingFrames_ == 0 && !firstPushed_)
+            for (Device& device : devices_) device.input->clear();
+        firstPushed_ = true;
         blocks_.emplace_back(mix, mix + frames * 2);
         waitingFrames_ += frames;
+        drainDevices();
     }
     pushed_.notify_one();
 }
@@ -79,13 +88,12 @@ void Capture::push(const float* mix, std::size_t frames) {
 void Capture::run() {
     EncoderProcess::prepareWritingThread();
     std::vector<float> block;
-    for (bool first = true; waitForBlock(block); first = false) {
-        if (first)
-            for (Device& device : devices_) device.input->clear();
+    while (waitForBlock(block)) {
         for (float& sample : block) sample *= cardGain_;
         addDevices(block);
         deliver(block);
     }
+    closeDevices();
     finishEncoder();
 }
 
@@ -100,19 +108,41 @@ bool Capture::waitForBlock(std::vector<float>& block) {
     return true;
 }
 
+// Under the lock. Empties the devices' rings, which are short, however far behind the encoder is.
+void Capture::drainDevices() {
+    constexpr std::size_t kFrames = 1024;
+    drained_.resize(kFrames * 2);
+    for (Device& device : devices_)
+        while (const std::size_t got = device.input->read(drained_.data(), kFrames))
+            device.waiting.insert(device.waiting.end(), drained_.begin(),
+                                  drained_.begin() + static_cast<std::ptrdiff_t>(got * 2));
+}
+
 // The card's mix sets the pace. A device alone is waited for, so that what it delivers is complete; beside
-// the card it adds what has come.
+// the card it adds what has come. One that has vanished is silent.
 void Capture::addDevices(std::vector<float>& block) {
-    const std::size_t frames = block.size() / 2;
-    deviceBlock_.resize(block.size());
     for (Device& device : devices_) {
-        std::size_t done = device.input->read(deviceBlock_.data(), frames);
-        while (!cardOn_ && done < frames && capturing_) {
+        std::unique_lock lock(mutex_);
+        drainDevices();
+        while (!cardOn_ && device.waiting.size() < block.size() && capturing_ && !device.input->lost()) {
+            lock.unlock();
             std::this_thread::sleep_for(kDevicePoll);
-            done += device.input->read(deviceBlock_.data() + done * 2, frames - done);
+            lock.lock();
+            drainDevices();
         }
-        for (std::size_t i = 0; i < done * 2; ++i) block[i] += deviceBlock_[i] * device.gain;
+        const auto end =
+            device.waiting.begin() + static_cast<std::ptrdiff_t>(std::min(device.waiting.size(), block.size()));
+        std::transform(device.waiting.begin(), end, block.begin(), block.begin(),
+                       [&](float recorded, float mixed) { return mixed + recorded * device.gain; });
+        device.waiting.erase(device.waiting.begin(), end);
     }
+}
+
+// The user's microphone is not kept open behind a run.
+void Capture::closeDevices() {
+    const std::lock_guard lock(mutex_);
+    for (Device& device : devices_) closeWithPatience(kClosePatience, std::move(device.input));
+    devices_.clear();
 }
 
 void Capture::deliver(const std::vector<float>& block) {

@@ -27,7 +27,7 @@ public:
 
     // --- user-interface thread ---
     // False when a device that is on cannot be recorded. `server` may be null when only the card is on.
-    bool open(const RecordingInputs& inputs, SoundServer* server);
+    bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server);
     bool startEncoder(const std::vector<std::string>& words) { return encoder_.start(words); }
     // Starts the thread; blocks that are pushed from now on are captured.
     void begin();
@@ -53,11 +53,14 @@ private:
     struct Device {
         std::unique_ptr<InputDevice> input;
         float gain;
+        std::deque<float> waiting;  // what it has recorded so far
     };
 
     void run();
     bool waitForBlock(std::vector<float>& block);
+    void drainDevices();
     void addDevices(std::vector<float>& block);
+    void closeDevices();
     void deliver(const std::vector<float>& block);
     void feedEncoder(std::span<const std::byte> bytes);
     void finishEncoder();
@@ -78,8 +81,10 @@ private:
     std::atomic<std::size_t> waitingFrames_{0};
     std::atomic<bool> capturing_{false};
 
+    bool firstPushed_ = false;
+    std::vector<float> drained_;
+
     // Capture thread only.
-    std::vector<float> deviceBlock_;
     std::vector<std::int16_t> pcm_;
     bool headerWritten_ = false;
     std::thread thread_;

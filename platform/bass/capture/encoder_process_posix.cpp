@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <thread>
 
 #include "platform/bass/capture/encoder_process.h"
 
@@ -14,6 +15,8 @@ extern char** environ;
 namespace melvane::bass {
 
 namespace {
+
+constexpr int kKillPatience = 200;  // ms
 
 struct SpawnSettings {
     SpawnSettings() {
@@ -52,6 +55,8 @@ bool EncoderProcess::start(const std::vector<std::string>& words) {
     posix_spawn_file_actions_adddup2(&settings.files, ends[0], STDIN_FILENO);
     posix_spawn_file_actions_addopen(&settings.files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&settings.files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    // Files that other code of this program has open are none of the encoder's business.
+    posix_spawn_file_actions_addclosefrom_np(&settings.files, STDERR_FILENO + 1);
     std::vector<char*> arguments;
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
@@ -105,9 +110,10 @@ void EncoderProcess::kill() {
     const std::lock_guard lock(mutex_);
     reap();
     if (state_ != EncoderState::running) return;
-    ::kill(pid_, SIGKILL);
-    while (waitpid(pid_, nullptr, 0) == -1 && errno == EINTR) {
-    }
+    ::kill(-pid_, SIGKILL);
+    // Not waited for without limit: one that hangs in the kernel, on a dead network drive say, does not end.
+    for (int i = 0; i < kKillPatience && waitpid(pid_, nullptr, WNOHANG) == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     state_ = EncoderState::failed;
 }
 

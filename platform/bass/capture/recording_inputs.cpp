@@ -3,14 +3,21 @@
 #include <algorithm>
 
 #include "platform/audio_library.h"
+#include "platform/bass/device/patience.h"
 
 namespace melvane::bass {
 
-void RecordingInputs::list(SoundServer* server) {
+namespace {
+constexpr std::chrono::seconds kListPatience{2};
+}
+
+void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
     inputs_.clear();
     inputs_.push_back({"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true});
     if (!server) return;
-    for (CaptureSource& source : server->captureSources()) {
+    auto sources = withPatience(kListPatience, [server] { return server->captureSources(); });
+    if (!sources) return;
+    for (CaptureSource& source : *sources) {
         const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
         if (source.isDefault) inputs_.front().on = false;
         inputs_.push_back({std::move(source.name), type, std::move(source.id), source.isDefault});

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 
 #include "platform/bass/device/sound_server.h"
@@ -23,7 +24,7 @@ class RecordingInputs {
 public:
     // Lists the card's mix and the sources of `server` (may be null). On is the server's default source,
     // the card's mix where there is none.
-    void list(SoundServer* server);
+    void list(const std::shared_ptr<SoundServer>& server);
 
     // nullptr outside the list.
     const RecordingInput* at(int input) const;

@@ -61,7 +61,10 @@ std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path) 
 std::unique_ptr<PcmSource> openSource(const std::string& utf8Path) try {
     for (const Decoder decoder : kindOf(utf8Path).decoders) {
         if (!decoder) break;
-        if (auto source = tryOpen(decoder, utf8Path)) return atCardRate(std::move(source));
+        auto source = tryOpen(decoder, utf8Path);
+        if (!source) continue;
+        auto sound = atCardRate(std::move(source));
+        return sound->frames() > 0 ? std::move(sound) : nullptr;
     }
     return nullptr;
 } catch (const std::exception&) {

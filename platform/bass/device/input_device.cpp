@@ -7,7 +7,7 @@
 namespace melvane::bass {
 
 namespace {
-constexpr std::size_t kRingFrames = 10 * kSampleRate;
+constexpr std::size_t kRingFrames = 4 * kSampleRate;
 constexpr std::uint32_t kLatencyFrames = 1024;
 }  // namespace
 
@@ -36,13 +36,6 @@ bool InputDevice::start() {
     }
     cubeb_device_collection_destroy(connection_.get(), &found);
     return started;
-}
-
-std::size_t InputDevice::read(float* out, std::size_t frames) {
-    const std::size_t got = ring_.read(out, frames);
-    if (!lost_) return got;
-    std::fill(out + got * 2, out + frames * 2, 0.0F);
-    return frames;
 }
 
 long InputDevice::record(cubeb_stream*, void* user, const void* input, void*, long frames) {

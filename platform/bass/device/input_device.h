@@ -21,11 +21,12 @@ public:
 
     // False when the source cannot be recorded.
     bool start();
-    // Capture thread: the frames that have come, up to `frames`; silence for all of them once the device has
-    // vanished.
-    std::size_t read(float* out, std::size_t frames);
-    // Capture thread: drops what has come so far.
+    // One thread at a time: the frames that have come, up to `frames`.
+    std::size_t read(float* out, std::size_t frames) { return ring_.read(out, frames); }
+    // One thread at a time: drops what has come so far.
     void clear() { ring_.clear(); }
+    // True when the device has vanished.
+    bool lost() const { return lost_; }
 
 private:
     static long record(cubeb_stream*, void* user, const void* input, void*, long frames);

@@ -1,6 +1,7 @@
 #include "platform/bass/device/mixing_thread.h"
 
 #include "platform/audio_library.h"
+#include "platform/bass/device/patience.h"
 
 namespace melvane::bass {
 
@@ -9,11 +10,15 @@ using namespace std::chrono_literals;
 // Some devices take up to 2 s to begin.
 constexpr auto kStallLimit = 3s;
 constexpr auto kFinishLimit = 200ms;
+constexpr auto kOpenPatience = 2s;
+constexpr auto kClosePatience = 500ms;
 constexpr auto kPollInterval = 5ms;
 }  // namespace
 
-MixingThread::MixingThread(Card& card, SoundServer* server, std::size_t blockFrames)
-    : card_(card), server_(server), blockFrames_(blockFrames), block_(blockFrames * 2), thread_([this] { run(); }) {}
+MixingThread::MixingThread(Card& card, std::shared_ptr<SoundServer> server, std::size_t blockFrames)
+    : card_(card), server_(std::move(server)), blockFrames_(blockFrames), block_(blockFrames * 2), thread_([this] {
+          run();
+      }) {}
 
 MixingThread::~MixingThread() {
     quit_ = true;
@@ -28,7 +33,7 @@ void MixingThread::run() {
             playWhileActive();
             closeDevice();
         } else {
-            card_.waitForChange(-1);
+            card_.waitForChange();
         }
     }
 }
@@ -38,7 +43,7 @@ void MixingThread::playWhileActive() {
     while (!quit_ && card_.active()) {
         if (!card_.running()) {
             if (device_) device_->expectFrames(false);
-            card_.waitForChange(-1);
+            card_.waitForChange();
             restartMachineClock();
             continue;
         }
@@ -80,14 +85,16 @@ bool MixingThread::deviceStalled() {
 }
 
 void MixingThread::openDevice() {
-    auto connection = server_ ? server_->connection() : nullptr;
-    if (!connection) return;
-    device_ = std::make_unique<OutputDevice>(std::move(connection), blockFrames_, underruns_);
-    if (!device_->start()) {
-        device_.reset();
-        server_->reconnect();
-        return;
-    }
+    if (!server_) return;
+    const auto open = [server = server_, frames = blockFrames_, underruns = underruns_] {
+        auto connection = server->connection();
+        auto device = connection ? std::make_unique<OutputDevice>(std::move(connection), frames, underruns) : nullptr;
+        if (device && !device->start()) device.reset();
+        if (!device) server->reconnect();
+        return device;
+    };
+    device_ = withPatience(kOpenPatience, open).value_or(nullptr);
+    if (!device_) return;
     callbacksSeen_ = 0;
     lastCallback_ = Clock::now();
     latency_ = device_->latencyMilliseconds();
@@ -95,7 +102,7 @@ void MixingThread::openDevice() {
 }
 
 void MixingThread::closeDevice() {
-    device_.reset();
+    closeWithPatience(kClosePatience, std::move(device_));
     deviceOpen_ = false;
     latency_ = 0;
 }

@@ -17,14 +17,14 @@ namespace melvane::bass {
 class MixingThread {
 public:
     // `server` null: always on the machine's clock.
-    MixingThread(Card& card, SoundServer* server, std::size_t blockFrames);
+    MixingThread(Card& card, std::shared_ptr<SoundServer> server, std::size_t blockFrames);
     ~MixingThread();
     MixingThread(const MixingThread&) = delete;
     MixingThread& operator=(const MixingThread&) = delete;
 
     // Any thread.
     bool deviceOpen() const { return deviceOpen_; }
-    std::uint64_t underruns() const { return underruns_; }
+    std::uint64_t underruns() const { return *underruns_; }
     std::uint32_t latencyMilliseconds() const { return latency_; }
 
 private:
@@ -40,7 +40,7 @@ private:
     void restartMachineClock();
 
     Card& card_;
-    SoundServer* const server_;
+    const std::shared_ptr<SoundServer> server_;
     const std::size_t blockFrames_;
     std::vector<float> block_;
     std::unique_ptr<OutputDevice> device_;
@@ -48,7 +48,7 @@ private:
     Clock::time_point lastCallback_;
     Clock::time_point clockStart_;
     std::uint64_t clockFrames_ = 0;
-    std::atomic<std::uint64_t> underruns_{0};
+    const std::shared_ptr<std::atomic<std::uint64_t>> underruns_ = std::make_shared<std::atomic<std::uint64_t>>(0);
     std::atomic<std::uint32_t> latency_{0};
     std::atomic<bool> deviceOpen_{false};
     std::atomic<bool> quit_{false};

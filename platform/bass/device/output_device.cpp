@@ -7,11 +7,11 @@
 namespace melvane::bass {
 
 OutputDevice::OutputDevice(std::shared_ptr<cubeb> connection, std::size_t blockFrames,
-                           std::atomic<std::uint64_t>& underruns)
+                           std::shared_ptr<std::atomic<std::uint64_t>> underruns)
     : connection_(std::move(connection)),
       ahead_(std::max(kAheadFrames, blockFrames)),
       ring_(ahead_),
-      underruns_(underruns) {}
+      underruns_(std::move(underruns)) {}
 
 OutputDevice::~OutputDevice() {
     if (!stream_) return;
@@ -47,7 +47,7 @@ long OutputDevice::play(cubeb_stream*, void* user, const void*, void* output, lo
     const auto wanted = static_cast<std::size_t>(frames);
     const std::size_t got = self->ring_.read(out, wanted);
     std::fill(out + got * 2, out + wanted * 2, 0.0F);
-    if (got < wanted && self->framesExpected_) ++self->underruns_;
+    if (got < wanted && self->framesExpected_) ++*self->underruns_;
     ++self->callbacks_;
     return frames;
 }

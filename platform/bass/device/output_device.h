@@ -11,13 +11,14 @@
 
 namespace melvane::bass {
 
-// Used on the mixing thread, except where a member says otherwise.
+// Opened and closed on any thread, used on the mixing thread.
 class OutputDevice {
 public:
     // Frames that are kept ahead of the device: with the device's own latency a change is heard within 100 ms.
     static constexpr std::size_t kAheadFrames = 2048;
 
-    OutputDevice(std::shared_ptr<cubeb> connection, std::size_t blockFrames, std::atomic<std::uint64_t>& underruns);
+    OutputDevice(std::shared_ptr<cubeb> connection, std::size_t blockFrames,
+                 std::shared_ptr<std::atomic<std::uint64_t>> underruns);
     ~OutputDevice();
     OutputDevice(const OutputDevice&) = delete;
     OutputDevice& operator=(const OutputDevice&) = delete;
@@ -42,7 +43,7 @@ private:
     cubeb_stream* stream_ = nullptr;
     const std::size_t ahead_;
     FrameRing ring_;
-    std::atomic<std::uint64_t>& underruns_;
+    const std::shared_ptr<std::atomic<std::uint64_t>> underruns_;  // a device may outlive who counts
     std::atomic<std::uint64_t> callbacks_{0};
     std::atomic<bool> framesExpected_{false};
     std::atomic<bool> lost_{false};

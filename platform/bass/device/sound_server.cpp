@@ -3,9 +3,15 @@
 namespace melvane::bass {
 
 std::shared_ptr<cubeb> SoundServer::connection() {
-    const std::lock_guard lock(mutex_);
+    {
+        const std::lock_guard lock(mutex_);
+        if (connection_) return connection_;
+    }
     cubeb* made = nullptr;
-    if (!connection_ && cubeb_init(&made, "Melvane", nullptr) == CUBEB_OK) connection_.reset(made, cubeb_destroy);
+    if (cubeb_init(&made, "Melvane", nullptr) != CUBEB_OK) return nullptr;
+    std::shared_ptr<cubeb> connection(made, cubeb_destroy);
+    const std::lock_guard lock(mutex_);
+    if (!connection_) connection_ = connection;
     return connection_;
 }
 

@@ -19,7 +19,8 @@ struct CaptureSource {
 
 class SoundServer {
 public:
-    // Any thread. nullptr when no server can be reached. A stream keeps the connection that it was made on.
+    // Any thread. nullptr when no server can be reached. A stream keeps the connection that it was made on. Like
+    // every call to the server, this one waits as long as the server does: see patience.h.
     std::shared_ptr<cubeb> connection();
     // Any thread: the next connection is a new one.
     void reconnect();

@@ -1,7 +1,8 @@
 #include "platform/bass/graph/card.h"
 
 #include <algorithm>
-#include <chrono>
+
+#include "platform/bass/graph/denormals.h"
 
 namespace melvane::bass {
 
@@ -12,6 +13,7 @@ void Card::changed() {
 
 void Card::add(std::shared_ptr<Channel> channel) {
     const std::lock_guard lock(mutex_);
+    if (channels_.empty()) afresh_ = true;
     if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(std::move(channel));
     changed();
 }
@@ -58,31 +60,69 @@ void Card::wake() {
 }
 
 std::size_t Card::mix(float* out, std::size_t frames) {
-    std::vector<std::shared_ptr<Channel>> channels;
+    const DenormalsOff denormalsOff;
+    Channels channels;
     std::vector<std::shared_ptr<CardListener>> listeners;
-    std::shared_ptr<Channel> last;
     {
         const std::lock_guard lock(mutex_);
         if (held_ || !activeLocked()) return 0;
         channels = channels_;
         listeners = listeners_;
-        last = holdAtEndOf_;
+        if (afresh_) startAfresh();
+        last_ = holdAtEndOf_;
     }
-    std::fill_n(out, frames * 2, 0.0F);
-    // The channel that ends the mix goes first: it tells how long this block may be.
-    const bool ends = last && last->playing();
-    if (ends) frames = last->mixInto(out, frames);
-    for (const auto& channel : channels)
-        if (channel->playing() && !(ends && channel == last)) channel->mixInto(out, frames);
-    if (ends && !last->playing()) {
+    std::size_t done = 0;
+    while (done < frames) {
+        const std::size_t got = limit(out + done * 2, frames - done, channels);
+        done += got;
+        if (got == 0 && ended_) break;
+    }
+    for (const auto& listener : listeners) listener->push(out, done);
+    // Only now: who sees the end may end the capture at once.
+    for (const auto& channel : channels) channel->publishPosition(handedOut_);
+    if (ended_ && mixed_ == handedOut_) {
         const std::lock_guard lock(mutex_);
-        if (holdAtEndOf_ == last) {
-            held_ = true;
-            holdAtEndOf_.reset();
-        }
+        held_ = afresh_ = true;
+        holdAtEndOf_.reset();
     }
-    for (const auto& listener : listeners) listener->push(out, frames);
-    framesMixed_ += frames;
+    framesMixed_ += done;
+    return done;
+}
+
+void Card::startAfresh() {
+    afresh_ = false;
+    limiter_.reset();
+    limiterFed_ = mixed_ = handedOut_ = 0;
+    ended_ = false;
+}
+
+// Feeds the limiter with as much as brings out `frames` frames, and hands out those; fewer at the end.
+std::size_t Card::limit(float* out, std::size_t frames, const Channels& channels) {
+    constexpr auto kDelay = static_cast<std::int64_t>(Limiter::kDelay);
+    const auto needed = static_cast<std::size_t>(handedOut_ + static_cast<std::int64_t>(frames) + kDelay - limiterFed_);
+    ahead_.assign(needed * 2, 0.0F);
+    if (!ended_) {
+        const std::size_t got = mixChannels(ahead_.data(), needed, channels);
+        mixed_ += static_cast<std::int64_t>(got);
+        ended_ = got < needed;
+    }
+    limiter_.process(ahead_.data(), needed);
+    const std::int64_t first = limiterFed_ - kDelay;
+    limiterFed_ += static_cast<std::int64_t>(needed);
+    const std::int64_t behind = std::min(limiterFed_ - kDelay, mixed_);
+    const auto count = static_cast<std::size_t>(std::max<std::int64_t>(behind - handedOut_, 0));
+    std::copy_n(ahead_.begin() + (handedOut_ - first) * 2, count * 2, out);
+    handedOut_ += static_cast<std::int64_t>(count);
+    return count;
+}
+
+// Adds up the channels; fewer frames only when the channel that ends the mix ended.
+std::size_t Card::mixChannels(float* out, std::size_t frames, const Channels& channels) {
+    // It goes first: it tells how long this block may be.
+    const bool ends = last_ && last_->playing();
+    if (ends) frames = last_->mixInto(out, frames, mixed_);
+    for (const auto& channel : channels)
+        if (channel->playing() && !(ends && channel == last_)) channel->mixInto(out, frames, mixed_);
     return frames;
 }
 
@@ -105,13 +145,9 @@ bool Card::congested() {
     return std::ranges::any_of(listeners_, [](const auto& l) { return l->congested(); });
 }
 
-void Card::waitForChange(int milliseconds) {
+void Card::waitForChange() {
     std::unique_lock lock(mutex_);
-    const auto somethingChanged = [this] { return changes_ != changesSeen_; };
-    if (milliseconds < 0)
-        change_.wait(lock, somethingChanged);
-    else
-        change_.wait_for(lock, std::chrono::milliseconds(milliseconds), somethingChanged);
+    change_.wait(lock, [this] { return changes_ != changesSeen_; });
     changesSeen_ = changes_;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/bass/graph/channel.h"
+#include "platform/bass/graph/limiter.h"
 
 namespace melvane::bass {
 
@@ -45,24 +46,38 @@ public:
     // True while active() and not held.
     bool running();
     bool congested();
-    // Returns when wake() or another call above may have changed something, or after `milliseconds`
-    // (negative: no limit).
-    void waitForChange(int milliseconds);
+    // Returns when wake() or another call above may have changed something.
+    void waitForChange();
 
     std::uint64_t framesMixed() const { return framesMixed_; }
 
 private:
+    using Channels = std::vector<std::shared_ptr<Channel>>;
+
     bool activeLocked() const;
     void changed();
+    void startAfresh();
+    std::size_t mixChannels(float* out, std::size_t frames, const Channels& channels);
+    std::size_t limit(float* out, std::size_t frames, const Channels& channels);
 
     std::mutex mutex_;
     std::condition_variable change_;
     std::uint64_t changes_ = 0;
     std::uint64_t changesSeen_ = 0;
-    std::vector<std::shared_ptr<Channel>> channels_;
+    Channels channels_;
     std::vector<std::shared_ptr<CardListener>> listeners_;
     std::shared_ptr<Channel> holdAtEndOf_;
     bool held_ = false;
+    bool afresh_ = true;  // nothing played before: the next frame mixed is the first to come out
+
+    // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
+    Limiter limiter_;
+    std::vector<float> ahead_;
+    std::int64_t limiterFed_ = 0;    // frames given to the limiter since the start,
+    std::int64_t mixed_ = 0;         // how many of them were sound,
+    std::int64_t handedOut_ = 0;     // and how many have come out
+    std::shared_ptr<Channel> last_;  // the channel that ends the mix
+    bool ended_ = false;
     std::atomic<std::uint64_t> framesMixed_{0};
 };
 

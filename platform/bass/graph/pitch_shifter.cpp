@@ -14,26 +14,48 @@ namespace {
 // Measured on drum hits between -5 and 5 semitones: the engine sets attacks this many frames earlier than the
 // delay that it reports would have them.
 std::int64_t attackLead(double scale) {
-    return std::llround(90 * scale * (scale - 1));
+    const double shift = scale - 1;
+    return std::llround(shift < 0 ? 90 * scale * shift : 126 * shift + 1838 * shift * shift);
 }
 
 }  // namespace
 
-PitchShifter::PitchShifter(SourceWindow& source)
-    : source_(source),
-      engine_(kSampleRate, 2,
-              RubberBandStretcher::OptionProcessRealTime | RubberBandStretcher::OptionEngineFiner |
-                  RubberBandStretcher::OptionPitchHighConsistency) {
-    engine_.setMaxProcessSize(kStep);
+void PitchShifter::Side::process() {
+    // Made and set where it is used: on the thread that processes. A new one each time, since one that was reset
+    // still glides from its old pitch. It never changes its pitch while it plays, so it need not be consistent over
+    // changes: what is called the speed option is then also the clearest (a held chord at +5 stands 1.7 dB further
+    // above the engine's artefacts).
+    if (!engine) {
+        engine.emplace(kSampleRate, 1,
+                       RubberBandStretcher::OptionProcessRealTime | RubberBandStretcher::OptionEngineFiner |
+                           RubberBandStretcher::OptionPitchHighSpeed,
+                       1.0, scale);
+        engine->setMaxProcessSize(kStep);
+        return;
+    }
+    const float* const planes[] = {plane.data()};
+    engine->process(planes, kStep, false);
+}
+
+PitchShifter::PitchShifter(SourceWindow& source) : source_(source), right_([this] { sides_[1].process(); }) {}
+
+void PitchShifter::processBoth() {
+    right_.start();
+    sides_[0].process();
+    right_.wait();
 }
 
 void PitchShifter::start(std::int64_t frame, float semitones) {
-    engine_.reset();
     const double scale = std::exp2(static_cast<double>(semitones) / 12.0);
-    engine_.setPitchScale(scale);
-    nextInput_ = frame - static_cast<std::int64_t>(engine_.getPreferredStartPad()) - attackLead(scale);
-    std::array<float, kStep * 2> dropped;
-    for (std::size_t left = engine_.getStartDelay(); left > 0;) {
+    for (Side& side : sides_) {
+        side.scale = scale;
+        side.engine.reset();
+    }
+    processBoth();
+    const RubberBandStretcher& engine = *sides_[0].engine;
+    nextInput_ = frame - static_cast<std::int64_t>(engine.getPreferredStartPad()) - attackLead(scale);
+    std::array<float, kStep * kSides> dropped;
+    for (std::size_t left = engine.getStartDelay(); left > 0;) {
         const std::size_t got = take(dropped.data(), std::min(left, kStep));
         if (got == 0) feed();
         left -= got;
@@ -44,7 +66,7 @@ void PitchShifter::read(float* out, std::size_t frames) {
     while (frames > 0) {
         const std::size_t got = take(out, std::min(frames, kStep));
         if (got == 0) feed();
-        out += got * 2;
+        out += got * kSides;
         frames -= got;
     }
 }
@@ -52,23 +74,18 @@ void PitchShifter::read(float* out, std::size_t frames) {
 void PitchShifter::feed() {
     source_.read(nextInput_, step_.data(), kStep);
     nextInput_ += static_cast<std::int64_t>(kStep);
-    for (std::size_t i = 0; i < kStep; ++i) {
-        planes_[0][i] = step_[2 * i];
-        planes_[1][i] = step_[2 * i + 1];
-    }
-    const float* const planes[] = {planes_[0].data(), planes_[1].data()};
-    engine_.process(planes, kStep, false);
+    for (std::size_t i = 0; i < kStep * kSides; ++i) sides_[i % kSides].plane[i / kSides] = step_[i];
+    processBoth();
 }
 
 std::size_t PitchShifter::take(float* out, std::size_t frames) {
-    const int ready = std::max(engine_.available(), 0);
-    frames = std::min(frames, static_cast<std::size_t>(ready));
+    for (const Side& side : sides_)
+        frames = std::min(frames, static_cast<std::size_t>(std::max(side.engine->available(), 0)));
     if (frames == 0) return 0;
-    float* const planes[] = {planes_[0].data(), planes_[1].data()};
-    frames = engine_.retrieve(planes, frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        out[2 * i] = planes_[0][i];
-        out[2 * i + 1] = planes_[1][i];
+    for (std::size_t s = 0; s < kSides; ++s) {
+        float* const planes[] = {sides_[s].plane.data()};
+        sides_[s].engine->retrieve(planes, frames);
+        for (std::size_t i = 0; i < frames; ++i) out[kSides * i + s] = sides_[s].plane[i];
     }
     return frames;
 }

@@ -1,13 +1,15 @@
-// Moves the key of a source without moving its time. Mixing thread only.
+// Moves the key of a source without moving its time. Mixing thread only; the right side is worked on beside it, on
+// a second core where there is one.
 #pragma once
 
 #include <rubberband/RubberBandStretcher.h>
 
 #include <array>
 #include <cstdint>
-#include <vector>
+#include <optional>
 
 #include "platform/bass/graph/source_window.h"
+#include "platform/bass/graph/worker.h"
 
 namespace melvane::bass {
 
@@ -23,16 +25,28 @@ public:
 private:
     // Always the same step, so that the output does not depend on how it is asked for.
     static constexpr std::size_t kStep = 512;
+    static constexpr std::size_t kSides = 2;
+
+    // The sides share nothing in the engine either; two engines give what one for both would.
+    struct Side {
+        // Feeds the engine with the plane; makes it when there is none.
+        void process();
+
+        std::optional<RubberBand::RubberBandStretcher> engine;
+        std::array<float, kStep> plane{};
+        double scale = 1;
+    };
 
     void feed();
-    // Up to `frames` of what the engine has ready.
+    void processBoth();
+    // Up to `frames` of what the engines have ready.
     std::size_t take(float* out, std::size_t frames);
 
     SourceWindow& source_;
-    RubberBand::RubberBandStretcher engine_;
+    std::array<Side, kSides> sides_;
     std::int64_t nextInput_ = 0;
-    std::array<float, kStep * 2> step_{};
-    std::array<std::array<float, kStep>, 2> planes_{};
+    std::array<float, kStep * kSides> step_{};
+    Worker right_;
 };
 
 }  // namespace melvane::bass

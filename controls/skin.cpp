@@ -1,4 +1,4 @@
-#include "app/frm_style.h"
+#include "controls/skin.h"
 
 #include <QPalette>
 #include <QStyle>
@@ -9,17 +9,33 @@ namespace melvane {
 namespace {
 
 // The colours by their names in the style sheet. A name that begins with another one stands before it.
-constexpr std::pair<const char*, const char*> kColours[] = {
-    {"@body", "#20242B"},      {"@raised", "#2F3641"}, {"@hover", "#3D4654"}, {"@inset", "#171A1F"},
-    {"@edge", "#3A424E"},      {"@text", "#E6E9EE"},   {"@muted", "#9AA3AF"}, {"@faint", "#646D79"},
-    {"@songLight", "#F8BC6C"}, {"@song", "#F2A541"},   {"@voice", "#3EC1B3"}, {"@recordingLight", "#F0727A"},
-    {"@recording", "#E5484D"}, {"@focus", "#8AB4F8"},
+constexpr std::pair<const char*, QRgb> kColours[] = {
+    {"@body", skin::kBody},
+    {"@raised", skin::kRaised},
+    {"@hover", skin::kHover},
+    {"@inset", skin::kInset},
+    {"@edge", skin::kEdge},
+    {"@text", skin::kText},
+    {"@muted", skin::kMuted},
+    {"@faint", skin::kFaint},
+    {"@songLight", skin::kSongLight},
+    {"@song", skin::kSong},
+    {"@voiceLight", skin::kVoiceLight},
+    {"@voice", skin::kVoice},
+    {"@recordingLight", skin::kRecordingLight},
+    {"@recording", skin::kRecording},
+    {"@focus", skin::kFocus},
 };
 
 constexpr const char* kStyleSheet = R"(
-#frmMain, #MixerStart { background: @body; border: 1px solid @edge; }
-#frmMain *, #MixerStart * { font-size: 12px; }
-#frmMain #caption { font-weight: bold; }
+#frmMain, #frmEff, #MixerStart { background: @body; border: 1px solid @edge; }
+#frmMain *, #frmEff *, #MixerStart * { font-size: 12px; }
+#frmMain #caption, #frmEff #caption { font-weight: bold; }
+#frmMain QLabel[accent], #frmEff QLabel[accent] { font-size: 11px; }
+QLabel[heading="true"] { font-weight: bold; }
+QLabel[accent="song"] { color: @song; }
+QLabel[accent="voice"] { color: @voice; }
+#bubble { background: @raised; border: 1px solid @edge; border-radius: 3px; padding: 1px 5px; }
 #MixerStart #caption { font-size: 30px; font-weight: bold; }
 #MixerStart #tagLine, #status { color: @muted; }
 #status[failed="true"] { color: @recordingLight; }
@@ -51,30 +67,33 @@ QPushButton:focus { border-color: @focus; }
 #bClose:focus { border-color: @focus; }
 #mi_button:focus, #b_STOP:focus, #CON:focus { border: 3px solid @focus; }
 
+#labPreset { background: @inset; border-color: @edge; color: @voice; padding: 0 20px 0 8px; text-align: left; }
+#labPreset:hover { border-color: @voice; }
+#labPreset:focus { border-color: @focus; }
+#labPreset QLabel { color: @voice; }
+#pList { background: @raised; border: 1px solid @voice; color: @text; outline: none; }
+#pList::item { background: @raised; padding: 0 8px; }
+#pList::item:hover { background: @hover; }
+#pList::item:selected { background: @voice; color: @inset; }
+
 QProgressBar { background: @inset; border: none; }
 QProgressBar::chunk { background: @song; }
 QToolTip { background: @raised; color: @text; border: 1px solid @edge; padding: 2px; }
 )";
 
-QColor colour(const char* wanted) {
-    for (const auto& [name, value] : kColours)
-        if (qstrcmp(name, wanted) == 0) return QColor(QLatin1String(value));
-    return {};
-}
-
 QPalette darkPalette() {
-    QPalette palette(colour("@raised"), colour("@body"));
+    QPalette palette(QColor(skin::kRaised), QColor(skin::kBody));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
-        palette.setColor(role, colour("@text"));
-    palette.setColor(QPalette::Base, colour("@inset"));
-    palette.setColor(QPalette::AlternateBase, colour("@body"));
-    palette.setColor(QPalette::ToolTipBase, colour("@raised"));
-    palette.setColor(QPalette::PlaceholderText, colour("@muted"));
-    palette.setColor(QPalette::Highlight, colour("@focus"));
-    palette.setColor(QPalette::HighlightedText, colour("@inset"));
-    palette.setColor(QPalette::Link, colour("@focus"));
+        palette.setColor(role, skin::kText);
+    palette.setColor(QPalette::Base, skin::kInset);
+    palette.setColor(QPalette::AlternateBase, skin::kBody);
+    palette.setColor(QPalette::ToolTipBase, skin::kRaised);
+    palette.setColor(QPalette::PlaceholderText, skin::kMuted);
+    palette.setColor(QPalette::Highlight, skin::kFocus);
+    palette.setColor(QPalette::HighlightedText, skin::kInset);
+    palette.setColor(QPalette::Link, skin::kFocus);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, colour("@faint"));
+        palette.setColor(QPalette::Disabled, role, skin::kFaint);
     return palette;
 }
 
@@ -84,7 +103,7 @@ void applyStyle(QApplication& app) {
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(darkPalette());
     QString sheet = QLatin1String(kStyleSheet);
-    for (const auto& [name, value] : kColours) sheet.replace(QLatin1String(name), QLatin1String(value));
+    for (const auto& [name, value] : kColours) sheet.replace(QLatin1String(name), QColor(value).name());
     app.setStyleSheet(sheet);
 }
 
@@ -93,6 +112,19 @@ void setStyleState(QWidget& widget, const char* state, bool on) {
     widget.setProperty(state, on);
     widget.style()->unpolish(&widget);
     widget.style()->polish(&widget);
+}
+
+QColor accentColour(Accent accent) {
+    return accent == Accent::song ? skin::kSong : skin::kVoice;
+}
+
+PartColours partColours(const QWidget& widget, Accent accent, bool pressed) {
+    const QColor colour = accentColour(accent);
+    if (!widget.isEnabled()) return {skin::kBody, skin::kHover, skin::kFaint};
+    if (pressed) return {skin::kInset, colour, colour};
+    if (!widget.underMouse()) return {colour, colour, skin::kInset};
+    const QColor light = accent == Accent::song ? skin::kSongLight : skin::kVoiceLight;
+    return {light, light, skin::kInset};
 }
 
 }  // namespace melvane

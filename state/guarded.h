@@ -3,8 +3,8 @@
 
 #include <exception>
 
-#include "app/source_files.h"
 #include "platform/dialogs.h"
+#include "state/product.h"
 
 namespace melvane {
 

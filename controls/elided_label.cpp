@@ -1,15 +1,16 @@
-#include "app/frm_label.h"
+#include "controls/elided_label.h"
 
 #include <QEvent>
 #include <QTextDocument>
 #include <algorithm>
 
-#include "app/frm_style.h"
+#include "controls/skin.h"
 
 namespace melvane {
 
 ElidedLabel::ElidedLabel(QWidget* parent, Qt::TextElideMode mode) : QLabel(parent), mode_(mode) {
     setTextFormat(Qt::PlainText);
+    setIndent(0);  // otherwise the text is moved, but not its room
 }
 
 void ElidedLabel::setFullText(const QString& text, const QString& label) {

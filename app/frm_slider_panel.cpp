@@ -1,0 +1,106 @@
+#include "app/frm_slider_panel.h"
+
+#include "controls/caption.h"
+#include "state/guarded.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr std::array<int, 2> kVolumeCentres = {324, 372};
+constexpr int kSyncCentre = 420;
+constexpr QSize kFader(28, 12);
+constexpr QRect kColumnName(-24, 42, 48, 16);  // seen from the centre of the column
+constexpr int kKeyCentre = 153;
+constexpr QSize kKeyKnob(12, 18);
+constexpr QRect kKeyName(394, 139, 54, 14);
+constexpr QRect kKeyReadout(394, 153, 54, 14);
+
+constexpr std::array kSources = {Accent::song, Accent::voice};
+constexpr std::array kSourceTexts = {OwnText::songColumn, OwnText::voiceColumn};
+constexpr int kVolumeEntry = 54;  // of the background
+constexpr int kSyncEntry = 56;
+
+void setName(Slider* slider, const std::string& name) {
+    slider->setToolTip(QString::fromStdString(name));
+    slider->setAccessibleName(slider->toolTip());
+}
+
+}  // namespace
+
+SliderPanel::SliderPanel(QWidget* window, Mixer& mixer, const Environment& environment)
+    : QObject(window), mixer_(mixer), environment_(environment) {
+    addVolumes(window);
+    addSync(window);
+    addKey(window);
+}
+
+void SliderPanel::addVolumes(QWidget* window) {
+    for (std::size_t i = 0; i < volm_.size(); ++i) {
+        const int centre = kVolumeCentres[i];
+        addText(window, kSourceTexts[i], kColumnName.translated(centre, 0), kSources[i]);
+        const SliderPlace place{Qt::Vertical, kVolumeTrack, centre, kFader, kVolumeTrack.last};
+        const SliderValue value{volumeAt, [](double percent) { return QStringLiteral("%1 %").arg(percent); }};
+        volm_[i] = add(new Slider(window, place, kSources[i], value), i == 0 ? "volm0" : "volm1",
+                       [this, i](int top) { mixer_.sliders().moveVolume(i, top); });
+    }
+}
+
+void SliderPanel::addSync(QWidget* window) {
+    addText(window, OwnText::syncColumn, kColumnName.translated(kSyncCentre, 0), Accent::voice);
+    const SliderPlace place{Qt::Vertical, kSyncTrack, kSyncCentre, kFader, kSyncTrack.neutral};
+    const SliderValue value{[this](int top) { return syncAt(top, mixer_.run().syncOffset); },
+                            [](double seconds) { return signedText(seconds, 2) + QStringLiteral(" s"); }};
+    snc_ = add(
+        new Slider(window, place, Accent::voice, value), "snc", [this](int top) { mixer_.sliders().moveSync(top); },
+        [this] { mixer_.sliders().resetSync(); });
+}
+
+void SliderPanel::addKey(QWidget* window) {
+    const SliderPlace place{Qt::Horizontal, kKeyTrack, kKeyCentre, kKeyKnob, kKeyTrack.neutral};
+    const SliderValue value{keyAt, [](double semitones) { return signedText(semitones, 1); }};
+    tone_ = add(new Slider(window, place, Accent::song, value), "tone",
+                [this](int left) { mixer_.sliders().moveKey(left); });
+    addText(window, OwnText::keyColumn, kKeyName, Accent::song);
+    par_ = addCaption(window, kKeyReadout, Accent::song);
+    par_->setObjectName(QStringLiteral("par"));
+}
+
+Slider* SliderPanel::add(Slider* slider, const char* name, std::function<void(int)> move, std::function<void()> reset) {
+    slider->setObjectName(QLatin1String(name));
+    if (!reset) reset = [move, neutral = slider->track().neutral] { move(neutral); };
+    connect(slider, &Slider::moved, this, [this, move = std::move(move)](int position) {
+        guarded(environment_.dialogs, [&] { move(position); });
+        showKey();
+    });
+    connect(slider, &Slider::resetWanted, this, [this, reset = std::move(reset)] {
+        guarded(environment_.dialogs, reset);
+        showKey();
+    });
+    return slider;
+}
+
+void SliderPanel::addText(QWidget* window, OwnText text, const QRect& place, Accent accent) {
+    texts_.emplace_back(addCaption(window, place, accent), text);
+}
+
+void SliderPanel::place() {
+    for (std::size_t i = 0; i < volm_.size(); ++i) volm_[i]->setPosition(volumeTop(mixer_.settings().volume[i]));
+    snc_->setPosition(syncTop(mixer_.run().syncOffset));
+    tone_->setPosition(keyLeft(mixer_.run().key));
+    showKey();
+}
+
+void SliderPanel::showKey() {
+    par_->setText(tone_->valueText());
+}
+
+void SliderPanel::SetMainLanguage() {
+    const modLang& language = environment_.language;
+    for (const auto& [label, text] : texts_) label->setText(QString::fromStdString(language.ownText(text)));
+    for (std::size_t i = 0; i < volm_.size(); ++i) setName(volm_[i], language.lang(kVolumeEntry + static_cast<int>(i)));
+    setName(snc_, language.lang(kSyncEntry));
+    setName(tone_, language.ownText(OwnText::keyShift));
+}
+
+}  // namespace melvane

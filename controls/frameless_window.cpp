@@ -1,0 +1,59 @@
+#include "controls/frameless_window.h"
+
+#include <QAbstractButton>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QWindow>
+#include <algorithm>
+
+namespace melvane {
+
+FramelessWindow::FramelessWindow(const QSize& size, int gripHeight, QWidget* owner)
+    : QWidget(owner), gripHeight_(gripHeight) {
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint);
+    setAttribute(Qt::WA_StyledBackground);
+    setFixedSize(size);
+}
+
+bool FramelessWindow::placesItself() {
+    return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+void FramelessWindow::moveOntoScreen(const QPoint& wanted) {
+    const QScreen* screen = QGuiApplication::screenAt(wanted + rect().center());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    if (!screen) return move(wanted);
+    const QRect room = screen->availableGeometry();
+    move(std::clamp(wanted.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
+         std::clamp(wanted.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height())));
+}
+
+void FramelessWindow::mousePressEvent(QMouseEvent* event) {
+    const QPoint position = event->position().toPoint();
+    if (event->button() != Qt::LeftButton || position.y() >= gripHeight_) return;
+    if (placesItself())
+        grip_ = position;
+    else if (windowHandle())
+        windowHandle()->startSystemMove();
+}
+
+void FramelessWindow::mouseMoveEvent(QMouseEvent* event) {
+    if (grip_) move(event->globalPosition().toPoint() - *grip_);
+}
+
+void FramelessWindow::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) grip_.reset();
+}
+
+void FramelessWindow::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    auto* button = qobject_cast<QAbstractButton*>(focusWidget());
+    // A key that is held must not undo what it did.
+    if (enter && button && !event->isAutoRepeat())
+        button->click();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+}  // namespace melvane

@@ -1,0 +1,210 @@
+#include "controls/slider.h"
+
+#include <QAccessible>
+#include <QMouseEvent>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "controls/slider_access.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr int kMargin = 2;  // around the knob, for the focus ring
+constexpr qreal kGroove = 4;
+constexpr qreal kKnobRadius = 3;
+constexpr qreal kMarkGap = 5;  // between the mark on the knob and its edges
+constexpr int kBubbleGap = 6;
+constexpr int kReadMs = 1500;
+constexpr int kPage = 10;
+constexpr int kWholeTrack = 1 << 16;
+
+// Units up or to the right.
+constexpr std::pair<int, int> kSteps[] = {
+    {Qt::Key_Up, 1},         {Qt::Key_Right, 1},         {Qt::Key_Down, -1},         {Qt::Key_Left, -1},
+    {Qt::Key_PageUp, kPage}, {Qt::Key_PageDown, -kPage}, {Qt::Key_End, kWholeTrack}, {Qt::Key_Home, -kWholeTrack}};
+
+}  // namespace
+
+Slider::Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderValue value)
+    : QWidget(window),
+      place_(place),
+      accent_(accent),
+      value_(std::move(value)),
+      position_(place.track.neutral),
+      bubble_(new QLabel(window)) {
+    installSliderAccess();
+    setGeometry(
+        knobAt(place.track.first).united(knobAt(place.track.last)).marginsAdded({kMargin, kMargin, kMargin, kMargin}));
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    bubble_->setObjectName(QStringLiteral("bubble"));
+    bubble_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    bubble_->hide();
+    hideBubble_.setSingleShot(true);
+    hideBubble_.setInterval(kReadMs);
+    connect(&hideBubble_, &QTimer::timeout, bubble_, &QWidget::hide);
+}
+
+void Slider::setPosition(int position) {
+    position = onTrack(place_.track, position);
+    if (position == position_) return;
+    position_ = position;
+    update();
+    QAccessibleValueChangeEvent change(this, valueAt(position_));
+    QAccessible::updateAccessibility(&change);
+}
+
+void Slider::moveTo(int position) {
+    const int old = position_;
+    setPosition(position);
+    if (position_ != old) Q_EMIT moved(position_);
+}
+
+void Slider::step(int units) {
+    moveTo(position_ + (isVertical() ? -units : units));
+    showValue(true);
+}
+
+void Slider::reset() {
+    setPosition(place_.track.neutral);
+    Q_EMIT resetWanted();
+    showValue(true);
+}
+
+QRect Slider::knobAt(int position) const {
+    const int edge = place_.centre - (isVertical() ? place_.knob.width() : place_.knob.height()) / 2;
+    return {isVertical() ? QPoint(edge, position) : QPoint(position, edge), place_.knob};
+}
+
+QRectF Slider::grooveBetween(int one, int other) const {
+    const QPointF from = QRectF(knobAt(one)).center();
+    const QPointF to = QRectF(knobAt(other)).center();
+    constexpr qreal kHalf = kGroove / 2;
+    return QRectF(from, to).normalized().adjusted(-kHalf, -kHalf, kHalf, kHalf);
+}
+
+void Slider::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(-pos());
+    if (place_.groove) drawGroove(painter);
+    drawKnob(painter);
+}
+
+void Slider::drawGroove(QPainter& painter) const {
+    const auto [first, last, neutral] = place_.track;
+    const auto draw = [&](const QRectF& groove, const QColor& colour) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawRoundedRect(groove, kGroove / 2, kGroove / 2);
+    };
+    draw(grooveBetween(first, last), skin::kInset);
+    if (isEnabled()) draw(grooveBetween(place_.zero, position_), accentColour(accent_));
+    if (place_.zero == first || place_.zero == last) return;
+    const QRectF knob = knobAt(place_.zero);
+    painter.fillRect(isVertical() ? QRectF(knob.left(), knob.center().y() - 0.5, knob.width(), 1)
+                                  : QRectF(knob.center().x() - 0.5, knob.top(), 1, knob.height()),
+                     QColor(skin::kFaint));
+}
+
+void Slider::drawKnob(QPainter& painter) const {
+    const PartColours colours = partColours(*this, accent_, grip_.has_value());
+    const QRectF knob = knobAt(position_);
+    painter.setPen(colours.border);
+    painter.setBrush(colours.fill);
+    painter.drawRoundedRect(knob.adjusted(0.5, 0.5, -0.5, -0.5), kKnobRadius, kKnobRadius);
+    painter.fillRect(isVertical()
+                         ? QRectF(knob.left() + kMarkGap, knob.center().y() - 1, knob.width() - 2 * kMarkGap, 2)
+                         : QRectF(knob.center().x() - 1, knob.top() + kMarkGap, 2, knob.height() - 2 * kMarkGap),
+                     colours.mark);
+    if (!hasFocus()) return;
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(skin::kFocus), kMargin));
+    painter.drawRoundedRect(knob.adjusted(-1, -1, 1, 1), kKnobRadius + 1, kKnobRadius + 1);
+}
+
+void Slider::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    grip_ = along(event->position()) - position_;
+    showValue(false);
+    update();
+}
+
+void Slider::mouseMoveEvent(QMouseEvent* event) {
+    if (!grip_) return;
+    moveTo(static_cast<int>(std::lround(along(event->position()) - *grip_)));
+    showValue(false);
+}
+
+void Slider::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && grip_) release();
+}
+
+void Slider::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) reset();
+}
+
+void Slider::wheelEvent(QWheelEvent* event) {
+    wheel_ += event->angleDelta().y();
+    const int steps = wheel_ / QWheelEvent::DefaultDeltasPerStep;
+    wheel_ -= steps * QWheelEvent::DefaultDeltasPerStep;
+    if (steps != 0) step(steps);
+}
+
+void Slider::keyPressEvent(QKeyEvent* event) {
+    const auto* found =
+        std::find_if(std::begin(kSteps), std::end(kSteps), [&](const auto& row) { return row.first == event->key(); });
+    if (found != std::end(kSteps))
+        step(found->second);
+    else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
+        reset();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void Slider::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange && !isEnabled()) release();
+}
+
+void Slider::hideEvent(QHideEvent*) {
+    release();
+}
+
+void Slider::release() {
+    grip_.reset();
+    bubble_->hide();
+    update();
+}
+
+void Slider::showValue(bool briefly) {
+    bubble_->setText(valueText());
+    bubble_->adjustSize();
+    const QRect knob = knobAt(position_);
+    QRect bubble = bubble_->rect();
+    bubble.moveCenter(knob.center());
+    if (!isVertical())
+        bubble.moveBottom(knob.top() - kBubbleGap);
+    else if (knob.left() - kBubbleGap - bubble.width() > 0)
+        bubble.moveRight(knob.left() - kBubbleGap);
+    else
+        bubble.moveLeft(knob.right() + kBubbleGap);
+    bubble_->move(bubble.topLeft());
+    bubble_->raise();
+    bubble_->show();
+    if (briefly)
+        hideBubble_.start();
+    else
+        hideBubble_.stop();
+}
+
+QString signedText(double value, int decimals) {
+    if (value == 0) return QStringLiteral("0");
+    return (value > 0 ? QStringLiteral("+") : QString()) + QString::number(value, 'f', decimals);
+}
+
+}  // namespace melvane

@@ -1,0 +1,34 @@
+// Calls into the sound server that may never return, when the server has stopped answering.
+#pragma once
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace melvane::bass {
+
+// Runs `work` on a thread of its own and returns its result, or nothing when it takes longer than `patience`. The
+// thread then goes on by itself; what `work` uses must be owned by it.
+template <typename Work>
+auto withPatience(std::chrono::milliseconds patience, Work work) -> std::optional<decltype(work())> {
+    auto task = std::make_shared<std::packaged_task<decltype(work())()>>(std::move(work));
+    auto result = task->get_future();
+    std::thread([task] { (*task)(); }).detach();
+    task.reset();
+    if (result.wait_for(patience) != std::future_status::ready) return std::nullopt;
+    return result.get();
+}
+
+// Destroys what `owned` points to, without waiting longer than `patience`.
+template <typename T>
+void closeWithPatience(std::chrono::milliseconds patience, std::unique_ptr<T> owned) {
+    if (!owned) return;
+    withPatience(patience, [shared = std::shared_ptr<T>(std::move(owned))]() mutable {
+        shared.reset();
+        return true;
+    });
+}
+
+}  // namespace melvane::bass

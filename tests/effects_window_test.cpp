@@ -1,0 +1,288 @@
+// The effects window, driven by mouse and keyboard.
+#include <QListWidget>
+#include <QPushButton>
+
+#include "effects/effect_knobs.h"
+#include "effects/frmEff.h"
+#include "tests/fake_audio_library.h"
+#include "tests/fake_platform.h"
+#include "tests/window_events.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+struct EffectsFixture : testing::Test {
+    FakeAudioLibrary library;
+    FakeDialogs dialogs;
+    RunState run;
+    Settings settings;
+    modLang language;
+    EffectChain chain{library, run, settings};
+    QWidget owner;
+    frmEff* window = nullptr;
+
+    EffectsFixture() {
+        language.InitLanguage("", "en");
+        window = new frmEff(chain, settings, language, dialogs, &owner);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    Slider& slider(const std::string& name) { return find(*window, name.c_str()); }
+    QListWidget& list() { return find<QListWidget>(*window, "pList"); }
+    std::string preset() { return find<QPushButton>(*window, "labPreset").text().toStdString(); }
+    std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
+    QPoint rowAt(int row) {
+        const QPoint inList = list().visualItemRect(list().item(row)).center();
+        return list().viewport()->mapTo(window, inList);
+    }
+    void clickPreset() { clickAt(*window, find<QWidget>(*window, "labPreset").geometry().center()); }
+    // The colour of a bar at its free end, beyond the knob.
+    QColor bar(const char* name) {
+        const QImage image = find<QWidget>(*window, name).grab().toImage();
+        return image.pixelColor(image.width() / 2, image.height() - 1);
+    }
+};
+
+TEST_F(EffectsFixture, KnobsStandForValues) {
+    struct Step {
+        const char* knob;
+        int to;
+        int value;
+        std::function<int()> stored;
+    };
+    const auto tone = [this](std::size_t i) { return [this, i] { return int{settings.toneValue[i]}; }; };
+    const auto balance = [this](std::size_t i) { return [this, i] { return settings.balanceValue[i]; }; };
+    const auto level = [this](std::size_t i) { return [this, i] { return int{settings.EffectState[i].level}; }; };
+    const Step steps[] = {
+        {"eq_song0", 0, 0, tone(0)},    {"eq_song0", 500, 100, tone(0)}, {"eq_song1", 70, 0, tone(1)},
+        {"eq_song1", 73, 5, tone(1)},   {"eq_song2", 130, 100, tone(2)}, {"eq_song3", 71, 2, tone(3)},
+        {"eq_song3", 100, 50, tone(3)}, {"bal0", 500, 100, balance(0)},  {"bal0", 0, -100, balance(0)},
+        {"bal0", 281, 12, balance(0)},  {"bal0", 289, 38, balance(0)},   {"bal0", 277, 0, balance(0)},
+        {"bal1", 500, 103, balance(1)}, {"bal1", 0, -100, balance(1)},   {"ef1", 500, 100, level(0)},
+        {"ef2", 98, 1, level(1)},       {"ef3", 172, 75, level(2)},      {"ef4", 500, 100, level(3)},
+        {"ef4", 0, 0, level(3)},
+    };
+    for (const auto& [knob, to, value, stored] : steps) {
+        drag(slider(knob), to);
+        EXPECT_EQ(stored(), value) << knob << " " << to;
+    }
+    const std::array parameters = {0, 0, 75, 0};
+    for (std::size_t i = 0; i < parameters.size(); ++i) EXPECT_EQ(settings.EffectState[i].parameter, parameters[i]);
+    EXPECT_TRUE(library.calls.empty()) << "no run";
+}
+
+TEST_F(EffectsFixture, IsHeardAtOnceInARun) {
+    run.backgroundChannel = 100;
+    run.vocalChannel = 101;
+    chain.PrepareEffects();
+    run.isMixing = true;
+    const auto changes = [this](const std::function<void()>& action) {
+        const auto effects = library.effects;
+        const auto calls = library.calls.size();
+        action();
+        return library.effects != effects || library.calls.size() > calls;
+    };
+    for (const char* knob : {"eq_song0", "eq_song1", "eq_song2", "eq_song3"})
+        EXPECT_TRUE(changes([&] { drag(slider(knob), 0); })) << knob;
+    for (const char* knob : {"bal0", "bal1", "ef1", "ef2", "ef3", "ef4"})
+        EXPECT_TRUE(changes([&] { drag(slider(knob), 150); })) << knob;
+    EXPECT_TRUE(changes([&] {
+        clickPreset();
+        clickAt(*window, rowAt(3));
+    }));
+    const auto flips = [&](const char* name) {
+        return changes([&] { clickAt(*window, find<Switch>(*window, name).geometry().center()); });
+    };
+    for (const char* name : {"efo1", "efo2", "efo3", "efo4"}) {
+        flips(name);  // on, as it is since its knob was moved
+        EXPECT_TRUE(flips(name)) << name;
+    }
+    EXPECT_FALSE(flips("efo5"));
+}
+
+TEST_F(EffectsFixture, DoubleClicksTakeEverythingBackToNeutral) {
+    settings.toneValue = {0, 100, 49, 51};
+    settings.balanceValue = {100, 1};
+    for (EffectSwitch& effect : settings.EffectState) effect.level = 60;
+    window->SetEffects();
+    for (auto* knob : window->findChildren<Slider*>()) doubleClick(*knob);
+    EXPECT_EQ(settings.toneValue, (std::array<std::int16_t, 4>{50, 50, 50, 50}));
+    EXPECT_EQ(settings.balanceValue, (std::array<std::int32_t, 2>{0, 0}));
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(settings.EffectState[i].level, 0);
+}
+
+TEST_F(EffectsFixture, BalancesShowTheirDistanceAsANumberAndInRed) {
+    const struct {
+        const char* knob;
+        int to;
+        const char* readout;
+        int red;
+    } cases[] = {{"bal0", 277, "0.0", 0},     {"bal0", 278, "0.3", 8},    {"bal0", 0, "-10.0", 255},
+                 {"bal0", 309, "10.0", 255},  {"bal0", 246, "-9.7", 248}, {"bal1", 419, "10.3", 255},
+                 {"bal1", 354, "-10.0", 255}, {"bal1", 370, "-5.0", 128}};
+    for (const auto& [knob, to, readout, red] : cases) {
+        drag(slider(knob), to);
+        const std::string number(1, knob[3]);
+        EXPECT_EQ(text(("par" + number).c_str()), readout);
+        EXPECT_EQ(bar(("bbg" + number).c_str()), QColor(red, 0, 0)) << knob << " " << to;
+    }
+}
+
+TEST_F(EffectsFixture, SwitchesFlipTheirFlag) {
+    for (int n = 1; n <= 5; ++n) {
+        const auto name = "efo" + std::to_string(n);
+        auto& flip = find<Switch>(*window, name.c_str());
+        const std::int16_t& enabled = settings.EffectState[static_cast<std::size_t>(n - 1)].enabled;
+        const QImage off = flip.grab().toImage();
+        clickAt(*window, flip.geometry().topLeft() + QPoint(1, 1));
+        EXPECT_EQ(enabled, -1);
+        EXPECT_NE(flip.grab().toImage(), off);
+        for (const auto key : {Qt::Key_Space, Qt::Key_Return}) {
+            const auto before = enabled;
+            QTest::keyClick(window->windowHandle(), key);
+            EXPECT_EQ(enabled, -1 - before) << n;
+        }
+        QTest::keyClick(window->windowHandle(), Qt::Key_Space);
+        EXPECT_EQ(enabled, 0);
+    }
+}
+
+TEST_F(EffectsFixture, SetEffectsPlacesEverythingAndKeepsItOnTheTracks) {
+    const auto positions = [this] {
+        std::vector<int> all;
+        for (const char* name :
+             {"eq_song0", "eq_song1", "eq_song2", "eq_song3", "bal0", "bal1", "ef1", "ef2", "ef3", "ef4"})
+            all.push_back(slider(name).position());
+        return all;
+    };
+    EXPECT_EQ(positions(), (std::vector{100, 100, 100, 100, 277, 386, 97, 97, 97, 97}));
+    settings.toneValue = {0, 100, 49, 1};
+    settings.balanceValue = {-50, 103};
+    for (std::size_t i = 0; i < 5; ++i) settings.EffectState[i] = {-1, 0, static_cast<std::int16_t>(i * 30)};
+    settings.currentPreset = 12;
+    window->SetEffects();
+    EXPECT_EQ(positions(), (std::vector{70, 130, 99, 71, 261, 419, 97, 127, 157, 187}));
+    EXPECT_EQ(text("par0") + " " + text("par1") + " " + preset(), "-5.0 10.3 SOFT ROCK");
+    for (const auto* flip : window->findChildren<Switch*>()) EXPECT_TRUE(flip->isChecked());
+
+    settings.toneValue = {-32768, 32767, 101, -1};
+    settings.balanceValue = {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
+    for (EffectSwitch& effect : settings.EffectState) effect.level = -32768;
+    settings.EffectState[3].level = 32767;
+    settings.currentPreset = -1;
+    window->SetEffects();
+    EXPECT_EQ(positions(), (std::vector{70, 130, 130, 70, 245, 419, 97, 97, 97, 197}));
+    EXPECT_EQ(preset(), "");
+}
+
+TEST_F(EffectsFixture, PresetsByMouse) {
+    EXPECT_EQ(preset(), "NORMAL");
+    EXPECT_FALSE(list().isVisible());
+    EXPECT_EQ(list().count(), 14);
+    const std::pair<int, const char*> cases[] = {
+        {0, "NORMAL"}, {6, "PARTY"}, {7, "POP"}, {12, "SOFT ROCK"}, {13, "TECHNO!"}};
+    for (const auto& [row, name] : cases) {
+        clickPreset();
+        EXPECT_EQ(QWidget::mouseGrabber(), list().viewport());
+        EXPECT_TRUE(list().rect().contains(list().visualItemRect(list().item(row)))) << "no scrolling";
+        clickAt(*window, rowAt(row));
+        EXPECT_FALSE(list().isVisible());
+        EXPECT_EQ(settings.currentPreset, row);
+        EXPECT_EQ(preset(), name);
+    }
+    const QRect area = list().geometry();
+    for (const QPoint outside :
+         {area.topLeft() - QPoint(1, 0), area.topLeft() - QPoint(0, 1), area.bottomRight() + QPoint(1, 0),
+          area.bottomRight() + QPoint(0, 1), slider("eq_song0").geometry().center()}) {
+        clickPreset();
+        clickAt(*window, outside);
+        EXPECT_FALSE(list().isVisible());
+        EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
+        EXPECT_EQ(preset(), "TECHNO!");
+        EXPECT_EQ(settings.currentPreset, 13);
+    }
+}
+
+TEST_F(EffectsFixture, PresetsByKeyboard) {
+    const auto key = [this](Qt::Key which) { QTest::keyClick(window->windowHandle(), which); };
+    const auto press = [&](std::initializer_list<Qt::Key> keys) {
+        for (const Qt::Key which : keys) key(which);
+        return preset();
+    };
+    EXPECT_EQ(press({Qt::Key_Space, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}), "CLUB");
+    EXPECT_EQ(press({Qt::Key_Return, Qt::Key_Right, Qt::Key_Space}), "ROCK");
+    EXPECT_EQ(press({Qt::Key_Enter, Qt::Key_Up, Qt::Key_Escape}), "ROCK");
+    EXPECT_FALSE(list().isVisible());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), QStringLiteral("labPreset"));
+    EXPECT_EQ(press({Qt::Key_Space, Qt::Key_Up, Qt::Key_Tab}), "ROCK") << "the focus left the list";
+    EXPECT_FALSE(list().isVisible());
+    EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
+    EXPECT_EQ(settings.currentPreset, 9);
+}
+
+TEST_F(EffectsFixture, IsOpenUntilItsUserClosesIt) {
+    EXPECT_EQ(settings.effectsWindowOpen, -1);
+    window->hide();
+    EXPECT_EQ(settings.effectsWindowOpen, -1);
+    const std::function<void()> ways[] = {
+        [&] { QTest::keyClick(window->windowHandle(), Qt::Key_Escape); },
+        [&] { clickAt(*window, find<QWidget>(*window, "bClose").geometry().center()); }, [&] { window->close(); }};
+    for (const auto& close : ways) {
+        window->show();
+        EXPECT_EQ(settings.effectsWindowOpen, -1);
+        close();
+        EXPECT_FALSE(window->isVisible());
+        EXPECT_EQ(settings.effectsWindowOpen, 0);
+    }
+}
+
+TEST_F(EffectsFixture, IsTidyAndNamedInBothLanguages) {
+    EXPECT_EQ(window->size(), QSize(460, 210));
+    std::map<std::string, std::string> names[2];
+    std::map<std::string, std::string> tips[2];
+    for (const int polish : {0, 1}) {
+        language.SetLanguage(polish ? "pl" : "en");
+        window->GetEffectsLanguage();
+        drag(slider("bal0"), 245);
+        drag(slider("bal1"), 354);
+        expectTidy(*window);
+        for (auto* control : window->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (control->focusPolicy() == Qt::NoFocus) continue;
+            const std::string id = control->objectName().toStdString();
+            names[polish][id] = control->accessibleName().toStdString();
+            tips[polish][id] = control->toolTip().toStdString();
+            EXPECT_FALSE(names[polish][id].empty()) << id;
+        }
+    }
+    EXPECT_EQ(names[0].size(), 4U + 5 + 4 + 2 + 3) << "each has a name of its own";
+    for (const auto& [id, name] : names[0])
+        EXPECT_EQ(name == names[1][id], id == "efo2" || id == "efo3" || id == "efo4") << id;
+    const struct {
+        const char* id;
+        const char* tips[2];
+        const char* names[2];
+    } tones[] = {
+        {"eq_song0",
+         {"Karaoke background Bass", "Tony niskie podkładu karaoke"},
+         {"Karaoke background Bass", "Tony niskie podkładu karaoke"}},
+        {"eq_song2", {"Vocal Treble", "Tony niskie dla Vocalu"}, {"Vocal bass", "Tony niskie wokalu"}},
+        {"eq_song3", {"", "Tony wysokie dla Vocalu"}, {"Vocal treble", "Tony wysokie wokalu"}},
+        {"bal1", {"Vocal balance", "Balans dla Vocalu"}, {"Vocal balance", "Balans dla Vocalu"}},
+        {"ef1", {"", ""}, {"Reverb: level", "Pogłos: poziom"}},
+    };
+    for (const auto& row : tones)
+        for (const int polish : {0, 1}) {
+            EXPECT_EQ(tips[polish][row.id], row.tips[polish]);
+            EXPECT_EQ(names[polish][row.id], row.names[polish]);
+        }
+}
+
+}  // namespace
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    return melvane::test::runWindowTests(argc, argv);
+}

@@ -1,0 +1,80 @@
+// Windows driven as the window system drives them, and looked at.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QWheelEvent>
+#include <QWindow>
+#include <QtTest>
+
+#include "controls/slider.h"
+
+namespace melvane::test {
+
+template <typename Widget = Slider>
+Widget& find(const QWidget& window, const char* name) {
+    return *window.findChild<Widget*>(QLatin1String(name));
+}
+
+inline void clickAt(QWidget& window, const QPoint& point, Qt::MouseButton button = Qt::LeftButton) {
+    QTest::mouseClick(window.windowHandle(), button, {}, point);
+}
+
+// The middle of a slider's knob, in its window: the knob goes along the longer side of the widget.
+inline QPoint knobOf(const Slider& slider) {
+    constexpr int kInside = 4;
+    const QPoint middle = slider.geometry().center();
+    return slider.width() < slider.height() ? QPoint(middle.x(), slider.position() + kInside)
+                                            : QPoint(slider.position() + kInside, middle.y());
+}
+
+// Takes the knob and moves the mouse as far as the position `to` is away, which may be beyond the track.
+inline void drag(Slider& slider, int to, Qt::MouseButton button = Qt::LeftButton) {
+    QWindow* window = slider.window()->windowHandle();
+    const QPoint from = knobOf(slider);
+    const int way = to - slider.position();
+    const QPoint end = from + (slider.width() < slider.height() ? QPoint(0, way) : QPoint(way, 0));
+    QTest::mousePress(window, button, {}, from);
+    QTest::mouseMove(window, end);
+    QTest::mouseRelease(window, button, {}, end);
+}
+
+inline void doubleClick(Slider& slider) {
+    QTest::mouseDClick(slider.window()->windowHandle(), Qt::LeftButton, {}, knobOf(slider));
+}
+
+inline void turnWheel(QWidget& widget, int angle) {
+    const QPointF middle = QRectF(widget.rect()).center();
+    QWheelEvent event(middle, widget.mapToGlobal(middle), {}, {0, angle}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
+}
+
+// Texts fit into their labels, and no two controls of a window lie on each other.
+inline void expectTidy(const QWidget& window) {
+    QList<QWidget*> controls;
+    for (auto* control : window.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (control->isVisible() && !control->objectName().startsWith(QLatin1String("bbg"))) controls << control;
+    for (const QWidget* control : controls) {
+        const std::string name = (control->objectName() + control->accessibleName()).toStdString();
+        EXPECT_TRUE(window.rect().adjusted(1, 1, -1, -1).contains(control->geometry())) << name;
+        if (const auto* label = qobject_cast<const QLabel*>(control)) {
+            EXPECT_LE(label->sizeHint().width(), label->width()) << label->text().toStdString();
+        }
+        for (const QWidget* other : controls)
+            EXPECT_TRUE(other == control || !other->geometry().intersects(control->geometry()))
+                << name << " on " << other->objectName().toStdString();
+    }
+}
+
+inline int runWindowTests(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    applyStyle(app);
+    return RUN_ALL_TESTS();
+}
+
+}  // namespace melvane::test
