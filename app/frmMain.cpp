@@ -136,10 +136,13 @@ void frmMain::BR_Click(int index) {
 
 void frmMain::mi_button_Click() {
     stopped_ = false;
+    // Events run while the sources are opened: no other button may be pressed meanwhile.
+    refreshButtons(true);
     mixer_.mixingRun().mi_button_Click();
 }
 
 void frmMain::b_STOP_Click() {
+    if (mixer_.mixingRun().busy()) return;
     stopped_ = true;
     mixer_.mixingRun().stopRec();
 }
@@ -171,7 +174,8 @@ void frmMain::closeEvent(QCloseEvent* event) {
 // Hidden, not closed, the effects window counts as open for the next start.
 void frmMain::Form_Unload() {
     if (effects_) effects_->hide();
-    if (placesItself()) mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
+    if (placesItself() || !mixer_.settings().position)
+        mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
     mixer_.Form_Unload(&store_);
 }
 
@@ -233,6 +237,7 @@ std::string frmMain::statusText(bool running) const {
     const RunState& run = mixer_.run();
     if (running) {
         if (mixer_.mixingRun().busy()) return language.ownText(OwnText::finishingFile);
+        if (run.recordsSilence) return language.ownText(OwnText::noMixInput);
         // The device opens with the first frame.
         const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
         return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);

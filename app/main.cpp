@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QLibraryInfo>
 #include <QTranslator>
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -93,6 +94,10 @@ bool Program::startLibrary() {
 }  // namespace melvane
 
 int main(int argc, char** argv) {
+#ifdef SIGCHLD
+    // The encoder's exit status is wanted, whatever the parent had set.
+    std::signal(SIGCHLD, SIG_DFL);
+#endif
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("melvane"));
     QGuiApplication::setDesktopFileName(QStringLiteral("melvane"));

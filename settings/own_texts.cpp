@@ -17,8 +17,6 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::stop, "Stop", "Stop"},
     {OwnText::keyShift, "Tonacja podkładu karaoke", "Karaoke background key"},
     {OwnText::effects, "Efekty", "Effects"},
-    {OwnText::midiChannels, "Kanały MIDI", "MIDI channels"},
-    {OwnText::minimize, "Minimalizuj", "Minimize"},
     {OwnText::mixProgress, "Postęp miksowania", "Progress of the mix"},
     {OwnText::songColumn, "Podkład", "Song"},
     {OwnText::voiceColumn, "Wokal", "Voice"},
@@ -56,7 +54,6 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::encoderNotFound, "Nie znaleziono programu kodującego MP3: %1", "The MP3 encoder was not found: %1"},
     {OwnText::encoderFailed, "Kodowanie nie powiodło się, plik MP3 jest niekompletny: %1",
      "The encoder failed, the MP3 file is incomplete: %1"},
-    {OwnText::unsupportedFile, "Nieobsługiwany rodzaj pliku: %1", "This kind of file is not supported: %1"},
 };
 
 constexpr bool inOrder() {

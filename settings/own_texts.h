@@ -16,8 +16,6 @@ enum class OwnText {
     stop,
     keyShift,
     effects,
-    midiChannels,
-    minimize,
     mixProgress,
     songColumn,
     voiceColumn,
@@ -53,7 +51,6 @@ enum class OwnText {
     captureFailed,
     encoderNotFound,  // program
     encoderFailed,    // file
-    unsupportedFile,  // file
     count
 };
 
