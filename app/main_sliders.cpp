@@ -51,7 +51,12 @@ void MainSliders::setKey(double semitones) {
 }
 
 void MainSliders::moveSync(int top) {
-    run_.syncOffset = syncAt(top, run_.syncOffset);
+    setSync(syncAt(top, run_.syncOffset));
+}
+
+void MainSliders::setSync(float seconds) {
+    run_.syncOffset = seconds;
+    mixing_.applySyncOffset();
 }
 
 }  // namespace melvane

@@ -33,12 +33,14 @@ public:
     // Applied at once, in a run or not.
     void moveKey(int left);
     void setKey(double semitones);
-    // Applied by the run's timer.
+    // Applied at once in a run.
     void moveSync(int top);
     // Back to no offset; the only way there, since the track's centre leaves the offset alone.
-    void resetSync() { run_.syncOffset = 0; }
+    void resetSync() { setSync(0); }
 
 private:
+    void setSync(float seconds);
+
     AudioLibrary& library_;
     RunState& run_;
     Settings& settings_;

@@ -133,6 +133,7 @@ void MixingRun::applyKey() {
 
 // A place on the vocal's own time, so that setting it again changes nothing.
 void MixingRun::applySyncOffset() {
+    if (run_.vocalChannel == 0) return;
     const auto bytes =
         static_cast<std::int64_t>(library_.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
     library_.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);

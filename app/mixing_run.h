@@ -33,6 +33,8 @@ public:
     void SetBassVolume();
     // Moves the background's key, when there is a background channel.
     void applyKey();
+    // Moves the vocal by the synchronisation offset, when there is a vocal channel.
+    void applySyncOffset();
 
     // 0..176.
     int progressWidth() const { return progressWidth_; }
@@ -51,7 +53,6 @@ private:
     void endWith(RunFailure failure);
     bool prepareDestination();
     void applySettings();
-    void applySyncOffset();
 
     AudioLibrary& library_;
     RunState& run_;
