@@ -174,6 +174,35 @@ class MixTest(ToolTest):
                         self.assertEqual([click_places(pcm, 0), click_places(pcm, 1)], [left, right])
                         self.assertAlmostEqual(len(pcm) // 4, self.FRAMES, delta=1152)
 
+    def mixed_pcm(self, *options, song, voice):
+        """What the encoder gets, without its header."""
+        self.expect_mixed("--overwrite", *options, song, voice, "mix.mp3", path=self.encoder())
+        return (self.dir / "mix.mp3").read_bytes()[len(STREAMED_HEADER):]
+
+    def test_knobs_do_what_they_say(self):
+        song = self.wav("song.wav", pcm=clicks(self.FRAMES, self.PLACES, side=0))
+        voice = self.wav("voice.wav", pcm=clicks(self.FRAMES, self.PLACES, side=1))
+        for seconds in ("-0.1", "0.02"):
+            with self.subTest(sync=seconds):
+                pcm = self.mixed_pcm("--sync", seconds, song=song, voice=voice)
+                moved = [place - round(float(seconds) * RATE) for place in self.PLACES]
+                self.assertEqual([click_places(pcm, 0), click_places(pcm, 1)], [self.PLACES, moved])
+        pcm = self.mixed_pcm("--balance", "100,-100", song=song, voice=voice)
+        self.assertEqual(max(map(abs, array.array("h", pcm))), 0, "each click is turned away from its own side")
+        echoes = click_places(self.mixed_pcm("--volume", "0,100", "--effects", "0,0;1,100;0,0;0,0", song=song,
+                                             voice=self.wav("one.wav", pcm=clicks(self.FRAMES, [self.FIRST], 1))), 1)
+        self.assertEqual(echoes[:2], [self.FIRST, self.FIRST + round(0.266 * RATE)])
+
+    def test_two_loud_sources_do_not_clip(self):
+        song, voice = self.wav("song.wav", pcm=self.loud(110)), self.wav("voice.wav", pcm=self.loud(131))
+        loudest = max(map(abs, array.array("h", self.mixed_pcm(song=song, voice=voice))))
+        self.assertTrue(20000 < loudest < 32400, loudest)
+
+    @staticmethod
+    def loud(hertz):
+        wave = [round(32000 * math.sin(2 * math.pi * hertz * i / RATE)) for i in range(RATE)]
+        return array.array("h", (s for sample in wave for s in (sample, sample))).tobytes()
+
     def test_encoder_gets_exactly_the_song(self):
         song = self.wav("song.wav", 100003)
         voice = self.wav("voice.wav", 5000)
