@@ -42,11 +42,7 @@ void MainSliders::moveVolume(std::size_t source, int top) {
 }
 
 void MainSliders::moveKey(int left) {
-    setKey(keyAt(left));
-}
-
-void MainSliders::setKey(double semitones) {
-    run_.key = semitones;
+    run_.key = keyAt(left);
     mixing_.applyKey();
 }
 

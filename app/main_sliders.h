@@ -5,7 +5,6 @@
 
 #include "app/mixing_run.h"
 #include "controls/track.h"
-#include "platform/audio_library.h"
 #include "state/run_state.h"
 #include "state/settings.h"
 
@@ -25,14 +24,13 @@ float syncAt(int top, float old);  // seconds, -0.6..0.6; positive: the vocal is
 
 class MainSliders {
 public:
-    MainSliders(AudioLibrary& library, RunState& run, Settings& settings, MixingRun& mixing)
-        : library_(library), run_(run), settings_(settings), mixing_(mixing) {}
+    MainSliders(RunState& run, Settings& settings, MixingRun& mixing)
+        : run_(run), settings_(settings), mixing_(mixing) {}
 
     // Source 0 background, 1 vocal. Applied at once in a run.
     void moveVolume(std::size_t source, int top);
     // Applied at once, in a run or not.
     void moveKey(int left);
-    void setKey(double semitones);
     // Applied at once in a run.
     void moveSync(int top);
     // Back to no offset; the only way there, since the track's centre leaves the offset alone.
@@ -41,7 +39,6 @@ public:
 private:
     void setSync(float seconds);
 
-    AudioLibrary& library_;
     RunState& run_;
     Settings& settings_;
     MixingRun& mixing_;

@@ -8,7 +8,7 @@ Mixer::Mixer(const Environment& environment)
       effects_(environment.library, run_, settings_),
       mixingRun_(environment.library, run_, fields_, settings_, input_, effects_, environment.language,
                  environment.dialogs, environment.names, environment.doEvents),
-      sliders_(environment.library, run_, settings_, mixingRun_) {}
+      sliders_(run_, settings_, mixingRun_) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
     input_.SaveUserInput();

@@ -79,6 +79,8 @@ void MixingRun::mi_button_Click() {
     const Flag busy(busy_);
     run_.failure = RunFailure::none;
     run_.lastMixPath.clear();
+    framesTotal_ = framesAtEnd_ = 0;
+    progressWidth_ = 0;
     if (!readPaths()) return;
     run_.isMidiBackground = isMidiFile(run_.backgroundPath);
     if (run_.isMidiBackground) {
@@ -120,6 +122,7 @@ void MixingRun::applySettings() {
     effects_.PrepareEffects();
     effects_.ApplyAllEffects();
     SetBassVolume();
+    effects_.applyTone();
     effects_.applyBalance();
     applyKey();
     applySyncOffset();
@@ -167,8 +170,6 @@ bool MixingRun::openSources() {
         return false;
     }
     framesTotal_ = static_cast<std::int64_t>(library_.BASS_ChannelGetLength(run_.backgroundChannel) / kBytesPerFrame);
-    framesAtEnd_ = 0;
-    progressWidth_ = 0;
     return true;
 }
 

@@ -25,13 +25,10 @@ void countCores(benchmark::State& state) {
 void mixForever(benchmark::State& state, const std::shared_ptr<Channel>& background) {
     Card card;
     const auto voice = std::make_shared<Channel>(song(), true);
-    for (const auto& channel : {background, voice}) {
-        channel->play(false);
-        card.add(channel);
-    }
+    for (const auto& channel : {background, voice}) card.play(channel, false);
     Sound block(kBlock * 2);
     for (auto _ : state) {
-        if (!background->playing()) background->play(true);
+        if (!background->playing()) card.play(background, true);
         card.mix(block.data(), kBlock);
     }
     countCores(state);

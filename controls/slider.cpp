@@ -50,18 +50,27 @@ Slider::Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderV
 }
 
 void Slider::setPosition(int position) {
+    if (place(position)) tellValue();
+}
+
+bool Slider::place(int position) {
     position = onTrack(place_.track, position);
-    if (position == position_) return;
+    if (position == position_) return false;
     position_ = position;
     update();
+    return true;
+}
+
+// After whoever owns the value has heard of the new position: the value may be theirs.
+void Slider::tellValue() {
     QAccessibleValueChangeEvent change(this, valueAt(position_));
     QAccessible::updateAccessibility(&change);
 }
 
 void Slider::moveTo(int position) {
-    const int old = position_;
-    setPosition(position);
-    if (position_ != old) Q_EMIT moved(position_);
+    if (!place(position)) return;
+    Q_EMIT moved(position_);
+    tellValue();
 }
 
 void Slider::step(int units) {
@@ -70,8 +79,9 @@ void Slider::step(int units) {
 }
 
 void Slider::reset() {
-    setPosition(place_.track.neutral);
+    place(place_.track.neutral);
     Q_EMIT resetWanted();
+    tellValue();
     showValue(true);
 }
 

@@ -41,6 +41,8 @@ public:
     // Goes there, or to the nearer end of the track; tells nobody.
     void setPosition(int position);
     // The same as from the user: tells when the position changed.
+    bool place(int position);
+    void tellValue();
     void moveTo(int position);
 
     double valueAt(int position) const { return value_.at(position); }

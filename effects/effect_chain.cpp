@@ -66,6 +66,9 @@ void EffectChain::ApplyAllEffects() {
         switches_.applyEffect(n);
     }
     ApplyPreset(settings_.currentPreset);
+}
+
+void EffectChain::applyTone() {
     for (const Handle channel : {run_.backgroundChannel, run_.vocalChannel}) {
         SetBassChannel(channel);
         SetTrebleChannel(channel);

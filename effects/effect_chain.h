@@ -17,8 +17,10 @@ public:
 
     // Attaches everything to the streams of a run; the bands are flat, the effects at the library's defaults.
     void PrepareEffects();
-    // Switches each vocal effect on or off as EffectState says, then sets tone and equaliser.
+    // Switches each vocal effect on or off as EffectState says, then sets the equaliser.
     void ApplyAllEffects();
+    // Bass and treble of the background, then of the vocal.
+    void applyTone();
     // The tone value that belongs to the stream, as the gain of its band; nothing for another handle or 0.
     // Throws OverflowError for a value beyond 16-bit arithmetic.
     void SetBassChannel(Handle channel);

@@ -37,10 +37,7 @@ struct Session {
     std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
 
     Session() { card.listen(recorder); }
-    void play(const std::shared_ptr<Channel>& channel) {
-        channel->play(false);
-        card.add(channel);
-    }
+    void play(const std::shared_ptr<Channel>& channel) { card.play(channel, false); }
 };
 
 TEST(Card, OneChannelAtFullLevelPassesBitByBit) {
@@ -154,6 +151,34 @@ TEST(Card, AnOffsetInARunFadesOverToTheSample) {
     expectAt(5 * 4096 - 600, 5 * 4096 - 600);
     for (std::size_t i = 3 * 4096 + ahead + 900; i < 4 * 4096; ++i) ASSERT_EQ(reference[2 * i], 0.0F) << i;
     for (const std::size_t block : {64U, 512U}) EXPECT_EQ(run(block), reference) << block;
+}
+
+TEST(Card, AnOffsetMovedAgainInItsFadeStillFades) {
+    Session session;
+    const auto channel = channelOf(sine(50, 0.5, 60000), true);
+    session.play(channel);
+    mix(session.card, 4000, 100);
+    for (const int offset : {400, 800, 1200, 0}) {
+        channel->setOffset(offset);
+        mix(session.card, 300, 100);
+    }
+    mix(session.card, 8000, 100);
+    const Sound& sound = session.recorder->sound;
+    for (std::size_t i = 2; i < sound.size(); ++i) ASSERT_LT(std::abs(sound[i] - sound[i - 2]), 0.01F) << i;
+}
+
+TEST(Card, APlaybackThatNobodyRecordsComesOutWholeAndLeavesNothingBehind) {
+    Card card;
+    const auto first = channelOf(noise16(5392, 7));
+    card.play(first, false);
+    EXPECT_GE(mix(card, 20000, 441), 5392U);
+    EXPECT_EQ(first->position(), 5392);
+    EXPECT_FALSE(card.active());
+    const Sound second = noise16(1000, 8);
+    card.play(channelOf(second), false);
+    Sound out(200);
+    ASSERT_EQ(card.mix(out.data(), 100), 100U);
+    EXPECT_TRUE(std::equal(out.begin(), out.end(), second.begin()));
 }
 
 TEST(Card, VolumeAndPanAreLinearAndClamped) {

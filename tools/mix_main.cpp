@@ -1,9 +1,12 @@
 // melvane-mix: one mix from the command line, on the stepped clock, without windows or sound device.
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <thread>
 

@@ -40,7 +40,9 @@ std::array<T, count> numbers(const std::string& text, T low, T high, const std::
 
 // A number that may have decimals and a plus sign.
 double decimal(const std::string& text, double low, double high, const std::string& fault) {
-    return number<double>(text.starts_with('+') ? text.substr(1) : text, low, high, fault);
+    const bool plus = text.starts_with('+');
+    if (plus && text.find('-') != std::string::npos) throw UsageError(fault);
+    return number<double>(plus ? text.substr(1) : text, low, high, fault);
 }
 
 void takeVolume(MixOptions& o, const std::string& text) {
@@ -107,7 +109,7 @@ void takeKey(MixOptions& o, const std::string& text) {
 }
 
 constexpr Option kOptions[] = {
-    {"--volume", "B,V", "volume of background and vocal, 0 to 100 each (100,100)", takeVolume},
+    {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
     {"--sync", "SECONDS", "vocal earlier (to 0.6) or later (to -0.6)", takeSync},
     {"--key", "SEMITONES", "key of the background, -5 to 5, fractions too", takeKey},
     {"--tone", "B,T,B,T", "bass and treble of background and vocal: 0 boost, 50 flat, 100 cut", takeTone},

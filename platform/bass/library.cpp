@@ -140,8 +140,7 @@ bool Library::BASS_ChannelPlay(Handle handle, bool restart) {
         return true;
     }
     if (!entry.channel) return false;
-    entry.channel->play(restart);
-    card_.add(entry.channel);
+    card_.play(entry.channel, restart);
     return true;
 }
 

@@ -45,7 +45,10 @@ bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundSer
                           auto made = connection ? std::make_unique<InputDevice>(std::move(connection), id) : nullptr;
                           return made && made->start() ? std::move(made) : nullptr;
                       }).value_or(nullptr);
-        if (!device) return false;
+        if (!device) {
+            if (server) server->reconnect();
+            return false;
+        }
         devices_.push_back({std::move(device), gain, {}});
     }
     return true;

@@ -16,7 +16,7 @@ void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
     inputs_.push_back({"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true});
     if (!server) return;
     auto sources = withPatience(kListPatience, [server] { return server->captureSources(); });
-    if (!sources) return;
+    if (!sources) return server->reconnect();
     for (CaptureSource& source : *sources) {
         const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
         if (source.isDefault) inputs_.front().on = false;

@@ -89,12 +89,10 @@ void MixingThread::openDevice() {
     const auto open = [server = server_, frames = blockFrames_, underruns = underruns_] {
         auto connection = server->connection();
         auto device = connection ? std::make_unique<OutputDevice>(std::move(connection), frames, underruns) : nullptr;
-        if (device && !device->start()) device.reset();
-        if (!device) server->reconnect();
-        return device;
+        return device && device->start() ? std::move(device) : nullptr;
     };
     device_ = withPatience(kOpenPatience, open).value_or(nullptr);
-    if (!device_) return;
+    if (!device_) return server_->reconnect();
     callbacksSeen_ = 0;
     lastCallback_ = Clock::now();
     latency_ = device_->latencyMilliseconds();

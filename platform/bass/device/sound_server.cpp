@@ -1,5 +1,7 @@
 #include "platform/bass/device/sound_server.h"
 
+#include <thread>
+
 namespace melvane::bass {
 
 std::shared_ptr<cubeb> SoundServer::connection() {
@@ -16,8 +18,12 @@ std::shared_ptr<cubeb> SoundServer::connection() {
 }
 
 void SoundServer::reconnect() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
+    auto old = std::move(connection_);
     connection_.reset();
+    lock.unlock();
+    // Closing it waits for the server.
+    std::thread([old = std::move(old)]() mutable { old.reset(); }).detach();
 }
 
 std::vector<CaptureSource> SoundServer::captureSources() {

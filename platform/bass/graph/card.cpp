@@ -11,10 +11,11 @@ void Card::changed() {
     change_.notify_all();
 }
 
-void Card::add(std::shared_ptr<Channel> channel) {
+void Card::play(const std::shared_ptr<Channel>& channel, bool restart) {
     const std::lock_guard lock(mutex_);
-    if (channels_.empty()) afresh_ = true;
-    if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(std::move(channel));
+    if (!activeLocked()) afresh_ = true;
+    if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(channel);
+    channel->play(restart);
     changed();
 }
 
@@ -61,25 +62,24 @@ void Card::wake() {
 
 std::size_t Card::mix(float* out, std::size_t frames) {
     const DenormalsOff denormalsOff;
-    Channels channels;
+    Playing playing;
     std::vector<std::shared_ptr<CardListener>> listeners;
     {
         const std::lock_guard lock(mutex_);
         if (held_ || !activeLocked()) return 0;
-        channels = channels_;
+        playing = {channels_, holdAtEndOf_};
         listeners = listeners_;
         if (afresh_) startAfresh();
-        last_ = holdAtEndOf_;
     }
     std::size_t done = 0;
     while (done < frames) {
-        const std::size_t got = limit(out + done * 2, frames - done, channels);
+        const std::size_t got = limit(out + done * 2, frames - done, playing);
         done += got;
         if (got == 0 && ended_) break;
     }
     for (const auto& listener : listeners) listener->push(out, done);
     // Only now: who sees the end may end the capture at once.
-    for (const auto& channel : channels) channel->publishPosition(handedOut_);
+    for (const auto& channel : playing.channels) channel->publishPosition(handedOut_);
     if (ended_ && mixed_ == handedOut_) {
         const std::lock_guard lock(mutex_);
         held_ = afresh_ = true;
@@ -89,20 +89,23 @@ std::size_t Card::mix(float* out, std::size_t frames) {
     return done;
 }
 
+// What is still inside is forgotten: the next frame mixed is the next to come out.
 void Card::startAfresh() {
     afresh_ = false;
     limiter_.reset();
-    limiterFed_ = mixed_ = handedOut_ = 0;
+    limiterFed_ = mixed_ = handedOut_;
+    drainUntil_ = 0;
     ended_ = false;
 }
 
 // Feeds the limiter with as much as brings out `frames` frames, and hands out those; fewer at the end.
-std::size_t Card::limit(float* out, std::size_t frames, const Channels& channels) {
+std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) {
     constexpr auto kDelay = static_cast<std::int64_t>(Limiter::kDelay);
     const auto needed = static_cast<std::size_t>(handedOut_ + static_cast<std::int64_t>(frames) + kDelay - limiterFed_);
+    if (needed == 0) return 0;
     ahead_.assign(needed * 2, 0.0F);
     if (!ended_) {
-        const std::size_t got = mixChannels(ahead_.data(), needed, channels);
+        const std::size_t got = mixChannels(ahead_.data(), needed, playing);
         mixed_ += static_cast<std::int64_t>(got);
         ended_ = got < needed;
     }
@@ -117,17 +120,21 @@ std::size_t Card::limit(float* out, std::size_t frames, const Channels& channels
 }
 
 // Adds up the channels; fewer frames only when the channel that ends the mix ended.
-std::size_t Card::mixChannels(float* out, std::size_t frames, const Channels& channels) {
+std::size_t Card::mixChannels(float* out, std::size_t frames, const Playing& playing) {
     // It goes first: it tells how long this block may be.
-    const bool ends = last_ && last_->playing();
-    if (ends) frames = last_->mixInto(out, frames, mixed_);
-    for (const auto& channel : channels)
-        if (channel->playing() && !(ends && channel == last_)) channel->mixInto(out, frames, mixed_);
+    const bool ends = playing.last && playing.last->playing();
+    if (ends) frames = playing.last->mixInto(out, frames, mixed_);
+    for (const auto& channel : playing.channels) {
+        if (!channel->playing() || (ends && channel == playing.last)) continue;
+        const std::size_t got = channel->mixInto(out, frames, mixed_);
+        if (got < frames) drainUntil_ = std::max<std::int64_t>(drainUntil_, mixed_ + static_cast<std::int64_t>(got));
+    }
     return frames;
 }
 
 bool Card::activeLocked() const {
-    return !listeners_.empty() || std::ranges::any_of(channels_, [](const auto& c) { return c->playing(); });
+    return !listeners_.empty() || drainUntil_ > handedOut_ ||
+           std::ranges::any_of(channels_, [](const auto& c) { return c->playing(); });
 }
 
 bool Card::active() {

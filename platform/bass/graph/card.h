@@ -27,7 +27,8 @@ public:
 class Card {
 public:
     // --- user-interface thread; each takes the lock for a moment ---
-    void add(std::shared_ptr<Channel> channel);
+    // Plays a channel on, or anew when `restart` is true.
+    void play(const std::shared_ptr<Channel>& channel, bool restart);
     void remove(const std::shared_ptr<Channel>& channel);
     void listen(std::shared_ptr<CardListener> listener);
     void unlisten(const std::shared_ptr<CardListener>& listener);
@@ -54,11 +55,17 @@ public:
 private:
     using Channels = std::vector<std::shared_ptr<Channel>>;
 
+    // What one block is mixed from.
+    struct Playing {
+        Channels channels;
+        std::shared_ptr<Channel> last;  // the channel that ends the mix
+    };
+
     bool activeLocked() const;
     void changed();
     void startAfresh();
-    std::size_t mixChannels(float* out, std::size_t frames, const Channels& channels);
-    std::size_t limit(float* out, std::size_t frames, const Channels& channels);
+    std::size_t mixChannels(float* out, std::size_t frames, const Playing& playing);
+    std::size_t limit(float* out, std::size_t frames, const Playing& playing);
 
     std::mutex mutex_;
     std::condition_variable change_;
@@ -73,10 +80,10 @@ private:
     // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
     Limiter limiter_;
     std::vector<float> ahead_;
-    std::int64_t limiterFed_ = 0;    // frames given to the limiter since the start,
-    std::int64_t mixed_ = 0;         // how many of them were sound,
-    std::int64_t handedOut_ = 0;     // and how many have come out
-    std::shared_ptr<Channel> last_;  // the channel that ends the mix
+    std::int64_t limiterFed_ = 0;              // frames given to the limiter,
+    std::int64_t mixed_ = 0;                   // how many of them were sound,
+    std::atomic<std::int64_t> handedOut_{0};   // and how many have come out
+    std::atomic<std::int64_t> drainUntil_{0};  // the end of the last channel that ended by itself
     bool ended_ = false;
     std::atomic<std::uint64_t> framesMixed_{0};
 };

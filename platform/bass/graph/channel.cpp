@@ -59,7 +59,8 @@ void Channel::takeSeek() {
 
 void Channel::takeOffset() {
     const std::int64_t wanted = wantedOffset_;
-    if (wanted == offset_) return;
+    // One move after the other: a fade that runs is not cut off.
+    if (wanted == offset_ || fadeLeft_ > 0) return;
     if (sounded_) {
         const std::size_t got = readAt(time_ + offset_, fade_.data(), kFadeFrames);
         std::fill(fade_.begin() + static_cast<std::ptrdiff_t>(got * 2), fade_.end(), 0.0F);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/audio_library.h"
+#include "platform/bass/graph/denormals.h"
 
 namespace melvane::bass {
 
@@ -21,6 +22,7 @@ std::int64_t attackLead(double scale) {
 }  // namespace
 
 void PitchShifter::Side::process() {
+    const DenormalsOff denormalsOff;  // for the right side's thread
     // Made and set where it is used: on the thread that processes. A new one each time, since one that was reset
     // still glides from its old pitch. It never changes its pitch while it plays, so it need not be consistent over
     // changes: what is called the speed option is then also the clearest (a held chord at +5 stands 1.7 dB further
