@@ -137,7 +137,8 @@ void frmMain::BR_Click(int index) {
 void frmMain::mi_button_Click() {
     stopped_ = false;
     // Events run while the sources are opened: no other button may be pressed meanwhile.
-    refreshButtons(true);
+    for (QPushButton* button : BR_) button->setEnabled(false);
+    switchButton(mi_button_, false);
     mixer_.mixingRun().mi_button_Click();
 }
 
