@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "platform/bass/capture/pcm16.h"
 #include "platform/bass/device/patience.h"
@@ -78,9 +79,9 @@ void Capture::push(const float* mix, std::size_t frames) {
     {
         const std::lock_guard lock(mutex_);
         if (!capturing_) return;
-        if (blocks_.empty() && waitingFrames_ == 0 && !firstPushed_)
+        // What a device recorded before the first frame of the mix belongs to no frame of it.
+        if (!std::exchange(begunPushing_, true))
             for (Device& device : devices_) device.input->clear();
-        firstPushed_ = true;
         blocks_.emplace_back(mix, mix + frames * 2);
         waitingFrames_ += frames;
         drainDevices();

@@ -81,7 +81,7 @@ private:
     std::atomic<std::size_t> waitingFrames_{0};
     std::atomic<bool> capturing_{false};
 
-    bool firstPushed_ = false;
+    bool begunPushing_ = false;
     std::vector<float> drained_;
 
     // Capture thread only.

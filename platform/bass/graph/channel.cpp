@@ -32,13 +32,9 @@ void Channel::addEffect(std::shared_ptr<Effect> effect, int priority) {
 
 std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFrame) {
     takeSeek();
-    takeOffset();
     block_.resize(frames * 2);
-    const std::size_t got = readAt(time_ + offset_, block_.data(), frames);
-    fadeOver(block_.data(), got);
-    time_ += static_cast<std::int64_t>(got);
+    const std::size_t got = readAlong(block_.data(), frames);
     cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
-    if (got > 0) sounded_ = true;
     applyEffects(got);
     level_.mixInto(out, block_.data(), got);
     if (got < frames) {
@@ -46,6 +42,23 @@ std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFr
         playing_ = false;
     }
     return got;
+}
+
+// In pieces that end with a fade: an offset that waits for it is taken at that frame, not with the next block.
+std::size_t Channel::readAlong(float* out, std::size_t frames) {
+    std::size_t done = 0;
+    while (done < frames) {
+        takeOffset();
+        const std::size_t piece =
+            fadeLeft_ > 0 ? std::min(frames - done, static_cast<std::size_t>(fadeLeft_)) : frames - done;
+        const std::size_t got = readAt(time_ + offset_, out + done * 2, piece);
+        fadeOver(out + done * 2, got);
+        time_ += static_cast<std::int64_t>(got);
+        done += got;
+        if (got > 0) sounded_ = true;
+        if (got < piece) break;
+    }
+    return done;
 }
 
 void Channel::takeSeek() {

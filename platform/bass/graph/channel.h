@@ -48,6 +48,8 @@ private:
 
     void takeSeek();
     void takeOffset();
+    // Reads on from where the channel is; fewer frames only at the end.
+    std::size_t readAlong(float* out, std::size_t frames);
     // Reads what lies at `place` of the channel's own time line; fewer frames only at the end.
     std::size_t readAt(std::int64_t place, float* out, std::size_t frames);
     void fadeOver(float* block, std::size_t frames);
