@@ -6,6 +6,7 @@
 #include <QScreen>
 
 #include "app/source_files.h"
+#include "controls/window_layout.h"
 
 namespace melvane {
 
@@ -15,7 +16,7 @@ constexpr QSize kSize(274, 174);
 constexpr int kContinueEntry = 13;
 
 void addLabel(QWidget* parent, const char* name, const QRect& place, const std::string& text = {}) {
-    auto* label = new QLabel(QString::fromStdString(text), parent);
+    auto* label = new QLabel(toQt(text), parent);
     label->setObjectName(QLatin1String(name));
     label->setAlignment(Qt::AlignCenter);
     label->setGeometry(place);
@@ -24,8 +25,7 @@ void addLabel(QWidget* parent, const char* name, const QRect& place, const std::
 }  // namespace
 
 MixerStart::MixerStart(const modLang& language)
-    : FramelessWindow(kSize, kSize.height()),
-      CON_(new QPushButton(QString::fromStdString(language.lang(kContinueEntry)), this)) {
+    : FramelessWindow(kSize, kSize.height()), CON_(new QPushButton(toQt(language.lang(kContinueEntry)), this)) {
     setObjectName(QStringLiteral("MixerStart"));
     setWindowTitle(QLatin1String(kProductCaption));
     addLabel(this, "caption", {12, 24, 250, 40}, kProductCaption);
@@ -34,7 +34,7 @@ MixerStart::MixerStart(const modLang& language)
     addLabel(this, "tagLine", {6, 82, 262, 20}, language.ownText(OwnText::tagLine));
 
     CON_->setObjectName(QStringLiteral("CON"));
-    CON_->setAccessibleName(QString::fromStdString(language.ownText(OwnText::continueToMixer)));
+    CON_->setAccessibleName(toQt(language.ownText(OwnText::continueToMixer)));
     CON_->setGeometry(67, 122, 140, 32);
     CON_->setDefault(true);
     CON_->setFocus();

@@ -9,6 +9,7 @@
 
 #include "app/run_messages.h"
 #include "controls/skin.h"
+#include "controls/window_layout.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -16,14 +17,9 @@ namespace melvane {
 namespace {
 
 constexpr QSize kSize(460, 196);
-constexpr int kGripHeight = 21;
 constexpr int kTickMs = 100;
 constexpr int kPercent = 100;
 
-constexpr int kLeft = 12;
-constexpr int kRight = 448;
-constexpr QRect kCaption(kLeft, 2, 200, 26);
-constexpr QRect kClose(kRight - 24, 4, 24, 22);
 constexpr QRect kBrowse(254, 34, 36, 26);  // of the first row
 constexpr int kRowStep = 31;
 constexpr int kGap = 6;
@@ -37,10 +33,6 @@ constexpr int kStopMixingFirst = 8;
 constexpr int kCloseEntry = 50;
 constexpr int kBrowseEntry = 51;  // of the first row
 constexpr std::array kRowTexts = {OwnText::karaokeBackground, OwnText::vocalRecording, OwnText::mixingDestination};
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QPoint toPixels(const WindowPosition& position) {
     constexpr float kFarthest = 1e6F;

@@ -1,6 +1,7 @@
 #include "app/frm_slider_panel.h"
 
 #include "controls/caption.h"
+#include "controls/window_layout.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -22,7 +23,7 @@ constexpr int kVolumeEntry = 54;  // of the background
 constexpr int kSyncEntry = 56;
 
 void setName(Slider* slider, const std::string& name) {
-    slider->setToolTip(QString::fromStdString(name));
+    slider->setToolTip(toQt(name));
     slider->setAccessibleName(slider->toolTip());
 }
 
@@ -97,7 +98,7 @@ void SliderPanel::showKey() {
 
 void SliderPanel::SetMainLanguage() {
     const modLang& language = environment_.language;
-    for (const auto& [label, text] : texts_) label->setText(QString::fromStdString(language.ownText(text)));
+    for (const auto& [label, text] : texts_) label->setText(toQt(language.ownText(text)));
     for (std::size_t i = 0; i < volm_.size(); ++i) setName(volm_[i], language.lang(kVolumeEntry + static_cast<int>(i)));
     setName(snc_, language.lang(kSyncEntry));
     setName(tone_, language.ownText(OwnText::keyShift));

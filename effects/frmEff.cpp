@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 
 #include "controls/caption.h"
+#include "controls/window_layout.h"
 #include "effects/effect_knobs.h"
 #include "effects/presets.h"
 #include "state/guarded.h"
@@ -12,11 +13,6 @@ namespace melvane {
 namespace {
 
 constexpr QSize kSize(460, 210);
-constexpr int kGripHeight = 21;
-constexpr int kLeft = 12;
-constexpr int kRight = 448;
-constexpr QRect kCaption(kLeft, 2, 200, 26);
-constexpr QRect kClose(kRight - 24, 4, 24, 22);
 constexpr QRect kEqualiser(kLeft, 30, 78, 20);
 constexpr QRect kPreset(kLeft + 82, 29, 134, 22);
 constexpr QPoint kList(kLeft, 53);
@@ -48,10 +44,6 @@ constexpr std::array kEffectTexts = {OwnText::reverb, OwnText::echo, OwnText::ch
 constexpr int kCloseEntry = 50;
 constexpr int kToneEntry = 57;  // of the first knob
 constexpr int kBalanceEntry = 61;
-
-QString toQt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 void setName(QWidget* control, const std::string& name) {
     control->setAccessibleName(toQt(name));
