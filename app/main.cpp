@@ -15,6 +15,7 @@
 #include "platform/desktop/library_file.h"
 #include "platform/desktop/local_file_names.h"
 #include "platform/desktop/registry_file.h"
+#include "platform/music/music.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -42,6 +43,7 @@ private:
     DesktopDialogs dialogs_;
     LibraryFile libraryFile_;
     std::unique_ptr<AudioLibrary> library_;
+    music::Music music_;
     std::optional<Mixer> mixer_;
     std::optional<frmMain> main_;
     std::optional<MixerStart> start_;
@@ -71,7 +73,9 @@ int Program::run() {
 
 void Program::openMainWindow() {
     if (!startLibrary()) return QCoreApplication::exit(kCannotStart);
-    const Environment environment{*library_, names_, dialogs_, language_, frmMain::processWindowEvents};
+    music_ = music::createMusic(*library_, {});
+    const Environment environment{
+        *library_, *music_.system, *music_.mixer, names_, dialogs_, language_, frmMain::processWindowEvents};
     mixer_.emplace(environment);
     mixer_->Form_Load(&store_);
     main_.emplace(*mixer_, environment, store_);

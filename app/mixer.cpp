@@ -2,24 +2,28 @@
 
 namespace melvane {
 
-Mixer::Mixer(const Environment& environment)
-    : input_(environment.library, run_, settings_),
-      sourceFiles_(fields_, settings_, environment.language, environment.dialogs),
-      effects_(environment.library, run_, settings_),
-      mixingRun_(environment.library, run_, fields_, settings_, input_, effects_, environment.language,
-                 environment.dialogs, environment.names, environment.doEvents),
+Mixer::Mixer(const Environment& with)
+    : input_(with.library, run_, settings_),
+      midi_(with.music, with.systemMixer, run_, settings_, with.names, with.dialogs, with.doEvents),
+      sourceFiles_(run_, fields_, settings_, midi_, with.language, with.dialogs),
+      effects_(with.library, run_, settings_, midi_.lines),
+      mixingRun_({with.library, run_, fields_, settings_, input_, effects_, midi_, with.language, with.dialogs,
+                  with.names, with.doEvents}),
       sliders_(run_, settings_, mixingRun_) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
     input_.SaveUserInput();
-    if (!store) return;
-    store->load(settings_);
-    if (!settings_.mixDeviceStored) input_.DetectMixDevice();
+    if (store) {
+        store->load(settings_);
+        if (!settings_.mixDeviceStored) input_.DetectMixDevice();
+    }
+    midi_.prepare();
 }
 
 void Mixer::Form_Unload(const SettingsStore* store) {
     mixingRun_.stopRec();
     if (store) store->save(settings_);
+    midi_.close();
 }
 
 }  // namespace melvane

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/main_sliders.h"
+#include "app/midi_background.h"
 #include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"
@@ -14,6 +15,8 @@ namespace melvane {
 // What the mixer works with; everything outlives it.
 struct Environment {
     AudioLibrary& library;
+    MusicSystem& music;
+    SystemMixer& systemMixer;
     const FileNames& names;
     Dialogs& dialogs;
     const modLang& language;
@@ -33,6 +36,7 @@ public:
     PathFields& fields() { return fields_; }
     Settings& settings() { return settings_; }
     SourceFiles& sourceFiles() { return sourceFiles_; }
+    MidiBackground& midi() { return midi_; }
     EffectChain& effects() { return effects_; }
     MixingRun& mixingRun() { return mixingRun_; }
     MainSliders& sliders() { return sliders_; }
@@ -42,6 +46,7 @@ private:
     PathFields fields_;
     Settings settings_;
     RecordingInput input_;
+    MidiBackground midi_;
     SourceFiles sourceFiles_;
     EffectChain effects_;
     MixingRun mixingRun_;

@@ -14,6 +14,7 @@ namespace melvane {
 
 namespace {
 
+constexpr int kMidiNotPlayed = 33;
 constexpr const char* kEncoderCommand = "lame.exe --alt-preset standard - ";
 
 // While one lives no frame is mixed: what is set up starts on one frame.
@@ -40,6 +41,14 @@ private:
     bool before_;
 };
 
+std::int64_t toFrames(std::uint64_t bytes) {
+    return static_cast<std::int64_t>(bytes / kBytesPerFrame);
+}
+
+std::int64_t toFrames(double seconds) {
+    return std::llround(seconds * kSampleRate);
+}
+
 bool isFile(const std::string& path) {
     std::error_code error;
     return std::filesystem::is_regular_file(toPath(path), error);
@@ -58,21 +67,13 @@ bool createFile(const std::string& path) {
 
 }  // namespace
 
-MixingRun::MixingRun(AudioLibrary& library, RunState& run, const PathFields& fields, const Settings& settings,
-                     RecordingInput& input, EffectChain& effects, const modLang& language, Dialogs& dialogs,
-                     const FileNames& names, DoEvents doEvents)
-    : library_(library),
-      run_(run),
-      fields_(fields),
-      settings_(settings),
-      input_(input),
-      effects_(effects),
-      language_(language),
-      dialogs_(dialogs),
-      names_(names),
-      doEvents_(doEvents),
+MixingRun::MixingRun(const MixingParts& parts)
+    : with_(parts),
+      library_(parts.library),
+      run_(parts.run),
+      midi_(parts.midi),
       capture_(
-          library, run, [this] { stopRec(); }, std::move(doEvents)) {}
+          library_, run_, [this] { stopRec(); }, parts.doEvents) {}
 
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
@@ -83,20 +84,14 @@ void MixingRun::mi_button_Click() {
     progressWidth_ = 0;
     if (!readPaths()) return;
     run_.isMidiBackground = isMidiFile(run_.backgroundPath);
-    if (run_.isMidiBackground) {
-        run_.failure = RunFailure::midiUnplayable;
-        dialogs_.messageBox(language_.lang(33), kProductCaption, BoxIcon::critical, BoxButtons::ok);
-        return;
-    }
-    // An older mix is not emptied for want of an encoder.
-    if (isFile(run_.destinationPath) && !library_.encoderFound(kEncoderCommand)) {
-        run_.failure = RunFailure::encoderNotStarted;
-        return;
-    }
-    freeChannel(run_.backgroundChannel);
+    if (!canRun()) return;
+    if (run_.isMidiBackground)
+        midi_.setTone();
+    else
+        freeBackground();
     freeChannel(run_.vocalChannel);
-    input_.SelectMixInput();
-    run_.recordsSilence = !input_.anyOn();
+    with_.input.SelectMixInput();
+    run_.recordsSilence = !with_.input.anyOn();
     const CardHold hold(library_);
     try {
         start();
@@ -106,24 +101,49 @@ void MixingRun::mi_button_Click() {
     }
 }
 
+// An older mix is not emptied for want of an encoder or of a song.
+bool MixingRun::canRun() {
+    if (run_.isMidiBackground && !midi_.playback.loaded()) {
+        midiFailed();
+        return false;
+    }
+    if (isFile(run_.destinationPath) && !library_.encoderFound(kEncoderCommand))
+        run_.failure = RunFailure::encoderNotStarted;
+    return run_.failure == RunFailure::none;
+}
+
+void MixingRun::midiFailed() {
+    run_.failure = RunFailure::midiUnplayable;
+    with_.dialogs.messageBox(with_.language.lang(kMidiNotPlayed), kProductCaption, BoxIcon::critical, BoxButtons::ok);
+}
+
+void MixingRun::freeBackground() {
+    freeChannel(run_.backgroundChannel);
+    midi_.close();
+}
+
 void MixingRun::start() {
-    if (!openSources()) return input_.RestoreUserInput();
-    doEvents_();
-    library_.BASS_ChannelPlay(run_.backgroundChannel, false);
+    if (!openSources()) return with_.input.RestoreUserInput();
+    with_.doEvents();
+    if (!run_.isMidiBackground) library_.BASS_ChannelPlay(run_.backgroundChannel, false);
     library_.BASS_ChannelPlay(run_.vocalChannel, false);
     library_.holdCardAtEndOf(run_.backgroundChannel);
     if (!prepareDestination()) return endWith(RunFailure::destinationNotWritable);
+    if (run_.isMidiBackground && !midi_.playback.PlayMidi()) {
+        midiFailed();
+        return stopRec();
+    }
     capture_.StartMixCapture();
     run_.isMixing = run_.recordChannel != 0;
     if (run_.isMixing) applySettings();
 }
 
 void MixingRun::applySettings() {
-    effects_.PrepareEffects();
-    effects_.ApplyAllEffects();
+    with_.effects.PrepareEffects();
+    with_.effects.ApplyAllEffects();
     SetBassVolume();
-    effects_.applyTone();
-    effects_.applyBalance();
+    with_.effects.applyTone();
+    with_.effects.applyBalance();
     applyKey();
     applySyncOffset();
 }
@@ -132,6 +152,7 @@ void MixingRun::applyKey() {
     if (run_.backgroundChannel != 0)
         library_.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
                                   static_cast<float>(run_.key));
+    midi_.channels.transpose(run_.key);
 }
 
 // A place on the vocal's own time, so that setting it again changes nothing.
@@ -143,12 +164,12 @@ void MixingRun::applySyncOffset() {
 }
 
 bool MixingRun::readPaths() {
-    run_.backgroundPath = fields_.background;
-    run_.vocalPath = fields_.vocal;
-    run_.destinationPath = fields_.destination;
+    run_.backgroundPath = with_.fields.background;
+    run_.vocalPath = with_.fields.vocal;
+    run_.destinationPath = with_.fields.destination;
     if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty()) {
         run_.failure = RunFailure::pathsMissing;
-        dialogs_.messageBox(language_.lang(7), kProductCaption, BoxIcon::information, BoxButtons::ok);
+        with_.dialogs.messageBox(with_.language.lang(7), kProductCaption, BoxIcon::information, BoxButtons::ok);
     } else if (isSameFile(run_.destinationPath, run_.backgroundPath) ||
                isSameFile(run_.destinationPath, run_.vocalPath)) {
         run_.failure = RunFailure::destinationIsSource;
@@ -157,10 +178,13 @@ bool MixingRun::readPaths() {
 }
 
 bool MixingRun::openSources() {
-    const Handle source = library_.BASS_StreamCreateFile(false, run_.backgroundPath.c_str(), 0, 0, BASS_STREAM_DECODE);
-    run_.backgroundChannel = library_.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
+    if (!run_.isMidiBackground) {
+        const Handle source =
+            library_.BASS_StreamCreateFile(false, run_.backgroundPath.c_str(), 0, 0, BASS_STREAM_DECODE);
+        run_.backgroundChannel = library_.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
+    }
     run_.vocalChannel = library_.BASS_StreamCreateFile(false, run_.vocalPath.c_str(), 0, 0, BASS_SAMPLE_LOOP);
-    if (run_.backgroundChannel == 0)
+    if (!run_.isMidiBackground && run_.backgroundChannel == 0)
         run_.failure = RunFailure::backgroundUnreadable;
     else if (run_.vocalChannel == 0)
         run_.failure = RunFailure::vocalUnreadable;
@@ -169,7 +193,8 @@ bool MixingRun::openSources() {
         freeChannel(run_.vocalChannel);
         return false;
     }
-    framesTotal_ = static_cast<std::int64_t>(library_.BASS_ChannelGetLength(run_.backgroundChannel) / kBytesPerFrame);
+    framesTotal_ = run_.isMidiBackground ? toFrames(midi_.playback.length())
+                                         : toFrames(library_.BASS_ChannelGetLength(run_.backgroundChannel));
     return true;
 }
 
@@ -187,14 +212,17 @@ void MixingRun::endWith(RunFailure failure) {
 
 bool MixingRun::prepareDestination() {
     if (!createFile(run_.destinationPath)) return false;
-    run_.encodePath = names_.shortPath(run_.destinationPath);
-    run_.encoderCommandLine = kEncoderCommand + names_.commandLineWord(run_.encodePath);
+    run_.encodePath = with_.names.shortPath(run_.destinationPath);
+    run_.encoderCommandLine = kEncoderCommand + with_.names.commandLineWord(run_.encodePath);
     return true;
 }
 
 void MixingRun::SetBassVolume() {
-    SetChannelVolume(library_, run_.backgroundChannel, settings_.volume[0]);
-    SetChannelVolume(library_, run_.vocalChannel, settings_.volume[1]);
+    if (run_.isMidiBackground)
+        midi_.SetMidiVolume();
+    else
+        SetChannelVolume(library_, run_.backgroundChannel, with_.settings.volume[0]);
+    SetChannelVolume(library_, run_.vocalChannel, with_.settings.volume[1]);
 }
 
 void MixingRun::stopRec() {
@@ -208,24 +236,31 @@ void MixingRun::stopRec() {
         library_.BASS_ChannelStop(*channel);
         library_.BASS_MusicFree(*channel);
     }
+    midi_.playback.StopMidi();
+    midi_.restoreTone();
     run_.vocalChannel = 0;
     run_.backgroundChannel = 0;
-    input_.RestoreUserInput();
+    with_.input.RestoreUserInput();
 }
 
 std::int64_t MixingRun::framesDone() const {
-    if (run_.backgroundChannel == 0) return framesAtEnd_;
-    return static_cast<std::int64_t>(library_.BASS_ChannelGetPosition(run_.backgroundChannel) / kBytesPerFrame);
+    if (!run_.isMixing) return framesAtEnd_;
+    return run_.isMidiBackground ? toFrames(midi_.playback.position())
+                                 : toFrames(library_.BASS_ChannelGetPosition(run_.backgroundChannel));
+}
+
+// A MIDI song may fade sooner than at its full length.
+bool MixingRun::backgroundEnded() const {
+    return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playback.playing());
 }
 
 void MixingRun::Timer1_Timer() {
     if (!run_.isMixing || busy_) return;
-    const auto length = static_cast<double>(library_.BASS_ChannelGetLength(run_.backgroundChannel));
-    const auto position = static_cast<double>(library_.BASS_ChannelGetPosition(run_.backgroundChannel));
-    progressWidth_ = std::clamp(static_cast<int>(position / length * kProgressWidth), 0, kProgressWidth);
+    const double done = static_cast<double>(framesDone()) / static_cast<double>(framesTotal_);
+    progressWidth_ =
+        backgroundEnded() ? kProgressWidth : std::clamp(static_cast<int>(done * kProgressWidth), 0, kProgressWidth);
     applySyncOffset();
-    const bool ended = progressWidth_ == kProgressWidth || position >= length;
-    if (ended || !library_.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
+    if (progressWidth_ == kProgressWidth || !library_.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }
 
 }  // namespace melvane

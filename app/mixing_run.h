@@ -2,6 +2,7 @@
 // encoded while they do, and the run ends with the background.
 #pragma once
 
+#include "app/midi_background.h"
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
@@ -14,13 +15,26 @@
 
 namespace melvane {
 
+// What a run works with; everything outlives it.
+struct MixingParts {
+    AudioLibrary& library;
+    RunState& run;
+    const PathFields& fields;
+    const Settings& settings;
+    RecordingInput& input;
+    EffectChain& effects;
+    MidiBackground& midi;
+    const modLang& language;
+    Dialogs& dialogs;
+    const FileNames& names;
+    DoEvents doEvents;
+};
+
 class MixingRun {
 public:
     static constexpr int kProgressWidth = 176;  // pixels of the progress bar
 
-    MixingRun(AudioLibrary& library, RunState& run, const PathFields& fields, const Settings& settings,
-              RecordingInput& input, EffectChain& effects, const modLang& language, Dialogs& dialogs,
-              const FileNames& names, DoEvents doEvents);
+    explicit MixingRun(const MixingParts& parts);
 
     // Starts a run. When it does not start, RunState::failure says why.
     void mi_button_Click();
@@ -29,9 +43,9 @@ public:
     // Follows the run and ends it with the background, or when the encoder has gone.
     void Timer1_Timer();
 
-    // Sets the two source volumes on the playing channels.
+    // Sets the two source volumes on what plays.
     void SetBassVolume();
-    // Moves the background's key, when there is a background channel.
+    // Moves the background's key, when there is a background channel or a MIDI song.
     void applyKey();
     // Moves the vocal by the synchronisation offset, when there is a vocal channel.
     void applySyncOffset();
@@ -48,22 +62,20 @@ public:
 private:
     void start();
     bool readPaths();
+    bool canRun();
+    void freeBackground();
+    void midiFailed();
+    bool backgroundEnded() const;
     bool openSources();
     void freeChannel(std::uint32_t& channel);
     void endWith(RunFailure failure);
     bool prepareDestination();
     void applySettings();
 
+    const MixingParts with_;
     AudioLibrary& library_;
     RunState& run_;
-    const PathFields& fields_;
-    const Settings& settings_;
-    RecordingInput& input_;
-    EffectChain& effects_;
-    const modLang& language_;
-    Dialogs& dialogs_;
-    const FileNames& names_;
-    DoEvents doEvents_;
+    MidiBackground& midi_;
     Module1 capture_;
     int progressWidth_ = 0;
     std::int64_t framesTotal_ = 0;

@@ -6,6 +6,8 @@ namespace {
 
 constexpr int kNoPaths = 7;
 constexpr int kEncodingFailed = 9;
+constexpr int kMidiFileNotPlayed = 30;
+constexpr int kMidiNotInitialised = 31;
 constexpr int kNotInitialised = 32;
 constexpr int kMidiFailed = 33;
 constexpr const char* kEncoderName = "lame";
@@ -37,6 +39,18 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return line(kEncodingFailed, OwnText::encoderNotFound, kEncoderName);
         case RunFailure::encoderFailed:
             return line(kEncodingFailed, OwnText::encoderFailed, run.destinationPath);
+    }
+    return "";
+}
+
+std::string midiMessage(const modLang& language, MidiFailure failure) {
+    switch (failure) {
+        case MidiFailure::none:
+            return "";
+        case MidiFailure::interfaceNotInitialised:
+            return language.lang(kMidiNotInitialised);
+        case MidiFailure::fileNotPlayable:
+            return language.lang(kMidiFileNotPlayed);
     }
     return "";
 }

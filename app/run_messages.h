@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "midi/playback.h"
 #include "settings/modLang.h"
 #include "state/run_state.h"
 
@@ -10,5 +11,7 @@ namespace melvane {
 
 // One line in the current language; "" when nothing failed.
 std::string runMessage(const modLang& language, const RunState& run);
+// Why a MIDI song can't be played.
+std::string midiMessage(const modLang& language, MidiFailure failure);
 
 }  // namespace melvane

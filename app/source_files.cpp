@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "app/run_messages.h"
 #include "audio/modAudio.h"
 #include "state/text_path.h"
 
@@ -48,11 +49,21 @@ void SourceFiles::browseBackground() {
 
 void SourceFiles::chooseBackground(const std::string& path) {
     fields_.background = path;
+    if (run_.isMidiBackground) midi_.close();
+    run_.isMidiBackground = isMidiFile(path);
+    if (run_.isMidiBackground) openMidi();
     if (!settings_.recDirectory.empty()) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
         if (exists(vocal)) fields_.vocal = vocal;
     }
     fields_.destination.clear();
+}
+
+void SourceFiles::openMidi() {
+    midi_.open(fields_.background);
+    if (!midi_.playback.loaded())
+        dialogs_.messageBox(midiMessage(language_, midi_.playback.failure()), kProductCaption, BoxIcon::critical,
+                            BoxButtons::ok);
 }
 
 void SourceFiles::browseVocal() {

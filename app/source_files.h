@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "app/midi_background.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
 #include "state/product.h"
@@ -13,22 +14,27 @@ namespace melvane {
 
 class SourceFiles {
 public:
-    SourceFiles(PathFields& fields, const Settings& settings, const modLang& language, Dialogs& dialogs)
-        : fields_(fields), settings_(settings), language_(language), dialogs_(dialogs) {}
+    SourceFiles(RunState& run, PathFields& fields, const Settings& settings, MidiBackground& midi,
+                const modLang& language, Dialogs& dialogs)
+        : run_(run), fields_(fields), settings_(settings), midi_(midi), language_(language), dialogs_(dialogs) {}
 
     // 0 background, 1 vocal, 2 destination. A cancelled dialog changes nothing.
     void BR_Click(int index);
 
-    // Takes a new background: proposes the vocal of the same name and empties the destination.
+    // Takes a new background: loads it when it is a MIDI song, proposes the vocal of the same name and empties the
+    // destination.
     void chooseBackground(const std::string& path);
 
 private:
     void browseBackground();
+    void openMidi();
     void browseVocal();
     void browseDestination();
 
+    RunState& run_;
     PathFields& fields_;
     const Settings& settings_;
+    MidiBackground& midi_;
     const modLang& language_;
     Dialogs& dialogs_;
 };

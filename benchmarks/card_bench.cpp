@@ -13,7 +13,7 @@ using namespace melvane::test;
 constexpr std::size_t kBlock = 441;
 constexpr std::size_t kSongFrames = 20 * kSampleRate;
 
-std::shared_ptr<decode::PcmSource> song() {
+std::shared_ptr<PcmSource> song() {
     return std::make_shared<MemorySource>(noise16(kSongFrames, 1));
 }
 

@@ -37,8 +37,12 @@ std::int32_t effectParameter(std::int16_t n, std::int16_t level) {
     }
 }
 
-EffectChain::EffectChain(AudioLibrary& library, const RunState& run, Settings& settings)
-    : library_(library), run_(run), settings_(settings), switches_(library, handles_, settings) {}
+EffectChain::EffectChain(AudioLibrary& library, const RunState& run, Settings& settings, mod_Mixer& midiLines)
+    : library_(library),
+      run_(run),
+      settings_(settings),
+      midiLines_(midiLines),
+      switches_(library, handles_, settings) {}
 
 void EffectChain::PrepareEffects() {
     const auto attach = [this](Handle channel, EffectType type, std::int32_t priority) {
@@ -69,10 +73,7 @@ void EffectChain::ApplyAllEffects() {
 }
 
 void EffectChain::applyTone() {
-    for (const Handle channel : {run_.backgroundChannel, run_.vocalChannel}) {
-        SetBassChannel(channel);
-        SetTrebleChannel(channel);
-    }
+    for (std::size_t index = 0; index < settings_.toneValue.size(); ++index) applyTone(index);
 }
 
 void EffectChain::setTone(Handle effect, float centre, std::int16_t value) {
@@ -132,7 +133,9 @@ void EffectChain::setTone(std::size_t index, std::int16_t value) {
 
 void EffectChain::applyTone(std::size_t index) {
     const Handle channel = index < 2 ? run_.backgroundChannel : run_.vocalChannel;
-    if (index % 2 == 0)
+    if (index < 2 && run_.isMidiBackground)
+        index == 0 ? midiLines_.SetSpeakerBass() : midiLines_.SetSpeakerTreble();
+    else if (index % 2 == 0)
         SetBassChannel(channel);
     else
         SetTrebleChannel(channel);
@@ -149,7 +152,10 @@ void EffectChain::applyBalance() {
 }
 
 void EffectChain::applyBalance(std::size_t index) {
-    SetChannelPan(library_, index == 0 ? run_.backgroundChannel : run_.vocalChannel, settings_.balanceValue[index]);
+    if (index == 0 && run_.isMidiBackground)
+        midiLines_.SetSynthBalance();
+    else
+        SetChannelPan(library_, index == 0 ? run_.backgroundChannel : run_.vocalChannel, settings_.balanceValue[index]);
 }
 
 }  // namespace melvane

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "audio/effect_switches.h"
+#include "audio/mod_Mixer.h"
 #include "platform/audio_library.h"
 #include "state/effect_handles.h"
 #include "state/run_state.h"
@@ -13,7 +14,7 @@ namespace melvane {
 
 class EffectChain {
 public:
-    EffectChain(AudioLibrary& library, const RunState& run, Settings& settings);
+    EffectChain(AudioLibrary& library, const RunState& run, Settings& settings, mod_Mixer& midiLines);
 
     // Attaches everything to the streams of a run; the bands are flat, the effects at the library's defaults.
     void PrepareEffects();
@@ -49,6 +50,7 @@ private:
     AudioLibrary& library_;
     const RunState& run_;
     Settings& settings_;
+    mod_Mixer& midiLines_;
     EffectHandles handles_;
     EffectSwitches switches_;
 };

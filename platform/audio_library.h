@@ -8,9 +8,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "platform/effect_records.h"
+#include "platform/pcm_source.h"
 
 namespace melvane {
 
@@ -88,6 +90,9 @@ public:
     // 0 when the file cannot be read as sound.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
+    // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
+    // delivers fewer frames than asked for.
+    virtual Handle createStream(std::shared_ptr<PcmSource> source) = 0;
     virtual bool BASS_StreamFree(Handle handle) = 0;
     // Frees a channel of any kind.
     virtual bool BASS_MusicFree(Handle handle) = 0;

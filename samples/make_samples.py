@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Plays the tune of tune.py into evening-ferry.mp3 (the song) and evening-ferry-voice.wav (a synthetic singer).
+"""Plays the tune of tune.py into evening-ferry.mp3 (the song) and evening-ferry-voice.wav (a synthetic singer), and
+writes its notes and words into evening-ferry.kar.
 
 Needs nothing but Python and the encoder `lame`; each run gives the same sound.
 """
@@ -12,10 +13,12 @@ from pathlib import Path
 
 import tune
 from band import play_song
+from karaoke import write_karaoke
 from singer import sing
 
 FOLDER = Path(__file__).resolve().parent
 SONG = FOLDER / "evening-ferry.mp3"
+KARAOKE = FOLDER / "evening-ferry.kar"
 VOICE = FOLDER / "evening-ferry-voice.wav"
 SONG_RATE = 44100
 VOICE_RATE = 22050  # Enough for a voice, at half the size.
@@ -36,6 +39,7 @@ def write_wav(path, rate, peak, channels):
 
 
 def main():
+    write_karaoke(KARAOKE)
     with tempfile.TemporaryDirectory() as folder:
         plain = Path(folder) / "song.wav"
         write_wav(plain, SONG_RATE, SONG_PEAK, play_song(SONG_RATE))

@@ -37,6 +37,15 @@ MELODY = line("""
     | F#4:1.5 E4:.5 F#4:1 A4:1 | C#5:1.5 B4:.5 A4:2 | B4:1 A4:.5 B4:.5 D5:1 B4:1 | A4:2.5 -:1.5
     | D5:1.5 C#5:.5 B4:1 F#4:1 | G4:1 A4:.5 B4:.5 A4:1 E4:1 | D4:3 -:1""")
 
+# A syllable for each note of the melody, a line for each breath.
+WORDS = """
+    Eve-ning fer-ry, take me home
+    O-ver the si-lent bay,
+    Lights are danc-ing on the foam,
+    Soft at the end of day.
+    Rock me gent-ly, car-ry me all the way.
+"""
+
 # Opens the song, and answers the voice where that rests.
 BELL = line("""
     A5:.5 D6:.5 F#6:1 E6:.5 D6:.5 A5:1 | B5:.5 D6:.5 G6:1 E6:.5 C#6:.5 A5:1

@@ -7,6 +7,7 @@
 #include "app/mixer.h"
 #include "platform/bass/library.h"
 #include "platform/desktop/local_file_names.h"
+#include "platform/music/music.h"
 #include "tests/sound.h"
 #include "tests/sound_server.h"
 #include "tests/temp_dir.h"
@@ -24,6 +25,17 @@ void nap() {
 }
 void napAt(std::int64_t) {
     nap();
+}
+
+// A run of eighths on a flute, five seconds long.
+std::string midiSong() {
+    std::string track("\0\xC0\x49", 3);
+    for (const char key : std::string(20, 60)) {
+        const char pitch = static_cast<char>(key + static_cast<char>(track.size() % 12));
+        track += std::string("\0\x90", 2) + pitch + '\x64' + '\x30' + '\x80' + pitch + '\0';
+    }
+    track += std::string("\0\xFF\x2F\0", 4);
+    return std::string("MThd\0\0\0\x06\0\0\0\x01\0\x60MTrk\0\0\0", 21) + static_cast<char>(track.size()) + track;
 }
 
 // One run whose encoder stores what it is given.
@@ -44,9 +56,11 @@ struct ClocksFixture : testing::Test {
         const LocalFileNames names;
         ConsoleDialogs dialogs;
         const modLang language;
-        Mixer mixer({library, names, dialogs, language, nap});
+        const music::Music music = music::createMusic(library, {.devicePorts = false});
+        Mixer mixer({library, *music.system, *music.mixer, names, dialogs, language, nap});
         mixer.Form_Load(nullptr);
         switchEverythingOn(mixer);
+        mixer.sourceFiles().chooseBackground(song);
         mixer.fields() = {song, voice, dir / name};
         mixer.mixingRun().mi_button_Click();
         CardStatus card;
@@ -86,6 +100,21 @@ TEST_F(ClocksFixture, TheBlockSizeDoesNotMatter) {
     ASSERT_EQ(reference.size(), 44 + 200000U * 4);
     for (const std::uint32_t block : {64U, 441U})
         EXPECT_TRUE(mix(CardClock::stepped, block, "b.mp3").pcm == reference) << block;
+}
+
+TEST_F(ClocksFixture, AMidiSongIsTheSameOnEveryClock) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
+    voice = dir.write("voice.wav", wavFile(noise16(kSampleRate, 2)));
+    song = dir.write("song.mid", midiSong());
+    const std::string reference = mix(CardClock::stepped, 4096, "a.mp3").pcm;
+    ASSERT_GT(reference.size(), 5 * kSampleRate * 4U);
+    EXPECT_TRUE(mix(CardClock::stepped, 64, "b.mp3").pcm == reference);
+    auto machine = std::async(std::launch::async, [this] { return mix(CardClock::machine, 441, "machine.mp3"); });
+    const Outcome device = mix(CardClock::device, 441, "device.mp3");
+    EXPECT_TRUE(device.card.deviceOpen);
+    EXPECT_TRUE(device.pcm == reference);
+    EXPECT_TRUE(machine.get().pcm == reference);
 }
 
 TEST_F(ClocksFixture, AMinuteUnderLoadIsTheSameOnEveryClock) {
@@ -158,7 +187,8 @@ TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
     const LocalFileNames names;
     ConsoleDialogs dialogs;
     const modLang language;
-    Mixer mixer({library, names, dialogs, language, nap});
+    const music::Music music = music::createMusic(library, {.devicePorts = false});
+    Mixer mixer({library, *music.system, *music.mixer, names, dialogs, language, nap});
     mixer.Form_Load(nullptr);
     mixer.settings().forceMixDevice = 1;
     mixer.settings().mixDevice = static_cast<std::int16_t>(monitor);

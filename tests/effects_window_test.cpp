@@ -5,6 +5,7 @@
 #include "effects/effect_knobs.h"
 #include "effects/frmEff.h"
 #include "tests/fake_audio_library.h"
+#include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/window_events.h"
 
@@ -19,7 +20,9 @@ struct EffectsFixture : testing::Test {
     RunState run;
     Settings settings;
     modLang language;
-    EffectChain chain{library, run, settings};
+    FakeSystemMixer systemMixer;
+    mod_Mixer midiLines{systemMixer, settings, dialogs};
+    EffectChain chain{library, run, settings, midiLines};
     QWidget owner;
     frmEff* window = nullptr;
 

@@ -54,6 +54,10 @@ public:
     std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
     CardStatus cardStatus() const override { return card; }
 
+    Handle createStream(std::shared_ptr<PcmSource>) override {
+        note("createStream");
+        return ++lastHandle_;
+    }
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
         return unreadable.contains(file) ? 0 : ++lastHandle_;

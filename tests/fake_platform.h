@@ -44,8 +44,11 @@ public:
 
 class FakeFileNames : public FileNames {
 public:
+    std::string temporaryMidi;
+
     std::string systemDirectory() const override { return "/system"; }
     std::string programDirectory() const override { return "/program"; }
+    std::string temporaryMidiFile() const override { return temporaryMidi; }
     std::string shortPath(const std::string& path) const override { return path; }
     std::string commandLineWord(const std::string& path) const override { return "<" + path + ">"; }
 };

@@ -6,6 +6,7 @@
 #include "app/start_checks.h"
 #include "state/errors.h"
 #include "tests/fake_audio_library.h"
+#include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
 
@@ -48,9 +49,11 @@ struct MixingRunFixture : testing::Test {
     FakeAudioLibrary library;
     FakeDialogs dialogs;
     FakeFileNames names;
+    FakeMusic music;
+    FakeSystemMixer systemMixer;
     modLang language;
     int events = 0;
-    Mixer mixer{{library, names, dialogs, language, [this] { ++events; }}};
+    Mixer mixer{{library, music, systemMixer, names, dialogs, language, [this] { ++events; }}};
 };
 
 TEST_F(MixingRunFixture, CallsTheLibraryInOrder) {

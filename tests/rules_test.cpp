@@ -4,6 +4,7 @@
 #include "app/source_files.h"
 #include "audio/modAudio.h"
 #include "state/errors.h"
+#include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
 #include "tools/options.h"
@@ -46,11 +47,16 @@ TEST(ModAudio, PacksWords) {
 
 struct SourceFilesFixture : testing::Test {
     TempDir dir;
+    RunState run;
     PathFields fields;
     Settings settings;
     modLang language;
     FakeDialogs dialogs;
-    SourceFiles files{fields, settings, language, dialogs};
+    FakeFileNames names;
+    FakeMusic music;
+    FakeSystemMixer systemMixer;
+    MidiBackground midi{music, systemMixer, run, settings, names, dialogs, [] {}};
+    SourceFiles files{run, fields, settings, midi, language, dialogs};
 
     SourceFilesFixture() { language.InitLanguage("", "en"); }
 };

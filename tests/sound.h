@@ -10,13 +10,13 @@
 #include <vector>
 
 #include "platform/audio_library.h"
-#include "platform/bass/decode/pcm_source.h"
+#include "platform/pcm_source.h"
 
 namespace melvane::test {
 
 using Sound = std::vector<float>;
 
-class MemorySource : public decode::PcmSource {
+class MemorySource : public PcmSource {
 public:
     explicit MemorySource(Sound sound) : sound_(std::move(sound)) {}
 

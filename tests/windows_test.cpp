@@ -10,6 +10,7 @@
 #include "app/run_messages.h"
 #include "platform/desktop/registry_file.h"
 #include "tests/fake_audio_library.h"
+#include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
 #include "tests/window_events.h"
@@ -25,12 +26,14 @@ struct WindowFixture : testing::Test {
     TempDir dir;
     FakeAudioLibrary library;
     FakeFileNames names;
+    FakeMusic music;
+    FakeSystemMixer systemMixer;
     FakeDialogs dialogs;
     modLang language;
     RegistryFile registry{dir / "registry.json"};
     SettingsStore store{registry};
     std::function<void()> duringEvents = frmMain::processWindowEvents;
-    Environment environment{library, names, dialogs, language, [this] { duringEvents(); }};
+    Environment environment{library, music, systemMixer, names, dialogs, language, [this] { duringEvents(); }};
     Mixer mixer{environment};
     frmMain window{mixer, environment, store};
 

@@ -13,9 +13,11 @@
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
+#include "audio/modAudio.h"
 #include "platform/desktop/library_file.h"
 #include "platform/desktop/local_file_names.h"
 #include "platform/desktop/registry_file.h"
+#include "platform/music/music.h"
 #include "state/text_path.h"
 #include "tools/console_dialogs.h"
 #include "tools/options.h"
@@ -67,7 +69,15 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     for (const auto& change : options.changes) change(mixer.settings());
     mixer.run().key = options.key;
     mixer.run().syncOffset = options.syncOffset;
-    mixer.fields() = {options.background, options.vocal, options.destination};
+    mixer.sourceFiles().chooseBackground(options.background);
+    if (!mixer.midi().playback.loaded() && isMidiFile(options.background)) {
+        reporter.failed(midiMessage(language, mixer.midi().playback.failure()) + " " +
+                        mixer.midi().playback.failureText());
+        return kCouldNot;
+    }
+    for (const auto& change : options.channelChanges) change(mixer.midi().channels);
+    mixer.fields().vocal = options.vocal;
+    mixer.fields().destination = options.destination;
     MixingRun& run = mixer.mixingRun();
     catchInterrupts();
     run.mi_button_Click();
@@ -107,7 +117,8 @@ int run(const MixOptions& options) {
     }
     ConsoleDialogs dialogs;
     const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
-    Mixer mixer({*start.library, names, dialogs, language, doEvents});
+    const music::Music music = music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
+    Mixer mixer({*start.library, *music.system, *music.mixer, names, dialogs, language, doEvents});
     return mix(options, mixer, language, *start.library, reporter);
 }
 

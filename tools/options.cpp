@@ -108,6 +108,30 @@ void takeKey(MixOptions& o, const std::string& text) {
     o.key = decimal(text, -5, 5, "--key takes semitones from -5 to 5");
 }
 
+// Channels count from 1 for the user.
+std::int16_t channelIndex(const std::string& text, const std::string& fault) {
+    return static_cast<std::int16_t>(number<std::int16_t>(text, 1, kMidiChannels, fault) - 1);
+}
+
+void takeMute(MixOptions& o, const std::string& text) {
+    for (const std::string& field : split(text, ',')) {
+        const auto channel = channelIndex(field, "--mute takes MIDI channels from 1 to 16, joined by commas");
+        o.channelChanges.push_back([channel](MidiChannels& channels) { channels.setChannelVolume(channel, 0); });
+    }
+}
+
+using ChannelSetter = void (MidiChannels::*)(std::int16_t channel, std::int16_t value);
+
+template <ChannelSetter setter>
+void takeChannel(MixOptions& o, const std::string& text) {
+    const std::string fault = "channel options take CHANNEL=VALUE: a MIDI channel from 1 to 16, a value from 0 to 127";
+    const auto fields = split(text, '=');
+    if (fields.size() != 2) throw UsageError(fault);
+    const auto channel = channelIndex(fields[0], fault);
+    const auto value = number<std::int16_t>(fields[1], 0, 127, fault);
+    o.channelChanges.push_back([channel, value](MidiChannels& channels) { (channels.*setter)(channel, value); });
+}
+
 constexpr Option kOptions[] = {
     {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
     {"--sync", "SECONDS", "vocal earlier (to 0.6) or later (to -0.6)", takeSync},
@@ -116,6 +140,15 @@ constexpr Option kOptions[] = {
     {"--balance", "B,V", "balance of background and vocal, -100 left to 100 right", takeBalance},
     {"--effects", "E,L;...", "reverb, echo, chorus, flanger: on (1) or off (0), level 0 to 100", takeEffects},
     {"--preset", "NAME", "equaliser preset of the vocal, by name or number (0 to 13)", takePreset},
+    {"--mute", "CH,CH...", "MIDI background: channels to silence, 1 to 16", takeMute},
+    {"--program", "CH=N", "MIDI background: instrument of a channel, 0 to 127",
+     takeChannel<&MidiChannels::setChannelInstrument>},
+    {"--channel-volume", "CH=N", "MIDI background: volume of a channel, 0 to 127",
+     takeChannel<&MidiChannels::setChannelVolume>},
+    {"--channel-balance", "CH=N", "MIDI background: balance of a channel, 0 left, 64 centre, 127 right",
+     takeChannel<&MidiChannels::setChannelBalance>},
+    {"--soundfont", "FILE", "MIDI background: play with the sounds of this file",
+     [](MixOptions& o, const std::string& text) { o.soundFont = text; }},
     {"--settings", "", "start from what the window program saved",
      [](MixOptions& o, const std::string&) { o.storedSettings = true; }},
     {"--overwrite", "", "replace an existing DESTINATION",
@@ -169,7 +202,7 @@ std::string usageText() {
         "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
     for (const Option& option : kOptions) {
         std::string left = "  " + std::string(option.name) + " " + std::string(option.value);
-        left.resize(22, ' ');
+        left.resize(26, ' ');
         text += left + std::string(option.help) + "\n";
     }
     text +=

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "midi/channel_settings.h"
 #include "state/settings.h"
 
 namespace melvane {
@@ -19,6 +20,9 @@ struct MixOptions {
     float syncOffset = 0;  // seconds, -0.6..0.6
     // What the other options change in the settings, in their order.
     std::vector<std::function<void(Settings&)>> changes;
+    // What they change on the channels of a MIDI background.
+    std::vector<std::function<void(MidiChannels&)>> channelChanges;
+    std::string soundFont;  // "": the best that is installed
     bool storedSettings = false;
     bool overwrite = false;
     bool quiet = false;

@@ -113,10 +113,15 @@ void Library::forget(Handle handle) {
 Handle Library::BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                       std::uint32_t flags) {
     if (!initialised_ || mem || !file || offset != 0 || length != 0) return 0;
-    std::shared_ptr<decode::PcmSource> source = decode::openSource(file);
+    std::shared_ptr<PcmSource> source = decode::openSource(file);
     if (!source) return 0;
     if (flags & BASS_STREAM_DECODE) return keep({.decoding = std::move(source)});
     return keep({.channel = std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0)});
+}
+
+Handle Library::createStream(std::shared_ptr<PcmSource> source) {
+    if (!initialised_ || !source) return 0;
+    return keep({.channel = std::make_shared<Channel>(std::move(source), false)});
 }
 
 bool Library::BASS_StreamFree(Handle handle) {

@@ -31,6 +31,7 @@ public:
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
+    Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
     bool BASS_MusicFree(Handle handle) override;
     bool BASS_ChannelPlay(Handle handle, bool restart) override;
@@ -72,7 +73,7 @@ private:
     // What a handle stands for: a decoding source, a playable channel over one (with its key where it is a
     // tempo stream), an effect, or a capture.
     struct Entry {
-        std::shared_ptr<decode::PcmSource> decoding;
+        std::shared_ptr<PcmSource> decoding;
         std::shared_ptr<Channel> channel;
         std::shared_ptr<TempoSource> tempo;
         std::shared_ptr<Effect> effect;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/bass/capture/pcm16.h"
-#include "platform/bass/device/patience.h"
+#include "platform/patience.h"
 
 namespace melvane::bass {
 

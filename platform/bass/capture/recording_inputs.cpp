@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/audio_library.h"
-#include "platform/bass/device/patience.h"
+#include "platform/patience.h"
 
 namespace melvane::bass {
 

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "platform/bass/decode/pcm_source.h"
+#include "platform/pcm_source.h"
 
 namespace melvane::decode {
 

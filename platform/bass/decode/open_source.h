@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/bass/decode/pcm_source.h"
+#include "platform/pcm_source.h"
 
 namespace melvane::decode {
 

@@ -1,7 +1,7 @@
 #include "platform/bass/device/mixing_thread.h"
 
 #include "platform/audio_library.h"
-#include "platform/bass/device/patience.h"
+#include "platform/patience.h"
 
 namespace melvane::bass {
 

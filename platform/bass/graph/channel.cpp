@@ -4,7 +4,7 @@
 
 namespace melvane::bass {
 
-Channel::Channel(std::shared_ptr<decode::PcmSource> source, bool loop)
+Channel::Channel(std::shared_ptr<PcmSource> source, bool loop)
     : source_(std::move(source)), length_(source_->frames()), loop_(loop), fade_(kFadeFrames * 2) {}
 
 void Channel::play(bool restart) {

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/bass/decode/pcm_source.h"
+#include "platform/pcm_source.h"
 #include "platform/bass/effects/effect.h"
 #include "platform/bass/graph/level.h"
 
@@ -15,7 +15,7 @@ namespace melvane::bass {
 
 class Channel {
 public:
-    Channel(std::shared_ptr<decode::PcmSource> source, bool loop);
+    Channel(std::shared_ptr<PcmSource> source, bool loop);
 
     // --- any thread; what they ask for holds from the next block that is mixed on ---
     // Plays on; from the start when `restart` is true or the end was reached.
@@ -58,7 +58,7 @@ private:
     static constexpr std::int64_t kNoSeek = -1;
     static constexpr int kFadeFrames = 882;  // 20 ms
 
-    const std::shared_ptr<decode::PcmSource> source_;
+    const std::shared_ptr<PcmSource> source_;
     const std::int64_t length_;
     const bool loop_;
     std::atomic<bool> playing_{false};

@@ -12,7 +12,7 @@ std::size_t ringPlace(std::int64_t frame) {
 
 }  // namespace
 
-SourceWindow::SourceWindow(std::shared_ptr<decode::PcmSource> source)
+SourceWindow::SourceWindow(std::shared_ptr<PcmSource> source)
     : source_(std::move(source)), kept_(kFrames * 2) {}
 
 void SourceWindow::read(std::int64_t frame, float* out, std::size_t count) {

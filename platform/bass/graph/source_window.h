@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/bass/decode/pcm_source.h"
+#include "platform/pcm_source.h"
 
 namespace melvane::bass {
 
@@ -16,7 +16,7 @@ public:
     // Frames behind the furthest one read that can be read again without a seek.
     static constexpr std::size_t kFrames = 32768;
 
-    explicit SourceWindow(std::shared_ptr<decode::PcmSource> source);
+    explicit SourceWindow(std::shared_ptr<PcmSource> source);
 
     std::int64_t frames() const { return source_->frames(); }
     // `count` (at most kFrames) interleaved frames from `frame` on; silence before the start and behind the end.
@@ -25,7 +25,7 @@ public:
 private:
     void fillUpTo(std::int64_t end);
 
-    const std::shared_ptr<decode::PcmSource> source_;
+    const std::shared_ptr<PcmSource> source_;
     std::vector<float> kept_;  // a ring: frame f lies at f modulo kFrames
     std::int64_t begin_ = 0;   // first frame kept
     std::int64_t end_ = 0;     // behind the last frame kept; where the source stands

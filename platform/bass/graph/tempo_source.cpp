@@ -6,7 +6,7 @@
 
 namespace melvane::bass {
 
-TempoSource::TempoSource(std::shared_ptr<decode::PcmSource> source) : window_(std::move(source)) {}
+TempoSource::TempoSource(std::shared_ptr<PcmSource> source) : window_(std::move(source)) {}
 
 void TempoSource::setPitch(float semitones) {
     if (std::isfinite(semitones)) wantedPitch_ = std::clamp(semitones, -12.0F, 12.0F);

@@ -13,9 +13,9 @@
 
 namespace melvane::bass {
 
-class TempoSource : public decode::PcmSource {
+class TempoSource : public PcmSource {
 public:
-    explicit TempoSource(std::shared_ptr<decode::PcmSource> source);
+    explicit TempoSource(std::shared_ptr<PcmSource> source);
 
     // Any thread; semitones, clamped to -12..12.
     void setPitch(float semitones);

@@ -1,4 +1,4 @@
-// Calls into the sound server that may never return, when the server has stopped answering.
+// Calls into a server of the machine that may never return, when the server has stopped answering.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 #include <optional>
 #include <thread>
 
-namespace melvane::bass {
+namespace melvane {
 
 // Runs `work` on a thread of its own and returns its result, or nothing when it takes longer than `patience`. The
 // thread then goes on by itself; what `work` uses must be owned by it.
@@ -31,4 +31,4 @@ void closeWithPatience(std::chrono::milliseconds patience, std::unique_ptr<T> ow
     });
 }
 
-}  // namespace melvane::bass
+}  // namespace melvane

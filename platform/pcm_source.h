@@ -1,18 +1,17 @@
-// Where samples come from: interleaved stereo float frames, full scale at 1.0.
+// Where samples come from: interleaved stereo float frames at 44100 Hz, full scale at 1.0.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-namespace melvane::decode {
+namespace melvane {
 
-// Frames at 44100 Hz. One thread at a time; nothing here throws. What can't be read of a damaged file is
-// silence, so that read() always delivers frames() frames in all.
+// One thread at a time; nothing here throws. What can't be read of a damaged file is silence.
 class PcmSource {
 public:
     virtual ~PcmSource() = default;
 
-    // The exact length.
+    // The exact length of a file; of sound that is made as it plays, the most that it can become.
     virtual std::int64_t frames() const = 0;
     // Fills `out` with up to `frames` frames and returns how many; fewer only at the end, 0 behind it.
     virtual std::size_t read(float* out, std::size_t frames) = 0;
@@ -20,4 +19,4 @@ public:
     virtual void seek(std::int64_t frame) = 0;
 };
 
-}  // namespace melvane::decode
+}  // namespace melvane

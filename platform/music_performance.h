@@ -1,0 +1,94 @@
+// Music as the program sees it: a song is loaded as a segment and played by a performance on one of the MIDI
+// ports. The built-in synthesiser, always the first port, sounds on the audio library's card; the others are devices of
+// the machine.
+//
+// All operations are called on the user-interface thread and do not wait for sound. Those that fail throw MusicError.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace melvane {
+
+struct MusicError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The time of a message is given as reference time.
+inline constexpr std::uint32_t kReferenceTime = 1;
+
+// A song in memory.
+class MusicSegment {
+public:
+    virtual ~MusicSegment() = default;
+    // Seconds to the last event and, behind it, the longest that the last notes may take to fade.
+    virtual double length() const = 0;
+};
+
+class MusicLoader {
+public:
+    virtual ~MusicLoader() = default;
+    // Reads a MIDI song; `fileName` is UTF-8. Throws MusicError when it holds no song.
+    virtual std::shared_ptr<MusicSegment> loadSegment(const std::string& fileName) = 0;
+};
+
+// Channels count from 0 to 15, 9 is percussion. Messages take effect at once, before the song begins at its first
+// frame; `time` and `flags` (kReferenceTime) say when one was meant and change nothing here.
+class MusicPerformance {
+public:
+    virtual ~MusicPerformance() = default;
+
+    // How many output ports there are, and the description of `port`, 1 to that number.
+    virtual int portCount() const = 0;
+    virtual std::string portDescription(int port) const = 0;
+
+    // Must come first; once.
+    virtual void init() = 0;
+    // Opens a port for `channelGroups` groups of 16 channels, of which the first is used. Port 0 is the default one,
+    // the built-in synthesiser; `port` n is the one described as n + 1; one that has gone is replaced by the default
+    // one. Throws MusicError when it can't be opened, as when there are no sounds for the synthesiser.
+    virtual void setPort(int port, int channelGroups) = 0;
+
+    // Makes the sounds that the segment needs ready, and lets go of them.
+    virtual void download(const std::shared_ptr<MusicSegment>& segment) = 0;
+    virtual void unload() = 0;
+
+    // Plays the downloaded segment from its beginning. The card ends with it: see AudioLibrary::holdCardAtEndOf.
+    virtual void playSegment() = 0;
+    // Stops with all notes off; nothing when nothing plays.
+    virtual void stop() = 0;
+    virtual bool playing() const = 0;
+    // Seconds of the segment that have sounded, also after its end; 0 before it was played.
+    virtual double position() const = 0;
+
+    // 1.0 is the song's own tempo.
+    virtual void setMasterTempo(double factor) = 0;
+    // Hundredths of a decibel; 0 leaves the song as it is.
+    virtual void setMasterVolume(std::int32_t hundredthsOfDecibel) = 0;
+
+    // What is sent here is the user's and wins over the song's own messages for the same setting of the channel
+    // (program, volume, balance), also when the song is played again.
+    virtual void sendPatch(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t instrument,
+                           std::uint8_t bankHigh, std::uint8_t bankLow) = 0;
+    virtual void sendMidi(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t status,
+                          std::uint8_t data1, std::uint8_t data2) = 0;
+    // Moves the notes that begin from now on by `semitones`; percussion is never moved.
+    virtual void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) = 0;
+    // From now on the song's own messages count again on every channel; sends nothing.
+    virtual void liftChannelSettings() = 0;
+
+    // Stops, unloads and closes the port.
+    virtual void closeDown(int channelGroups) = 0;
+};
+
+// The root of it all; one in a program.
+class MusicSystem {
+public:
+    virtual ~MusicSystem() = default;
+    virtual std::unique_ptr<MusicLoader> createLoader() = 0;
+    virtual std::unique_ptr<MusicPerformance> createPerformance() = 0;
+};
+
+}  // namespace melvane

@@ -1,0 +1,64 @@
+// What the program knows of the MIDI song that is loaded. Flags are -1 (true) or 0.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "state/errors.h"
+
+namespace melvane {
+
+inline constexpr std::int16_t kMidiChannels = 16;
+inline constexpr std::int16_t kPercussionChannel = 9;
+
+struct ChannelSettings {
+    std::int16_t instrumentChanged = 0;
+    std::int16_t volumeChanged = 0;
+    std::int16_t balanceChanged = 0;
+    std::int16_t instrument = 0;     // General MIDI program, 0..127
+    std::int16_t channelNumber = 0;  // from 1; -1: the channel plays no notes
+    std::int16_t volume = 0;         // controller 7, 0..127
+    std::int16_t balance = 0;        // controller 10, 0..127; 64 is the centre
+    std::int16_t state = 0;          // 2: used
+    std::int16_t shown = 0;
+    std::int16_t switchedOn = 0;
+};
+
+// What the song itself sets a channel to.
+struct InitialSettings {
+    std::int16_t volume = 0;
+    std::int16_t balance = 0;
+    std::int16_t instrument = 0;
+};
+
+// A table of the sixteen channels, from 0. Another index throws BoundsError.
+template <typename T>
+class ChannelTable {
+public:
+    T& operator[](std::int16_t channel) { return rows_[checked(channel)]; }
+    const T& operator[](std::int16_t channel) const { return rows_[checked(channel)]; }
+
+private:
+    static std::size_t checked(std::int16_t channel) {
+        if (channel < 0 || channel >= kMidiChannels) throw BoundsError();
+        return static_cast<std::size_t>(channel);
+    }
+
+    std::array<T, kMidiChannels> rows_{};
+};
+
+struct MidiState {
+    ChannelTable<ChannelSettings> ChannelInfo;
+    ChannelTable<InitialSettings> InitialChannel;
+    std::string midiBytes;          // the song's file
+    std::string midiSettingsBlock;  // of the karaoke container it came in
+    bool fileSettingsFound = false;
+    std::vector<std::string> midiPorts;  // descriptions; the first stands for port 1
+    std::int16_t midiLoaded = 0;
+    bool deviceOpen = false;  // a song is loaded into the performance
+    float midiLength = 0;     // seconds
+};
+
+}  // namespace melvane

@@ -1,0 +1,207 @@
+#!/usr/bin/env python3
+"""End-to-end tests of the headless mixer with MIDI songs: midi_tool_test.py BUILD_DIRECTORY"""
+
+import array
+import cmath
+import math
+import statistics
+import subprocess
+import sys
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+import tool_test
+from tool_test import RATE, STREAMED_HEADER, clicks, click_places
+
+SAMPLES = Path(__file__).resolve().parent.parent / "samples"
+sys.path.append(str(SAMPLES))
+import karaoke  # noqa: E402
+import midi_file  # noqa: E402
+import tune  # noqa: E402
+
+SONG = SAMPLES / "evening-ferry.kar"
+FONT = Path("/usr/share/sounds/sf2/TimGM6mb.sf2")  # the smaller one, soon loaded
+SONG_SECONDS = karaoke.BEATS * 60 / tune.BEATS_PER_MINUTE
+SILENT = 10 ** (-50 / 20)  # of the loudest sample
+LINGERS = 2  # seconds that fluidsynth plays on after the end of a song
+MELODY, ONLY_MELODY, ONLY_DRUMS = "4", "1,2,3,5,10", "1,2,3,4,5"
+ALONE = (13.5, 17, 19, 29.5, 33, 45)  # beats where no other part, nor an overtone of one, has the melody's pitch
+BLOCK = RATE // 100
+
+
+def seconds_of(note):
+    return note.start * 60 / tune.BEATS_PER_MINUTE
+
+
+def level(pcm, frequency, start):
+    """Amplitude of a frequency in the middle of both sides for a fifth of a second, through a Hann window."""
+    first, count = round(start * RATE), RATE // 5
+    middle = [pcm[2 * i] + pcm[2 * i + 1] for i in range(first, first + count)]
+    turn = cmath.exp(-2j * math.pi * frequency / RATE)
+    place, total = 1, 0
+    for i, sample in enumerate(middle):
+        total += place * sample * (1 - math.cos(2 * math.pi * i / count))
+        place *= turn
+    return abs(total) / count
+
+
+def note_level(pcm, note, semitones=0):
+    return level(pcm, 440 * 2 ** ((note.pitch + semitones - 69) / 12), seconds_of(note) + 0.05)
+
+
+def loudness(samples):
+    return math.sqrt(sum(sample * sample for sample in samples) / len(samples))
+
+
+def strokes(pcm):
+    """How much louder the highs get from one hundredth of a second to the next, in powers of e."""
+    left = pcm[::2]
+    highs = [after - before for before, after in zip(left, left[1:])]
+    course = [math.log(1 + loudness(highs[i:i + BLOCK])) for i in range(0, len(highs) - BLOCK, BLOCK)]
+    return [max(0.0, after - before) for before, after in zip(course, course[1:])]
+
+
+def fluidsynth(song, output, rate, *options):
+    """Samples of both sides as fluidsynth plays them."""
+    command = ["fluidsynth", "-ni", "-q", *options, "-T", "raw", "-F", output, "-r", str(rate), FONT, song]
+    subprocess.run(command, check=True, capture_output=True, timeout=tool_test.HANG)
+    samples = array.array("h", output.read_bytes())
+    output.unlink()
+    return samples
+
+
+class MidiTest(tool_test.ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.silence = self.wav("silence.wav", pcm=bytes(4000))
+
+    def play(self, *options, song=SONG):
+        """What the encoder gets of a song, at about its own volume; the voice is silent."""
+        self.expect_mixed("--overwrite", "--soundfont", FONT, "--volume", "70,100", *options, "--", song, self.silence,
+                          "mix.mp3", path=self.encoder())
+        return array.array("h", (self.dir / "mix.mp3").read_bytes()[len(STREAMED_HEADER):])
+
+
+class PlayTest(MidiTest):
+    def test_song_and_voice_start_together(self):
+        voice = self.wav("voice.wav", pcm=clicks(40 * RATE, [1000], side=1))
+        self.expect_mixed("--balance", "-100,100", "--soundfont", FONT, SONG, voice, "mix.mp3")
+        pcm = self.decode(self.dir / "mix.mp3")
+        self.assertEqual(click_places(pcm, 1), [1000])
+        left = array.array("h", pcm)[::2]
+        peak = max(map(abs, left))
+        self.assertGreater(peak, 1000)
+        self.assertLess(next(i for i, sample in enumerate(left) if abs(sample) > peak / 100), BLOCK)
+        self.assertTrue(SONG_SECONDS - 0.01 < len(left) / RATE < SONG_SECONDS + LINGERS + 0.1, len(left) / RATE)
+
+    def test_notes_sound_when_they_should(self):
+        mixed, wanted = strokes(self.play()), strokes(fluidsynth(SONG, self.dir / "wanted.raw", RATE))
+        count = round(SONG_SECONDS * 100) - 10  # the fade stays out
+        likeness = {lag: statistics.correlation(mixed[5 + lag:count + lag], wanted[5:count]) for lag in range(-5, 6)}
+        self.assertEqual(max(likeness, key=likeness.get), 0, likeness)
+        self.assertGreater(likeness[0], 0.8)
+
+    def test_damaged_song_is_refused(self):
+        song = SONG.read_bytes()
+        midi_file.write_midi(self.dir / "no notes.mid", [[(0, midi_file.tempo(100))]], 4)
+        contents = {"empty.mid": b"", "cut.kar": song[:10], "header.midi": song[:14], "early.kar": song[:100],
+                    "zeros.mid": bytes(5000), "text.kar": b"La la la\n" * 500, "random.mid": tool_test.noise(5000, 3)}
+        for name, content in contents.items():
+            (self.dir / name).write_bytes(content)
+        before = sorted(self.dir.iterdir())
+        for name in [*contents, "no notes.mid", "missing.kar"]:
+            with self.subTest(name=name):
+                self.expect_refused("--soundfont", FONT, name, self.silence, "mix.mp3", says=".")
+                self.assertEqual(sorted(self.dir.iterdir()), before)
+        (self.dir / "half.kar").write_bytes(song[:len(song) // 2])
+        self.assertGreater(loudness(self.play(song="half.kar")), 10, "what can be read is played")
+
+    def test_unusable_sounds_are_named(self):
+        for font in ("missing.sf2", self.silence):
+            with self.subTest(font=font):
+                self.expect_refused("--soundfont", font, SONG, self.silence, "mix.mp3", says=Path(font).name)
+                self.assertFalse((self.dir / "mix.mp3").exists())
+
+    def test_container_and_names_change_nothing(self):
+        wanted = self.play()
+        container = SONG.read_bytes() + b"#VEXMidi\r\n0004,1,0,20,0,56\r\n#End VEXMidi\r\n"
+        for name, content in (("with  two blanks.kar", container), ("it's \"quoted\".mid", SONG.read_bytes()),
+                              ("zażółć gęślą jaźń.kar", container), ("カラオケの歌.MIDI", container), ("-o.KAR", container)):
+            with self.subTest(name=name):
+                (self.dir / name).write_bytes(content)
+                self.assertEqual(self.play(song=name), wanted)
+                (self.dir / name).unlink()
+        self.play()
+        self.assertEqual(sorted(file.name for file in self.dir.iterdir()), ["fake", "home", "mix.mp3", "silence.wav"])
+        self.assertFalse(Path(tool_test.MIX).with_name("tmp.mid").exists(), "the song of a container stays behind")
+
+    def test_songs_of_others_have_their_length(self):
+        files = subprocess.run(["dpkg", "-L", "openttd-openmsx"], capture_output=True, text=True).stdout.splitlines()
+        songs = [Path(file) for file in files if file.endswith(".mid")]
+        if not songs:
+            self.skipTest("openttd-openmsx is not installed")
+        path = self.encoder()
+
+        def lengths(song):
+            mix = self.dir / (song.stem + ".mp3")
+            result = self.mix("--soundfont", FONT, song, self.silence, mix, path=path)
+            samples = fluidsynth(song, mix.with_suffix(".raw"), 8000, "-R", "0", "-C", "0")
+            size = mix.stat().st_size if mix.exists() else 0
+            mix.unlink(missing_ok=True)
+            silent = max(map(abs, samples)) * SILENT
+            heard = next(i for i in range(len(samples) - 1, 0, -1) if abs(samples[i]) > silent)
+            return result, size / 4 / RATE, heard / 2 / 8000, len(samples) / 2 / 8000
+
+        with ThreadPoolExecutor(2) as pool:
+            for song, (result, mixed, heard, played) in zip(songs, pool.map(lengths, songs)):
+                with self.subTest(song=song.name):
+                    self.assertEqual(result, (0, ""))
+                    # fluidsynth goes on until its last voice is quite silent, which takes up to half a minute.
+                    self.assertLess(heard - 0.1, mixed)
+                    self.assertLess(mixed, played + 0.1)
+
+
+class ChannelTest(MidiTest):
+    def test_melody_can_be_muted(self):
+        whole, without = self.play(), self.play("--mute", MELODY)
+        for note in (note for note in tune.MELODY if note.start in ALONE):
+            self.assertGreater(note_level(whole, note), 10 * note_level(without, note), note)
+
+    def test_key_moves_melody_but_not_drums(self):
+        plain, moved = (self.play("--mute", ONLY_MELODY, "--key", key) for key in ("0", "2"))
+        self.assertLess(max(map(abs, plain[:2 * round(RATE * (seconds_of(tune.MELODY[0]) - 0.1))])), 10)
+        for note in tune.MELODY:
+            for pcm, here, elsewhere in ((plain, 0, 2), (moved, 2, 0)):
+                self.assertGreater(note_level(pcm, note, here), 2 * note_level(pcm, note, elsewhere), (note, here))
+        drums, same = (self.play("--mute", ONLY_DRUMS, "--key", key) for key in ("0", "2"))
+        self.assertGreater(loudness(drums), 10)
+        self.assertLess(loudness([a - b for a, b in zip(drums, same, strict=True)]), loudness(drums) / 20)
+
+    def test_channel_settings_are_heard(self):
+        only = ("--mute", ONLY_MELODY)
+        plain, xylophone = self.play(*only), self.play(*only, "--program", "4=13")
+        note = max(tune.MELODY, key=lambda note: note.length)
+        held = slice(2 * round(RATE * (seconds_of(note) + 1)), 2 * round(RATE * (seconds_of(note) + 1.2)))
+        self.assertGreater(loudness(xylophone), 10)
+        self.assertGreater(loudness(plain[held]), 10 * loudness(xylophone[held]), "a flute holds its notes")
+        self.assertLess(loudness(self.play(*only, "--channel-volume", "4=26")), loudness(plain) / 4)
+        for value, near, far in (("4=0", 0, 1), ("4=127", 1, 0)):
+            pcm = self.play(*only, "--channel-balance", value)
+            self.assertGreater(loudness(pcm[near::2]), 3 * loudness(pcm[far::2]), value)
+
+    def test_tone_and_balance_act_on_the_background(self):
+        plain, boosted = (self.play("--tone", tone + ",50,50,50") for tone in ("50", "0"))
+        low = next(note for note in tune.BASS if note.pitch == tune.key_number("G2"))
+        self.assertGreater(note_level(boosted, low), 1.4 * note_level(plain, low))
+        high = next(note for note in tune.BELL if note.pitch == tune.key_number("F#6"))
+        self.assertAlmostEqual(note_level(boosted, high) / note_level(plain, high), 1, delta=0.2)
+        for balance, silent in (("-100,0", 1), ("100,0", 0)):
+            pcm = self.play("--balance", balance)
+            self.assertEqual(max(map(abs, pcm[silent::2])), 0, balance)
+            self.assertGreater(loudness(pcm[1 - silent::2]), 100, balance)
+
+
+if __name__ == "__main__":
+    tool_test.MIX = str(Path(sys.argv.pop(1), tool_test.MIX).resolve())
+    unittest.main()
