@@ -19,6 +19,9 @@ inline constexpr std::uint8_t kChannelPressure = 0xD0;
 inline constexpr std::uint8_t kPitchBend = 0xE0;
 inline constexpr std::uint8_t kSystemExclusive = 0xF0;
 
+// Behind the programs 0..127: the drums, on a channel of the synthesiser other than theirs.
+inline constexpr std::uint8_t kPercussionKit = 128;
+
 // Controllers.
 inline constexpr std::uint8_t kBankHigh = 0;
 inline constexpr std::uint8_t kVolume = 7;

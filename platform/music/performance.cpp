@@ -22,7 +22,7 @@ std::uint8_t checkedChannel(int channel) {
 }
 
 std::uint8_t dataByte(std::uint8_t value) {
-    return value & 0x7F;
+    return std::min<std::uint8_t>(value, 0x7F);
 }
 
 }  // namespace
@@ -168,7 +168,7 @@ void Performance::setMasterVolume(std::int32_t hundredthsOfDecibel) {
 
 void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, std::uint8_t instrument,
                             std::uint8_t bankHigh, std::uint8_t bankLow) {
-    const Patch patch{dataByte(bankHigh), dataByte(bankLow), dataByte(instrument)};
+    const Patch patch{dataByte(bankHigh), dataByte(bankLow), std::min(instrument, kPercussionKit)};
     checkedChannel(channel);
     checkOpen();
     if (!port_) nextSynth().hold(channel, patch);

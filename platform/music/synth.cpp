@@ -26,6 +26,8 @@ constexpr int kQuietPieces = 40;
 // The number that devices of the GS family answer to.
 constexpr int kDeviceId = 16;
 
+constexpr int kPercussionBank = 128;
+
 void ignoreLog(int, const char*, void*) {}
 
 void silenceLog() {
@@ -139,7 +141,10 @@ void Synth::send(std::int64_t, std::uint8_t status, std::uint8_t data1, std::uin
             fluid_synth_cc(synth, channel, data1, data2);
             break;
         case kProgramChange:
-            fluid_synth_program_change(synth, channel, data1);
+            if (data1 == kPercussionKit)
+                fluid_synth_program_select(synth, channel, engine_->fontId, kPercussionBank, 0);
+            else
+                fluid_synth_program_change(synth, channel, data1);
             break;
         case kChannelPressure:
             fluid_synth_channel_pressure(synth, channel, data1);

@@ -22,7 +22,10 @@ void Card::play(const std::shared_ptr<Channel>& channel, bool restart) {
 void Card::remove(const std::shared_ptr<Channel>& channel) {
     const std::lock_guard lock(mutex_);
     std::erase(channels_, channel);
-    if (holdAtEndOf_ == channel) holdAtEndOf_.reset();
+    if (holdAtEndOf_ == channel) {
+        holdAtEndOf_.reset();
+        afresh_ = true;  // its end, if it came already, is no end for what plays next
+    }
     changed();
 }
 
