@@ -23,7 +23,7 @@ void MidiBackground::close() {
     channels.updateChannels();
 }
 
-void MidiBackground::SetMidiVolume() {
+void MidiBackground::applyVolumeAndBalance() {
     channels.SetMidiVolume();
     lines.SetSynthBalance();
 }

@@ -18,12 +18,11 @@ public:
 
     // At the start of the program: looks for the mixer lines and the MIDI ports.
     void prepare();
-    // Loads a song. `fileName` is UTF-8 and becomes the file that is played.
+    // Loads a song; `fileName` is UTF-8.
     void open(std::string fileName);
     // Lets go of the song, whatever was loaded.
     void close();
-    // Sets volume and balance.
-    void SetMidiVolume();
+    void applyVolumeAndBalance();
     // Bass and treble as the user wants them for a run, and as they are without one.
     void setTone();
     void restoreTone();

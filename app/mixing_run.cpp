@@ -219,7 +219,7 @@ bool MixingRun::prepareDestination() {
 
 void MixingRun::SetBassVolume() {
     if (run_.isMidiBackground)
-        midi_.SetMidiVolume();
+        midi_.applyVolumeAndBalance();
     else
         SetChannelVolume(library_, run_.backgroundChannel, with_.settings.volume[0]);
     SetChannelVolume(library_, run_.vocalChannel, with_.settings.volume[1]);
@@ -256,9 +256,10 @@ bool MixingRun::backgroundEnded() const {
 
 void MixingRun::Timer1_Timer() {
     if (!run_.isMixing || busy_) return;
+    const bool ended = backgroundEnded();
+    if (ended) framesTotal_ = framesDone();
     const double done = static_cast<double>(framesDone()) / static_cast<double>(framesTotal_);
-    progressWidth_ =
-        backgroundEnded() ? kProgressWidth : std::clamp(static_cast<int>(done * kProgressWidth), 0, kProgressWidth);
+    progressWidth_ = ended ? kProgressWidth : std::clamp(static_cast<int>(done * kProgressWidth), 0, kProgressWidth);
     applySyncOffset();
     if (progressWidth_ == kProgressWidth || !library_.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }

@@ -49,6 +49,7 @@ void SourceFiles::browseBackground() {
 
 void SourceFiles::chooseBackground(const std::string& path) {
     fields_.background = path;
+    fields_.destination.clear();
     if (run_.isMidiBackground) midi_.close();
     run_.isMidiBackground = isMidiFile(path);
     if (run_.isMidiBackground) openMidi();
@@ -56,7 +57,6 @@ void SourceFiles::chooseBackground(const std::string& path) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
         if (exists(vocal)) fields_.vocal = vocal;
     }
-    fields_.destination.clear();
 }
 
 void SourceFiles::openMidi() {

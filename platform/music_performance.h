@@ -70,7 +70,7 @@ public:
 
     // What is sent here is the user's and wins over the song's own messages for the same setting of the channel
     // (program, volume, balance), also when the song is played again. Data beyond 127 count as 127; instrument 128 is
-    // the drums.
+    // the drums, on the synthesiser only.
     virtual void sendPatch(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t instrument,
                            std::uint8_t bankHigh, std::uint8_t bankLow) = 0;
     virtual void sendMidi(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t status,

@@ -58,9 +58,8 @@ void removePlaceholder(const RunState& run) {
         std::filesystem::remove(toPath(run.destinationPath), error);
 }
 
-int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
-    std::error_code error;
-    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(toPath(options.destination), error));
+// Settings, song and files; false when the song can't be played.
+bool prepare(const MixOptions& options, Mixer& mixer) {
     RegistryFile registry(RegistryFile::defaultPath());
     const SettingsStore store(registry);
     mixer.Form_Load(options.storedSettings ? &store : nullptr);
@@ -70,14 +69,21 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     mixer.run().key = options.key;
     mixer.run().syncOffset = options.syncOffset;
     mixer.sourceFiles().chooseBackground(options.background);
-    if (!mixer.midi().playback.loaded() && isMidiFile(options.background)) {
-        reporter.failed(midiMessage(language, mixer.midi().playback.failure()) + " " +
-                        mixer.midi().playback.failureText());
-        return kCouldNot;
-    }
+    if (mixer.run().isMidiBackground && !mixer.midi().playback.loaded()) return false;
     for (const auto& change : options.channelChanges) change(mixer.midi().channels);
     mixer.fields().vocal = options.vocal;
     mixer.fields().destination = options.destination;
+    return true;
+}
+
+int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
+    std::error_code error;
+    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(toPath(options.destination), error));
+    if (!prepare(options, mixer)) {
+        const MidiPlayback& midi = mixer.midi().playback;
+        reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
+        return kCouldNot;
+    }
     MixingRun& run = mixer.mixingRun();
     catchInterrupts();
     run.mi_button_Click();
@@ -117,7 +123,8 @@ int run(const MixOptions& options) {
     }
     ConsoleDialogs dialogs;
     const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
-    const music::Music music = music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
+    const music::Music music =
+        music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
     Mixer mixer({*start.library, *music.system, *music.mixer, names, dialogs, language, doEvents});
     return mix(options, mixer, language, *start.library, reporter);
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "audio/modAudio.h"
 #include "effects/presets.h"
 #include "state/numbers.h"
 
@@ -193,6 +194,8 @@ MixOptions parseOptions(std::span<const char* const> arguments) {
     options.background = paths[0];
     options.vocal = paths[1];
     options.destination = paths[2];
+    if (!isMidiFile(options.background) && !(options.channelChanges.empty() && options.soundFont.empty()))
+        throw UsageError("options of channels and --soundfont are for MIDI backgrounds");
     return options;
 }
 

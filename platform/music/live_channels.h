@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <variant>
 
 #include "platform/music/midi_messages.h"
@@ -46,6 +47,7 @@ public:
 
     // Whether a message of the song is to be left out.
     bool overrides(const SongEvent& event) const;
+    bool overrides(std::span<const std::uint8_t> sysex) const { return masterVolume_ && isMasterVolume(sysex); }
     int transposition(int channel) const { return channels_[static_cast<std::size_t>(channel)].semitones; }
 
     // Sends the user's settings of one channel or all of them.

@@ -38,6 +38,11 @@ inline bool isBankSelect(std::uint8_t controller) {
     return controller == kBankHigh || controller == kBankLow;
 }
 
+// Whether a system exclusive message is the universal one that sets the volume of a whole device.
+inline bool isMasterVolume(std::span<const std::uint8_t> message) {
+    return message.size() == 8 && message[1] == 0x7F && message[3] == 0x04 && message[4] == 0x01;
+}
+
 // Whether a system exclusive message turns General MIDI on or off, or resets a device of the GS or XG family.
 inline bool isReset(std::span<const std::uint8_t> message) {
     const auto holds = [&](std::size_t at, std::uint8_t value) { return at < message.size() && message[at] == value; };

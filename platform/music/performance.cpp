@@ -168,9 +168,11 @@ void Performance::setMasterVolume(std::int32_t hundredthsOfDecibel) {
 
 void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, std::uint8_t instrument,
                             std::uint8_t bankHigh, std::uint8_t bankLow) {
-    const Patch patch{dataByte(bankHigh), dataByte(bankLow), std::min(instrument, kPercussionKit)};
     checkedChannel(channel);
     checkOpen();
+    if (port_ && instrument == kPercussionKit) return;  // no device has them there
+    const Patch patch{dataByte(bankHigh), dataByte(bankLow),
+                      instrument == kPercussionKit ? instrument : dataByte(instrument)};
     if (!port_) nextSynth().hold(channel, patch);
     tell(PatchMessage{channel, patch});
 }

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/music/midi_messages.h"
-
 namespace melvane::music {
 
 PortInstrument::PortInstrument(std::shared_ptr<PortSink> port, double secondsAhead)
@@ -32,7 +30,7 @@ void PortInstrument::render(float* out) {
 
 void PortInstrument::send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
     const std::lock_guard lock(mutex_);
-    if (!stopped_ && data1 < kPercussionKit) port_->send(frame, status, data1, data2);
+    if (!stopped_) port_->send(frame, status, data1, data2);
 }
 
 void PortInstrument::sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) {

@@ -11,6 +11,7 @@
 
 #include "platform/music/heard_clock.h"
 #include "platform/music/message_queue.h"
+#include "platform/music/midi_messages.h"
 
 namespace melvane::music {
 
@@ -19,10 +20,9 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = HeardClock::Clock;
 constexpr auto kPatience = 200ms;
-constexpr int kChannels = 16;
 constexpr std::size_t kUsualSysex = 4096;
 // Pedal up, all notes off, all sound off.
-constexpr std::array<std::uint8_t, 3> kEndingControllers{64, 123, 120};
+constexpr std::array<std::uint8_t, 3> kEndingControllers{kSustain, kAllNotesOff, kAllSoundOff};
 
 // Where it isn't permitted, the thread goes on as it is.
 void askForRealTime() {

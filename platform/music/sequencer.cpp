@@ -120,6 +120,7 @@ void Sequencer::sendControl(const SongEvent& event, std::int64_t frame) {
 }
 
 void Sequencer::sendSysex(const std::vector<std::uint8_t>& message, std::int64_t frame) {
+    if (live_.overrides(message)) return;
     sink_.sendSysex(frame, message);
     if (!isReset(message)) return;
     sounding_.clear();

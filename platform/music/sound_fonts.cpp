@@ -1,6 +1,7 @@
 #include "platform/music/sound_fonts.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -64,7 +65,9 @@ bool isSoundFont(const std::string& fileName) {
     if (!fs::is_regular_file(fileName, error)) return false;
     std::string head(12, '\0');
     std::ifstream(fileName, std::ios::binary).read(head.data(), static_cast<std::streamsize>(head.size()));
-    return head.starts_with("RIFF") && head.ends_with("sfbk");
+    std::uintmax_t length = 0;
+    for (const std::size_t i : {7U, 6U, 5U, 4U}) length = length << 8 | static_cast<unsigned char>(head[i]);
+    return head.starts_with("RIFF") && head.ends_with("sfbk") && length + 8 <= fs::file_size(fileName, error);
 }
 
 }  // namespace melvane::music
