@@ -7,13 +7,15 @@
 
 #include "app/source_files.h"
 #include "controls/window_layout.h"
+#include "controls/window_region.h"
 
 namespace melvane {
 
 namespace {
 
-constexpr QSize kSize(274, 174);
+constexpr int kGripEverywhere = 174;
 constexpr int kContinueEntry = 13;
+constexpr QRect kContinue(52, 120, 170, 32);
 
 void addLabel(QWidget* parent, const char* name, const QRect& place, const std::string& text = {}) {
     auto* label = new QLabel(toQt(text), parent);
@@ -24,24 +26,19 @@ void addLabel(QWidget* parent, const char* name, const QRect& place, const std::
 
 }  // namespace
 
-MixerStart::MixerStart(const modLang& language)
-    : FramelessWindow(kSize, kSize.height()), CON_(new QPushButton(toQt(language.lang(kContinueEntry)), this)) {
+MixerStart::MixerStart(const modLang& language) : FramelessWindow(kStartRegion, kGripEverywhere) {
     setObjectName(QStringLiteral("MixerStart"));
     setWindowTitle(QLatin1String(kProductCaption));
     addLabel(this, "caption", {12, 24, 250, 40}, kProductCaption);
     addLabel(this, "songStripe", {97, 69, 39, 3});
     addLabel(this, "voiceStripe", {138, 69, 39, 3});
     addLabel(this, "tagLine", {6, 82, 262, 20}, language.ownText(OwnText::tagLine));
-
-    CON_->setObjectName(QStringLiteral("CON"));
-    CON_->setAccessibleName(toQt(language.ownText(OwnText::continueToMixer)));
-    CON_->setGeometry(67, 122, 140, 32);
-    CON_->setDefault(true);
-    CON_->setFocus();
-    connect(CON_, &QPushButton::clicked, this, [this] {
+    CON_ = addButton(this, "CON", kContinue, ButtonLook::song, Symbol::next, [this] {
         CON_->setEnabled(false);
         Q_EMIT continued();
     });
+    setButtonText(CON_, toQt(language.lang(kContinueEntry)), toQt(language.ownText(OwnText::continueToMixer)));
+    CON_->setFocus();
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
 }

@@ -1,8 +1,7 @@
 // The start window: what the program is, and a button that goes on to the main window.
 #pragma once
 
-#include <QPushButton>
-
+#include "controls/Ed_Button.h"
 #include "controls/frameless_window.h"
 #include "settings/modLang.h"
 
@@ -22,7 +21,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;  // Escape closes
 
 private:
-    QPushButton* CON_;
+    Ed_Button* CON_;
 };
 
 }  // namespace melvane

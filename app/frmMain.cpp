@@ -1,70 +1,90 @@
 #include "app/frmMain.h"
 
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QScreen>
 #include <QThread>
+#include <QUrl>
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "app/run_messages.h"
+#include "audio/modAudio.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "state/guarded.h"
+#include "state/text_path.h"
 
 namespace melvane {
 
 namespace {
 
-constexpr QSize kSize(460, 196);
-constexpr int kTickMs = 100;
+constexpr std::int16_t kRegion = 101;
+constexpr short kListButton = 2;
+constexpr int kTickMs = 50;
 constexpr int kPercent = 100;
 
-constexpr QRect kBrowse(254, 34, 36, 26);  // of the first row
-constexpr int kRowStep = 31;
+constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row
+constexpr int kRowStep = 28;
 constexpr int kGap = 6;
-constexpr QRect kMix(kLeft, 130, 84, 28);
-constexpr QRect kStop(kMix.right() + 1 + kGap, kMix.y(), 70, 28);
-constexpr QRect kEffects(kBrowse.right() + 1 - 70, kMix.y(), 70, 28);
-constexpr QRect kProgress(kLeft, 164, MixingRun::kProgressWidth, 6);
-constexpr QRect kStatus(kLeft, 171, kRight - kLeft, 20);
+constexpr int kButtonsY = 117;
+constexpr int kButtonHeight = 26;
+constexpr QRect kMix(kLeft, kButtonsY, 94, kButtonHeight);
+constexpr QRect kStop(kMix.right() + 1 + kGap, kButtonsY, 70, kButtonHeight);
+constexpr QRect kMidi(188, kButtonsY, 30, kButtonHeight);
+constexpr QRect kEffects(224, kButtonsY, 30, kButtonHeight);
+constexpr QRect kListen(260, kButtonsY, 30, kButtonHeight);
+constexpr QRect kProgress(kLeft, 148, MixingRun::kProgressWidth, 22);
+constexpr QRect kStatus(kLeft, 172, kRight - kLeft, 18);
+constexpr QRect kHelp = kClose.translated(-30, 0);
+constexpr QPoint kMenu(kHelp.x() - 28, 2);
 
 constexpr int kStopMixingFirst = 8;
 constexpr int kCloseEntry = 50;
 constexpr int kBrowseEntry = 51;  // of the first row
+constexpr int kHelpEntry = 26;
+constexpr int kPreferencesEntry = 89;
 constexpr std::array kRowTexts = {OwnText::karaokeBackground, OwnText::vocalRecording, OwnText::mixingDestination};
+constexpr std::array kEmptyTexts = {OwnText::dropSongHere, OwnText::dropVoiceHere, OwnText::dropDestinationHere};
+constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
 
-QPoint toPixels(const WindowPosition& position) {
-    constexpr float kFarthest = 1e6F;
-    const auto pixel = [&](float place) { return static_cast<int>(std::clamp(place, -kFarthest, kFarthest)); };
-    return {pixel(position.left), pixel(position.top)};
+bool fileExists(const std::string& path) {
+    std::error_code error;
+    return !path.empty() && std::filesystem::is_regular_file(toPath(path), error);
 }
 
 }  // namespace
 
 frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store)
-    : FramelessWindow(kSize, kGripHeight), mixer_(mixer), environment_(environment), store_(store) {
+    : FramelessWindow(kRegion, kGripHeight),
+      mixer_(mixer),
+      environment_(environment),
+      store_(store),
+      recent_(store),
+      sliders_(nullptr),
+      levels_(this, mixer, environment) {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QLatin1String(kProductCaption));
+    setAcceptDrops(true);
     auto* caption = new QLabel(QLatin1String(kProductCaption), this);
     caption->setObjectName(QStringLiteral("caption"));
     caption->setGeometry(kCaption);
     for (int i = 0; i < static_cast<int>(path_.size()); ++i) addRow(i);
     sliders_ = new SliderPanel(this, mixer_, environment_);
-    mi_button_ = addButton("mi_button", kMix, [this] { mi_button_Click(); });
-    b_STOP_ = addButton("b_STOP", kStop, [this] { b_STOP_Click(); });
-    b_eff_ = addButton("b_eff", kEffects, [this] { b_eff_Click(); });
-    bClose_ = addButton("bClose", kClose, [this] { close(); });
-    bClose_->setText(QStringLiteral("✕"));
-
-    progress_ = new QProgressBar(this);
+    addButtons();
+    progress_ = new OverviewBar(this, kProgress);
     progress_->setObjectName(QStringLiteral("progress"));
-    progress_->setGeometry(kProgress);
-    progress_->setRange(0, MixingRun::kProgressWidth);
-    progress_->setTextVisible(false);
+    overview_ = new SongOverview(progress_, environment_.library);
     status_ = new ElidedLabel(this, Qt::ElideRight);
     status_->setObjectName(QStringLiteral("status"));
     status_->setGeometry(kStatus);
+    windows_ = new SecondaryWindows(this, mixer_, environment_, store_);
+    connect(windows_, &SecondaryWindows::languageChosen, this, &frmMain::useLanguage);
+    addMenu();
 
     // Started anew by each tick, not repeating: it has to go on while a tick ends a run.
     Timer1_.setSingleShot(true);
@@ -78,20 +98,48 @@ void frmMain::addRow(int index) {
     path_[row] = new ElidedLabel(this, Qt::ElideMiddle);
     path_[row]->setObjectName(QStringLiteral("path%1").arg(index));
     path_[row]->setGeometry(kLeft, browse.y(), browse.x() - kGap - kLeft, browse.height());
-    BR_[row] = addButton("BR", browse, [this, index] { BR_Click(index); });
-    BR_[row]->setObjectName(QStringLiteral("BR%1").arg(index));
-    BR_[row]->setText(QStringLiteral("…"));
+    const QByteArray name = QByteArrayLiteral("BR") + QByteArray::number(index);
+    BR_[row] = add(name.constData(), browse, ButtonLook::plain, kRowSymbols[row], [this, index] { BR_Click(index); });
 }
 
-QPushButton* frmMain::addButton(const char* name, const QRect& place, std::function<void()> click) {
-    auto* button = new QPushButton(this);
-    button->setObjectName(QLatin1String(name));
-    button->setGeometry(place);
-    connect(button, &QPushButton::clicked, this, [this, click = std::move(click)] {
-        guarded(environment_.dialogs, click);
-        refresh();
-    });
-    return button;
+void frmMain::addButtons() {
+    mi_button_ = add("mi_button", kMix, ButtonLook::song, Symbol::mix, [this] { mi_button_Click(); });
+    b_STOP_ = add("b_STOP", kStop, ButtonLook::recording, Symbol::stop, [this] { b_STOP_Click(); });
+    b_midi_ = add("b_midi", kMidi, ButtonLook::plain, Symbol::midi, [this] { windows_->showChannels(); });
+    b_midi_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(b_midi_, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& place) { menu_->mnuMidi()->popup(b_midi_->mapToGlobal(place)); });
+    b_eff_ = add("b_eff", kEffects, ButtonLook::plain, Symbol::effects, [this] { windows_->showEffects(); });
+    b_listen_ = add("b_listen", kListen, ButtonLook::plain, Symbol::listen, [this] { listen(); });
+    b_menu_ = addNavButton(this, "b_menu", kMenu, kListButton,
+                           [this] { menu_->mnuKar()->popup(b_menu_->mapToGlobal(QPoint(0, b_menu_->height()))); });
+    bHelp_ = add("bHelp", kHelp, ButtonLook::close, Symbol::settings, [this] { windows_->showPreferences(); });
+    bClose_ = add("bClose", kClose, ButtonLook::close, Symbol::close, [this] { close(); });
+}
+
+Ed_Button* frmMain::add(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
+                        std::function<void()> click) {
+    return addButton(this, name, place, look, symbol, [this, click = std::move(click)] { perform(click); });
+}
+
+void frmMain::perform(const std::function<void()>& action) {
+    guarded(environment_.dialogs, action);
+    refresh();
+}
+
+void frmMain::addMenu() {
+    menu_ = new frmMenu(mixer_.midi().state, environment_.language, this);
+    const auto on = [this](auto signal, std::function<void()> action) {
+        connect(menu_, signal, this, [this, action = std::move(action)] { perform(action); });
+    };
+    connect(menu_, &frmMenu::browse, this, [this](int index) { perform([&] { BR_Click(index); }); });
+    on(&frmMenu::preferences, [this] { windows_->showPreferences(); });
+    on(&frmMenu::help, [this] { environment_.shell.open(environment_.language.lang(kHelpEntry)); });
+    on(&frmMenu::closeWanted, [this] { close(); });
+    on(&frmMenu::listen, [this] { listen(); });
+    on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
+    on(&frmMenu::restoreMidi, [this] { mixer_.midi().channels.MidiRestore(); });
+    connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentFiles);
 }
 
 void frmMain::DoRest() {
@@ -106,52 +154,95 @@ void frmMain::DoRest() {
 
 void frmMain::SetMainLanguage() {
     const modLang& language = environment_.language;
-    for (std::size_t i = 0; i < BR_.size(); ++i) {
-        const QString text = toQt(language.lang(kBrowseEntry + static_cast<int>(i)));
-        BR_[i]->setToolTip(text);
-        BR_[i]->setAccessibleName(text);
-    }
-    mi_button_->setText(toQt(language.ownText(OwnText::mix)));
-    b_STOP_->setText(toQt(language.ownText(OwnText::stop)));
-    b_eff_->setText(toQt(language.ownText(OwnText::effects)));
-    sliders_->SetMainLanguage();
-    if (effects_) effects_->GetEffectsLanguage();
-    bClose_->setToolTip(toQt(language.lang(kCloseEntry)));
-    bClose_->setAccessibleName(bClose_->toolTip());
+    for (std::size_t i = 0; i < BR_.size(); ++i)
+        setButtonText(BR_[i], {}, toQt(language.lang(kBrowseEntry + static_cast<int>(i))));
+    const QString mix = toQt(language.ownText(OwnText::mix));
+    const QString stop = toQt(language.ownText(OwnText::stop));
+    setButtonText(mi_button_, mix, mix);
+    setButtonText(b_STOP_, stop, stop);
+    setButtonText(b_midi_, {}, toQt(language.ownText(OwnText::midiChannels)));
+    setButtonText(b_eff_, {}, toQt(language.ownText(OwnText::effects)));
+    setButtonText(b_listen_, {}, toQt(language.ownText(OwnText::listenToLastMix)));
+    b_menu_->setToolTip(toQt(language.ownText(OwnText::menuButton)));
+    b_menu_->setAccessibleName(b_menu_->toolTip());
+    setButtonText(bHelp_, {}, toQt(language.lang(kPreferencesEntry)));
+    setButtonText(bClose_, {}, toQt(language.lang(kCloseEntry)));
     progress_->setAccessibleName(toQt(language.ownText(OwnText::mixProgress)));
+    sliders_->SetMainLanguage();
+    levels_.SetMainLanguage();
+    menu_->SetMenuLanguage();
+    windows_->SetMainLanguage();
     refresh();
 }
 
+void frmMain::useLanguage(const QString& code) {
+    environment_.language.SetLanguage(code.toStdString());
+    mixer_.settings().language = code.toStdString();
+    store_.WriteSetting(kProductKey, "language", mixer_.settings().language);
+    SetMainLanguage();
+    Q_EMIT languageChanged(code);
+}
+
 void frmMain::BR_Click(int index) {
-    mixer_.sourceFiles().BR_Click(index);
+    const PathFields before = mixer_.fields();
+    withButtonsOff([&] { mixer_.sourceFiles().BR_Click(index); });
+    const PathFields& now = mixer_.fields();
+    if (now.background != before.background) recent_.add(now.background);
+    if (now.vocal != before.vocal) recent_.add(now.vocal);
+}
+
+void frmMain::takeFiles(const std::vector<std::string>& paths) {
+    if (isRunning() || choosing_) return;
+    std::vector<std::string> ordered = paths;
+    // A song may bring a voice, and empties the destination.
+    std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
+        return fileExists(path) ? int{lowerCase(GetFileExtension(path)) == "wav"} : 2;
+    });
+    withButtonsOff([&] {
+        for (const std::string& path : ordered) {
+            if (!mixer_.sourceFiles().take(path))
+                environment_.dialogs.messageBox(environment_.language.ownText(OwnText::cannotUseFile, path),
+                                                kProductCaption, BoxIcon::information, BoxButtons::ok);
+            else if (fileExists(path))
+                recent_.add(path);
+        }
+    });
+    refresh();
 }
 
 void frmMain::mi_button_Click() {
     stopped_ = false;
-    // Events run while the sources are opened: no other button may be pressed meanwhile.
-    for (QPushButton* button : BR_) button->setEnabled(false);
+    withButtonsOff([this] { mixer_.mixingRun().mi_button_Click(); });
+}
+
+void frmMain::withButtonsOff(const std::function<void()>& action) {
+    if (choosing_) return;
+    choosing_ = true;
+    for (Ed_Button* button : BR_) button->setEnabled(false);
     switchButton(mi_button_, false);
-    mixer_.mixingRun().mi_button_Click();
+    guarded(environment_.dialogs, action);
+    choosing_ = false;
 }
 
 void frmMain::b_STOP_Click() {
     if (mixer_.mixingRun().busy()) return;
     stopped_ = true;
     mixer_.mixingRun().stopRec();
+    refresh();
+    listen();
 }
 
-void frmMain::b_eff_Click() {
-    if (!effects_)
-        effects_ = new frmEff(mixer_.effects(), mixer_.settings(), environment_.language, environment_.dialogs, this);
-    effects_->show();
-    effects_->raise();
-    effects_->activateWindow();
+void frmMain::listen() {
+    if (canListen()) windows_->showPlayer(mixer_.run().lastMixPath);
+}
+
+bool frmMain::canListen() const {
+    return !isRunning() && fileExists(mixer_.run().lastMixPath);
 }
 
 void frmMain::Timer1_Timer() {
     Timer1_.start();
-    guarded(environment_.dialogs, [this] { mixer_.mixingRun().Timer1_Timer(); });
-    refresh();
+    perform([this] { mixer_.mixingRun().Timer1_Timer(); });
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
@@ -164,9 +255,8 @@ void frmMain::closeEvent(QCloseEvent* event) {
     guarded(environment_.dialogs, [this] { Form_Unload(); });
 }
 
-// Hidden, not closed, the effects window counts as open for the next start.
 void frmMain::Form_Unload() {
-    if (effects_) effects_->hide();
+    windows_->hideAll();
     if (placesItself() || !mixer_.settings().position)
         mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
     mixer_.Form_Unload(&store_);
@@ -174,7 +264,44 @@ void frmMain::Form_Unload() {
 
 void frmMain::showEvent(QShowEvent* event) {
     FramelessWindow::showEvent(event);
-    if (!event->spontaneous() && mixer_.settings().effectsWindowOpen != 0) b_eff_Click();
+    if (!event->spontaneous()) windows_->reopen();
+}
+
+void frmMain::contextMenuEvent(QContextMenuEvent* event) {
+    menu_->mnuKar()->popup(event->globalPos());
+}
+
+void frmMain::fillRecentFiles() {
+    QMenu* menu = menu_->recentMenu();
+    menu->clear();
+    for (const std::string& path : recent_.list())
+        connect(menu->addAction(toQt(path).replace(QLatin1Char('&'), QLatin1String("&&"))), &QAction::triggered, this,
+                [this, path] { takeFiles({path}); });
+    if (menu->isEmpty())
+        menu->addAction(toQt(environment_.language.ownText(OwnText::noRecentFiles)))->setEnabled(false);
+}
+
+void frmMain::dragEnterEvent(QDragEnterEvent* event) {
+    if (isRunning() || !event->mimeData()->hasUrls()) return;
+    event->acceptProposedAction();
+    setDropLook(true);
+}
+
+void frmMain::dragLeaveEvent(QDragLeaveEvent*) {
+    setDropLook(false);
+}
+
+void frmMain::dropEvent(QDropEvent* event) {
+    setDropLook(false);
+    event->acceptProposedAction();
+    std::vector<std::string> paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) paths.push_back(url.toLocalFile().toStdString());
+    takeFiles(paths);
+}
+
+void frmMain::setDropLook(bool on) {
+    for (ElidedLabel* path : path_) setStyleState(*path, "dropping", on);
 }
 
 bool frmMain::isRunning() const {
@@ -190,37 +317,45 @@ void frmMain::refresh() {
     refreshPaths();
     refreshButtons(running);
     refreshStatus(running);
+    levels_.show(running);
 }
 
 void frmMain::refreshPaths() {
     const PathFields& fields = mixer_.fields();
     const std::array paths = {&fields.background, &fields.vocal, &fields.destination};
-    for (std::size_t i = 0; i < paths.size(); ++i)
-        path_[i]->setFullText(toQt(*paths[i]), toQt(environment_.language.ownText(kRowTexts[i])));
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const auto text = [&](OwnText t) { return toQt(environment_.language.ownText(t)); };
+        path_[i]->setFullText(toQt(*paths[i]), text(kRowTexts[i]), text(kEmptyTexts[i]));
+    }
+    overview_->show(fields.background);
 }
 
 // The focus goes with the run: from the mix button to the stop button and back, to no other one.
-void frmMain::switchButton(QPushButton* button, bool on) {
+void frmMain::switchButton(Ed_Button* button, bool on) {
     if (!on && focusWidget() == button) button->clearFocus();
     button->setEnabled(on);
 }
 
 void frmMain::refreshButtons(bool running) {
+    const bool idle = !running && !choosing_;
     const bool canStop = running && !mixer_.mixingRun().busy();
-    for (QPushButton* button : BR_) button->setEnabled(!running);
-    switchButton(mi_button_, !running);
+    for (Ed_Button* button : BR_) button->setEnabled(idle);
+    switchButton(mi_button_, idle);
     switchButton(b_STOP_, canStop);
-    if (!focusWidget() && (canStop || !running)) (canStop ? b_STOP_ : mi_button_)->setFocus();
-    setStyleState(*mi_button_, "running", running);
+    switchButton(b_listen_, canListen());
+    menu_->setRunning(!idle);
+    menu_->setCanListen(canListen());
+    if (!focusWidget() && (canStop || idle)) (canStop ? b_STOP_ : mi_button_)->setFocus();
 }
 
 void frmMain::refreshStatus(bool running) {
     const int width = mixer_.mixingRun().progressWidth();
-    progress_->setValue(width);
+    progress_->setProgress(width);
     setWindowTitle(running ? QStringLiteral("%1 % – %2")
                                  .arg(width * kPercent / MixingRun::kProgressWidth)
                                  .arg(QLatin1String(kProductCaption))
                            : QLatin1String(kProductCaption));
+    Q_EMIT progressChanged(running ? static_cast<double>(width) / MixingRun::kProgressWidth : -1);
     status_->setFullText(toQt(statusText(running)));
     setStyleState(*status_, "failed", !running && mixer_.run().failure != RunFailure::none);
 }

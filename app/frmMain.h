@@ -1,19 +1,23 @@
-// The main window: three files, the sliders, the mix button, the stop button, progress and status. It shows the mixer's
+// The main window: three files, the sliders, the buttons of a mix, progress, levels and status. It shows the mixer's
 // state and calls its operations; it decides nothing.
 #pragma once
 
-#include <QProgressBar>
-#include <QPushButton>
 #include <QTimer>
 #include <array>
 #include <functional>
 #include <string>
 
+#include "app/frm_level_panel.h"
 #include "app/frm_slider_panel.h"
+#include "app/frm_song_overview.h"
+#include "app/frm_windows.h"
 #include "app/mixer.h"
+#include "controls/Ed_Button.h"
 #include "controls/elided_label.h"
 #include "controls/frameless_window.h"
-#include "effects/frmEff.h"
+#include "controls/navButton.h"
+#include "midi/frmMenu.h"
+#include "settings/recent_files.h"
 
 namespace melvane {
 
@@ -26,49 +30,81 @@ public:
 
     // The remainder of set-up, once the mixer has its settings: position, texts, state.
     void DoRest();
-    // Sets all texts from the current language.
+    // Sets all texts from the current language, also those of the other windows.
     void SetMainLanguage();
+    // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths.
+    void takeFiles(const std::vector<std::string>& paths);
 
     // Lets pending window events run, for a few milliseconds at most.
     static void processWindowEvents();
 
+Q_SIGNALS:
+    // The user chose another language; it is the current one already.
+    void languageChanged(const QString& code);
+    // 0..1 in a run, -1 without one; also when nothing has changed.
+    void progressChanged(double done);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
-    void showEvent(QShowEvent* event) override;  // the effects window comes along if it was open
+    void showEvent(QShowEvent* event) override;  // windows that were open come along
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
+    void addRow(int index);
+    void addButtons();
+    void addMenu();
+    // A button whose click is guarded and followed by a refresh.
+    Ed_Button* add(const char* name, const QRect& place, ButtonLook look, Symbol symbol, std::function<void()> click);
+    void perform(const std::function<void()>& action);
+
     void BR_Click(int index);
     void mi_button_Click();
     void b_STOP_Click();
-    void b_eff_Click();
+    void listen();
     void Timer1_Timer();
     void Form_Unload();
+    void fillRecentFiles();
+    void useLanguage(const QString& code);
+    // Runs what lets window events run while sources are opened: no other button may be pressed meanwhile.
+    void withButtonsOff(const std::function<void()>& action);
 
-    QPushButton* addButton(const char* name, const QRect& place, std::function<void()> click);
-    void addRow(int index);
     void refresh();
     void refreshPaths();
     void refreshButtons(bool running);
-    void switchButton(QPushButton* button, bool on);
+    void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
     std::string statusText(bool running) const;
     bool isRunning() const;
+    bool canListen() const;
+    void setDropLook(bool on);
 
     Mixer& mixer_;
     Environment environment_;
     const SettingsStore& store_;
-    bool stopped_ = false;  // the last run was ended with the stop button
+    RecentFiles recent_;
+    bool stopped_ = false;   // the last run was ended with the stop button
+    bool choosing_ = false;  // a source is being opened
 
     std::array<ElidedLabel*, 3> path_{};
-    std::array<QPushButton*, 3> BR_{};
+    std::array<Ed_Button*, 3> BR_{};
     SliderPanel* sliders_;
-    QPushButton* mi_button_;
-    QPushButton* b_STOP_;
-    QPushButton* b_eff_;
-    QPushButton* bClose_;
-    QProgressBar* progress_;
+    Ed_Button* mi_button_;
+    Ed_Button* b_STOP_;
+    Ed_Button* b_midi_;
+    Ed_Button* b_eff_;
+    Ed_Button* b_listen_;
+    navButton* b_menu_;
+    Ed_Button* bHelp_;
+    Ed_Button* bClose_;
+    OverviewBar* progress_;
+    SongOverview* overview_;
+    LevelPanel levels_;
     ElidedLabel* status_;
-    frmEff* effects_ = nullptr;  // made when it is first opened
+    frmMenu* menu_;
+    SecondaryWindows* windows_;
     QTimer Timer1_{this};
 };
 

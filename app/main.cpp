@@ -1,7 +1,6 @@
 // The program with its windows. Implementations of the platform's interfaces are chosen here.
 #include <QApplication>
-#include <QLibraryInfo>
-#include <QTranslator>
+#include <QFileInfo>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -10,11 +9,15 @@
 #include "app/MixerStart.h"
 #include "app/frmMain.h"
 #include "app/start_checks.h"
+#include "controls/program_icon.h"
 #include "controls/skin.h"
 #include "platform/desktop/desktop_dialogs.h"
+#include "platform/desktop/desktop_shell.h"
 #include "platform/desktop/library_file.h"
 #include "platform/desktop/local_file_names.h"
 #include "platform/desktop/registry_file.h"
+#include "platform/desktop/taskbar_progress.h"
+#include "platform/desktop/toolkit_texts.h"
 #include "platform/music/music.h"
 #include "state/guarded.h"
 
@@ -24,13 +27,20 @@ namespace {
 
 constexpr int kCannotStart = 1;
 
+// What was named behind the program's name, as absolute paths.
+std::vector<std::string> filesOf(const QStringList& arguments) {
+    std::vector<std::string> files;
+    for (const QString& argument : arguments.mid(1))
+        files.push_back(QFileInfo(argument).absoluteFilePath().toStdString());
+    return files;
+}
+
 class Program {
 public:
     Program();
     int run();
 
 private:
-    void translateDialogs();
     void openMainWindow();
     bool startLibrary();
 
@@ -38,9 +48,11 @@ private:
     RegistryFile registry_{RegistryFile::defaultPath()};
     SettingsStore store_{registry_};
     modLang language_;
-    QTranslator dialogTexts_;
+    ToolkitTexts dialogTexts_;
     LocalFileNames names_;
     DesktopDialogs dialogs_;
+    DesktopShell shell_{names_.programDirectory()};
+    TaskbarProgress taskbar_;
     LibraryFile libraryFile_;
     std::unique_ptr<AudioLibrary> library_;
     music::Music music_;
@@ -52,18 +64,11 @@ private:
 Program::Program() {
     const std::string code = store_.ReadSetting(kProductKey, "language");
     language_.InitLanguage(names_.systemDirectory(), code.empty() ? "en" : code);
-    translateDialogs();
+    dialogTexts_.use(language_.languageCode());
     start_.emplace(language_);
     QObject::connect(&*start_, &MixerStart::continued, &*start_, [this] {
         if (!guarded(dialogs_, [this] { openMainWindow(); })) QCoreApplication::exit(kCannotStart);
     });
-}
-
-// The toolkit's own texts: the buttons of boxes and file dialogs.
-void Program::translateDialogs() {
-    const QString code = QString::fromStdString(language_.languageCode());
-    if (dialogTexts_.load(QStringLiteral("qtbase_") + code, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(&dialogTexts_);
 }
 
 int Program::run() {
@@ -74,13 +79,17 @@ int Program::run() {
 void Program::openMainWindow() {
     if (!startLibrary()) return QCoreApplication::exit(kCannotStart);
     music_ = music::createMusic(*library_, {});
-    const Environment environment{
-        *library_, *music_.system, *music_.mixer, names_, dialogs_, language_, frmMain::processWindowEvents};
+    const Environment environment{*library_, *music_.system, *music_.mixer, names_,
+                                  dialogs_,  shell_,         language_,     frmMain::processWindowEvents};
     mixer_.emplace(environment);
     mixer_->Form_Load(&store_);
     main_.emplace(*mixer_, environment, store_);
+    QObject::connect(&*main_, &frmMain::languageChanged, &*main_,
+                     [this](const QString& code) { dialogTexts_.use(code.toStdString()); });
+    QObject::connect(&*main_, &frmMain::progressChanged, &*main_, [this](double done) { taskbar_.showProgress(done); });
     main_->DoRest();
     main_->show();
+    main_->takeFiles(filesOf(QCoreApplication::arguments()));
     start_->close();
 }
 
@@ -106,6 +115,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("melvane"));
     QGuiApplication::setDesktopFileName(QStringLiteral("melvane"));
     melvane::applyStyle(app);
+    QApplication::setWindowIcon(melvane::programIcon());
     try {
         return melvane::Program().run();
     } catch (const std::exception& error) {

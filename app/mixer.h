@@ -8,6 +8,7 @@
 #include "app/source_files.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
+#include "platform/shell.h"
 #include "settings/settings_store.h"
 
 namespace melvane {
@@ -19,7 +20,8 @@ struct Environment {
     SystemMixer& systemMixer;
     const FileNames& names;
     Dialogs& dialogs;
-    const modLang& language;
+    Shell& shell;
+    modLang& language;
     DoEvents doEvents;
 };
 

@@ -1,9 +1,11 @@
 #include "app/mixing_run.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <utility>
 
 #include "app/source_files.h"
@@ -123,8 +125,10 @@ void MixingRun::freeBackground() {
 }
 
 void MixingRun::start() {
+    abandoned_ = false;
     if (!openSources()) return with_.input.RestoreUserInput();
     with_.doEvents();
+    if (abandoned_) return;
     if (!run_.isMidiBackground) library_.BASS_ChannelPlay(run_.backgroundChannel, false);
     library_.BASS_ChannelPlay(run_.vocalChannel, false);
     library_.holdCardAtEndOf(run_.backgroundChannel);
@@ -179,23 +183,30 @@ bool MixingRun::readPaths() {
 
 bool MixingRun::openSources() {
     if (!run_.isMidiBackground) {
-        const Handle source =
-            library_.BASS_StreamCreateFile(false, run_.backgroundPath.c_str(), 0, 0, BASS_STREAM_DECODE);
+        const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE);
         run_.backgroundChannel = library_.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
     }
-    run_.vocalChannel = library_.BASS_StreamCreateFile(false, run_.vocalPath.c_str(), 0, 0, BASS_SAMPLE_LOOP);
-    if (!run_.isMidiBackground && run_.backgroundChannel == 0)
-        run_.failure = RunFailure::backgroundUnreadable;
-    else if (run_.vocalChannel == 0)
-        run_.failure = RunFailure::vocalUnreadable;
-    if (run_.failure != RunFailure::none) {
-        freeChannel(run_.backgroundChannel);
-        freeChannel(run_.vocalChannel);
-        return false;
+    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP);
+    const bool background = run_.isMidiBackground || run_.backgroundChannel != 0;
+    if (!abandoned_ && background && run_.vocalChannel != 0) {
+        framesTotal_ = run_.isMidiBackground ? toFrames(midi_.playback.length())
+                                             : toFrames(library_.BASS_ChannelGetLength(run_.backgroundChannel));
+        return true;
     }
-    framesTotal_ = run_.isMidiBackground ? toFrames(midi_.playback.length())
-                                         : toFrames(library_.BASS_ChannelGetLength(run_.backgroundChannel));
-    return true;
+    if (!abandoned_) run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
+    freeChannel(run_.backgroundChannel);
+    freeChannel(run_.vocalChannel);
+    return false;
+}
+
+// A long file takes a while: window events run meanwhile.
+Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
+    constexpr std::chrono::milliseconds kPatience{10};
+    auto opening = std::async(std::launch::async, [this, path, flags] {
+        return library_.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags);
+    });
+    while (opening.wait_for(kPatience) != std::future_status::ready) with_.doEvents();
+    return opening.get();
 }
 
 // Whatever kind of channel it is.
@@ -230,6 +241,7 @@ void MixingRun::stopRec() {
     const Flag stopping(stopping_);
     const Flag busy(busy_);
     const CardHold hold(library_);
+    abandoned_ = true;
     framesAtEnd_ = framesDone();
     run_.isMixing = capture_.StopMixCapture();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {

@@ -67,6 +67,7 @@ private:
     void midiFailed();
     bool backgroundEnded() const;
     bool openSources();
+    Handle openFile(const std::string& path, std::uint32_t flags);
     void freeChannel(std::uint32_t& channel);
     void endWith(RunFailure failure);
     bool prepareDestination();
@@ -82,6 +83,7 @@ private:
     std::int64_t framesAtEnd_ = 0;
     bool busy_ = false;
     bool stopping_ = false;
+    bool abandoned_ = false;  // stopped before it began
 };
 
 }  // namespace melvane

@@ -34,6 +34,10 @@ std::size_t nameStart(const std::string& path) {
     return folderEnd == std::string::npos ? 0 : folderEnd + 1;
 }
 
+std::string fileName(const std::string& path) {
+    return path.substr(nameStart(path));
+}
+
 }  // namespace
 
 void SourceFiles::BR_Click(int index) {
@@ -57,6 +61,24 @@ void SourceFiles::chooseBackground(const std::string& path) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
         if (exists(vocal)) fields_.vocal = vocal;
     }
+}
+
+bool SourceFiles::take(const std::string& path) {
+    const std::string extension = lowerCase(GetFileExtension(path));
+    std::error_code error;
+    if (fs::is_directory(toPath(path), error)) {
+        if (fields_.background.empty()) return BR_Click(2), true;
+        fields_.destination = proposedDestination(path + "/" + fileName(fields_.background));
+    } else if (extension == "wav") {
+        fields_.vocal = path;
+    } else if (isMidiFile(path) || extension == "mp3" || extension == "ogg") {
+        chooseBackground(path);
+    } else {
+        return false;
+    }
+    if (fields_.destination.empty() && !fields_.background.empty() && !fields_.vocal.empty())
+        fields_.destination = proposedDestination(fields_.background);
+    return true;
 }
 
 void SourceFiles::openMidi() {

@@ -25,6 +25,10 @@ public:
     // destination.
     void chooseBackground(const std::string& path);
 
+    // Takes what was dropped on the window or chosen again: a song or a voice by its extension, or a folder for the
+    // mix. With both sources there and no destination yet, proposes one. False when it is none of these.
+    bool take(const std::string& path);
+
 private:
     void browseBackground();
     void openMidi();

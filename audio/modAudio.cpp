@@ -1,6 +1,5 @@
 #include "audio/modAudio.h"
 
-#include <algorithm>
 
 #include "state/errors.h"
 
@@ -64,10 +63,14 @@ void SaveSettingString(const SettingsStore& store, const std::string& key, const
     store.WriteSetting(key, name, value);
 }
 
+std::string lowerCase(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
 bool isMidiFile(const std::string& path) {
-    std::string extension = GetFileExtension(path);
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const std::string extension = lowerCase(GetFileExtension(path));
     return extension == "kar" || extension == "mid" || extension.ends_with("idi");
 }
 

@@ -34,6 +34,9 @@ std::string GetSettingString(const SettingsStore& store, const std::string& key,
 void SaveSettingString(const SettingsStore& store, const std::string& key, const std::string& name,
                        const std::string& value);
 
+// Of ASCII letters only.
+std::string lowerCase(std::string text);
+
 // True for the extensions of MIDI songs, in any case.
 bool isMidiFile(const std::string& path);
 

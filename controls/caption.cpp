@@ -2,9 +2,13 @@
 
 namespace melvane {
 
+namespace {
+constexpr const char* kNames[] = {"song", "voice", "mix"};  // in the style sheet
+}
+
 QLabel* addCaption(QWidget* window, const QRect& place, Accent accent, Qt::Alignment alignment) {
     auto* caption = new QLabel(window);
-    caption->setProperty("accent", accent == Accent::song ? QStringLiteral("song") : QStringLiteral("voice"));
+    caption->setProperty("accent", QLatin1String(kNames[static_cast<std::size_t>(accent)]));
     caption->setAlignment(alignment);
     caption->setGeometry(place);
     return caption;

@@ -13,13 +13,15 @@ ElidedLabel::ElidedLabel(QWidget* parent, Qt::TextElideMode mode) : QLabel(paren
     setIndent(0);  // otherwise the text is moved, but not its room
 }
 
-void ElidedLabel::setFullText(const QString& text, const QString& label) {
-    if (text == fullText_ && label == label_) return;
+void ElidedLabel::setFullText(const QString& text, const QString& label, const QString& hint) {
+    if (text == fullText_ && label == label_ && hint == hint_) return;
     fullText_ = text;
     label_ = label;
+    hint_ = hint;
+    const QString said = text.isEmpty() ? hint : text;
     // File names are no markup.
-    setToolTip(Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text);
-    setAccessibleName(label.isEmpty() || text.isEmpty() ? label + text : label + QStringLiteral(": ") + text);
+    setToolTip(Qt::mightBeRichText(said) ? said.toHtmlEscaped() : said);
+    setAccessibleName(label.isEmpty() || said.isEmpty() ? label + said : label + QStringLiteral(": ") + said);
     setStyleState(*this, "empty", text.isEmpty());
     elide();
 }
@@ -35,7 +37,7 @@ void ElidedLabel::changeEvent(QEvent* event) {
 }
 
 void ElidedLabel::elide() {
-    QString line = fullText_.isEmpty() ? label_ : fullText_;
+    QString line = fullText_.isEmpty() ? hint_ : fullText_;
     std::replace_if(
         line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; }, u' ');
     setText(fontMetrics().elidedText(line, mode_, contentsRect().width()));

@@ -9,8 +9,8 @@ class ElidedLabel : public QLabel {
 public:
     ElidedLabel(QWidget* parent, Qt::TextElideMode mode);
 
-    // `label` says what the text is: shown in its stead while it is empty, and part of the accessible name.
-    void setFullText(const QString& text, const QString& label = {});
+    // `label` says what the text is, as part of the accessible name; while the text is empty, `hint` is shown.
+    void setFullText(const QString& text, const QString& label = {}, const QString& hint = {});
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -22,6 +22,7 @@ private:
     Qt::TextElideMode mode_;
     QString fullText_;
     QString label_;
+    QString hint_;
 };
 
 }  // namespace melvane

@@ -3,17 +3,26 @@
 #include <QAbstractButton>
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QWindow>
 #include <algorithm>
 
+#include "controls/window_region.h"
+
 namespace melvane {
 
-FramelessWindow::FramelessWindow(const QSize& size, int gripHeight, QWidget* owner)
-    : QWidget(owner), gripHeight_(gripHeight) {
+FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner)
+    : QWidget(owner), outline_(RegionFromResource(regionId)), gripHeight_(gripHeight) {
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint);
-    setAttribute(Qt::WA_StyledBackground);
-    setFixedSize(size);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setFixedSize(outline_.size());
+    setMask(outline_.region());
+}
+
+void FramelessWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    outline_.draw(painter, gripHeight_);
 }
 
 bool FramelessWindow::placesItself() {
@@ -52,6 +61,8 @@ void FramelessWindow::keyPressEvent(QKeyEvent* event) {
     // A key that is held must not undo what it did.
     if (enter && button && !event->isAutoRepeat())
         button->click();
+    else if (event->key() == Qt::Key_Escape && parentWidget())
+        close();
     else
         QWidget::keyPressEvent(event);
 }

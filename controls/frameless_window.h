@@ -1,16 +1,21 @@
-// What the program's windows share: no frame, moved with the mouse by their top.
+// What the program's windows share: an outline and a body of their own, moved with the mouse by their top.
 #pragma once
 
 #include <QWidget>
+#include <cstdint>
 #include <optional>
+
+#include "controls/window_outline.h"
 
 namespace melvane {
 
 class FramelessWindow : public QWidget {
+    Q_OBJECT
+
 public:
-    // The top `gripHeight` pixels move the window while the left button is held there. A window with an owner stays
-    // in front of it.
-    FramelessWindow(const QSize& size, int gripHeight, QWidget* owner = nullptr);
+    // As large as the region of that id; without it a rectangle. The top `gripHeight` pixels move the window while the
+    // left button is held there. A window with an owner stays in front of it, and Escape closes it.
+    FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner = nullptr);
 
     // False where the window system lets no program place its windows.
     static bool placesItself();
@@ -19,12 +24,14 @@ public:
     void moveOntoScreen(const QPoint& wanted);
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;  // Enter presses the button with the focus
 
 private:
+    WindowOutline outline_;
     int gripHeight_;
     std::optional<QPoint> grip_;  // where the window is held
 };

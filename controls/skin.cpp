@@ -4,9 +4,15 @@
 #include <QStyle>
 #include <utility>
 
+#include "controls/controls_resources.h"
+
 namespace melvane {
 
 namespace {
+
+// In the order of Accent, at rest and hot.
+constexpr std::pair<QRgb, QRgb> kAccents[] = {
+    {skin::kSong, skin::kSongLight}, {skin::kVoice, skin::kVoiceLight}, {skin::kMix, skin::kMixLight}};
 
 // The colours by their names in the style sheet. A name that begins with another one stands before it.
 constexpr std::pair<const char*, QRgb> kColours[] = {
@@ -25,16 +31,17 @@ constexpr std::pair<const char*, QRgb> kColours[] = {
     {"@recordingLight", skin::kRecordingLight},
     {"@recording", skin::kRecording},
     {"@focus", skin::kFocus},
+    {"@mix", skin::kMix},
 };
 
 constexpr const char* kStyleSheet = R"(
-#frmMain, #frmEff, #MixerStart { background: @body; border: 1px solid @edge; }
-#frmMain *, #frmEff *, #MixerStart * { font-size: 12px; }
-#frmMain #caption, #frmEff #caption { font-weight: bold; }
-#frmMain QLabel[accent], #frmEff QLabel[accent] { font-size: 11px; }
+melvane--FramelessWindow *, QMenu { font-size: 12px; }
+melvane--FramelessWindow #caption { font-weight: bold; }
+melvane--FramelessWindow QLabel[accent] { font-size: 11px; }
 QLabel[heading="true"] { font-weight: bold; }
 QLabel[accent="song"] { color: @song; }
 QLabel[accent="voice"] { color: @voice; }
+QLabel[accent="mix"] { color: @mix; }
 #bubble { background: @raised; border: 1px solid @edge; border-radius: 3px; padding: 1px 5px; }
 #MixerStart #caption { font-size: 30px; font-weight: bold; }
 #MixerStart #tagLine, #status { color: @muted; }
@@ -44,6 +51,7 @@ QLabel[accent="voice"] { color: @voice; }
 #path0, #path1, #path2 { background: @inset; border-left: 3px solid @song; padding: 0 8px; }
 #path1 { border-left-color: @voice; }
 #path2 { border-left-color: @recording; }
+#path0[dropping="true"], #path1[dropping="true"], #path2[dropping="true"] { background: @hover; }
 #path0[empty="true"], #path1[empty="true"], #path2[empty="true"] { color: @muted; }
 
 QPushButton { background: @raised; color: @text; border: 2px solid @raised; border-radius: 4px; padding: 3px 10px; }
@@ -51,21 +59,11 @@ QPushButton:hover { background: @hover; border-color: @hover; }
 QPushButton:pressed { background: @inset; border-color: @inset; }
 QPushButton:disabled { background: @body; border-color: @raised; color: @faint; }
 QPushButton:focus { border-color: @focus; }
-#BR0, #BR1, #BR2, #bClose { padding: 0; }
-#bClose { background: transparent; border-color: transparent; color: @muted; }
-#bClose:hover { background: @recording; border-color: @recording; color: @inset; }
-#bClose:pressed { background: @inset; border-color: @inset; color: @text; }
-#mi_button, #b_STOP, #CON { font-weight: bold; }
-#mi_button, #CON { background: @song; border-color: @song; color: @inset; }
-#mi_button:hover, #CON:hover { background: @songLight; border-color: @songLight; }
-#mi_button:pressed, #CON:pressed { background: @inset; border-color: @song; color: @song; }
-#b_STOP { background: @recording; border-color: @recording; color: @inset; }
-#b_STOP:hover { background: @recordingLight; border-color: @recordingLight; }
-#b_STOP:pressed { background: @inset; border-color: @recording; color: @recordingLight; }
-#mi_button:disabled, #b_STOP:disabled, #CON:disabled { background: @body; border-color: @raised; color: @faint; }
-#mi_button[running="true"]:disabled { background: @inset; border-color: @song; color: @song; }
-#bClose:focus { border-color: @focus; }
-#mi_button:focus, #b_STOP:focus, #CON:focus { border: 3px solid @focus; }
+QPushButton[tab="true"] { background: transparent; border: none; border-bottom: 2px solid @edge; border-radius: 0;
+    color: @muted; }
+QPushButton[tab="true"]:hover { color: @text; }
+QPushButton[tab="true"]:checked { border-bottom-color: @song; color: @text; }
+QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
 
 #labPreset { background: @inset; border-color: @edge; color: @voice; padding: 0 20px 0 8px; text-align: left; }
 #labPreset:hover { border-color: @voice; }
@@ -76,9 +74,50 @@ QPushButton:focus { border-color: @focus; }
 #pList::item:hover { background: @hover; }
 #pList::item:selected { background: @voice; color: @inset; }
 
-QProgressBar { background: @inset; border: none; }
-QProgressBar::chunk { background: @song; }
-QToolTip { background: @raised; color: @text; border: 1px solid @edge; padding: 2px; }
+QMenu { background: @raised; color: @text; border: 1px solid @edge; padding: 4px 0; }
+QMenu::item { background: transparent; padding: 4px 26px; }
+QMenu::item:selected { background: @song; color: @inset; }
+QMenu::item:disabled { background: transparent; color: @faint; }
+QMenu::indicator { left: 7px; width: 12px; height: 12px; }
+QMenu::indicator:checked { image: url(:/symbols/tick.png); }
+QMenu::indicator:checked:selected { image: url(:/symbols/check.png); }
+QMenu::separator { background: @edge; height: 1px; margin: 4px 8px; }
+
+QComboBox { background: @inset; color: @text; border: 1px solid @edge; border-radius: 4px; padding: 2px 7px;
+    combobox-popup: 0; }
+QComboBox:hover { border-color: @muted; }
+QComboBox:focus { border: 2px solid @focus; padding: 1px 6px; }
+QComboBox:disabled { background: @body; color: @faint; }
+QComboBox::drop-down { border: none; width: 20px; }
+QComboBox::down-arrow { image: url(:/symbols/down.png); width: 12px; height: 12px; }
+QComboBox QAbstractItemView { background: @raised; color: @text; border: 1px solid @edge; outline: none;
+    selection-background-color: @song; selection-color: @inset; }
+
+QListWidget { background: @inset; color: @text; border: 1px solid @edge; outline: none; }
+QListWidget:focus { border-color: @focus; }
+QListWidget::item { background: @inset; padding: 2px 8px; }
+QListWidget::item:hover { background: @hover; }
+QListWidget::item:selected { background: @song; color: @inset; }
+
+QCheckBox, QRadioButton { color: @text; spacing: 7px; }
+QCheckBox:disabled, QRadioButton:disabled { color: @faint; }
+QCheckBox::indicator, QRadioButton::indicator { background: @inset; border: 1px solid @muted; width: 12px;
+    height: 12px; }
+QCheckBox::indicator { border-radius: 3px; }
+QRadioButton::indicator { border-radius: 7px; }
+QCheckBox::indicator:hover, QRadioButton::indicator:hover { border-color: @text; }
+QCheckBox::indicator:checked { background: @song; image: url(:/symbols/check.png); }
+QRadioButton::indicator:checked { background: @song; image: url(:/symbols/dot.png); }
+QCheckBox::indicator:disabled, QRadioButton::indicator:disabled { background: @hover; border-color: @faint; }
+QCheckBox:focus, QRadioButton:focus { color: @focus; }
+QCheckBox::indicator:focus, QRadioButton::indicator:focus { border-color: @focus; }
+
+QScrollBar:vertical { background: @inset; border: none; width: 10px; margin: 0; }
+QScrollBar::handle:vertical { background: @faint; border-radius: 4px; margin: 1px; min-height: 18px; }
+QScrollBar::handle:vertical:hover { background: @muted; }
+QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
+QToolTip { background: @raised; color: @text; border: 1px solid @faint; padding: 3px 5px; font-size: 12px; }
 )";
 
 QPalette darkPalette() {
@@ -100,6 +139,7 @@ QPalette darkPalette() {
 }  // namespace
 
 void applyStyle(QApplication& app) {
+    initControlsResources();
     QApplication::setStyle(QStringLiteral("Fusion"));
     QApplication::setPalette(darkPalette());
     QString sheet = QLatin1String(kStyleSheet);
@@ -115,7 +155,7 @@ void setStyleState(QWidget& widget, const char* state, bool on) {
 }
 
 QColor accentColour(Accent accent) {
-    return accent == Accent::song ? skin::kSong : skin::kVoice;
+    return kAccents[static_cast<std::size_t>(accent)].first;
 }
 
 PartColours partColours(const QWidget& widget, Accent accent, bool pressed) {
@@ -123,7 +163,7 @@ PartColours partColours(const QWidget& widget, Accent accent, bool pressed) {
     if (!widget.isEnabled()) return {skin::kBody, skin::kHover, skin::kFaint};
     if (pressed) return {skin::kInset, colour, colour};
     if (!widget.underMouse()) return {colour, colour, skin::kInset};
-    const QColor light = accent == Accent::song ? skin::kSongLight : skin::kVoiceLight;
+    const QColor light = kAccents[static_cast<std::size_t>(accent)].second;
     return {light, light, skin::kInset};
 }
 

@@ -25,10 +25,31 @@ inline constexpr QRgb kRecording = 0xFFE5484D;
 inline constexpr QRgb kRecordingLight = 0xFFF0727A;
 inline constexpr QRgb kFocus = 0xFF8AB4F8;
 
+// What belongs to song and voice alike.
+inline constexpr QRgb kMix = 0xFFB9C4D6;
+inline constexpr QRgb kMixLight = 0xFFDCE3EE;
+
+// The body of a window: its strip at the top, and from there to the bottom.
+inline constexpr QRgb kStrip = 0xFF343B47;
+inline constexpr QRgb kBodyLow = 0xFF2B313A;
+
+// Faces of buttons are light: their captions are dark.
+inline constexpr QRgb kCaption = 0xFF404040;
+inline constexpr QRgb kCaptionHot = 0xFF0000C0;
+inline constexpr QRgb kKey = 0xFFC9CFD8;
+inline constexpr QRgb kKeyLight = 0xFFDFE4EA;
+inline constexpr QRgb kKeyOff = 0xFF6F7782;
+inline constexpr QRgb kWhite = 0xFFFFFFFF;
+inline constexpr QRgb kSongHot = 0xFFFCD9A6;
+inline constexpr QRgb kVoiceHot = 0xFFABE9E2;
+inline constexpr QRgb kStop = 0xFFF4969B;
+inline constexpr QRgb kStopLight = 0xFFF8B4B8;
+inline constexpr QRgb kStopHot = 0xFFFCD3D5;
+
 }  // namespace skin
 
-// Whom a control belongs to.
-enum class Accent { song, voice };
+// What a control belongs to.
+enum class Accent { song, voice, mix };
 
 // Colours for every window and dialog of the program; before the first window is made.
 void applyStyle(QApplication& app);

@@ -16,7 +16,12 @@ namespace {
 constexpr int kMargin = 2;  // around the knob, for the focus ring
 constexpr qreal kGroove = 4;
 constexpr qreal kKnobRadius = 3;
-constexpr qreal kMarkGap = 5;  // between the mark on the knob and its edges
+constexpr qreal kMarkGap = 4;  // between the grip on the knob and its edges
+constexpr qreal kGripStep = 2.5;
+constexpr qreal kGripShorter = 1.5;
+constexpr int kShadow = 110;   // of 255
+constexpr int kLighter = 118;  // percent
+constexpr int kDarker = 115;
 constexpr int kBubbleGap = 6;
 constexpr int kReadMs = 1500;
 constexpr int kPage = 10;
@@ -124,17 +129,33 @@ void Slider::drawGroove(QPainter& painter) const {
 void Slider::drawKnob(QPainter& painter) const {
     const PartColours colours = partColours(*this, accent_, grip_.has_value());
     const QRectF knob = knobAt(position_);
+    const QRectF face = knob.adjusted(0.5, 0.5, -0.5, -0.5);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, kShadow));
+    if (isEnabled()) painter.drawRoundedRect(knob.adjusted(-0.5, 0.5, 0.5, 1.5), kKnobRadius, kKnobRadius);
+    QLinearGradient light(knob.topLeft(), knob.bottomLeft());
+    light.setColorAt(0, colours.fill.lighter(kLighter));
+    light.setColorAt(1, colours.fill.darker(kDarker));
     painter.setPen(colours.border);
-    painter.setBrush(colours.fill);
-    painter.drawRoundedRect(knob.adjusted(0.5, 0.5, -0.5, -0.5), kKnobRadius, kKnobRadius);
-    painter.fillRect(isVertical()
-                         ? QRectF(knob.left() + kMarkGap, knob.center().y() - 1, knob.width() - 2 * kMarkGap, 2)
-                         : QRectF(knob.center().x() - 1, knob.top() + kMarkGap, 2, knob.height() - 2 * kMarkGap),
-                     colours.mark);
+    painter.setBrush(light);
+    painter.drawRoundedRect(face, kKnobRadius, kKnobRadius);
+    drawGrip(painter, knob, colours.mark);
     if (!hasFocus()) return;
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(QColor(skin::kFocus), kMargin));
     painter.drawRoundedRect(knob.adjusted(-1, -1, 1, 1), kKnobRadius + 1, kKnobRadius + 1);
+}
+
+// Lines across the direction of the slider, as on a fader that is taken between two fingers.
+void Slider::drawGrip(QPainter& painter, const QRectF& knob, const QColor& colour) const {
+    const QPointF middle = knob.center();
+    for (const int step : {-1, 0, 1}) {
+        const qreal off = step * kGripStep;
+        const qreal gap = kMarkGap + (step == 0 ? 0 : kGripShorter);
+        const QRectF line = isVertical() ? QRectF(knob.left() + gap, middle.y() + off - 0.5, knob.width() - 2 * gap, 1)
+                                         : QRectF(middle.x() + off - 0.5, knob.top() + gap, 1, knob.height() - 2 * gap);
+        painter.fillRect(line, colour);
+    }
 }
 
 void Slider::mousePressEvent(QMouseEvent* event) {

@@ -73,6 +73,7 @@ private:
     QRectF grooveBetween(int one, int other) const;
     void drawGroove(QPainter& painter) const;
     void drawKnob(QPainter& painter) const;
+    void drawGrip(QPainter& painter, const QRectF& knob, const QColor& colour) const;
     void step(int units);
     void reset();
     void release();

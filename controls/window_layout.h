@@ -1,4 +1,4 @@
-// What the wide windows have in common: where they are held, their margins, caption and close button.
+// What the wide windows have in common: the strip they are held by, with caption and close button, and their margins.
 #pragma once
 
 #include <QRect>
@@ -10,8 +10,8 @@ namespace melvane {
 inline constexpr int kGripHeight = 21;
 inline constexpr int kLeft = 12;
 inline constexpr int kRight = 448;
-inline constexpr QRect kCaption(kLeft, 2, 200, 26);
-inline constexpr QRect kClose(kRight - 24, 4, 24, 22);
+inline constexpr QRect kCaption(kLeft, 1, 200, kGripHeight - 1);
+inline constexpr QRect kClose(kRight - 24, 1, 24, kGripHeight - 1);
 
 inline QString toQt(const std::string& utf8) {
     return QString::fromStdString(utf8);

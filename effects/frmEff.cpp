@@ -1,9 +1,8 @@
 #include "effects/frmEff.h"
 
-#include <QKeyEvent>
-
 #include "controls/caption.h"
 #include "controls/window_layout.h"
+#include "controls/window_region.h"
 #include "effects/effect_knobs.h"
 #include "effects/presets.h"
 #include "state/guarded.h"
@@ -12,7 +11,6 @@ namespace melvane {
 
 namespace {
 
-constexpr QSize kSize(460, 210);
 constexpr QRect kEqualiser(kLeft, 30, 78, 20);
 constexpr QRect kPreset(kLeft + 82, 29, 134, 22);
 constexpr QPoint kList(kLeft, 53);
@@ -54,7 +52,7 @@ void setName(QWidget* control, const std::string& name) {
 }  // namespace
 
 frmEff::frmEff(EffectChain& effects, Settings& settings, const modLang& language, Dialogs& dialogs, QWidget* owner)
-    : FramelessWindow(kSize, kGripHeight, owner),
+    : FramelessWindow(kWideRegion, kGripHeight, owner),
       effects_(effects),
       settings_(settings),
       language_(language),
@@ -72,10 +70,7 @@ frmEff::frmEff(EffectChain& effects, Settings& settings, const modLang& language
         addTone(2 * source + 1);
         addBalance(source);
     }
-    bClose_ = new QPushButton(QStringLiteral("✕"), this);
-    bClose_->setObjectName(QStringLiteral("bClose"));
-    bClose_->setGeometry(kClose);
-    connect(bClose_, &QPushButton::clicked, this, &QWidget::close);
+    bClose_ = addButton(this, "bClose", kClose, ButtonLook::close, Symbol::close, [this] { close(); });
     GetEffectsLanguage();
     SetEffects();
     labPreset_->setFocus();
@@ -230,13 +225,6 @@ void frmEff::showEvent(QShowEvent* event) {
 
 void frmEff::closeEvent(QCloseEvent*) {
     settings_.effectsWindowOpen = 0;
-}
-
-void frmEff::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        FramelessWindow::keyPressEvent(event);
 }
 
 }  // namespace melvane

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "controls/Ed_Button.h"
 #include "controls/frameless_window.h"
 #include "controls/slider.h"
 #include "controls/switch.h"
@@ -34,7 +35,6 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;  // Escape closes
 
 private:
     void addPresets();
@@ -63,7 +63,7 @@ private:
     std::array<Slider*, 2> bal_{};
     std::array<QWidget*, 2> bbg_{};
     std::array<QLabel*, 2> par_{};
-    QPushButton* bClose_;
+    Ed_Button* bClose_;
 };
 
 }  // namespace melvane

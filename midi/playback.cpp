@@ -180,6 +180,10 @@ bool MidiPlayback::playing() const {
     return loaded() && device_.performance->playing();
 }
 
+Handle MidiPlayback::stream() const {
+    return loaded() ? device_.performance->stream() : 0;
+}
+
 double MidiPlayback::position() const {
     return loaded() ? device_.performance->position() : 0;
 }

@@ -44,6 +44,7 @@ public:
 
     bool loaded() const { return state_.deviceOpen; }
     bool playing() const;
+    Handle stream() const;                                    // on the card; 0 when nothing plays
     double position() const;                                  // seconds
     double length() const { return state_.midiLength; }       // seconds, of the last song; 0: it can't be played
     MidiFailure failure() const { return failure_; }          // of the last OpenMidi or PlayMidi

@@ -2,14 +2,16 @@
 // pipe, the tempo stream and the sound card that ties them together.
 //
 // All operations are called on the user-interface thread and do not wait for audio; a sound server that does not
-// answer is given up after two seconds. BASS_Encode_IsActive may be called on any thread. Handles are never reused
-// within one library; 0 means none, and an operation on a handle that is unknown fails silently. Positions and lengths
-// are bytes of 16-bit stereo at 44100 Hz: four bytes a frame.
+// answer is given up after two seconds. BASS_Encode_IsActive may be called on any thread, and so may
+// BASS_StreamCreateFile and takePeaks between BASS_Init and BASS_Free. Handles are never reused within one library; 0
+// means none, and an operation on a handle that is unknown fails silently. Positions and lengths are bytes of 16-bit
+// stereo at 44100 Hz: four bytes a frame.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/effect_records.h"
 #include "platform/pcm_source.h"
@@ -62,6 +64,28 @@ struct CardStatus {
     bool deviceOpen = false;            // false: the card runs silently on the machine's clock
 };
 
+// Linear, 1.0 is full scale.
+struct PeakLevels {
+    float left = 0;
+    float right = 0;
+};
+
+// The outline of a file's sound, made beside everything else. It may be destroyed at any time, which ends the work
+// without waiting for it. Its questions may be asked on any thread and answer at once.
+class WaveformScan {
+public:
+    virtual ~WaveformScan() = default;
+    // The share of the file that was read, 0..1.
+    virtual double progress() const = 0;
+    // True when nothing more will come, also when the file can't be read.
+    virtual bool finished() const = 0;
+    // True when the file can't be read as sound; its peaks stay 0.
+    virtual bool failed() const = 0;
+    // For each column the highest absolute sample of both sides in its share of the frames, 0..1; 0 where the scan has
+    // not come to yet. A column without a frame of its own, in a very short file, is like the one before.
+    virtual std::vector<float> peaks() const = 0;
+};
+
 class AudioLibrary {
 public:
     virtual ~AudioLibrary() = default;
@@ -84,10 +108,21 @@ public:
     virtual std::uint32_t stepCard(std::uint32_t frames) = 0;
     virtual CardStatus cardStatus() const = 0;
 
+    // --- Levels ----------------------------------------------------------------------------------------
+    // The highest absolute sample since this was asked last of what a playback channel, behind its effects and its
+    // level, adds to the card. Handle 0: of the sum of all channels before it is kept within full scale, so beyond
+    // 1.0 where it would have been cut off. Sound is measured as it is mixed, BASS_INFO::latency before it is heard.
+    // Never waits for the mixing thread.
+    virtual PeakLevels takePeaks(Handle channel) = 0;
+    // Opens and reads a sound file (not a MIDI song) on a thread of its own, at low priority where the system allows
+    // that. `columns` is at least 1. BASS_Free ends all scans.
+    virtual std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) = 0;
+
     // --- Playback --------------------------------------------------------------------------------------
     // Opens a whole file (`mem` false, `offset` and `length` 0) by its UTF-8 name; MP3, OGG, WAV and what
     // else the decoders read. BASS_STREAM_DECODE: not playable itself, but the source of a tempo stream.
-    // 0 when the file cannot be read as sound.
+    // 0 when the file cannot be read as sound. Reads some files through once, so it may take a while: see above for
+    // other threads.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
     // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
@@ -140,7 +175,8 @@ public:
     virtual bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) = 0;
 
     // --- Capture ---------------------------------------------------------------------------------------
-    // Opens the recording device (-1: the default one) and lists its inputs.
+    // Opens the recording device (-1: the default one) and lists its inputs. Called again, it lists them anew: inputs
+    // that are still there keep their switch and level, new ones are off. A running capture goes on as it is.
     virtual bool BASS_RecordInit(int device) = 0;
     // Name of an input, nullptr behind the last. The text belongs to the library and lives until the next
     // BASS_RecordInit.

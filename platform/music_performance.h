@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/audio_library.h"
+
 namespace melvane {
 
 struct MusicError : std::runtime_error {
@@ -60,6 +62,8 @@ public:
     // Stops with all notes off; nothing when nothing plays.
     virtual void stop() = 0;
     virtual bool playing() const = 0;
+    // The playing stream on the card, silent where a device of the machine sounds; 0 when nothing plays.
+    virtual Handle stream() const = 0;
     // Seconds of the segment that have sounded, also after its end; 0 before it was played.
     virtual double position() const = 0;
 

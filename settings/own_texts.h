@@ -21,6 +21,20 @@ enum class OwnText {
     voiceColumn,
     syncColumn,
     keyColumn,
+    dropSongHere,
+    dropVoiceHere,
+    dropDestinationHere,
+    midiButton,
+    midiChannels,
+    listen,
+    listenToLastMix,
+    recentFiles,
+    noRecentFiles,
+    songLevel,
+    voiceLevel,
+    mixLevel,
+    menuButton,
+    cannotUseFile,  // file
     // Controls of the effects window.
     equaliser,
     equaliserPresets,
@@ -35,6 +49,24 @@ enum class OwnText {
     vocalBass,
     vocalTreble,
     balance,
+    // The channels window and the picker of instruments.
+    noMidiSong,
+    channelInstrument,  // number
+    volumeRow,
+    balanceRow,
+    instrumentPicker,  // number
+    instruments,
+    // Preferences.
+    languageAndHelp,
+    homePage,
+    cannotOpenPage,  // address
+    noDevices,
+    // The player.
+    play,
+    pause,
+    playerStop,
+    playPosition,
+    cannotPlayFile,  // file
     // What a run is doing.
     ready,
     mixing,

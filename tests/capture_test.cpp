@@ -181,5 +181,28 @@ TEST(RecordingInputs, TheCardsMixIsFirstAndOnWhereThereIsNothingElse) {
     EXPECT_EQ(inputs.setting(-1), ~0U);
 }
 
+TEST(RecordingInputs, ListedAgainTheyKeepWhatTheUserSetAndNewOnesAreOff) {
+    const CaptureSource microphone{"usb", "Microphone", false, true};
+    const CaptureSource line{"line", "Line", false, false};
+    const CaptureSource monitor{"hall.monitor", "Monitor", true, false};
+    const auto words = [](const RecordingInputs& inputs) {
+        std::string all;
+        for (const RecordingInput& input : inputs.all())
+            all += input.name + (input.on ? " on " : " off ") + std::to_string(input.level) + "; ";
+        return all;
+    };
+    RecordingInputs inputs;
+    inputs.list({microphone, line});
+    EXPECT_EQ(words(inputs), "Stereo Mix off 100; Microphone on 100; Line off 100; ");
+    inputs.set(1, BASS_INPUT_LEVEL | 30U);
+    inputs.set(2, BASS_INPUT_ON);
+    inputs.list({line, monitor, microphone});
+    EXPECT_EQ(words(inputs), "Stereo Mix off 100; Line on 100; Monitor off 100; Microphone on 30; ");
+    inputs.list({monitor});
+    EXPECT_EQ(words(inputs), "Stereo Mix off 100; Monitor off 100; ");
+    inputs.list({monitor, microphone});
+    EXPECT_EQ(words(inputs), "Stereo Mix off 100; Monitor off 100; Microphone off 100; ");
+}
+
 }  // namespace
 }  // namespace melvane::bass

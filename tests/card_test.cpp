@@ -198,6 +198,32 @@ TEST(Card, VolumeAndPanAreLinearAndClamped) {
     }
 }
 
+TEST(Card, PeaksAreTheHighestSinceAskedLastBehindTheLevelAndBeforeTheLimiter) {
+    Sound loud = silence(1003);
+    loud[2 * 500] = -0.8F;
+    loud[2 * 1002 + 1] = 0.9F;  // the very last frame
+    Sound low = silence(1003);
+    low[2 * 500] = -0.6F;
+    Session session;
+    const auto first = channelOf(loud);
+    const auto second = channelOf(low);
+    second->setLevel(gainOf(50, 0));
+    for (const auto& channel : {first, second}) session.play(channel);
+    mix(session.card, 800, 100);
+    const auto expectPeaks = [](PeakLevels peaks, float left, float right) {
+        EXPECT_FLOAT_EQ(peaks.left, left);
+        EXPECT_FLOAT_EQ(peaks.right, right);
+    };
+    expectPeaks(first->takePeaks(), 0.8F, 0);
+    expectPeaks(second->takePeaks(), 0.3F, 0);
+    expectPeaks(session.card.takePeaks(), 1.1F, 0);
+    mix(session.card, 200, 7);
+    expectPeaks(first->takePeaks(), 0, 0.9F);
+    expectPeaks(second->takePeaks(), 0, 0);
+    expectPeaks(session.card.takePeaks(), 0, 0.9F);
+    expectPeaks(first->takePeaks(), 0, 0);
+}
+
 TEST(Channel, SeeksStopsAndStartsAgainFromTheEnd) {
     const Sound sound = noise16(100, 4);
     Session session;

@@ -55,9 +55,10 @@ struct ClocksFixture : testing::Test {
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
         const LocalFileNames names;
         ConsoleDialogs dialogs;
-        const modLang language;
+        ConsoleShell shell;
+        modLang language;
         const music::Music music = music::createMusic(library, {.devicePorts = false});
-        Mixer mixer({library, *music.system, *music.mixer, names, dialogs, language, nap});
+        Mixer mixer({library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
         mixer.Form_Load(nullptr);
         switchEverythingOn(mixer);
         mixer.sourceFiles().chooseBackground(song);
@@ -186,9 +187,10 @@ TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
     EXPECT_FALSE(library.BASS_RecordGetInput(monitor) & BASS_INPUT_OFF) << "the server's default source is on";
     const LocalFileNames names;
     ConsoleDialogs dialogs;
-    const modLang language;
+    ConsoleShell shell;
+    modLang language;
     const music::Music music = music::createMusic(library, {.devicePorts = false});
-    Mixer mixer({library, *music.system, *music.mixer, names, dialogs, language, nap});
+    Mixer mixer({library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
     mixer.Form_Load(nullptr);
     mixer.settings().forceMixDevice = 1;
     mixer.settings().mixDevice = static_cast<std::int16_t>(monitor);

@@ -1,10 +1,13 @@
 // An audio library that makes no sound: it writes down what it is called with and answers as a test says.
 #pragma once
 
+#include <chrono>
 #include <concepts>
 #include <map>
+#include <mutex>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/audio_library.h"
@@ -23,9 +26,10 @@ public:
 
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
-    std::set<std::string> unreadable;  // files that no stream is made of
-    std::uint64_t length = 1760;       // of every channel
-    std::uint64_t position = 0;        // of every channel
+    std::set<std::string> unreadable;          // files that no stream is made of
+    std::uint64_t length = 1760;               // of every channel
+    std::uint64_t position = 0;                // of every channel
+    std::chrono::milliseconds openingTime{0};  // of a file
     bool initialises = true;
     bool captureStarts = true;
     bool encoderExists = true;
@@ -37,6 +41,16 @@ public:
     BASS_INFO info{.dsver = 9};
     std::map<Handle, std::uint32_t> volumes;  // as set last
     std::map<Handle, EffectRecord> effects;   // as set last
+    std::map<Handle, PeakLevels> peaks;       // until they are taken
+
+    // How all scans stand.
+    struct ScanResult {
+        double progress = 1;
+        bool finished = true;
+        std::vector<float> peaks;  // all 0 where there are none
+    };
+    ScanResult scan;
+    int scansAlive = 0;
 
     bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void*, const void*) override {
         note("BASS_Init", device, freq, flags);
@@ -54,12 +68,22 @@ public:
     std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
     CardStatus cardStatus() const override { return card; }
 
+    PeakLevels takePeaks(Handle channel) override {
+        const auto taken = peaks.extract(channel);
+        return taken ? taken.mapped() : PeakLevels{};
+    }
+    std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override {
+        note("scanWaveform", file, columns);
+        return std::make_unique<Scan>(*this, unreadable.contains(file), columns);
+    }
+
     Handle createStream(std::shared_ptr<PcmSource>) override {
         note("createStream");
         return ++lastHandle_;
     }
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
+        std::this_thread::sleep_for(openingTime);
         return unreadable.contains(file) ? 0 : ++lastHandle_;
     }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
@@ -154,6 +178,28 @@ public:
     EncoderState encoderState(Handle) const override { return encoder; }
 
 private:
+    class Scan : public WaveformScan {
+    public:
+        Scan(FakeAudioLibrary& library, bool failed, int columns)
+            : library_(library), failed_(failed), columns_(static_cast<std::size_t>(columns)) {
+            ++library_.scansAlive;
+        }
+        ~Scan() override { --library_.scansAlive; }
+        double progress() const override { return failed_ ? 0 : library_.scan.progress; }
+        bool finished() const override { return failed_ || library_.scan.finished; }
+        bool failed() const override { return failed_; }
+        std::vector<float> peaks() const override {
+            std::vector<float> columns = failed_ ? std::vector<float>{} : library_.scan.peaks;
+            columns.resize(columns_);
+            return columns;
+        }
+
+    private:
+        FakeAudioLibrary& library_;
+        const bool failed_;
+        const std::size_t columns_;
+    };
+
     static EffectRecord defaultRecord(EffectType type) {
         switch (type) {
             case EffectType::chorus:
@@ -179,6 +225,7 @@ private:
 
     template <typename... Arguments>
     bool note(const char* name, const Arguments&... arguments) {
+        const std::lock_guard lock(callsMutex_);
         calls.push_back((std::string(name) + ... + (" " + word(arguments))));
         return true;
     }
@@ -186,6 +233,8 @@ private:
     bool isInput(int input) const { return input >= 0 && static_cast<std::size_t>(input) < inputs.size(); }
     const Input& at(int input) const { return inputs[static_cast<std::size_t>(input)]; }
 
+    // Files are opened on a thread of their own, while the window goes on. Shared, so that a fake can be copied.
+    inline static std::mutex callsMutex_;
     Handle lastHandle_ = 0;
     bool finishing_ = false;
     mutable int polls_ = 0;

@@ -23,6 +23,7 @@ public:
     double length = 3;
     double position = 0;
     bool isPlaying = false;
+    Handle stream = 50;  // of what plays
 
     std::unique_ptr<MusicLoader> createLoader() override { return std::make_unique<Loader>(*this); }
     std::unique_ptr<MusicPerformance> createPerformance() override { return std::make_unique<Performance>(*this); }
@@ -63,6 +64,7 @@ private:
             music_.isPlaying = false;
         }
         bool playing() const override { return music_.isPlaying; }
+        Handle stream() const override { return music_.isPlaying ? music_.stream : 0; }
         double position() const override { return music_.position; }
         void setMasterTempo(double factor) override { music_.note(words("setMasterTempo", factor)); }
         void setMasterVolume(std::int32_t volume) override { music_.note(words("setMasterVolume", volume)); }

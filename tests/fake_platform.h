@@ -1,4 +1,4 @@
-// Dialogs and file names that a test sets and looks at.
+// Dialogs, a shell and file names that a test sets and looks at.
 #pragma once
 
 #include <string>
@@ -6,6 +6,7 @@
 
 #include "platform/dialogs.h"
 #include "platform/file_names.h"
+#include "platform/shell.h"
 
 namespace melvane::test {
 
@@ -39,6 +40,17 @@ public:
         lastFilter = filter;
         lastProposal = proposedName;
         return nextFile;
+    }
+};
+
+class FakeShell : public Shell {
+public:
+    bool opens = true;
+    std::vector<std::string> addresses;
+
+    bool open(const std::string& address) override {
+        addresses.push_back(address);
+        return opens;
     }
 };
 

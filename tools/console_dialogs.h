@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/dialogs.h"
+#include "platform/shell.h"
 
 namespace melvane {
 
@@ -13,6 +14,11 @@ public:
     }
     std::string openFile(const std::string&, const std::string&, const std::string&) override { return ""; }
     std::string saveFile(const std::string&, const std::string&, const std::string&) override { return ""; }
+};
+
+class ConsoleShell : public Shell {
+public:
+    bool open(const std::string&) override { return false; }
 };
 
 }  // namespace melvane

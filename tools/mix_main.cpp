@@ -122,10 +122,11 @@ int run(const MixOptions& options) {
         return kCouldNot;
     }
     ConsoleDialogs dialogs;
+    ConsoleShell shell;
     const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
     const music::Music music =
         music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
-    Mixer mixer({*start.library, *music.system, *music.mixer, names, dialogs, language, doEvents});
+    Mixer mixer({*start.library, *music.system, *music.mixer, names, dialogs, shell, language, doEvents});
     return mix(options, mixer, language, *start.library, reporter);
 }
 

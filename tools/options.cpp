@@ -82,18 +82,11 @@ void takeEffects(MixOptions& o, const std::string& text) {
     });
 }
 
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return lower;
-}
-
 void takePreset(MixOptions& o, const std::string& text) {
     std::string names;
     for (std::size_t i = 0; i < kPresets.size(); ++i) {
         names += (i ? ", " : "") + std::string(kPresets[i].name);
-        if (lowerCase(text) != lowerCase(kPresets[i].name) && text != std::to_string(i)) continue;
+        if (lowerCase(text) != lowerCase(std::string(kPresets[i].name)) && text != std::to_string(i)) continue;
         o.changes.push_back([i](Settings& s) { s.currentPreset = static_cast<std::int16_t>(i); });
         return;
     }

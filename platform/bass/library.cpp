@@ -46,6 +46,7 @@ bool Library::BASS_Init(int, std::uint32_t freq, std::uint32_t, void*, const voi
 bool Library::BASS_Free() {
     if (!initialised_) return false;
     mixing_.reset();
+    scans_.end();
     std::unordered_map<Handle, Entry> entries;
     {
         const std::lock_guard lock(entriesMutex_);
@@ -87,6 +88,16 @@ std::uint32_t Library::stepCard(std::uint32_t frames) {
 
 CardStatus Library::cardStatus() const {
     return {card_.framesMixed(), mixing_ ? mixing_->underruns() : 0, mixing_ && mixing_->deviceOpen()};
+}
+
+PeakLevels Library::takePeaks(Handle channel) {
+    if (channel == 0) return card_.takePeaks();
+    const Entry entry = find(channel);
+    return entry.channel ? entry.channel->takePeaks() : PeakLevels{};
+}
+
+std::unique_ptr<WaveformScan> Library::scanWaveform(const std::string& file, int columns) {
+    return scans_.begin(file, columns);
 }
 
 // --- handles ---

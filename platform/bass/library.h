@@ -12,6 +12,7 @@
 #include "platform/bass/device/sound_server.h"
 #include "platform/bass/graph/card.h"
 #include "platform/bass/graph/tempo_source.h"
+#include "platform/bass/waveform_scans.h"
 
 namespace melvane::bass {
 
@@ -28,6 +29,8 @@ public:
     void holdCardAtEndOf(Handle channel) override;
     std::uint32_t stepCard(std::uint32_t frames) override;
     CardStatus cardStatus() const override;
+    PeakLevels takePeaks(Handle channel) override;
+    std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override;
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
@@ -96,10 +99,11 @@ private:
     RecordingInputs inputs_;
     Card card_;
     std::unique_ptr<MixingThread> mixing_;
+    WaveformScans scans_;
     std::vector<float> stepBlock_;
     bool initialised_ = false;
 
-    // The capture callback asks for its encoder on the capture thread.
+    // The capture callback asks for its encoder on the capture thread, and files are opened on others.
     mutable std::mutex entriesMutex_;
     std::unordered_map<Handle, Entry> entries_;
     Handle lastHandle_ = 0;

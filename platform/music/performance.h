@@ -42,6 +42,7 @@ public:
     void playSegment() override;
     void stop() override;
     bool playing() const override;
+    Handle stream() const override { return playing() ? stream_ : 0; }
     double position() const override;
     void setMasterTempo(double factor) override;
     void setMasterVolume(std::int32_t hundredthsOfDecibel) override;

@@ -1,6 +1,7 @@
 #include "platform/bass/capture/recording_inputs.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/audio_library.h"
 #include "platform/patience.h"
@@ -12,15 +13,24 @@ constexpr std::chrono::seconds kListPatience{2};
 }
 
 void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
-    inputs_.clear();
-    inputs_.push_back({"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true});
-    if (!server) return;
+    if (!server) return list(std::vector<CaptureSource>{});
     auto sources = withPatience(kListPatience, [server] { return server->captureSources(); });
-    if (!sources) return server->reconnect();
-    for (CaptureSource& source : *sources) {
+    if (!sources) server->reconnect();
+    list(std::move(sources).value_or(std::vector<CaptureSource>{}));
+}
+
+void RecordingInputs::list(std::vector<CaptureSource> sources) {
+    const auto before = std::exchange(inputs_, {{"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true}});
+    for (CaptureSource& source : sources) {
         const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
         if (source.isDefault) inputs_.front().on = false;
         inputs_.push_back({std::move(source.name), type, std::move(source.id), source.isDefault});
+    }
+    if (before.empty()) return;
+    for (RecordingInput& input : inputs_) {
+        const auto known = std::ranges::find(before, input.sourceId, &RecordingInput::sourceId);
+        input.on = known != before.end() && known->on;
+        if (known != before.end()) input.level = known->level;
     }
 }
 

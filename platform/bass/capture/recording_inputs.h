@@ -22,9 +22,11 @@ struct RecordingInput {
 
 class RecordingInputs {
 public:
-    // Lists the card's mix and the sources of `server` (may be null). On is the server's default source,
-    // the card's mix where there is none.
+    // Lists the card's mix and the sources of `server` (may be null).
     void list(const std::shared_ptr<SoundServer>& server);
+    // Lists the card's mix and these sources. The first time the default source is on, the card's mix where there is
+    // none; later every input keeps its switch and level, and new ones are off.
+    void list(std::vector<CaptureSource> sources);
 
     // nullptr outside the list.
     const RecordingInput* at(int input) const;

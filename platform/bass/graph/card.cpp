@@ -109,6 +109,7 @@ std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) 
     ahead_.assign(needed * 2, 0.0F);
     if (!ended_) {
         const std::size_t got = mixChannels(ahead_.data(), needed, playing);
+        peaks_.raise(peakOf(ahead_.data(), got));
         mixed_ += static_cast<std::int64_t>(got);
         ended_ = got < needed;
     }

@@ -12,6 +12,7 @@
 
 #include "platform/bass/graph/channel.h"
 #include "platform/bass/graph/limiter.h"
+#include "platform/bass/graph/peak_meter.h"
 
 namespace melvane::bass {
 
@@ -51,6 +52,8 @@ public:
     void waitForChange();
 
     std::uint64_t framesMixed() const { return framesMixed_; }
+    // Any thread: of the channels' sum, before the limiter, since this was asked last.
+    PeakLevels takePeaks() { return peaks_.take(); }
 
 private:
     using Channels = std::vector<std::shared_ptr<Channel>>;
@@ -79,6 +82,7 @@ private:
 
     // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
     Limiter limiter_;
+    PeakMeter peaks_;
     std::vector<float> ahead_;
     std::int64_t limiterFed_ = 0;              // frames given to the limiter,
     std::int64_t mixed_ = 0;                   // how many of them were sound,

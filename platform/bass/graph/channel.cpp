@@ -36,7 +36,7 @@ std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFr
     const std::size_t got = readAlong(block_.data(), frames);
     cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
     applyEffects(got);
-    level_.mixInto(out, block_.data(), got);
+    peaks_.raise(level_.mixInto(out, block_.data(), got));
     if (got < frames) {
         ended_ = true;
         playing_ = false;

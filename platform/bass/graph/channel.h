@@ -7,9 +7,10 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/pcm_source.h"
 #include "platform/bass/effects/effect.h"
 #include "platform/bass/graph/level.h"
+#include "platform/bass/graph/peak_meter.h"
+#include "platform/pcm_source.h"
 
 namespace melvane::bass {
 
@@ -30,6 +31,8 @@ public:
     // Plays `frames` ahead of its own time (behind it where negative; silence before its start).
     void setOffset(std::int64_t frames) { wantedOffset_ = frames; }
     void setLevel(StereoGain gain) { level_.set(gain); }
+    // Of what it added to the card since this was asked last.
+    PeakLevels takePeaks() { return peaks_.take(); }
     // Higher priorities sound first, equal ones in the order of adding.
     void addEffect(std::shared_ptr<Effect> effect, int priority);
 
@@ -67,6 +70,7 @@ private:
     std::atomic<std::int64_t> wantedSeek_{kNoSeek};
     std::atomic<std::int64_t> wantedOffset_{0};
     Level level_;
+    PeakMeter peaks_;
     std::mutex effectsMutex_;
     std::vector<PlacedEffect> effects_;
 

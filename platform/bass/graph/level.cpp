@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/bass/graph/peak_meter.h"
+
 namespace melvane::bass {
 
 StereoGain gainOf(std::uint32_t volume, std::int32_t pan) {
@@ -10,7 +12,7 @@ StereoGain gainOf(std::uint32_t volume, std::int32_t pan) {
     return {amplitude * std::min(1.0F, 1.0F - side), amplitude * std::min(1.0F, 1.0F + side)};
 }
 
-void Level::mixInto(float* out, const float* in, std::size_t frames) {
+PeakLevels Level::mixInto(float* out, const float* in, std::size_t frames) {
     const StereoGain target = target_.load(std::memory_order_relaxed);
     if (!started_) {
         started_ = true;
@@ -21,15 +23,12 @@ void Level::mixInto(float* out, const float* in, std::size_t frames) {
         rampLeft_ = kRampFrames;
     }
     std::size_t i = 0;
+    PeakLevels ramp;
     for (; i < frames && rampLeft_ > 0; ++i) {
         now_ = --rampLeft_ == 0 ? goal_ : StereoGain{now_.left + step_.left, now_.right + step_.right};
-        out[2 * i] += in[2 * i] * now_.left;
-        out[2 * i + 1] += in[2 * i + 1] * now_.right;
+        ramp = higher(ramp, addScaled(out + 2 * i, in + 2 * i, 1, now_.left, now_.right));
     }
-    for (; i < frames; ++i) {
-        out[2 * i] += in[2 * i] * now_.left;
-        out[2 * i + 1] += in[2 * i + 1] * now_.right;
-    }
+    return higher(ramp, addScaled(out + 2 * i, in + 2 * i, frames - i, now_.left, now_.right));
 }
 
 }  // namespace melvane::bass

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/audio_library.h"
+
 namespace melvane::bass {
 
 struct StereoGain {
@@ -22,10 +24,10 @@ public:
     // Any thread.
     void set(StereoGain target) { target_.store(target, std::memory_order_relaxed); }
 
-    // Mixing thread: adds `frames` stereo frames of `in` to `out`. A new target is reached over kRampFrames,
-    // sample by sample, so that the result does not depend on how the frames come in blocks; before the
-    // first frame it is taken at once.
-    void mixInto(float* out, const float* in, std::size_t frames);
+    // Mixing thread: adds `frames` stereo frames of `in` to `out` and returns the peaks of what was added. A new target
+    // is reached over kRampFrames, sample by sample, so that the result does not depend on how the frames come in
+    // blocks; before the first frame it is taken at once.
+    PeakLevels mixInto(float* out, const float* in, std::size_t frames);
 
 private:
     static constexpr int kRampFrames = 882;  // 20 ms

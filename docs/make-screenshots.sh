@@ -1,0 +1,128 @@
+#!/usr/bin/env bash
+# Makes docs/screenshots/ anew: every window in both languages, at 1x and 2x, at rest and in a run.
+# Needs a release build, and the packages xvfb, xdotool, imagemagick and pulseaudio.
+set -euo pipefail
+
+root=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
+program=$root/build/release/melvane
+pictures=$root/docs/screenshots
+work=$(mktemp -d)
+jobs=()
+
+cleanup() {
+    kill "${jobs[@]}" 2>/dev/null || true
+    wait 2>/dev/null || true
+    rm -rf -- "$work"
+}
+trap cleanup EXIT
+
+start_servers() {
+    export DISPLAY=:97 XDG_RUNTIME_DIR=$work/run XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache
+    export PULSE_SERVER=unix:$work/run/pulse QT_QPA_PLATFORM=xcb
+    mkdir -p -m 700 "$XDG_RUNTIME_DIR" "$XDG_CONFIG_HOME/Tessaro"
+    Xvfb "$DISPLAY" -screen 0 2200x1500x24 >/dev/null 2>&1 &
+    jobs+=($!)
+    pulseaudio -n --exit-idle-time=-1 --load="module-native-protocol-unix socket=$work/run/pulse" \
+        --load=module-null-sink >/dev/null 2>&1 &
+    jobs+=($!)
+    for _ in {1..100}; do
+        xdotool getmouselocation >/dev/null 2>&1 && [[ -S $work/run/pulse ]] && break
+        sleep 0.1
+    done
+}
+
+# The settings that every start begins with: where the windows stand, and a picture worth looking at.
+write_settings() {
+    cat >"$XDG_CONFIG_HOME/Tessaro/registry.json" <<JSON
+{"HKEY_CURRENT_USER\\\\software\\\\Tessaro\\\\Melvane": {"language": "$1", "positionXY": "60,60",
+  "volume": "84,92", "audio effects": "1,35;0,20;1,60;0,40", "audio preset": "12",
+  "bass & treble": "40,50,62,38", "balance": "-31,13"},
+ "HKEY_CURRENT_USER\\\\software\\\\Tessaro\\\\Melvane\\\\windows": {"frmEff": "60,270", "frmChann": "540,270",
+  "frmIns": "780,490", "mnuHelp": "540,50", "frmPlayer": "150,500"}}
+JSON
+}
+
+# at X Y: moves the mouse to a place of the main window; press NAME... then clicks or types.
+at() { xdotool mousemove $((($1 + 60) * scale)) $((($2 + 60) * scale)); }
+click() { at "$1" "$2" && xdotool click "${3:-1}" && sleep 0.4; }
+key() { xdotool key "$@" && sleep 0.4; }
+
+# shoot NAME X Y WIDTH HEIGHT: that part of the screen, in pixels of the windows.
+shoot() {
+    at 700 -40
+    sleep 0.5
+    import -window root -crop "$(($4 * scale))x$(($5 * scale))+$(($2 * scale))+$(($3 * scale))" +repage \
+        "$pictures/$1-$language-${scale}x.png"
+}
+
+# wait_for NAME: until a window of that name is there.
+wait_for() { timeout 20 xdotool search --sync --onlyvisible --name "$1" >/dev/null; }
+
+# run_program SONG: the program with its files chosen, from the start window to the main window.
+run_program() {
+    write_settings "$language"
+    cp -- "$root/samples/$1" "$root/samples/evening-ferry-voice.wav" "$work/Music/"
+    rm -f -- "$work/Music/"*mix*.mp3 "$work/Music/evening-ferry2.mp3"
+    QT_SCALE_FACTOR=$scale "$program" "$work/Music/$1" "$work/Music/evening-ferry-voice.wav" &
+    running=$!
+    wait_for Melvane
+    sleep 1
+}
+
+quit_program() {
+    kill "$running" 2>/dev/null || true
+    wait "$running" 2>/dev/null || true
+}
+
+shoot_start_window() {
+    local place
+    place=$(xdotool search --onlyvisible --name Melvane getwindowgeometry | sed -n 's/.*Position: \([0-9]*\),\([0-9]*\).*/\1 \2/p')
+    # shellcheck disable=SC2086 # Two numbers.
+    set -- $place
+    shoot start $(($1 / scale)) $(($2 / scale)) 274 174
+    key Return
+    sleep 1
+}
+
+shoot_all() {
+    run_program evening-ferry.mp3
+    shoot_start_window
+    shoot main-rest 60 60 460 196
+    click 239 130
+    shoot effects-rest 60 270 460 210
+    click 400 30 3
+    shoot menu 60 60 640 460
+    key Escape
+    key ctrl+comma
+    shoot preferences-audio 540 50 460 210
+    key ctrl+Tab
+    shoot preferences-language 540 50 460 210
+    key Escape
+    click 60 130
+    sleep 6
+    shoot main-run 60 60 460 196
+    shoot effects-run 60 270 460 210
+    click 140 130
+    sleep 3
+    shoot player 150 500 274 146
+    quit_program
+
+    run_program evening-ferry.kar
+    key Return
+    sleep 1.5
+    click 203 130
+    shoot channels-rest 540 270 460 210
+    click 60 130
+    sleep 5
+    shoot channels-run 540 270 460 210
+    xdotool mousemove $((655 * scale)) $((450 * scale)) click --repeat 2 --delay 60 1
+    sleep 0.5
+    shoot instruments 780 490 274 174
+    quit_program
+}
+
+mkdir -p "$pictures" "$work/Music"
+start_servers
+for language in en pl; do
+    for scale in 1 2; do shoot_all; done
+done

@@ -1,0 +1,266 @@
+#include "midi/frmChann.h"
+
+#include <QAction>
+#include <algorithm>
+
+#include "controls/window_layout.h"
+#include "controls/window_region.h"
+#include "midi/channel_knobs.h"
+#include "settings/instrument_names.h"
+#include "state/guarded.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr std::int16_t kPercussionName = 128;
+constexpr QRect kTitle(kLeft, 1, 100, 20);
+constexpr QRect kHint(114, 1, 304, 20);
+constexpr QRect kNoSong(kLeft, 90, kRight - kLeft, 30);
+constexpr QRect kBalanceRow(10, 26, 16, 46);
+constexpr QRect kVolumeRow(10, 73, 16, 58);
+constexpr QRect kChannelsClose = kClose;
+
+// Of the first strip. The knobs are given by their tracks; balance stands over volume.
+constexpr QRect kToggle(30, 26, kStripStep, 17);
+constexpr QSize kBalanceKnob(5, 11);
+constexpr int kBalanceCentre = 50;
+constexpr QSize kVolumeKnob(17, 10);
+constexpr int kVolumeMiddle = 42;
+constexpr QRect kInstrument(31, 132, kStripStep - 2, 73);
+
+constexpr int kCloseEntry = 50;
+constexpr int kVolumeEntry = 63;
+constexpr int kVolumeEndEntry = 64;
+constexpr int kBalanceEntry = 65;
+constexpr int kToggleEntry = 66;
+constexpr int kResetEntry = 67;
+constexpr int kSwitchOffEntry = 81;
+
+QString number(double value) {
+    return QString::number(value, 'f', 0);
+}
+
+// Of a value that is set already, the exact one; otherwise the one that the position stands for.
+double knobValue(std::int16_t set, int itsPosition, int position, std::int16_t value) {
+    return position == itsPosition ? set : value;
+}
+
+// One language has a text of its own before the number, the other an end behind the number.
+QString balanceName(const modLang& language, const QString& channel) {
+    const QString text = toQt(language.lang(kBalanceEntry));
+    return text.startsWith(u' ') ? toQt(language.lang(kVolumeEntry)) + channel + text : text + channel;
+}
+
+// What a song without a removable vocal can do instead: the entry's second sentence.
+QString switchOffHint(const modLang& language) {
+    return toQt(language.lang(kSwitchOffEntry)).section(u'.', 1).trimmed();
+}
+
+void setName(QWidget* control, const QString& name) {
+    control->setToolTip(name);
+    control->setAccessibleName(name);
+}
+
+}  // namespace
+
+frmChann::frmChann(MidiChannels& channels, MidiState& state, Settings& settings, const modLang& language,
+                   Dialogs& dialogs, QWidget* owner)
+    : FramelessWindow(kWideRegion, kGripHeight, owner),
+      channels_(channels),
+      state_(state),
+      settings_(settings),
+      language_(language),
+      dialogs_(dialogs),
+      caption_(new QLabel(this)),
+      hint_(new ElidedLabel(this, Qt::ElideRight)),
+      noSong_(new QLabel(this)),
+      balanceRow_(new UpwardText(this, kBalanceRow)),
+      volumeRow_(new UpwardText(this, kVolumeRow)) {
+    setObjectName(QStringLiteral("frmChann"));
+    caption_->setObjectName(QStringLiteral("caption"));
+    caption_->setGeometry(kTitle);
+    hint_->setObjectName(QStringLiteral("hint"));
+    hint_->setGeometry(kHint);
+    hint_->setStyleSheet(QStringLiteral("font-size: 10px; color: %1").arg(QColor(skin::kMuted).name()));
+    hint_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    noSong_->setObjectName(QStringLiteral("noSong"));
+    noSong_->setGeometry(kNoSong);
+    noSong_->setAlignment(Qt::AlignCenter);
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) addStrip(c);
+    bClose_ = addButton(this, "bClose", kChannelsClose, ButtonLook::close, Symbol::close, [this] { close(); });
+    GetChannelsLanguage();
+    updateChannels();
+}
+
+void frmChann::addStrip(std::int16_t channel) {
+    const auto c = static_cast<std::size_t>(channel);
+    const int step = kStripStep * channel;
+    onoff_[c] = new ChannelToggle(this, kToggle.translated(step, 0), channel + 1);
+    onoff_[c]->setObjectName(QStringLiteral("onoff%1").arg(c));
+    connect(onoff_[c], &ChannelToggle::clicked, this, [this, channel] { onoff_Click(channel); });
+    addBalance(channel);
+    addVolume(channel);
+    ins_[c] = new InstrumentLabel(this, kInstrument.translated(step, 0));
+    ins_[c]->setObjectName(QStringLiteral("ins%1").arg(c));
+    connect(ins_[c], &InstrumentLabel::clicked, this, [this, channel] { ins_DblClick(channel); });
+}
+
+void frmChann::addBalance(std::int16_t channel) {
+    const Track track = channelBalanceTrack(channel);
+    const auto value = [this, channel](int left) {
+        const std::int16_t set = state_.ChannelInfo[channel].balance;
+        return knobValue(set, channelBalanceLeft(channel, set), left, channelBalanceAt(channel, left));
+    };
+    auto* slider = new Slider(this, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral}, Accent::song,
+                              {value, number});
+    slider->setObjectName(QStringLiteral("bl%1").arg(channel));
+    connect(slider, &Slider::moved, this,
+            [this, channel](int left) { setBalance(channel, channelBalanceAt(channel, left)); });
+    connect(slider, &Slider::resetWanted, this, [this, channel] { setBalance(channel, kNeutralBalance); });
+    addReset(slider);
+    bl_[static_cast<std::size_t>(channel)] = slider;
+}
+
+void frmChann::addVolume(std::int16_t channel) {
+    const auto value = [this, channel](int top) {
+        const std::int16_t set = state_.ChannelInfo[channel].volume;
+        return knobValue(set, channelVolumeTop(set), top, channelVolumeAt(top));
+    };
+    auto* slider = new Slider(this,
+                              {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + kStripStep * channel, kVolumeKnob,
+                               kChannelVolumeTrack.last},
+                              Accent::song, {value, number});
+    slider->setObjectName(QStringLiteral("vol%1").arg(channel));
+    connect(slider, &Slider::moved, this, [this, channel](int top) { setVolume(channel, channelVolumeAt(top), true); });
+    connect(slider, &Slider::resetWanted, this, [this, channel] { setVolume(channel, kNeutralVolume, true); });
+    addReset(slider);
+    vol_[static_cast<std::size_t>(channel)] = slider;
+}
+
+void frmChann::addReset(Slider* slider) {
+    auto* reset = new QAction(slider);
+    connect(reset, &QAction::triggered, slider, [slider] {
+        slider->place(slider->track().neutral);
+        Q_EMIT slider->resetWanted();
+        slider->tellValue();
+    });
+    slider->addAction(reset);
+    slider->setContextMenuPolicy(Qt::ActionsContextMenu);
+    resets_.push_back(reset);
+}
+
+std::array<QWidget*, 4> frmChann::strip(std::int16_t channel) const {
+    const auto c = static_cast<std::size_t>(channel);
+    return {onoff_[c], bl_[c], vol_[c], ins_[c]};
+}
+
+void frmChann::onoff_Click(std::int16_t channel) {
+    const auto c = static_cast<std::size_t>(channel);
+    const bool on = onoff_[c]->isChecked();
+    setVolume(channel, on ? switchedOnVolumeAt(vol_[c]->position()) : std::int16_t{0}, on);
+}
+
+// A knob that is moved is heard, so its channel is on again.
+void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
+    guarded(dialogs_, [&] {
+        channels_.setChannelVolume(channel, volume);
+        state_.ChannelInfo[channel].switchedOn = on ? -1 : 0;
+    });
+    onoff_[static_cast<std::size_t>(channel)]->setChecked(on);
+}
+
+void frmChann::setBalance(std::int16_t channel, std::int16_t balance) {
+    guarded(dialogs_, [&] { channels_.setChannelBalance(channel, balance); });
+}
+
+void frmChann::ins_DblClick(std::int16_t channel) {
+    if (!picker_) {
+        picker_ = new frmIns(channels_, language_, dialogs_, this);
+        connect(picker_, &frmIns::picked, this, &frmChann::showInstrument);
+    }
+    picker_->editedChannel = channel;
+    picker_->SelectInstrument(ins_[static_cast<std::size_t>(channel)]->text());
+    picker_->open();
+}
+
+void frmChann::showInstrument(std::int16_t channel, const QString& name) {
+    InstrumentLabel* label = ins_[static_cast<std::size_t>(channel)];
+    label->setText(name);
+    setName(label, toQt(language_.ownText(OwnText::channelInstrument, std::to_string(channel + 1))) +
+                       QStringLiteral(": ") + name);
+}
+
+void frmChann::updateChannels() {
+    bool any = false;
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
+        const bool shown = state_.deviceOpen && state_.ChannelInfo[c].shown != 0;
+        any = any || shown;
+        for (QWidget* control : strip(c)) control->setVisible(shown);
+        if (shown)
+            showStrip(c);
+        else
+            onoff_[static_cast<std::size_t>(c)]->setChecked(true);
+    }
+    noSong_->setVisible(!any);
+    for (QWidget* text : std::initializer_list<QWidget*>{hint_, balanceRow_, volumeRow_}) text->setVisible(any);
+    if (picker_ && !any) picker_->close();
+    if (startFlags.waitsForSong && any) open();
+}
+
+void frmChann::showStrip(std::int16_t channel) {
+    const auto c = static_cast<std::size_t>(channel);
+    const ChannelSettings& row = state_.ChannelInfo[channel];
+    showInstrument(channel, toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionName : row.instrument)));
+    // The volume of a channel that is off is 0: its knob stays where it will be switched on again.
+    if (row.switchedOn != 0)
+        vol_[c]->setPosition(channelVolumeTop(row.volume));
+    else if (onoff_[c]->isChecked())
+        vol_[c]->setPosition(channelVolumeTop(state_.InitialChannel[channel].volume));
+    bl_[c]->setPosition(channelBalanceLeft(channel, row.balance));
+    onoff_[c]->setChecked(row.switchedOn != 0);
+}
+
+void frmChann::GetChannelsLanguage() {
+    caption_->setText(toQt(language_.ownText(OwnText::midiChannels)));
+    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    hint_->setFullText(switchOffHint(language_));
+    hint_->setToolTip(toQt(language_.lang(kSwitchOffEntry)));
+    noSong_->setText(toQt(language_.ownText(OwnText::noMidiSong)));
+    balanceRow_->setText(toQt(language_.ownText(OwnText::balanceRow)));
+    volumeRow_->setText(toQt(language_.ownText(OwnText::volumeRow)));
+    for (std::int16_t channel = 0; channel < kMidiChannels; ++channel) {
+        const auto c = static_cast<std::size_t>(channel);
+        const QString name = QString::number(channel + 1);
+        setName(onoff_[c], toQt(language_.lang(kToggleEntry)) + name);
+        setName(bl_[c], balanceName(language_, name));
+        setName(vol_[c], toQt(language_.lang(kVolumeEntry)) + name + toQt(language_.lang(kVolumeEndEntry)));
+        showInstrument(channel, ins_[c]->text());
+    }
+    for (QAction* reset : resets_) reset->setText(toQt(language_.lang(kResetEntry)));
+    setButtonText(bClose_, {}, toQt(language_.lang(kCloseEntry)));
+    if (picker_) picker_->GetInstrumentsLanguage();
+}
+
+void frmChann::open() {
+    const auto waiting = [](const QWidget* toggle) { return toggle->isHidden(); };
+    if (startFlags.waitsForSong && std::all_of(onoff_.begin(), onoff_.end(), waiting)) return;
+    startFlags.waitsForSong = false;
+    setAttribute(Qt::WA_ShowWithoutActivating, !startFlags.takesFocus);
+    show();
+    if (!startFlags.takesFocus) return;
+    raise();
+    activateWindow();
+}
+
+void frmChann::showEvent(QShowEvent* event) {
+    FramelessWindow::showEvent(event);
+    settings_.channelsWindowOpen = -1;
+}
+
+void frmChann::closeEvent(QCloseEvent*) {
+    settings_.channelsWindowOpen = 0;
+    if (picker_) picker_->close();
+}
+
+}  // namespace melvane

@@ -1,0 +1,82 @@
+// The channels window: a strip for each channel of the song, to switch it off, to set its volume and balance and to
+// choose its instrument. What is set here is heard at once.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "controls/Ed_Button.h"
+#include "controls/elided_label.h"
+#include "controls/frameless_window.h"
+#include "controls/slider.h"
+#include "midi/channel_settings.h"
+#include "midi/frmIns.h"
+#include "midi/frm_strip_parts.h"
+#include "platform/dialogs.h"
+#include "settings/modLang.h"
+
+namespace melvane {
+
+class frmChann : public FramelessWindow {
+    Q_OBJECT
+
+public:
+    static constexpr int kHeight = 210;
+
+    // How open() shows the window.
+    struct StartFlags {
+        bool waitsForSong = false;  // hidden until there are channels to show
+        bool takesFocus = true;     // in front of the other windows
+    };
+
+    // Everything passed in outlives the window; `owner` owns it. While it is shown, and after it was hidden by
+    // another than its user, Settings::channelsWindowOpen is on.
+    frmChann(MidiChannels& channels, MidiState& state, Settings& settings, const modLang& language, Dialogs& dialogs,
+             QWidget* owner);
+
+    StartFlags startFlags;
+    void open();
+
+    // Shows the channels of the song that is loaded as they are set.
+    void updateChannels();
+    // Sets all texts from the current language.
+    void GetChannelsLanguage();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void addStrip(std::int16_t channel);
+    void addVolume(std::int16_t channel);
+    void addBalance(std::int16_t channel);
+    void addReset(Slider* slider);
+    std::array<QWidget*, 4> strip(std::int16_t channel) const;
+    void onoff_Click(std::int16_t channel);
+    void setVolume(std::int16_t channel, std::int16_t volume, bool on);
+    void setBalance(std::int16_t channel, std::int16_t balance);
+    void ins_DblClick(std::int16_t channel);
+    void showInstrument(std::int16_t channel, const QString& name);
+    void showStrip(std::int16_t channel);
+
+    MidiChannels& channels_;
+    MidiState& state_;
+    Settings& settings_;
+    const modLang& language_;
+    Dialogs& dialogs_;
+
+    QLabel* caption_;
+    ElidedLabel* hint_;
+    QLabel* noSong_;
+    UpwardText* balanceRow_;
+    UpwardText* volumeRow_;
+    std::array<ChannelToggle*, kMidiChannels> onoff_{};
+    std::array<Slider*, kMidiChannels> bl_{};
+    std::array<Slider*, kMidiChannels> vol_{};
+    std::array<InstrumentLabel*, kMidiChannels> ins_{};
+    std::vector<QAction*> resets_;
+    Ed_Button* bClose_;
+    frmIns* picker_ = nullptr;  // made when it is first opened
+};
+
+}  // namespace melvane

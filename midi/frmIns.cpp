@@ -1,0 +1,93 @@
+#include "midi/frmIns.h"
+
+#include <QKeyEvent>
+#include <QScreen>
+
+#include "controls/window_layout.h"
+#include "controls/window_region.h"
+#include "settings/instrument_names.h"
+#include "state/guarded.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr QRect kTitle(kLeft, 4, 214, 22);
+constexpr QRect kCloseButton(274 - kLeft - 24, 4, 24, 22);
+constexpr int kRowHeight = 18;
+constexpr QRect kList(kLeft, 33, 250, 7 * kRowHeight + 2);  // whole rows and a frame
+constexpr int kGap = 8;
+constexpr int kCloseEntry = 50;
+
+}  // namespace
+
+frmIns::frmIns(MidiChannels& channels, const modLang& language, Dialogs& dialogs, FramelessWindow* owner)
+    : FramelessWindow(kStartRegion, kGripHeight, owner),
+      channels_(channels),
+      language_(language),
+      dialogs_(dialogs),
+      caption_(new QLabel(this)),
+      List3_(new QListWidget(this)),
+      Command1_(addButton(this, "Command1", kCloseButton, ButtonLook::close, Symbol::close, [this] { close(); })) {
+    setObjectName(QStringLiteral("frmIns"));
+    caption_->setObjectName(QStringLiteral("caption"));
+    caption_->setGeometry(kTitle);
+    List3_->setObjectName(QStringLiteral("List3"));
+    List3_->setGeometry(kList);
+    for (int program = 0; program <= kPercussionInstrument; ++program) {
+        auto* item = new QListWidgetItem(toQt(GetInstrumentName(program)), List3_);
+        item->setSizeHint({0, kRowHeight});
+    }
+    connect(List3_, &QListWidget::itemClicked, this, &frmIns::List3_Click);
+    connect(List3_, &QListWidget::itemDoubleClicked, this, [this] {
+        List3_Click();
+        close();
+    });
+    GetInstrumentsLanguage();
+    List3_->setFocus();
+}
+
+void frmIns::SelectInstrument(const QString& name) {
+    for (int row = 0; row < List3_->count(); ++row)
+        if (List3_->item(row)->text() == name) List3_->setCurrentRow(row);
+}
+
+void frmIns::List3_Click() {
+    const QListWidgetItem* item = List3_->currentItem();
+    if (!item) return;
+    guarded(dialogs_, [&] {
+        channels_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->currentRow()));
+        Q_EMIT picked(editedChannel, item->text());
+    });
+}
+
+void frmIns::GetInstrumentsLanguage() {
+    caption_->setText(toQt(language_.ownText(OwnText::instrumentPicker, std::to_string(editedChannel + 1))));
+    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    List3_->setAccessibleName(toQt(language_.ownText(OwnText::instruments)));
+    setButtonText(Command1_, {}, toQt(language_.lang(kCloseEntry)));
+}
+
+void frmIns::open() {
+    GetInstrumentsLanguage();
+    if (!isVisible()) {
+        const QRect beside = parentWidget()->geometry();
+        const QScreen* screen = parentWidget()->screen();
+        const bool fits = beside.right() + kGap + width() <= screen->availableGeometry().right();
+        moveOntoScreen({fits ? beside.right() + 1 + kGap : beside.left() - kGap - width(), beside.top()});
+    }
+    List3_->setFocus();
+    show();
+    raise();
+    activateWindow();
+    List3_->scrollToItem(List3_->currentItem(), QAbstractItemView::PositionAtCenter);
+}
+
+void frmIns::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!enter || !List3_->hasFocus()) return FramelessWindow::keyPressEvent(event);
+    List3_Click();
+    close();
+}
+
+}  // namespace melvane

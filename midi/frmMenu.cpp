@@ -1,0 +1,129 @@
+#include "midi/frmMenu.h"
+
+#include <array>
+
+#include "controls/window_layout.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr int kCloseEntry = 90;
+constexpr int kHelpEntry = 84;
+constexpr int kPreferencesEntry = 89;
+constexpr int kRestoreEntry = 91;
+
+struct FileEntry {
+    const char* name;
+    int text;
+    QKeyCombination shortcut;
+};
+const std::array kFiles = {FileEntry{"mnuKar0", 85, Qt::CTRL | Qt::Key_O},
+                           FileEntry{"mnuKar1", 86, Qt::CTRL | Qt::SHIFT | Qt::Key_O},
+                           FileEntry{"mnuKar3", 87, Qt::CTRL | Qt::Key_S}};
+
+// Marks the first letter that `taken` does not hold yet as the one that chooses the entry.
+QString withMnemonic(const QString& text, QString& taken) {
+    QString marked = text;
+    marked.replace(u'&', QStringLiteral("&&"));
+    for (qsizetype i = 0; i < marked.size(); ++i) {
+        const QChar letter = marked[i].toLower();
+        if (!letter.isLetter() || taken.contains(letter)) continue;
+        taken += letter;
+        return marked.insert(i, u'&');
+    }
+    return marked;
+}
+
+}  // namespace
+
+frmMenu::frmMenu(const MidiState& state, const modLang& language, QWidget* owner)
+    : QObject(owner), state_(state), language_(language), owner_(owner), mnuKar_(new QMenu(owner)) {
+    setObjectName(QStringLiteral("frmMenu"));
+    mnuKar_->setObjectName(QStringLiteral("mnuKar"));
+    addKaraoke();
+    addMidi();
+    SetMenuLanguage();
+    setCanListen(false);
+}
+
+void frmMenu::addKaraoke() {
+    for (std::size_t i = 0; i < kFiles.size(); ++i) {
+        if (i == 2) mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar2"));
+        QAction* file = add(mnuKar_, QLatin1String(kFiles[i].name), entry(kFiles[i].text), kFiles[i].shortcut);
+        connect(file, &QAction::triggered, this, [this, i] { Q_EMIT browse(static_cast<int>(i)); });
+        files_.push_back(file);
+    }
+    listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
+    connect(listen_, &QAction::triggered, this, &frmMenu::listen);
+    mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar4"));
+    recent_ = addMenu(QStringLiteral("mnuKar5"), own(OwnText::recentFiles));
+    files_.push_back(recent_->menuAction());
+    mnuMidi_ = addMenu(QStringLiteral("mnuMid"), own(OwnText::midiButton));
+    connect(add(mnuKar_, QStringLiteral("mnuKar6"), entry(kPreferencesEntry), Qt::CTRL | Qt::Key_Comma),
+            &QAction::triggered, this, &frmMenu::preferences);
+    connect(add(mnuKar_, QStringLiteral("mnuKar7"), entry(kHelpEntry), Qt::Key_F1), &QAction::triggered, this,
+            &frmMenu::help);
+    mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar8"));
+    connect(add(mnuKar_, QStringLiteral("mnuKar9"), entry(kCloseEntry), Qt::CTRL | Qt::Key_Q), &QAction::triggered,
+            this, &frmMenu::closeWanted);
+}
+
+void frmMenu::addMidi() {
+    mnuMidi_->setObjectName(QStringLiteral("mnuMidi"));
+    restore_ = add(mnuMidi_, QStringLiteral("mnuMidi0"), entry(kRestoreEntry));
+    restore_->setEnabled(false);
+    connect(mnuMidi_, &QMenu::aboutToShow, this, [this] {
+        if (state_.midiLoaded) restore_->setEnabled(true);
+    });
+    connect(restore_, &QAction::triggered, this, [this] {
+        if (state_.midiLoaded) Q_EMIT restoreMidi();
+    });
+    connect(add(mnuMidi_, QStringLiteral("mnuMidi1"), own(OwnText::midiChannels), Qt::CTRL | Qt::Key_D),
+            &QAction::triggered, this, &frmMenu::showChannels);
+    add(mnuMidi_, QStringLiteral("mnuMidi2"), entry(kCloseEntry));
+}
+
+QAction* frmMenu::add(QMenu* menu, const QString& name, Text text, const QKeySequence& shortcut) {
+    QAction* action = menu->addAction(QString());
+    action->setObjectName(name);
+    action->setShortcut(shortcut);
+    action->setShortcutContext(Qt::ApplicationShortcut);
+    action->setShortcutVisibleInContextMenu(true);
+    owner_->addAction(action);  // a menu that pops up gives its shortcuts to no window
+    texts_.emplace_back(action, std::move(text));
+    return action;
+}
+
+QMenu* frmMenu::addMenu(const QString& name, Text text) {
+    QMenu* menu = mnuKar_->addMenu(QString());
+    menu->menuAction()->setObjectName(name);
+    texts_.emplace_back(menu->menuAction(), std::move(text));
+    return menu;
+}
+
+frmMenu::Text frmMenu::entry(int number) const {
+    return [this, number] { return language_.lang(number); };
+}
+
+frmMenu::Text frmMenu::own(OwnText text) const {
+    return [this, text] { return language_.ownText(text); };
+}
+
+void frmMenu::SetMenuLanguage() {
+    QString takenInKaraoke;
+    QString takenInMidi;
+    for (const auto& [action, text] : texts_)
+        action->setText(
+            withMnemonic(toQt(text()), mnuMidi_->actions().contains(action) ? takenInMidi : takenInKaraoke));
+}
+
+void frmMenu::setRunning(bool running) {
+    for (QAction* file : files_) file->setEnabled(!running);
+}
+
+void frmMenu::setCanListen(bool can) {
+    listen_->setEnabled(can);
+}
+
+}  // namespace melvane

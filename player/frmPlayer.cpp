@@ -1,0 +1,198 @@
+#include "player/frmPlayer.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include "controls/skin.h"
+#include "controls/window_layout.h"
+#include "controls/window_region.h"
+#include "state/guarded.h"
+#include "state/text_path.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr QSize kSize(274, 146);
+constexpr int kBarLeft = (kSize.width() - PlayBar::kUnits) / 2;
+constexpr QRect kFile(14, 14, kSize.width() - 28, 22);
+constexpr QRect kTime(14, 38, kSize.width() - 28, 16);
+constexpr QRect kBar(kBarLeft - PlayBar::kMargin, 58, PlayBar::kUnits + 2 * PlayBar::kMargin, 18);
+constexpr QRect kPlay(14, 94, 40, 28);
+constexpr int kButtonStep = 46;
+constexpr QRect kCloseButton(156, 94, 104, 28);
+
+constexpr int kTickMs = 200;
+constexpr int kCloseEntry = 90;
+constexpr int kBytesPerSecond = kSampleRate * kBytesPerFrame;
+
+// The background: a wave that goes through the whole window.
+class Picture : public QWidget {
+public:
+    explicit Picture(QWidget* window) : QWidget(window) { setGeometry(window->rect()); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        constexpr double kTurns = 0.045;  // of the phase a pixel
+        constexpr int kWaves = 3;
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(QColor(skin::kRaised), 1));
+        for (int wave = 1; wave <= kWaves; ++wave) {
+            QPainterPath path(QPointF(0, height() / 2.0));
+            for (int x = 0; x <= width(); x += 2) {
+                const double swell = std::sin(M_PI * x / width()) * height() / 2.5;
+                path.lineTo(x, height() / 2.0 + swell * std::sin(kTurns * x + wave) * wave / kWaves);
+            }
+            painter.drawPath(path);
+        }
+    }
+};
+
+QString clockText(std::uint64_t bytes) {
+    const auto seconds = bytes / kBytesPerSecond;
+    return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+}
+
+}  // namespace
+
+frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& dialogs, std::string playerFile,
+                     QWidget* owner)
+    : FramelessWindow(kPlayerRegion, kSize.height(), owner),
+      library_(library),
+      language_(language),
+      dialogs_(dialogs),
+      playerFile_(std::move(playerFile)),
+      playerStream_(library_.BASS_StreamCreateFile(false, playerFile_.c_str(), 0, 0, 0)) {
+    setObjectName(QStringLiteral("frmPlayer"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::ApplicationModal);
+    if (playerStream_ != 0) length_ = library_.BASS_ChannelGetLength(playerStream_);
+    auto* Image1 = new Picture(this);
+    Image1->setObjectName(QStringLiteral("Image1"));
+    // A message is cut at its end, a path keeps its file name.
+    Label1_ = new ElidedLabel(this, playerStream_ == 0 ? Qt::ElideRight : Qt::ElideMiddle);
+    Label1_->setObjectName(QStringLiteral("Label1"));
+    Label1_->setAlignment(Qt::AlignCenter);
+    Label1_->setGeometry(kFile);
+    addBar();
+    addButtons();
+    GetPlayerLanguage();
+    showPosition();
+    (playerStream_ == 0 ? static_cast<QWidget*>(bClose_) : progress_)->setFocus();
+
+    Timer1_.setObjectName(QStringLiteral("Timer1"));
+    Timer1_.setInterval(kTickMs);
+    connect(&Timer1_, &QTimer::timeout, this, &frmPlayer::Timer1_Timer);
+    Timer1_.start();
+}
+
+frmPlayer::~frmPlayer() {
+    library_.BASS_ChannelStop(playerStream_);
+    library_.BASS_MusicFree(playerStream_);
+}
+
+void frmPlayer::addBar() {
+    time_ = new QLabel(this);
+    time_->setObjectName(QStringLiteral("time"));
+    time_->setAlignment(Qt::AlignCenter);
+    time_->setGeometry(kTime);
+    progress_ = new PlayBar(this);
+    progress_->setObjectName(QStringLiteral("progress"));
+    progress_->setGeometry(kBar);
+    progress_->setEnabled(playerStream_ != 0);
+    connect(progress_, &PlayBar::pointedAt, this, [this](double ratio) { seek(ratio * static_cast<double>(length_)); });
+    connect(progress_, &PlayBar::stepped, this, [this](int seconds) {
+        seek(static_cast<double>(library_.BASS_ChannelGetPosition(playerStream_)) + seconds * kBytesPerSecond);
+    });
+}
+
+void frmPlayer::addButtons() {
+    const QRect pause = kPlay.translated(kButtonStep, 0);
+    const QRect stop = pause.translated(kButtonStep, 0);
+    Ed_Button1_ = addControl("Ed_Button1", kPlay, ButtonLook::song, Symbol::play, &frmPlayer::Ed_Button1_Click);
+    Ed_Button2_ = addControl("Ed_Button2", pause, ButtonLook::plain, Symbol::pause, &frmPlayer::Ed_Button2_Click);
+    Ed_Button3_ = addControl("Ed_Button3", stop, ButtonLook::plain, Symbol::stop, &frmPlayer::Ed_Button3_Click);
+    bClose_ = addButton(this, "bClose", kCloseButton, ButtonLook::plain, Symbol::close, [this] { close(); });
+}
+
+Ed_Button* frmPlayer::addControl(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
+                                 void (frmPlayer::*click)()) {
+    Ed_Button* button =
+        addButton(this, name, place, look, symbol, [this, click] { guarded(dialogs_, [&] { (this->*click)(); }); });
+    button->setEnabled(playerStream_ != 0);
+    // Space plays and pauses, also behind a click on this button.
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+void frmPlayer::Ed_Button1_Click() {
+    playing_ = library_.BASS_ChannelPlay(playerStream_, false);
+}
+
+// The library knows no pause: a stopped channel keeps its position.
+void frmPlayer::Ed_Button2_Click() {
+    Ed_Button3_Click();
+}
+
+void frmPlayer::Ed_Button3_Click() {
+    library_.BASS_ChannelStop(playerStream_);
+    playing_ = false;
+    showPosition();
+}
+
+void frmPlayer::Timer1_Timer() {
+    if (!playing_) return;
+    // Asked before the position: a channel that came to its end is no longer active.
+    const bool active = library_.BASS_ChannelIsActive(playerStream_) == ChannelActivity::playing;
+    showPosition();
+    if (!active || ratio() == 1) Ed_Button3_Click();
+}
+
+double frmPlayer::ratio() const {
+    if (length_ == 0) return 0;
+    return static_cast<double>(library_.BASS_ChannelGetPosition(playerStream_)) / static_cast<double>(length_);
+}
+
+void frmPlayer::showPosition() {
+    progress_->setValue(static_cast<int>(ratio() * PlayBar::kUnits));
+    if (playerStream_ == 0) return;
+    time_->setText(clockText(library_.BASS_ChannelGetPosition(playerStream_)) + QStringLiteral(" / ") +
+                   clockText(length_));
+}
+
+void frmPlayer::seek(double position) {
+    const auto bytes = static_cast<std::uint64_t>(std::clamp(position, 0.0, static_cast<double>(length_)));
+    library_.BASS_ChannelSetPosition(playerStream_, bytes - bytes % kBytesPerFrame);
+    showPosition();
+}
+
+void frmPlayer::GetPlayerLanguage() {
+    const auto tip = [this](OwnText text) { return toQt(language_.ownText(text)); };
+    if (playerStream_ != 0)
+        Label1_->setFullText(toQt(playerFile_));
+    else
+        Label1_->setFullText(toQt(language_.ownText(OwnText::cannotPlayFile, toText(toPath(playerFile_).filename()))));
+    progress_->setToolTip(tip(OwnText::playPosition));
+    progress_->setAccessibleName(progress_->toolTip());
+    setButtonText(Ed_Button1_, {}, tip(OwnText::play));
+    setButtonText(Ed_Button2_, {}, tip(OwnText::pause));
+    setButtonText(Ed_Button3_, {}, tip(OwnText::playerStop));
+    const QString close = toQt(language_.lang(kCloseEntry));
+    setButtonText(bClose_, close, close);
+    setWindowTitle(tip(OwnText::listen) + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+}
+
+void frmPlayer::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && playerStream_ != 0 && !event->isAutoRepeat())
+        playing_ ? Ed_Button2_Click() : Ed_Button1_Click();
+    else
+        FramelessWindow::keyPressEvent(event);
+}
+
+}  // namespace melvane

@@ -1,0 +1,66 @@
+// The preview player: a small window that plays one sound file.
+#pragma once
+
+#include <QLabel>
+#include <QTimer>
+#include <cstdint>
+#include <string>
+
+#include "controls/Ed_Button.h"
+#include "controls/elided_label.h"
+#include "controls/frameless_window.h"
+#include "platform/audio_library.h"
+#include "platform/dialogs.h"
+#include "player/frm_play_bar.h"
+#include "settings/modLang.h"
+
+namespace melvane {
+
+class frmPlayer : public FramelessWindow {
+    Q_OBJECT
+
+public:
+    // `playerFile` is UTF-8. What is passed by reference outlives the window, which lets no other window of the program
+    // be used and is deleted when it is closed.
+    frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& dialogs, std::string playerFile, QWidget* owner);
+    ~frmPlayer() override;
+
+    // Sets all texts from the current language.
+    void GetPlayerLanguage();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;  // Space plays and pauses, Escape closes
+
+private:
+    void addBar();
+    void addButtons();
+    Ed_Button* addControl(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
+                          void (frmPlayer::*click)());
+    void Ed_Button1_Click();
+    void Ed_Button2_Click();
+    void Ed_Button3_Click();
+    void Timer1_Timer();
+    void showPosition();
+    double ratio() const;
+    // To this byte of the file, or the nearer end of it.
+    void seek(double position);
+
+    AudioLibrary& library_;
+    const modLang& language_;
+    Dialogs& dialogs_;
+    const std::string playerFile_;
+    Handle playerStream_;       // 0: the file can't be played
+    std::uint64_t length_ = 0;  // bytes
+    bool playing_ = false;      // from play to pause, stop or the end
+
+    ElidedLabel* Label1_;
+    QLabel* time_;
+    PlayBar* progress_;
+    Ed_Button* Ed_Button1_;
+    Ed_Button* Ed_Button2_;
+    Ed_Button* Ed_Button3_;
+    Ed_Button* bClose_;
+    QTimer Timer1_;
+};
+
+}  // namespace melvane

@@ -1,0 +1,225 @@
+#include "settings/mnuHelp.h"
+
+#include <QEvent>
+#include <QRadioButton>
+#include <utility>
+
+#include "controls/window_layout.h"
+#include "controls/window_region.h"
+#include "state/guarded.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr QRect kTab(kLeft, 32, 150, 24);  // the first
+constexpr QRect kPage(kLeft, 56, kRight - kLeft, 112);
+constexpr QRect kOK(kRight - 110, 174, 110, 26);
+
+// On a page: a column of names, and what they name.
+constexpr QRect kName(14, 10, 140, 24);
+constexpr QRect kValue(158, 10, 264, 24);
+constexpr int kRowStep = 30;
+constexpr QRect kHint(14, 64, 408, 18);
+constexpr QRect kForce(158, 84, 264, 22);
+constexpr int kLanguageStep = 120;
+
+enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kHomeLabel };
+constexpr int kHomePageEntry = 10;
+constexpr int kAudioEntry = 19;
+constexpr int kLanguageEntry = 20;
+constexpr int kMidiEntry = 21;
+constexpr int kMixEntry = 22;
+constexpr int kHintEntry = 23;
+constexpr int kForceEntry = 24;
+constexpr int kOnlineEntry = 25;
+constexpr int kOnlinePageEntry = 26;
+constexpr int kCloseEntry = 50;
+constexpr int kPreferencesEntry = 89;
+
+constexpr std::int16_t kForced = 1;
+
+// Every language is called as its speakers call it.
+constexpr struct {
+    const char* code;
+    const char* name;
+} kLanguages[] = {{"en", "English"}, {"pl", "Polski"}};
+
+QFrame* addPage(QWidget* window, const char* name) {
+    auto* page = new QFrame(window);
+    page->setObjectName(QLatin1String(name));
+    page->setGeometry(kPage);
+    return page;
+}
+
+// Selects the device of `number`, `otherwise` when there is none. A device that got another number keeps being the one.
+template <typename Number>
+void showDevices(DeviceList& list, Number& number, int otherwise) {
+    const int before = list.currentIndex();
+    if (!list.refresh())
+        list.setCurrentIndex(number >= 0 && number < list.count() ? static_cast<int>(number) : otherwise);
+    else if (list.currentIndex() != before)
+        number = static_cast<Number>(list.currentIndex());
+}
+
+void setTexts(QAbstractButton& button, const std::string& text) {
+    button.setText(toQt(text));
+    button.setToolTip(toQt(text));
+}
+
+}  // namespace
+
+mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dialogs& dialogs, DeviceNames midiPorts,
+                 DeviceNames recordingInputs, QWidget* owner)
+    : FramelessWindow(kWideRegion, kGripHeight, owner),
+      settings_(settings),
+      language_(language),
+      shell_(shell),
+      dialogs_(dialogs),
+      caption_(new QLabel(this)) {
+    setObjectName(QStringLiteral("mnuHelp"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    caption_->setObjectName(QStringLiteral("caption"));
+    caption_->setGeometry(kCaption);
+    addTabs();
+    addAudioPage(std::move(midiPorts), std::move(recordingInputs));
+    addLanguagePage();
+    bOK_ = addButton(this, "bOK", kOK, ButtonLook::plain, Symbol::close, [this] { close(); });
+    TABA_[0]->click();
+    TABA_[0]->setFocus();
+    GetPreferencesLanguage();
+    refreshDevices();
+}
+
+void mnuHelp::addTabs() {
+    for (std::size_t i = 0; i < TABA_.size(); ++i) {
+        const int page = static_cast<int>(i);
+        TABA_[i] = new QPushButton(this);
+        TABA_[i]->setObjectName(QStringLiteral("TABA%1").arg(page));
+        TABA_[i]->setProperty("tab", true);
+        TABA_[i]->setGeometry(kTab.translated(page * kTab.width(), 0));
+        TABA_[i]->setCheckable(true);
+        TABA_[i]->setAutoExclusive(true);
+        connect(TABA_[i], &QPushButton::clicked, this, [this, page] { TABA_Click(page); });
+    }
+}
+
+void mnuHelp::addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs) {
+    FM_ = addPage(this, "FM");
+    MidiDev_ = addDeviceList("MidiDev", kMidiLabel, std::move(midiPorts));
+    connect(MidiDev_, &QComboBox::activated, this, [this](int position) {
+        if (settings_.midiPort == position) return;
+        settings_.midiPort = position;
+        Q_EMIT midiPortChanged();
+    });
+    MixDev_ = addDeviceList("MixDev", kMixLabel, std::move(recordingInputs));
+    connect(MixDev_, &QComboBox::activated, this, [this](int position) {
+        settings_.mixDevice = static_cast<std::int16_t>(position);
+        settings_.mixDeviceStored = true;
+    });
+    addLabel(kHintLabel, FM_, kHint);
+    LB_[kHintLabel]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    LB_[kHintLabel]->setProperty("hint", true);
+    CustMix_ = new QCheckBox(FM_);
+    CustMix_->setObjectName(QStringLiteral("CustMix"));
+    CustMix_->setGeometry(kForce);
+    CustMix_->setChecked(settings_.forceMixDevice == kForced);
+    connect(CustMix_, &QCheckBox::clicked, this, [this](bool on) { settings_.forceMixDevice = on ? kForced : 0; });
+}
+
+DeviceList* mnuHelp::addDeviceList(const char* name, int label, DeviceNames deviceNames) {
+    const int down = label * kRowStep;
+    addLabel(static_cast<std::size_t>(label), FM_, kName.translated(0, down));
+    auto* list = new DeviceList(FM_, kValue.translated(0, down), std::move(deviceNames));
+    list->setObjectName(QLatin1String(name));
+    connect(list, &DeviceList::aboutToOpen, this, &mnuHelp::refreshDevices);
+    return list;
+}
+
+void mnuHelp::addLanguagePage() {
+    languagePage_ = addPage(this, "languagePage");
+    addLabel(kLanguageLabel, languagePage_, kName);
+    languages_ = new QButtonGroup(this);
+    QRect place(kValue.topLeft(), QSize(kLanguageStep, kValue.height()));
+    for (const auto& [code, name] : kLanguages) {
+        auto* button = new QRadioButton(QLatin1String(name), languagePage_);
+        button->setObjectName(QStringLiteral("language_") + QLatin1String(code));
+        button->setToolTip(button->text());
+        button->setGeometry(place);
+        place.translate(kLanguageStep, 0);
+        languages_->addButton(button);
+        connect(button, &QRadioButton::clicked, this, [this, code = code] {
+            if (settings_.language == code) return;
+            settings_.language = code;
+            Q_EMIT languageChanged(QLatin1String(code));
+        });
+    }
+    addLabel(kHomeLabel, languagePage_, kName.translated(0, kRowStep));
+    adres_ = addLink("adres", kValue.translated(0, kRowStep), kHomePageEntry);
+    online_ = addLink("online", kValue.translated(0, 2 * kRowStep), kOnlinePageEntry);
+}
+
+void mnuHelp::addLabel(std::size_t number, QWidget* page, const QRect& place) {
+    LB_[number] = new QLabel(page);
+    LB_[number]->setObjectName(QStringLiteral("LB%1").arg(number));
+    LB_[number]->setGeometry(place);
+}
+
+QPushButton* mnuHelp::addLink(const char* name, const QRect& place, int addressEntry) {
+    auto* link = new QPushButton(languagePage_);
+    link->setObjectName(QLatin1String(name));
+    link->setProperty("link", true);
+    link->setCursor(Qt::PointingHandCursor);
+    link->setGeometry(place);
+    connect(link, &QPushButton::clicked, this, [this, addressEntry] { openPage(language_.lang(addressEntry)); });
+    return link;
+}
+
+void mnuHelp::TABA_Click(int page) {
+    FM_->setVisible(page == 0);
+    languagePage_->setVisible(page == 1);
+}
+
+void mnuHelp::refreshDevices() {
+    guarded(dialogs_, [this] {
+        // A port that there is not is replaced by the first one wherever it is used.
+        showDevices(*MidiDev_, settings_.midiPort, 0);
+        showDevices(*MixDev_, settings_.mixDevice, -1);
+    });
+}
+
+void mnuHelp::openPage(const std::string& address) {
+    if (shell_.open(address)) return;
+    dialogs_.messageBox(language_.ownText(OwnText::cannotOpenPage, address), kProductCaption, BoxIcon::information,
+                        BoxButtons::ok);
+}
+
+void mnuHelp::GetPreferencesLanguage() {
+    caption_->setText(toQt(language_.lang(kPreferencesEntry)));
+    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    setTexts(*TABA_[0], language_.lang(kAudioEntry));
+    setTexts(*TABA_[1], language_.ownText(OwnText::languageAndHelp));
+    const std::string labels[] = {language_.lang(kMidiEntry), language_.lang(kMixEntry), language_.lang(kHintEntry),
+                                  language_.lang(kLanguageEntry), language_.ownText(OwnText::homePage)};
+    for (std::size_t i = 0; i < LB_.size(); ++i) LB_[i]->setText(toQt(labels[i]));
+    for (const auto& [list, label] : {std::pair(MidiDev_, kMidiLabel), std::pair(MixDev_, kMixLabel)}) {
+        list->setToolTip(LB_[label]->text());
+        list->setAccessibleName(list->toolTip());
+        list->setEmptyText(toQt(language_.ownText(OwnText::noDevices)));
+    }
+    MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
+    setTexts(*CustMix_, language_.lang(kForceEntry));
+    for (QAbstractButton* button : languages_->buttons())
+        button->setChecked(button->objectName() == QStringLiteral("language_") + toQt(language_.languageCode()));
+    setTexts(*online_, language_.lang(kOnlineEntry));
+    setTexts(*adres_, language_.lang(kHomePageEntry));
+    adres_->setToolTip(LB_[kHomeLabel]->text());
+    setButtonText(bOK_, toQt(language_.lang(kCloseEntry)), toQt(language_.lang(kCloseEntry)));
+}
+
+bool mnuHelp::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) refreshDevices();
+    return FramelessWindow::event(event);
+}
+
+}  // namespace melvane

@@ -1,0 +1,73 @@
+// The preferences window: devices, language and help. What is chosen here counts at once.
+#pragma once
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+#include <array>
+#include <string>
+
+#include "controls/Ed_Button.h"
+#include "controls/frameless_window.h"
+#include "platform/dialogs.h"
+#include "platform/shell.h"
+#include "settings/mnuHelp_device_list.h"
+#include "settings/modLang.h"
+#include "state/settings.h"
+
+namespace melvane {
+
+class mnuHelp : public FramelessWindow {
+    Q_OBJECT
+
+public:
+    // What `midiPorts` names first is port 0, what `recordingInputs` names first is input 0. Everything passed in
+    // outlives the window, which is deleted when it is closed.
+    mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dialogs& dialogs, DeviceNames midiPorts,
+            DeviceNames recordingInputs, QWidget* owner);
+
+    // Sets all texts from the current language.
+    void GetPreferencesLanguage();
+
+Q_SIGNALS:
+    // The user chose a port, which is in the settings already.
+    void midiPortChanged();
+    // The user chose a language, which is in the settings already.
+    void languageChanged(const QString& code);
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    void addTabs();
+    void addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs);
+    void addLanguagePage();
+    DeviceList* addDeviceList(const char* name, int label, DeviceNames deviceNames);
+    void addLabel(std::size_t number, QWidget* page, const QRect& place);
+    QPushButton* addLink(const char* name, const QRect& place, int addressEntry);
+    void TABA_Click(int page);
+    void refreshDevices();
+    void openPage(const std::string& address);
+
+    Settings& settings_;
+    const modLang& language_;
+    Shell& shell_;
+    Dialogs& dialogs_;
+
+    QLabel* caption_;
+    std::array<QPushButton*, 2> TABA_{};
+    QFrame* FM_;
+    QFrame* languagePage_;
+    std::array<QLabel*, 5> LB_{};
+    DeviceList* MidiDev_;
+    DeviceList* MixDev_;
+    QCheckBox* CustMix_;
+    QButtonGroup* languages_;
+    QPushButton* online_;
+    QPushButton* adres_;
+    Ed_Button* bOK_;
+};
+
+}  // namespace melvane

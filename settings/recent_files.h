@@ -1,0 +1,26 @@
+// The files that were chosen last, from one start to the next, under a key of their own.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "settings/settings_store.h"
+
+namespace melvane {
+
+class RecentFiles {
+public:
+    explicit RecentFiles(const SettingsStore& store) : store_(store) {}
+
+    static constexpr std::size_t kMost = 8;
+
+    // UTF-8 paths, the latest first.
+    std::vector<std::string> list() const;
+    // Puts a file in front; stored at once.
+    void add(const std::string& path);
+
+private:
+    const SettingsStore& store_;
+};
+
+}  // namespace melvane

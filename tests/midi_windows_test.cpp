@@ -1,0 +1,239 @@
+// The windows and menus of a MIDI song, driven by mouse and keyboard.
+#include <QMenu>
+#include <QSignalSpy>
+#include <set>
+
+#include "midi/channel_knobs.h"
+#include "midi/frmChann.h"
+#include "midi/frmMenu.h"
+#include "tests/fake_music.h"
+#include "tests/fake_platform.h"
+#include "tests/window_events.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+using Words = std::vector<std::string>;
+
+TEST(ChannelKnobs, CutWhatLiesBehindThePoint) {
+    using Pairs = std::vector<std::pair<int, int>>;
+    for (const auto& [top, value] : Pairs{{60, 128}, {61, 125}, {74, 98}, {120, 0}, {-9, 128}, {999, 0}})
+        EXPECT_EQ(channelVolumeAt(top), value) << top;
+    for (const auto& [top, value] : Pairs{{60, 129}, {61, 126}, {80, 86}, {100, 43}})
+        EXPECT_EQ(switchedOnVolumeAt(top), value) << top;
+    for (const auto& [value, top] : Pairs{{2, 120}, {3, 119}, {100, 74}, {127, 61}, {32767, 60}, {-1, 120}})
+        EXPECT_EQ(channelVolumeTop(static_cast<std::int16_t>(value)), top) << value;
+    for (const auto& [left, value] : Pairs{{32, 0}, {33, 7}, {40, 60}, {48, 120}, {0, 0}, {99, 120}})
+        EXPECT_EQ(channelBalanceAt(15, left + 375), value) << left;
+    for (const auto& [value, left] : Pairs{{7, 32}, {8, 33}, {64, 40}, {127, 48}, {-32768, 32}})
+        EXPECT_EQ(channelBalanceLeft(3, static_cast<std::int16_t>(value)), left + 75) << value;
+}
+
+struct ChannelsFixture : testing::Test {
+    FakeMusic music;
+    FakeDialogs dialogs;
+    Settings settings;
+    MidiState state;
+    MidiDevice device;
+    MidiChannels channels{state, device, settings, [] {}};
+    modLang language;
+    QWidget owner;
+    frmChann* window = nullptr;
+
+    ChannelsFixture() {
+        device.performance = music.createPerformance();
+        language.InitLanguage("", "en");
+        for (const std::int16_t c : std::initializer_list<std::int16_t>{0, 2, 3, 5, 8, 15})
+            state.ChannelInfo[c] = {0, 0, 0, c, c, 90, 64, 2, -1, -1};
+        state.deviceOpen = true;
+        state.midiLoaded = -1;
+        window = new frmChann(channels, state, settings, language, dialogs, &owner);
+        channels.updateChannels = [this] { window->updateChannels(); };
+        window->open();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    Slider& slider(const char* name) { return find(*window, name); }
+    ChannelToggle& onoff(const char* name) { return find<ChannelToggle>(*window, name); }
+    InstrumentLabel& ins(const char* name) { return find<InstrumentLabel>(*window, name); }
+    frmIns* picker() { return window->findChild<frmIns*>(); }
+    QListWidget& list() { return find<QListWidget>(*picker(), "List3"); }
+    void click(const char* name) { clickAt(*window, find<QWidget>(*window, name).geometry().center()); }
+    QPoint rowAt(int row) {
+        list().scrollToItem(list().item(row));
+        return list().viewport()->mapTo(picker(), list().visualItemRect(list().item(row)).center());
+    }
+    // What was sent since the last call.
+    Words sent() { return std::exchange(music.calls, {}); }
+};
+
+TEST_F(ChannelsFixture, KnobsSendWhatTheyStandFor) {
+    drag(slider("vol3"), -100);
+    click("onoff3");
+    EXPECT_EQ(state.ChannelInfo[3].switchedOn, 0);
+    window->updateChannels();
+    EXPECT_EQ(slider("vol3").position(), 60) << "waits where it was";
+    click("onoff3");
+    EXPECT_EQ(sent(), (Words{"sendMidi 10 1 3 176 7 128", "sendMidi 10 1 3 176 7 0", "sendMidi 10 1 3 176 7 129"}));
+    drag(slider("bl15"), 0);
+    drag(slider("bl15"), 452);
+    for (const char* still : {"bl15", "vol15", "bl0"}) drag(slider(still), slider(still).position());
+    doubleClick(slider("bl15"));
+    slider("vol15").actions().at(0)->trigger();
+    EXPECT_EQ(sent(), (Words{"sendMidi 0 1 15 176 10 0", "sendMidi 0 1 15 176 10 120", "sendMidi 0 1 15 176 10 64",
+                             "sendMidi 10 1 15 176 7 100"}));
+    EXPECT_EQ(slider("vol15").valueText() + slider("bl15").valueText(), QStringLiteral("10064"));
+
+    click("onoff0");
+    drag(slider("vol0"), 90);
+    EXPECT_TRUE(onoff("onoff0").isChecked()) << "it is heard again";
+    EXPECT_EQ(sent(), (Words{"sendMidi 10 1 0 176 7 0", "sendMidi 10 1 0 176 7 64"}));
+}
+
+TEST_F(ChannelsFixture, ShowsTheTableAsItIs) {
+    const auto shown = [this] {
+        const auto toggles = window->findChildren<ChannelToggle*>();
+        return std::count_if(toggles.begin(), toggles.end(), [](const auto* toggle) { return toggle->isVisible(); });
+    };
+    EXPECT_EQ(shown(), 6);
+    state.ChannelInfo[3].shown = 0;
+    state.InitialChannel[3] = {127, 64, 3};
+    state.ChannelInfo[5] = {0, 0, 0, 128, 6, 0, 127, 2, -1, 0};
+    state.InitialChannel[5] = {32, 64, 3};
+    channels.updateChannels();
+    EXPECT_EQ(shown(), 5);
+    EXPECT_EQ(ins("ins5").text(), QStringLiteral("Percussion"));
+    EXPECT_EQ(slider("vol5").position(), 105) << "where the song has it";
+    channels.MidiRestore();
+    EXPECT_TRUE(onoff("onoff5").isChecked());
+    EXPECT_EQ(ins("ins5").text(), QStringLiteral("Honky-Tonk"));
+    EXPECT_EQ(slider("vol3").position(), 61);
+
+    state.deviceOpen = false;
+    channels.updateChannels();
+    EXPECT_EQ(shown(), 0);
+    window->hide();
+    EXPECT_EQ(settings.channelsWindowOpen, -1);
+    window->startFlags = {true, false};
+    window->open();
+    EXPECT_FALSE(window->isVisible()) << "waits for a song";
+    state.deviceOpen = true;
+    channels.updateChannels();
+    EXPECT_TRUE(window->isVisible());
+    window->close();
+    channels.updateChannels();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(settings.channelsWindowOpen, 0);
+}
+
+TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
+    click("ins2");
+    EXPECT_FALSE(picker());
+    QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, {}, ins("ins2").geometry().center());
+    ASSERT_TRUE(picker() && QTest::qWaitForWindowActive(picker()));
+    EXPECT_EQ(list().currentItem()->text(), QStringLiteral("Electric Grand"));
+    clickAt(*picker(), rowAt(21));
+    EXPECT_EQ(ins("ins2").text(), QStringLiteral("Accoridan"));
+    picker()->SelectInstrument(QStringLiteral("accoridan"));
+    EXPECT_EQ(list().currentRow(), 21);
+    QTest::mouseDClick(picker()->windowHandle(), Qt::LeftButton, {}, rowAt(128));
+    EXPECT_FALSE(picker()->isVisible());
+    EXPECT_EQ(sent().back(), "sendPatch 0 1 2 128 0 0");
+
+    const std::pair<Qt::Key, Qt::Key> keys[] = {{Qt::Key_Return, Qt::Key_Enter}, {Qt::Key_F2, Qt::Key_Escape}};
+    for (const auto& [opener, closer] : keys) {
+        window->activateWindow();
+        ins("ins15").setFocus();
+        QTest::keyClick(window->windowHandle(), opener);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(picker()));
+        QTest::keyClicks(&list(), QStringLiteral("Ocar"));
+        QTest::keyClick(picker()->windowHandle(), Qt::Key_Down);
+        EXPECT_TRUE(sent().empty());
+        QTest::keyClick(picker()->windowHandle(), closer);
+        EXPECT_FALSE(picker()->isVisible());
+        EXPECT_EQ(sent(), closer == Qt::Key_Escape ? Words{} : Words{"sendPatch 0 1 15 80 0 0"});
+        QTest::qWait(QApplication::keyboardInputInterval() + 50);
+    }
+}
+
+TEST_F(ChannelsFixture, IsTidyAndNamedInBothLanguages) {
+    EXPECT_EQ(window->size(), QSize(460, frmChann::kHeight));
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) state.ChannelInfo[c].shown = -1;
+    const char* names[] = {
+        "Channel 4 volume, Channel 16 balance, Switch on/off channel 1, Instrument of channel 9: Celesta",
+        "Głośność kanału 4, Balans kanału 16, Wł/wył kanał 1, Instrument kanału 9: Celesta"};
+    for (const std::size_t polish : {0U, 1U}) {
+        language.SetLanguage(polish ? "pl" : "en");
+        window->GetChannelsLanguage();
+        for (const bool loaded : {false, true}) {
+            state.deviceOpen = loaded;
+            window->updateChannels();
+            expectTidy(*window);
+        }
+        QStringList found;
+        for (const char* id : {"vol3", "bl15", "onoff0", "ins8"}) {
+            found << find<QWidget>(*window, id).accessibleName();
+            EXPECT_EQ(found.back(), find<QWidget>(*window, id).toolTip());
+        }
+        EXPECT_EQ(found.join(QStringLiteral(", ")).toStdString(), names[polish]);
+    }
+}
+
+TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
+    modLang language;
+    language.InitLanguage("", "en");
+    MidiState state;
+    QWidget owner;
+    frmMenu menu(state, language, &owner);
+    owner.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&owner));
+    const auto captions = [&](QMenu* from) {
+        QString all;
+        std::set<QChar> letters;
+        for (const QAction* action : from->actions()) {
+            if (action->isSeparator()) continue;
+            EXPECT_TRUE(letters.insert(action->text().section(u'&', 1).at(0).toLower()).second) << "taken";
+            all += action->text().remove(u'&') + QStringLiteral("|");
+        }
+        return all.toStdString();
+    };
+    EXPECT_EQ(captions(menu.mnuMidi()), "Restore midi settings|MIDI channels|Close|");
+    language.SetLanguage("pl");
+    menu.SetMenuLanguage();
+    EXPECT_EQ(captions(menu.mnuKar()),
+              "Otwórz podkład karaoke...|Otwórz plik z vocalem..|Wybierz plik docelowy miksowania...|"
+              "Odsłuchaj ostatni miks|Ostatnie pliki|MIDI|Ustawienia|Pomoc online|Zamknij|");
+
+    std::string chosen;
+    const auto note = [&](auto signal, char letter) {
+        QObject::connect(&menu, signal, [&chosen, letter] { chosen += letter; });
+    };
+    QObject::connect(&menu, &frmMenu::browse, [&](int index) { chosen += std::to_string(index); });
+    note(&frmMenu::help, 'h');
+    note(&frmMenu::closeWanted, 'c');
+    note(&frmMenu::listen, 'l');
+    note(&frmMenu::restoreMidi, 'r');
+    const auto chooseAll = [&] {
+        for (QMenu* each : {menu.mnuKar(), menu.mnuMidi()}) {
+            each->popup({});
+            for (QAction* action : each->actions()) action->trigger();
+            each->close();
+        }
+        QTest::keyClick(&owner, Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+        return std::exchange(chosen, {});
+    };
+    EXPECT_EQ(chooseAll(), "012hc1") << "no song, no mix";
+    state.midiLoaded = -1;
+    menu.setRunning(true);
+    menu.setCanListen(true);
+    EXPECT_EQ(chooseAll(), "lhcr");
+    state.midiLoaded = 0;
+    EXPECT_EQ(chooseAll(), "lhc");
+}
+
+}  // namespace
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    return melvane::test::runWindowTests(argc, argv);
+}

@@ -1,0 +1,84 @@
+// The outline of a file, as the library makes it on a thread of its own.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/bass/library.h"
+#include "tests/sound.h"
+#include "tests/temp_dir.h"
+#include "tests/wav.h"
+
+namespace melvane::bass {
+namespace {
+
+using namespace melvane::test;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+void waitForEnd(const WaveformScan& scan) {
+    for (const auto limit = Clock::now() + 20s; !scan.finished() && Clock::now() < limit;)
+        std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(scan.finished());
+}
+
+struct ScanFixture : testing::Test {
+    TempDir dir;
+    Library library{{CardClock::stepped}};
+};
+
+TEST_F(ScanFixture, GivesTheHighestSampleOfBothSidesInEachColumn) {
+    constexpr std::size_t kColumns = 176;
+    constexpr std::size_t kFrames = 100'003;
+    Sound sound = silence(kFrames);
+    std::vector<float> expected;
+    for (std::size_t column = 0; column < kColumns; ++column) {
+        const std::size_t first = column * kFrames / kColumns;
+        const std::size_t last = (column + 1) * kFrames / kColumns - 1;
+        expected.push_back(static_cast<float>(column) / 256);
+        sound[2 * (column % 3 == 0 ? first : last) + column % 2] = column % 5 == 0 ? expected.back() : -expected.back();
+    }
+    const auto scan = library.scanWaveform(dir.write("song.wav", wavFile(sound)), kColumns);
+    waitForEnd(*scan);
+    EXPECT_FALSE(scan->failed());
+    EXPECT_EQ(scan->progress(), 1);
+    EXPECT_EQ(scan->peaks(), expected);
+}
+
+TEST_F(ScanFixture, AFileWithFewerFramesThanColumnsFillsThemAll) {
+    const auto scan = library.scanWaveform(dir.write("tiny.wav", wavFile({0.25F, 0, 0, -0.5F})), 5);
+    waitForEnd(*scan);
+    EXPECT_EQ(scan->peaks(), (std::vector<float>{0.25F, 0.25F, 0.25F, 0.25F, 0.5F}));
+}
+
+TEST_F(ScanFixture, WhatIsNoSoundFails) {
+    for (const std::string& file : {dir / "missing.mp3", dir.path(), dir.write("song.mid", "MThd\0\0\0\6"),
+                                    dir.write("broken.wav", wavFile(silence(0))), dir.write("empty.mp3", "")}) {
+        const auto scan = library.scanWaveform(file, 3);
+        waitForEnd(*scan);
+        EXPECT_TRUE(scan->failed()) << file;
+        EXPECT_EQ(scan->peaks(), std::vector<float>(3)) << file;
+    }
+}
+
+TEST_F(ScanFixture, EndsAtOnceWhenItIsLetGoOrTheLibraryIs) {
+    constexpr std::uint32_t kBytes = 1'600'000'000;  // two and a half hours
+    std::string header = wavFile({});
+    header.replace(40, 4, "");
+    appendNumber(header, kBytes, 4);
+    const std::string file = dir.write("long.wav", header);
+    std::filesystem::resize_file(file, header.size() + kBytes);
+    auto own = std::make_unique<Library>(AudioLibraryOptions{CardClock::stepped});
+    auto dropped = own->scanWaveform(file, 176);
+    const auto kept = own->scanWaveform(file, 176);
+    while (dropped->progress() == 0 || kept->progress() == 0) std::this_thread::yield();
+    const auto start = Clock::now();
+    dropped.reset();
+    own.reset();
+    EXPECT_LT(Clock::now() - start, 500ms);
+    EXPECT_TRUE(kept->finished()) << "its thread has ended with the library";
+    EXPECT_LT(kept->progress(), 1);
+}
+
+}  // namespace
+}  // namespace melvane::bass
