@@ -310,10 +310,12 @@ bool frmMain::isRunning() const {
 
 void frmMain::refresh() {
     const bool running = isRunning();
-    if (!running)
+    if (!running) {
         Timer1_.stop();
-    else if (!Timer1_.isActive())
+        windows_->usePort();
+    } else if (!Timer1_.isActive()) {
         Timer1_.start();
+    }
     refreshPaths();
     refreshButtons(running);
     refreshStatus(running);

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "controls/window_layout.h"
+#include "state/guarded.h"
 
 namespace melvane {
 
@@ -12,8 +13,9 @@ namespace {
 
 constexpr int kGap = 8;
 
-std::vector<std::string> recordingInputs(AudioLibrary& library) {
-    library.BASS_RecordInit(-1);
+// Listed anew, but not in a run, which uses them.
+std::vector<std::string> recordingInputs(AudioLibrary& library, bool running) {
+    if (!running) library.BASS_RecordInit(-1);
     std::vector<std::string> names;
     while (const char* name = library.BASS_RecordGetInputName(static_cast<int>(names.size()))) names.emplace_back(name);
     return names;
@@ -71,12 +73,13 @@ void SecondaryWindows::showPreferences() {
             mixer_.midi().playback.ReadMap();
             return mixer_.midi().state.midiPorts;
         };
-        const auto inputs = [this] { return recordingInputs(environment_.library); };
+        const auto inputs = [this] { return recordingInputs(environment_.library, mixer_.run().isMixing); };
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,
                                    midiPorts, inputs, main_);
         connect(preferences_, &mnuHelp::languageChanged, this, &SecondaryWindows::languageChosen);
         connect(preferences_, &mnuHelp::midiPortChanged, this, [this] {
-            if (!mixer_.run().isMixing) mixer_.midi().playback.reopen();
+            portChanged_ = true;
+            usePort();
         });
     }
     bringUp(preferences_, {kGap, kGap});
@@ -103,6 +106,12 @@ void SecondaryWindows::bringUp(FramelessWindow* window, const QPoint& firstPlace
     window->show();
     window->raise();
     window->activateWindow();
+}
+
+void SecondaryWindows::usePort() {
+    if (!portChanged_ || mixer_.run().isMixing || mixer_.mixingRun().busy()) return;
+    portChanged_ = false;
+    guarded(environment_.dialogs, [this] { mixer_.midi().playback.reopen(); });
 }
 
 bool SecondaryWindows::eventFilter(QObject* window, QEvent* event) {

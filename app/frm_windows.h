@@ -33,6 +33,9 @@ public:
     // Hides all of them and keeps their places; to the settings they count as open.
     void hideAll();
 
+    // Opens the song on the MIDI port that was chosen in the preferences, unless a run uses the old one.
+    void usePort();
+
     // Sets their texts from the current language.
     void SetMainLanguage();
     // Shows the settings of the channels as they are now.
@@ -54,6 +57,7 @@ private:
     WindowPlaces places_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
+    bool portChanged_ = false;
     QPointer<mnuHelp> preferences_;
     QPointer<frmPlayer> player_;
 };

@@ -74,6 +74,13 @@ QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
 #pList::item:hover { background: @hover; }
 #pList::item:selected { background: @voice; color: @inset; }
 
+QLabel[hint="true"], #frmPlayer #time { font-size: 11px; color: @muted; }
+#FM, #languagePage { background: @raised; border-radius: 4px; }
+QPushButton[link="true"] { background: transparent; border-color: transparent; padding: 0 3px; color: @focus;
+    text-align: left; text-decoration: underline; }
+QPushButton[link="true"]:hover { color: @text; }
+QPushButton[link="true"]:focus { border-color: @focus; }
+
 QMenu { background: @raised; color: @text; border: 1px solid @edge; padding: 4px 0; }
 QMenu::item { background: transparent; padding: 4px 26px; }
 QMenu::item:selected { background: @song; color: @inset; }

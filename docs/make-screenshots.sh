@@ -42,14 +42,15 @@ write_settings() {
 JSON
 }
 
-# at X Y: moves the mouse to a place of the main window; press NAME... then clicks or types.
-at() { xdotool mousemove $((($1 + 60) * scale)) $((($2 + 60) * scale)); }
-click() { at "$1" "$2" && xdotool click "${3:-1}" && sleep 0.4; }
-key() { xdotool key "$@" && sleep 0.4; }
+# Places are in pixels of the windows; the main window stands at 60,60. Without a window manager, keys go to the window
+# under the mouse.
+at() { xdotool mousemove $((($1) * scale)) $((($2) * scale)); }
+press() { at "$1" "$2" && xdotool click "${3:-1}" && sleep 0.5; }
+click() { press $(($1 + 60)) $(($2 + 60)) "${3:-1}"; }
 
 # shoot NAME X Y WIDTH HEIGHT: that part of the screen, in pixels of the windows.
 shoot() {
-    at 700 -40
+    at 1090 20
     sleep 0.5
     import -window root -crop "$(($4 * scale))x$(($5 * scale))+$(($2 * scale))+$(($3 * scale))" +repage \
         "$pictures/$1-$language-${scale}x.png"
@@ -80,8 +81,13 @@ shoot_start_window() {
     # shellcheck disable=SC2086 # Two numbers.
     set -- $place
     shoot start $(($1 / scale)) $(($2 / scale)) 274 174
-    key Return
-    sleep 1
+    continue_from_start
+}
+
+# The start window is in the middle of the screen.
+continue_from_start() {
+    press $((1100 / scale)) $((750 / scale + 49))
+    sleep 1.5
 }
 
 shoot_all() {
@@ -90,39 +96,42 @@ shoot_all() {
     shoot main-rest 60 60 460 196
     click 239 130
     shoot effects-rest 60 270 460 210
-    click 400 30 3
-    shoot menu 60 60 640 460
-    key Escape
-    key ctrl+comma
+    click 377 11
+    shoot menu 60 60 640 420
+    click 200 11
+    click 406 11
     shoot preferences-audio 540 50 460 210
-    key ctrl+Tab
+    press 760 93
     shoot preferences-language 540 50 460 210
-    key Escape
+    press 976 61
     click 60 130
     sleep 6
     shoot main-run 60 60 460 196
     shoot effects-run 60 270 460 210
-    click 140 130
+    click 147 130
     sleep 3
+    press 190 590
+    sleep 2
     shoot player 150 500 274 146
     quit_program
 
     run_program evening-ferry.kar
-    key Return
-    sleep 1.5
+    continue_from_start
     click 203 130
     shoot channels-rest 540 270 460 210
     click 60 130
     sleep 5
+    press 622 303
     shoot channels-run 540 270 460 210
-    xdotool mousemove $((655 * scale)) $((450 * scale)) click --repeat 2 --delay 60 1
-    sleep 0.5
+    at 650 430
+    xdotool click --repeat 2 --delay 60 1
+    sleep 1
     shoot instruments 780 490 274 174
     quit_program
 }
 
 mkdir -p "$pictures" "$work/Music"
 start_servers
-for language in en pl; do
-    for scale in 1 2; do shoot_all; done
+for language in ${LANGUAGES:-en pl}; do
+    for scale in ${SCALES:-1 2}; do shoot_all; done
 done

@@ -1,0 +1,293 @@
+// Every window as assistive programs and the keyboard see it, and whether its texts can be read: in both languages, as
+// it looks usually and on a desktop with large fonts and high contrast.
+#include <QAccessible>
+#include <QAction>
+#include <QButtonGroup>
+#include <QMenu>
+#include <map>
+#include <set>
+
+#include "app/MixerStart.h"
+#include "app/frmMain.h"
+#include "platform/desktop/registry_file.h"
+#include "tests/fake_audio_library.h"
+#include "tests/fake_music.h"
+#include "tests/fake_platform.h"
+#include "tests/temp_dir.h"
+#include "tests/window_events.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+const std::set<QAccessible::Role> kRoles = {QAccessible::Button,      QAccessible::CheckBox, QAccessible::RadioButton,
+                                            QAccessible::Slider,      QAccessible::ComboBox, QAccessible::List,
+                                            QAccessible::ProgressBar, QAccessible::PageTab,  QAccessible::Indicator,
+                                            QAccessible::ButtonMenu};
+constexpr int kTitleStrip = 28;
+
+// The controls that a user works with, in the order of the accessible tree, and what only shows a value.
+void collect(QAccessibleInterface* node, QList<QWidget*>& controls) {
+    for (int i = 0; i < node->childCount(); ++i) {
+        QAccessibleInterface* child = node->child(i);
+        auto* widget = child ? qobject_cast<QWidget*>(child->object()) : nullptr;
+        if (!widget || widget->isWindow() || !widget->isVisible()) continue;
+        if (widget->focusPolicy() != Qt::NoFocus || kRoles.contains(child->role()))
+            controls << widget;
+        else
+            collect(child, controls);
+    }
+}
+
+std::string idOf(const QWidget& control) {
+    return control.window()->objectName().toStdString() + "." + control.objectName().toStdString() + " \"" +
+           control.accessibleName().toStdString() + "\"";
+}
+
+// Buttons of which one is on are one stop for Tab; the arrow keys go on from there. Then their page, else the control.
+const QWidget* stopOf(const QWidget* control) {
+    const auto* button = qobject_cast<const QAbstractButton*>(control);
+    const bool exclusive = button && button->isCheckable() && (button->autoExclusive() || button->group());
+    return exclusive ? control->parentWidget() : control;
+}
+
+void expectNamed(const QList<QWidget*>& controls) {
+    std::set<std::pair<int, QString>> names;
+    for (QWidget* control : controls) {
+        QAccessibleInterface* access = QAccessible::queryAccessibleInterface(control);
+        EXPECT_TRUE(kRoles.contains(access->role())) << idOf(*control) << " has role " << access->role();
+        const QString name = access->text(QAccessible::Name);
+        EXPECT_FALSE(name.trimmed().isEmpty()) << idOf(*control);
+        EXPECT_TRUE(names.emplace(access->role(), name).second) << idOf(*control) << " is not the only one";
+        if (access->role() == QAccessible::CheckBox || access->role() == QAccessible::RadioButton) {
+            EXPECT_TRUE(access->state().checkable) << idOf(*control);
+        }
+        if (access->role() != QAccessible::Slider && access->role() != QAccessible::ProgressBar) continue;
+        QAccessibleValueInterface* value = access->valueInterface();
+        ASSERT_TRUE(value) << idOf(*control);
+        const double now = value->currentValue().toDouble();
+        EXPECT_LT(value->minimumValue().toDouble(), value->maximumValue().toDouble()) << idOf(*control);
+        EXPECT_GE(now, value->minimumValue().toDouble()) << idOf(*control);
+        EXPECT_LE(now, value->maximumValue().toDouble()) << idOf(*control);
+    }
+}
+
+bool onlyShows(QWidget& control) {
+    const QAccessible::Role role = QAccessible::queryAccessibleInterface(&control)->role();
+    return role == QAccessible::ProgressBar || role == QAccessible::Indicator;
+}
+
+// Tab comes to every control once, and never goes back in a row or up in a column, but for the keys of the title and
+// from the last control to the first.
+void expectReachedByTab(const QWidget& window, const QList<QWidget*>& controls) {
+    QSet<const QWidget*> stops;
+    bool hasTitle = false;
+    for (QWidget* control : controls) {
+        if (!control->isEnabled() || (control->focusPolicy() == Qt::NoFocus && onlyShows(*control))) continue;
+        stops << stopOf(control);
+        hasTitle = hasTitle || control->y() < kTitleStrip;
+    }
+    QList<const QWidget*> order;
+    for (qsizetype i = 0; i < stops.size(); ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        ASSERT_TRUE(QApplication::focusWidget());
+        order << QApplication::focusWidget();
+    }
+    QList<const QWidget*> reached;
+    for (const QWidget* stop : order) reached << stopOf(stop);
+    for (const QWidget* stop : stops) EXPECT_EQ(reached.count(stop), 1) << idOf(*stop);
+    const auto placeOf = [&](const QWidget* stop) { return QRect(stop->mapTo(&window, QPoint()), stop->size()); };
+    std::string steps;
+    for (qsizetype i = 0; i < order.size(); ++i) {
+        const QWidget* next = order[(i + 1) % order.size()];
+        const QRect one = placeOf(order[i]);
+        const QRect other = placeOf(next);
+        if (one.top() < kTitleStrip || other.top() < kTitleStrip) continue;
+        const bool back = one.top() < other.bottom() && other.top() < one.bottom() && other.right() < one.left();
+        const bool up = one.left() < other.right() && other.left() < one.right() && other.bottom() < one.top();
+        if (back || up) steps += idOf(*order[i]) + " is followed by " + idOf(*next) + "\n";
+    }
+    EXPECT_LE(std::count(steps.begin(), steps.end(), '\n'), hasTitle ? 0 : 1) << steps;
+}
+
+void expectReadable(const QWidget& window) {
+    for (const auto* label : window.findChildren<QLabel*>()) {
+        if (!label->isVisible() || label->window() != &window || label->text().isEmpty()) continue;
+        const std::string id = idOf(*label) + " " + label->text().toStdString();
+        if (dynamic_cast<const ElidedLabel*>(label)) {
+            EXPECT_FALSE(label->toolTip().isEmpty()) << id;
+        } else {
+            EXPECT_LE(label->fontMetrics().horizontalAdvance(label->text()), label->contentsRect().width()) << id;
+        }
+        EXPECT_LE(label->fontMetrics().boundingRect(label->text()).height(), label->height()) << id;
+    }
+    for (const auto* button : window.findChildren<QAbstractButton*>()) {
+        if (!button->isVisible() || button->window() != &window) continue;
+        if (const auto* own = qobject_cast<const Ed_Button*>(button)) {
+            EXPECT_TRUE(own->rect().contains(own->captionPlace())) << idOf(*button) << own->Caption().toStdString();
+        } else if (dynamic_cast<const InstrumentLabel*>(button)) {
+            EXPECT_TRUE(button->toolTip().endsWith(button->text())) << idOf(*button);
+        } else if (!button->text().isEmpty()) {
+            EXPECT_LE(button->sizeHint().width(), button->width()) << idOf(*button) << button->text().toStdString();
+            EXPECT_LE(button->fontMetrics().height(), button->height()) << idOf(*button);
+        }
+    }
+}
+
+struct Look {
+    const char* name;
+    double fontScale;
+    bool highContrast;
+};
+
+// All windows, with every control that they can have.
+struct AccessibilityFixture : testing::TestWithParam<Look> {
+    AccessibilityFixture() {
+        QFont font = systemFont();
+        font.setPointSizeF(font.pointSizeF() * GetParam().fontScale);
+        QApplication::setFont(font);
+        if (GetParam().highContrast) {
+            QPalette palette(Qt::yellow, Qt::black);
+            palette.setColor(QPalette::Text, Qt::yellow);
+            palette.setColor(QPalette::Base, Qt::white);
+            QApplication::setPalette(palette);
+        }
+        applyStyle(*qApp);
+        language.InitLanguage("", "en");
+        mixer.emplace(environment);
+        mixer->Form_Load(nullptr);
+        MidiState& song = mixer->midi().state;
+        for (std::int16_t c = 0; c < kMidiChannels; ++c)
+            song.ChannelInfo[c] = {0, 0,  0, static_cast<std::int16_t>(c * 8), static_cast<std::int16_t>(c + 1), 90, 64,
+                                   2, -1, -1};
+        song.deviceOpen = true;
+        song.midiLoaded = -1;
+        mixer->run().lastMixPath = dir.write("mix.mp3", "");
+        main.emplace(*mixer, environment, store);
+        main->DoRest();
+        main->show();
+    }
+    static const QFont& systemFont() {
+        static const QFont font = QApplication::font();
+        return font;
+    }
+
+    void speak(const char* code) {
+        language.SetLanguage(code);
+        main->SetMainLanguage();
+    }
+    void press(QWidget& window, const char* name) {
+        find<QAbstractButton>(window, name).click();
+        QCoreApplication::processEvents();
+    }
+    void examine(QWidget& window) {
+        ASSERT_TRUE(QTest::qWaitFor([&] {
+            if (QApplication::activeWindow() != &window) window.activateWindow();
+            return QApplication::focusWidget() && QApplication::focusWidget()->window() == &window;
+        })) << window.objectName().toStdString();
+        SCOPED_TRACE(window.objectName().toStdString() + " in " + language.languageCode());
+        QList<QWidget*> controls;
+        collect(QAccessible::queryAccessibleInterface(&window), controls);
+        expectNamed(controls);
+        expectReachedByTab(window, controls);
+        expectReadable(window);
+        const auto [size, isNew] = sizes().try_emplace(window.objectName(), window.size());
+        EXPECT_EQ(window.size(), size->second);
+    }
+    // Of the windows by name, in whatever look was first.
+    static std::map<QString, QSize>& sizes() {
+        static std::map<QString, QSize> all;
+        return all;
+    }
+    template <typename Window>
+    Window& window() {
+        return *main->findChild<Window*>();
+    }
+
+    TempDir dir;
+    FakeAudioLibrary library;
+    FakeFileNames names;
+    FakeMusic music;
+    FakeSystemMixer systemMixer;
+    FakeDialogs dialogs;
+    FakeShell shell;
+    modLang language;
+    RegistryFile registry{dir / "registry.json"};
+    SettingsStore store{registry};
+    Environment environment{library, music, systemMixer, names, dialogs, shell, language, frmMain::processWindowEvents};
+    std::optional<Mixer> mixer;
+    std::optional<frmMain> main;
+};
+
+TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
+    press(*main, "b_eff");
+    press(*main, "b_midi");
+    press(window<frmChann>(), "ins15");
+    press(*main, "bHelp");
+    for (const char* code : {"en", "pl"}) {
+        speak(code);
+        for (auto* window : {static_cast<QWidget*>(&*main), main->findChild<QWidget*>(QStringLiteral("frmEff")),
+                             main->findChild<QWidget*>(QStringLiteral("frmChann")),
+                             main->findChild<QWidget*>(QStringLiteral("frmIns"))})
+            examine(*window);
+        auto& preferences = window<mnuHelp>();
+        for (const char* page : {"TABA1", "TABA0"}) {
+            press(preferences, page);
+            examine(preferences);
+        }
+    }
+    window<mnuHelp>().close();
+    for (const char* code : {"en", "pl"}) {
+        speak(code);
+        press(*main, "b_listen");
+        examine(window<frmPlayer>());
+        window<frmPlayer>().close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        MixerStart start(language);
+        start.show();
+        examine(start);
+    }
+}
+
+// What a run makes of the window: the stop button is on, most others are off.
+TEST_P(AccessibilityFixture, ARunIsToldAndStoppedByKeyboard) {
+    for (const char* code : {"en", "pl"}) {
+        mixer->run().isMixing = true;
+        speak(code);
+        examine(*main);
+        EXPECT_TRUE(find<QWidget>(*main, "b_STOP").isEnabled());
+        mixer->run().isMixing = false;
+        speak(code);
+        examine(*main);
+    }
+}
+
+TEST_P(AccessibilityFixture, EveryMenuEntryHasATextOfItsOwn) {
+    for (const char* code : {"en", "pl"}) {
+        speak(code);
+        int entries = 0;
+        for (auto* menu : main->findChildren<QMenu*>()) {
+            std::set<QString> texts;
+            for (const QAction* entry : menu->actions()) {
+                if (entry->isSeparator() || !entry->isVisible()) continue;
+                EXPECT_TRUE(texts.insert(entry->text().remove(u'&')).second) << entry->text().toStdString();
+                ++entries;
+            }
+            EXPECT_FALSE(texts.contains(QString())) << menu->objectName().toStdString();
+        }
+        EXPECT_GT(entries, 8);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Looks, AccessibilityFixture,
+                         testing::Values(Look{"usual", 1, false}, Look{"large", 1.5, false},
+                                         Look{"contrast", 1.5, true}),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    return melvane::test::runWindowTests(argc, argv);
+}

@@ -1,0 +1,271 @@
+// The preferences window and the player, driven by mouse and keyboard, and what opens their pages.
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QPointer>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTextBrowser>
+#include <filesystem>
+
+#include "platform/bass/library.h"
+#include "platform/desktop/desktop_shell.h"
+#include "platform/desktop/toolkit_texts.h"
+#include "player/frmPlayer.h"
+#include "settings/mnuHelp.h"
+#include "tests/fake_audio_library.h"
+#include "tests/fake_platform.h"
+#include "tests/sound.h"
+#include "tests/temp_dir.h"
+#include "tests/wav.h"
+#include "tests/window_events.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+template <typename Window>
+struct WindowFixture : testing::Test {
+    FakeDialogs dialogs;
+    modLang language;
+    QWidget owner;
+    QPointer<Window> window;
+
+    WindowFixture() { language.InitLanguage("", "en"); }
+    void show(Window* made) {
+        window = made;
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    void click(const std::string& name) { QTest::mouseClick(&find<QWidget>(*window, name.c_str()), Qt::LeftButton); }
+    bool closes() {
+        return QTest::qWaitFor([this] { return window.isNull(); });
+    }
+};
+
+struct PreferencesFixture : WindowFixture<mnuHelp> {
+    Settings settings;
+    FakeShell shell;
+    std::vector<std::string> ports = {"Synthesiser", "Keys", "Piano"};
+    std::vector<std::string> inputs = {"Mic", "Line", "Stereo Mix"};
+
+    void open() {
+        show(new mnuHelp(
+            settings, language, shell, dialogs, [this] { return ports; }, [this] { return inputs; }, &owner));
+    }
+    DeviceList& list(const char* name) { return find<DeviceList>(*window, name); }
+    std::string shown(const char* name) { return list(name).currentText().toStdString(); }
+    std::string button(const char* name) { return find<QAbstractButton>(*window, name).text().toStdString(); }
+};
+
+TEST_F(PreferencesFixture, ChoicesCountAtOnce) {
+    settings.mixDevice = 1;
+    open();
+    EXPECT_EQ(shown("MidiDev"), "Synthesiser") << "port -5 is replaced by the first one";
+    EXPECT_EQ(shown("MixDev"), "Line");
+    EXPECT_FALSE(find<QCheckBox>(*window, "CustMix").isChecked());
+    EXPECT_EQ(settings.midiPort, -5) << "looking changes nothing";
+
+    QSignalSpy port(window, &mnuHelp::midiPortChanged);
+    QTest::keyClick(&list("MidiDev"), Qt::Key_End);
+    EXPECT_EQ(settings.midiPort, 2);
+    QTest::keyClick(&list("MidiDev"), Qt::Key_Home);
+    EXPECT_EQ(settings.midiPort, 0);
+    EXPECT_EQ(port.count(), 2);
+    QTest::keyClick(&list("MixDev"), Qt::Key_Down);
+    EXPECT_EQ(settings.mixDevice, 2);
+    EXPECT_TRUE(settings.mixDeviceStored);
+    click("CustMix");
+    EXPECT_EQ(settings.forceMixDevice, 1);
+    click("CustMix");
+    EXPECT_EQ(settings.forceMixDevice, 0);
+    click("bOK");
+    EXPECT_TRUE(closes());
+}
+
+TEST_F(PreferencesFixture, ListsFollowDevicesThatComeAndGo) {
+    settings.midiPort = 2;
+    settings.mixDevice = 7;
+    open();
+    EXPECT_EQ(shown("MidiDev"), "Piano");
+    EXPECT_EQ(list("MixDev").currentIndex(), -1);
+    QSignalSpy port(window, &mnuHelp::midiPortChanged);
+    const auto reopen = [this](std::vector<std::string> now) {
+        ports = std::move(now);
+        list("MidiDev").showPopup();
+        list("MidiDev").hidePopup();
+    };
+    reopen({"Synthesiser", "Piano"});
+    EXPECT_EQ(shown("MidiDev"), "Piano");
+    EXPECT_EQ(settings.midiPort, 1);
+    reopen({"Synthesiser", "Piano", "Piano"});
+    EXPECT_EQ(settings.midiPort, 1);
+    reopen({"Synthesiser"});
+    EXPECT_EQ(shown("MidiDev"), "Synthesiser");
+    reopen({});
+    EXPECT_FALSE(list("MidiDev").isEnabled());
+    EXPECT_EQ(list("MidiDev").placeholderText().toStdString(), "(no devices)");
+    EXPECT_EQ(port.count(), 0) << "the user chose nothing";
+
+    ports = {"Synthesiser", "Flute"};
+    inputs.assign(8, "Mic");
+    QEvent activated(QEvent::WindowActivate);
+    QApplication::sendEvent(window, &activated);
+    EXPECT_EQ(list("MidiDev").count(), 2);
+    EXPECT_TRUE(list("MidiDev").isEnabled());
+    EXPECT_EQ(list("MixDev").currentIndex(), 7);
+}
+
+TEST_F(PreferencesFixture, SpeaksAndOpensPagesInEitherLanguage) {
+    open();
+    EXPECT_TRUE(find<QWidget>(*window, "FM").isVisible());
+    QSignalSpy changed(window, &mnuHelp::languageChanged);
+    QObject::connect(window, &mnuHelp::languageChanged, window, [this](const QString& code) {
+        language.SetLanguage(code.toStdString());
+        window->GetPreferencesLanguage();
+    });
+    for (const std::string code : {"pl", "en"}) {
+        click("TABA0");
+        expectTidy(*window);
+        expectTidy(find<QWidget>(*window, "FM"));
+        click("TABA1");
+        EXPECT_FALSE(find<QWidget>(*window, "FM").isVisible());
+        expectTidy(find<QWidget>(*window, "languagePage"));
+        click("language_" + code);
+        EXPECT_EQ(settings.language, code);
+        for (const auto& [name, entry] : {std::pair("LB0", 21), {"LB1", 22}, {"LB2", 23}, {"LB3", 20}})
+            EXPECT_EQ(find<QLabel>(*window, name).text().toStdString(), language.lang(entry));
+        for (const auto& [name, entry] : {std::pair("TABA0", 19), {"CustMix", 24}, {"online", 25}})
+            EXPECT_EQ(button(name), language.lang(entry));
+        click("online");
+        EXPECT_EQ(shell.addresses.back(), "docs/help." + code + ".md");
+    }
+    EXPECT_EQ(changed.count(), 2);
+
+    shell.opens = false;
+    find<QWidget>(*window, "adres").setFocus();
+    QTest::keyClick(&find<QWidget>(*window, "adres"), Qt::Key_Return);
+    EXPECT_EQ(shell.addresses.back(), button("adres"));
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: The page cannot be opened: README.md"});
+}
+
+struct PlayerFixture : WindowFixture<frmPlayer> {
+    FakeAudioLibrary library;
+
+    void open(AudioLibrary& from, const std::string& file) {
+        show(new frmPlayer(from, language, dialogs, file, &owner));
+    }
+    PlayBar& bar() { return find<PlayBar>(*window, "progress"); }
+    std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
+    bool barComesTo(int units) {
+        return QTest::qWaitFor([&] { return bar().value() == units; }, 2000);
+    }
+    // Calls since this was asked last.
+    std::vector<std::string> calls() { return std::exchange(library.calls, {}); }
+};
+
+using Calls = std::vector<std::string>;
+
+TEST_F(PlayerFixture, PlaysOneFile) {
+    library.length = 4 * 44100 * 60;
+    open(library, "/m/song.mp3");
+    EXPECT_EQ(text("Label1"), "/m/song.mp3");
+    EXPECT_EQ(find<Ed_Button>(*window, "bClose").Caption().toStdString(), "Close");
+    EXPECT_EQ(calls(), Calls{"BASS_StreamCreateFile /m/song.mp3 0"});
+    click("Ed_Button1");
+    library.position = library.length / 2;
+    EXPECT_TRUE(barComesTo(103));
+    EXPECT_EQ(text("time"), "0:30 / 1:00");
+    click("Ed_Button2");
+    EXPECT_EQ(calls(), (Calls{"BASS_ChannelPlay 1 0", "BASS_ChannelStop 1"}));
+
+    click("Ed_Button1");
+    QTest::keyClick(window->focusWidget(), Qt::Key_Space);
+    QTest::keyClick(window->focusWidget(), Qt::Key_Space);
+    library.position = library.length;
+    EXPECT_TRUE(barComesTo(206));
+    QTest::qWait(500);
+    EXPECT_EQ(calls(),
+              (Calls{"BASS_ChannelPlay 1 0", "BASS_ChannelStop 1", "BASS_ChannelPlay 1 0", "BASS_ChannelStop 1"}))
+        << "at its end it is stopped once";
+
+    QTest::mouseClick(&bar(), Qt::LeftButton, {}, QPoint(PlayBar::kMargin + 103, 9));
+    library.position = 4 * 44100 * 3;
+    QTest::keyClick(&bar(), Qt::Key_Left);
+    QTest::keyClick(&bar(), Qt::Key_Right);
+    EXPECT_EQ(calls(), (Calls{"BASS_ChannelSetPosition 1 5292000", "BASS_ChannelSetPosition 1 0",
+                              "BASS_ChannelSetPosition 1 1411200"}));
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(closes());
+    EXPECT_EQ(calls(), (Calls{"BASS_ChannelStop 1", "BASS_MusicFree 1"}));
+}
+
+TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
+    library.unreadable = {"/m/song.mp3"};
+    for (const char* code : {"en", "pl"}) {
+        language.SetLanguage(code);
+        open(library, "/m/song.mp3");
+        find<QWidget>(*window, "Image1").hide();
+        expectTidy(*window);
+        EXPECT_EQ(find<QLabel>(*window, "Label1").toolTip().toStdString(),
+                  language.ownText(OwnText::cannotPlayFile, "song.mp3"));
+        calls();
+        for (const char* name : {"Ed_Button1", "Ed_Button2", "Ed_Button3", "progress"}) click(name);
+        QTest::keyClick(window, Qt::Key_Space);
+        EXPECT_EQ(calls(), Calls());
+        delete window;
+    }
+}
+
+TEST_F(PlayerFixture, PlaysARealFileToItsEndAndAgain) {
+    const TempDir dir;
+    bass::Library real({.clock = CardClock::stepped});
+    real.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+    open(real, dir.write("sound.wav", wavFile(sine(440, 0.5, kSampleRate))));
+    for (int round = 0; round < 2; ++round) {
+        click("Ed_Button1");
+        EXPECT_EQ(real.stepCard(kSampleRate / 2), kSampleRate / 2U);
+        EXPECT_TRUE(barComesTo(103)) << round;
+        real.stepCard(kSampleRate);
+        EXPECT_TRUE(barComesTo(206)) << round;
+        EXPECT_EQ(text("time"), "0:01 / 0:01");
+    }
+    QTest::mouseClick(&bar(), Qt::LeftButton, {}, QPoint(PlayBar::kMargin + 103, 9));
+    EXPECT_EQ(bar().value(), 103);
+    delete window;
+}
+
+TEST(DesktopShell, FindsDocumentsBesideTheProgramAndWhereTheyAreInstalled) {
+    const TempDir dir;
+    QTextBrowser handler;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &handler, "setSource");
+    const auto opened = [&] { return handler.source().toLocalFile().toStdString(); };
+    for (const char* folder : {"tree/docs", "tree/build", "usr/lib/melvane", "usr/share/doc/melvane"})
+        std::filesystem::create_directories(dir / folder);
+    const std::string ours = dir.write("tree/docs/help.en.md", "help");
+    const std::string installed = dir.write("usr/share/doc/melvane/help.en.md", "help");
+    EXPECT_TRUE(DesktopShell(dir / "tree/build").open("docs/help.en.md"));
+    EXPECT_EQ(opened(), ours);
+    EXPECT_TRUE(DesktopShell(dir / "usr/lib/melvane").open("docs/help.en.md"));
+    EXPECT_EQ(opened(), installed);
+    for (const char* nothing : {"docs/help.de.md", "docs", "", "http://"})
+        EXPECT_FALSE(DesktopShell(dir / "tree/build").open(nothing)) << nothing;
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+}
+
+TEST(ToolkitTexts, ChangeWithTheLanguage) {
+    const auto cancel = [] { return QCoreApplication::translate("QPlatformTheme", "Cancel").toStdString(); };
+    ToolkitTexts texts;
+    for (const auto& [code, expected] :
+         {std::pair("pl", "Anuluj"), {"en", "Cancel"}, {"pl", "Anuluj"}, {"xx", "Cancel"}}) {
+        texts.use(code);
+        EXPECT_EQ(cancel(), expected) << code;
+    }
+}
+
+}  // namespace
+}  // namespace melvane
+
+int main(int argc, char** argv) {
+    return melvane::test::runWindowTests(argc, argv);
+}
