@@ -14,7 +14,6 @@ from pathlib import Path
 
 import live_cost
 
-MIX_BUTTON = (61, 130)  # in the main window
 LONG_SONG = "*ALongSongIsReadBesideTheWindow"
 
 
@@ -29,27 +28,6 @@ def window_thread(pid, seconds):
     return (window_thread_seconds(pid) - before) / (time.monotonic() - start) * 100
 
 
-def start_program(build, *files):
-    """The program with its main window open, the window's number, and the time of the first window."""
-    start = time.monotonic()
-    program = subprocess.Popen([build / "melvane", *files])
-    first = wait_for_window(program)
-    shown = time.monotonic() - start
-    time.sleep(1)
-    live_cost.press("Return")
-    while wait_for_window(program) == first:
-        time.sleep(0.05)
-    time.sleep(1)
-    return program, wait_for_window(program), shown
-
-
-def wait_for_window(program):
-    search = ["xdotool", "search", "--onlyvisible", "--pid", str(program.pid)]
-    while not (found := subprocess.run(search, capture_output=True, text=True).stdout.split()):
-        time.sleep(0.005)
-    return found[-1]
-
-
 def longest_gap(build):
     test = subprocess.run([build / "program_test", "--gtest_also_run_disabled_tests", f"--gtest_filter={LONG_SONG}"],
                           capture_output=True, text=True)
@@ -58,23 +36,17 @@ def longest_gap(build):
 
 
 def measure(build, folder, seconds):
-    song, voice = folder / "song.mp3", folder / "voice.wav"
-    live_cost.write_noise(folder / "song.wav", 2 * seconds + 30, 0.3)
-    live_cost.write_noise(voice, 15, 0.2)
-    subprocess.run(["lame", "--quiet", folder / "song.wav", song], check=True)
-    program, _, _ = start_program(build)  # so that everything is in memory
-    program.kill()
-    program, _, shown = start_program(build)
+    sources = live_cost.make_sources(folder, seconds)
+    live_cost.start_program(build)[0].kill()  # so that everything is in memory
+    program, _, shown = live_cost.start_program(build)
     idle = live_cost.share_of_core(program.pid, 5)
     print(f"first window         {shown:6.2f} s   (limit 0.4)")
     print(f"main window at rest  {idle:6.2f} % of one core (limit 0.0)")
     print(f"memory at rest       {live_cost.memory(program.pid):6.1f} MB (limit 70)")
     program.kill()
 
-    program, window, _ = start_program(build, song, voice)
-    live_cost.xdotool("mousemove", "--window", window, *map(str, MIX_BUTTON))
-    live_cost.xdotool("click", "1")
-    time.sleep(3)
+    program, window, _ = live_cost.start_program(build, *sources)
+    live_cost.start_mix(window)
     drawn = window_thread(program.pid, seconds)
     live_cost.xdotool("windowunmap", window)
     undrawn = window_thread(program.pid, seconds)
@@ -86,5 +58,4 @@ def measure(build, folder, seconds):
 
 
 if __name__ == "__main__":
-    live_cost.measure = measure
-    live_cost.main()
+    live_cost.main(measure)

@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 """What the window program costs: live_cost.py BUILD_DIRECTORY [SECONDS]
 
-Starts it under Xvfb with a PulseAudio null sink, chooses a song and a voice by keyboard as a user would, mixes live
-with the real encoder, and prints how long the first window took, the share of one core in the run and at rest, and
+Starts it under Xvfb with a PulseAudio null sink and a song and a voice, mixes live with the real encoder, and prints how long the first window took, the share of one core in the run and at rest, and
 the memory. The limits are printed beside the figures; nothing fails on them."""
 
 import os
@@ -18,7 +17,7 @@ from random import Random
 RATE = 44100
 TICKS = os.sysconf("SC_CLK_TCK")
 DISPLAY = ":94"
-SLIDERS = 4  # between the last browse button and the mix button; the key knob is the last of them
+MIX_BUTTON = (61, 130)  # in the main window
 KEY_STEPS = 13  # pixels of the key knob: two semitones
 
 
@@ -41,15 +40,6 @@ def press(key):
     time.sleep(0.4)
 
 
-def choose(path):
-    """The focused browse button's dialog, filled in by keyboard."""
-    press("Return")
-    time.sleep(1)
-    xdotool("type", "--delay", "1", str(path))
-    press("Return")
-    time.sleep(0.5)
-
-
 def cpu_seconds(pid):
     fields = Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
     return (int(fields[11]) + int(fields[12])) / TICKS
@@ -66,37 +56,49 @@ def memory(pid):
     return int(status.split("VmRSS:")[1].split()[0]) / 1024
 
 
-def first_window(build):
-    start = time.monotonic()
-    program = subprocess.Popen([build / "melvane"])
-    while not subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(program.pid)], capture_output=True).stdout:
+def wait_for_window(program):
+    search = ["xdotool", "search", "--onlyvisible", "--pid", str(program.pid)]
+    while not (found := subprocess.run(search, capture_output=True, text=True).stdout.split()):
         time.sleep(0.005)
-    return program, time.monotonic() - start
+    return found[-1]
 
 
-def measure(build, folder, seconds):
+def start_program(build, *files):
+    """The program with its main window open, the window's number, and the time of the first window."""
+    start = time.monotonic()
+    program = subprocess.Popen([build / "melvane", *files])
+    first = wait_for_window(program)
+    shown = time.monotonic() - start
+    time.sleep(1)
+    press("Return")
+    while wait_for_window(program) == first:
+        time.sleep(0.05)
+    time.sleep(1)
+    return program, wait_for_window(program), shown
+
+
+def start_mix(window):
+    xdotool("mousemove", "--window", window, *map(str, MIX_BUTTON))
+    xdotool("click", "1")
+    time.sleep(3)
+
+
+def make_sources(folder, seconds):
     song, voice = folder / "song.mp3", folder / "voice.wav"
     write_noise(folder / "song.wav", 2 * seconds + 30, 0.3)
     write_noise(voice, 15, 0.2)
     subprocess.run(["lame", "--quiet", folder / "song.wav", song], check=True)
-    first_window(build)[0].kill()
-    program, shown = first_window(build)
-    time.sleep(1)
-    press("Return")
-    time.sleep(1)
+    return song, voice
+
+
+def measure(build, folder, seconds):
+    sources = make_sources(folder, seconds)
+    start_program(build)[0].kill()  # so that everything is in memory
+    program, window, shown = start_program(build, *sources)
+    time.sleep(2)
     idle = share_of_core(program.pid, 5)
     rest = memory(program.pid)
-    choose(song)
-    press("Tab")
-    choose(voice)
-    press("Tab")
-    press("Return")
-    time.sleep(1)
-    press("Return")
-    for _ in range(SLIDERS + 1):
-        press("Tab")
-    press("Return")
-    time.sleep(3)
+    start_mix(window)
     running = share_of_core(program.pid, seconds)
     press("shift+Tab")
     for _ in range(KEY_STEPS):
@@ -112,7 +114,7 @@ def measure(build, folder, seconds):
     program.kill()
 
 
-def main():
+def main(measure):
     build = Path(sys.argv[1]).resolve()
     seconds = int(sys.argv[2]) if len(sys.argv) > 2 else 30
     folder = Path(tempfile.mkdtemp(prefix="melvane-live-"))
@@ -134,4 +136,4 @@ def main():
 
 
 if __name__ == "__main__":
-    main()
+    main(measure)

@@ -7,12 +7,13 @@ root=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 program=$root/build/release/melvane
 pictures=$root/docs/screenshots
 work=$(mktemp -d)
+music=/home/ela/Music # it can be read in the pictures
 jobs=()
 
 cleanup() {
     kill "${jobs[@]}" 2>/dev/null || true
     wait 2>/dev/null || true
-    rm -rf -- "$work"
+    rm -rf -- "$work" "$(dirname -- "$music")"
 }
 trap cleanup EXIT
 
@@ -20,15 +21,17 @@ start_servers() {
     export DISPLAY=:97 XDG_RUNTIME_DIR=$work/run XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache
     export PULSE_SERVER=unix:$work/run/pulse QT_QPA_PLATFORM=xcb
     mkdir -p -m 700 "$XDG_RUNTIME_DIR" "$XDG_CONFIG_HOME/Tessaro"
-    Xvfb "$DISPLAY" -screen 0 2200x1500x24 >/dev/null 2>&1 &
+    Xvfb "$DISPLAY" -screen 0 2800x1600x24 >/dev/null 2>&1 &
     jobs+=($!)
-    pulseaudio -n --exit-idle-time=-1 --load="module-native-protocol-unix socket=$work/run/pulse" \
-        --load=module-null-sink >/dev/null 2>&1 &
+    pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=no --disable-shm=yes \
+        -L "module-native-protocol-unix auth-anonymous=1 socket=$work/run/pulse" \
+        -L module-null-sink >/dev/null 2>&1 &
     jobs+=($!)
     for _ in {1..100}; do
         xdotool getmouselocation >/dev/null 2>&1 && [[ -S $work/run/pulse ]] && break
         sleep 0.1
     done
+    display -window root -size 2800x1600 xc:white # what shows around the outlines
 }
 
 # The settings that every start begins with: where the windows stand, and a picture worth looking at.
@@ -50,7 +53,7 @@ click() { press $(($1 + 60)) $(($2 + 60)) "${3:-1}"; }
 
 # shoot NAME X Y WIDTH HEIGHT: that part of the screen, in pixels of the windows.
 shoot() {
-    at 1090 20
+    at 1300 20
     sleep 0.5
     import -window root -crop "$(($4 * scale))x$(($5 * scale))+$(($2 * scale))+$(($3 * scale))" +repage \
         "$pictures/$1-$language-${scale}x.png"
@@ -62,9 +65,9 @@ wait_for() { timeout 20 xdotool search --sync --onlyvisible --name "$1" >/dev/nu
 # run_program SONG: the program with its files chosen, from the start window to the main window.
 run_program() {
     write_settings "$language"
-    cp -- "$root/samples/$1" "$root/samples/evening-ferry-voice.wav" "$work/Music/"
-    rm -f -- "$work/Music/"*mix*.mp3 "$work/Music/evening-ferry2.mp3"
-    QT_SCALE_FACTOR=$scale "$program" "$work/Music/$1" "$work/Music/evening-ferry-voice.wav" &
+    cp -- "$root/samples/$1" "$root/samples/evening-ferry-voice.wav" "$music/"
+    rm -f -- "$music/"evening-ferry2.mp3
+    QT_SCALE_FACTOR=$scale "$program" "$music/$1" "$music/evening-ferry-voice.wav" &
     running=$!
     wait_for Melvane
     sleep 1
@@ -86,7 +89,7 @@ shoot_start_window() {
 
 # The start window is in the middle of the screen.
 continue_from_start() {
-    press $((1100 / scale)) $((750 / scale + 49))
+    press $((1400 / scale)) $((800 / scale + 49))
     sleep 1.5
 }
 
@@ -126,11 +129,13 @@ shoot_all() {
     at 650 430
     xdotool click --repeat 2 --delay 60 1
     sleep 1
-    shoot instruments 780 490 274 174
+    shoot instruments 1008 270 274 174
     quit_program
 }
 
-mkdir -p "$pictures" "$work/Music"
+[[ ! -e $(dirname -- "$music") ]] || { echo "$music is somebody's: nothing done." >&2; music=$work/x && exit 1; }
+mkdir -p "$pictures" "$music"
+rm -f -- "$pictures"/*.png
 start_servers
 for language in ${LANGUAGES:-en pl}; do
     for scale in ${SCALES:-1 2}; do shoot_all; done

@@ -209,8 +209,10 @@ void mnuHelp::GetPreferencesLanguage() {
     }
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
     setTexts(*CustMix_, language_.lang(kForceEntry));
-    for (QAbstractButton* button : languages_->buttons())
+    for (QAbstractButton* button : languages_->buttons()) {
         button->setChecked(button->objectName() == QStringLiteral("language_") + toQt(language_.languageCode()));
+        button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    }
     setTexts(*online_, language_.lang(kOnlineEntry));
     setTexts(*adres_, language_.lang(kHomePageEntry));
     adres_->setToolTip(LB_[kHomeLabel]->text());
