@@ -1,7 +1,10 @@
 #include "controls/window_region.h"
 
+#include <QDataStream>
 #include <QFile>
-#include <QtEndian>
+#include <cstddef>
+#include <utility>
+#include <vector>
 
 #include "controls/controls_resources.h"
 
@@ -9,46 +12,55 @@ namespace melvane {
 
 namespace {
 
-// Byte offsets of the header, each field of 32 bits.
-constexpr qsizetype kHeaderSizeAt = 0;
-constexpr qsizetype kTypeAt = 4;
-constexpr qsizetype kCountAt = 8;
-constexpr qsizetype kDataSizeAt = 12;
-constexpr qsizetype kBoundAt = 16;
-constexpr qsizetype kHeader = 32;
-constexpr qsizetype kRectangle = 16;
-constexpr qsizetype kRectanglesType = 1;
+// Places of the header's fields, each of 32 bits.
+constexpr std::size_t kHeaderSizeAt = 0;
+constexpr std::size_t kTypeAt = 1;
+constexpr std::size_t kCountAt = 2;
+constexpr std::size_t kDataSizeAt = 3;
+constexpr std::size_t kBoundAt = 4;
+constexpr std::size_t kHeader = 8;
+constexpr std::size_t kRectangle = 4;
+constexpr std::size_t kFieldBytes = 4;
+constexpr qint32 kRectanglesType = 1;
 constexpr int kLargest = 0x7FFF;  // no window is larger
 
-qint32 fieldAt(const QByteArray& data, qsizetype offset) {
-    return qFromLittleEndian<qint32>(data.constData() + offset);
+using Fields = std::vector<qint32>;
+
+Fields fieldsOf(const QByteArray& data) {
+    Fields fields(static_cast<std::size_t>(data.size()) / kFieldBytes);
+    QDataStream stream(data);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    for (qint32& field : fields) stream >> field;
+    return fields;
 }
 
 // An empty one when the fields make no rectangle of a window.
-QRect rectangleAt(const QByteArray& data, qsizetype offset) {
-    const int left = fieldAt(data, offset);
-    const int top = fieldAt(data, offset + 4);
-    const int right = fieldAt(data, offset + 8);
-    const int bottom = fieldAt(data, offset + 12);
+QRect rectangleAt(const Fields& fields, std::size_t place) {
+    const int left = fields[place];
+    const int top = fields[place + 1];
+    const int right = fields[place + 2];
+    const int bottom = fields[place + 3];
     if (left < 0 || top < 0 || right > kLargest || bottom > kLargest || left >= right || top >= bottom) return {};
     return {left, top, right - left, bottom - top};
 }
 
-bool hasGoodHeader(const QByteArray& data) {
-    if (data.size() < kHeader) return false;
-    const qsizetype size = data.size() - kHeader;
-    return fieldAt(data, kHeaderSizeAt) == kHeader && fieldAt(data, kTypeAt) == kRectanglesType &&
-           fieldAt(data, kDataSizeAt) == size && size % kRectangle == 0 && fieldAt(data, kCountAt) == size / kRectangle;
+bool hasGoodHeader(const Fields& fields) {
+    if (fields.size() < kHeader) return false;
+    const std::size_t size = fields.size() - kHeader;
+    const auto is = [&](std::size_t place, std::size_t value) { return std::cmp_equal(fields[place], value); };
+    return is(kHeaderSizeAt, kHeader * kFieldBytes) && fields[kTypeAt] == kRectanglesType &&
+           is(kDataSizeAt, size * kFieldBytes) && size % kRectangle == 0 && is(kCountAt, size / kRectangle);
 }
 
 }  // namespace
 
 QRegion regionFromData(const QByteArray& data) {
-    if (!hasGoodHeader(data)) return {};
-    const QRect bound = rectangleAt(data, kBoundAt);
+    const Fields fields = fieldsOf(data);
+    if (data.size() % qsizetype{kFieldBytes} != 0 || !hasGoodHeader(fields)) return {};
+    const QRect bound = rectangleAt(fields, kBoundAt);
     QRegion region;
-    for (qsizetype offset = kHeader; offset < data.size(); offset += kRectangle) {
-        const QRect rectangle = rectangleAt(data, offset);
+    for (std::size_t place = kHeader; place < fields.size(); place += kRectangle) {
+        const QRect rectangle = rectangleAt(fields, place);
         if (rectangle.isEmpty() || !bound.contains(rectangle)) return {};
         region += rectangle;
     }

@@ -19,19 +19,18 @@ trap cleanup EXIT
 
 start_servers() {
     export DISPLAY=:97 XDG_RUNTIME_DIR=$work/run XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache
-    export PULSE_SERVER=unix:$work/run/pulse QT_QPA_PLATFORM=xcb
+    export PULSE_SERVER=unix:$work/sound QT_QPA_PLATFORM=xcb
     mkdir -p -m 700 "$XDG_RUNTIME_DIR" "$XDG_CONFIG_HOME/Tessaro"
-    Xvfb "$DISPLAY" -screen 0 2800x1600x24 >/dev/null 2>&1 &
+    Xvfb "$DISPLAY" -wr -screen 0 2800x1600x24 >/dev/null 2>&1 &
     jobs+=($!)
     pulseaudio -n --daemonize=no --exit-idle-time=-1 --use-pid-file=no --disable-shm=yes \
-        -L "module-native-protocol-unix auth-anonymous=1 socket=$work/run/pulse" \
+        -L "module-native-protocol-unix auth-anonymous=1 socket=$work/sound" \
         -L module-null-sink >/dev/null 2>&1 &
     jobs+=($!)
     for _ in {1..100}; do
-        xdotool getmouselocation >/dev/null 2>&1 && [[ -S $work/run/pulse ]] && break
+        xdotool getmouselocation >/dev/null 2>&1 && [[ -S $work/sound ]] && break
         sleep 0.1
     done
-    display -window root -size 2800x1600 xc:white # what shows around the outlines
 }
 
 # The settings that every start begins with: where the windows stand, and a picture worth looking at.
@@ -100,7 +99,7 @@ shoot_all() {
     click 239 130
     shoot effects-rest 60 270 460 210
     click 377 11
-    shoot menu 60 60 640 420
+    shoot menu 60 60 760 420
     click 200 11
     click 406 11
     shoot preferences-audio 540 50 460 210
@@ -113,7 +112,7 @@ shoot_all() {
     shoot effects-run 60 270 460 210
     click 147 130
     sleep 3
-    press 190 590
+    press 184 607
     sleep 2
     shoot player 150 500 274 146
     quit_program
@@ -137,6 +136,6 @@ shoot_all() {
 mkdir -p "$pictures" "$music"
 rm -f -- "$pictures"/*.png
 start_servers
-for language in ${LANGUAGES:-en pl}; do
-    for scale in ${SCALES:-1 2}; do shoot_all; done
+for language in en pl; do
+    for scale in 1 2; do shoot_all; done
 done
