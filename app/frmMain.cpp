@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QPointer>
 #include <QScreen>
 #include <QThread>
 #include <QUrl>
@@ -84,6 +85,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     status_->setGeometry(kStatus);
     windows_ = new SecondaryWindows(this, mixer_, environment_, store_);
     connect(windows_, &SecondaryWindows::languageChosen, this, &frmMain::useLanguage);
+    connect(windows_, &SecondaryWindows::portChosen, this, &frmMain::refresh);
     addMenu();
 
     // Started anew by each tick, not repeating: it has to go on while a tick ends a run.
@@ -192,7 +194,7 @@ void frmMain::BR_Click(int index) {
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
-    if (isRunning() || choosing_) return;
+    if (paths.empty() || isRunning() || choosing_) return;
     std::vector<std::string> ordered = paths;
     // A song may bring a voice, and empties the destination.
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
@@ -218,10 +220,12 @@ void frmMain::mi_button_Click() {
 void frmMain::withButtonsOff(const std::function<void()>& action) {
     if (choosing_) return;
     choosing_ = true;
-    for (Ed_Button* button : BR_) button->setEnabled(false);
-    switchButton(mi_button_, false);
+    const QPointer<QWidget> focus = focusWidget();
+    refresh();
     guarded(environment_.dialogs, action);
     choosing_ = false;
+    refresh();
+    if (focus && focus->isEnabled()) focus->setFocus();
 }
 
 void frmMain::b_STOP_Click() {
@@ -282,8 +286,11 @@ void frmMain::fillRecentFiles() {
 }
 
 void frmMain::dragEnterEvent(QDragEnterEvent* event) {
-    if (isRunning() || !event->mimeData()->hasUrls()) return;
-    event->acceptProposedAction();
+    if (isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
+    if (!(event->possibleActions() & Qt::CopyAction)) return;
+    // A file that is moved would be removed by who gave it.
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
     setDropLook(true);
 }
 
@@ -293,11 +300,14 @@ void frmMain::dragLeaveEvent(QDragLeaveEvent*) {
 
 void frmMain::dropEvent(QDropEvent* event) {
     setDropLook(false);
-    event->acceptProposedAction();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
     std::vector<std::string> paths;
     for (const QUrl& url : event->mimeData()->urls())
         if (url.isLocalFile()) paths.push_back(url.toLocalFile().toStdString());
-    takeFiles(paths);
+    // Once the drop is over: opening a song takes a moment, and a box may come.
+    QMetaObject::invokeMethod(
+        this, [this, paths] { takeFiles(paths); }, Qt::QueuedConnection);
 }
 
 void frmMain::setDropLook(bool on) {
@@ -312,7 +322,7 @@ void frmMain::refresh() {
     const bool running = isRunning();
     if (!running) {
         Timer1_.stop();
-        windows_->usePort();
+        if (!choosing_) windows_->usePort();
     } else if (!Timer1_.isActive()) {
         Timer1_.start();
     }
@@ -341,7 +351,7 @@ void frmMain::switchButton(Ed_Button* button, bool on) {
 void frmMain::refreshButtons(bool running) {
     const bool idle = !running && !choosing_;
     const bool canStop = running && !mixer_.mixingRun().busy();
-    for (Ed_Button* button : BR_) button->setEnabled(idle);
+    for (Ed_Button* button : BR_) switchButton(button, idle);
     switchButton(mi_button_, idle);
     switchButton(b_STOP_, canStop);
     switchButton(b_listen_, canListen());
@@ -359,7 +369,7 @@ void frmMain::refreshStatus(bool running) {
                            : QLatin1String(kProductCaption));
     Q_EMIT progressChanged(running ? static_cast<double>(width) / MixingRun::kProgressWidth : -1);
     status_->setFullText(toQt(statusText(running)));
-    setStyleState(*status_, "failed", !running && mixer_.run().failure != RunFailure::none);
+    setStyleState(*status_, "failed", !running && !choosing_ && mixer_.run().failure != RunFailure::none);
 }
 
 std::string frmMain::statusText(bool running) const {
@@ -372,6 +382,7 @@ std::string frmMain::statusText(bool running) const {
         const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
         return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
     }
+    if (choosing_) return language.ownText(OwnText::opening);
     if (run.failure != RunFailure::none) return runMessage(language, run);
     if (stopped_) return language.ownText(OwnText::stopped);
     if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);

@@ -73,16 +73,16 @@ void SecondaryWindows::showPreferences() {
             mixer_.midi().playback.ReadMap();
             return mixer_.midi().state.midiPorts;
         };
-        const auto inputs = [this] { return recordingInputs(environment_.library, mixer_.run().isMixing); };
+        const auto inputs = [this] { return recordingInputs(environment_.library, runsNow()); };
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,
                                    midiPorts, inputs, main_);
         connect(preferences_, &mnuHelp::languageChanged, this, &SecondaryWindows::languageChosen);
         connect(preferences_, &mnuHelp::midiPortChanged, this, [this] {
             portChanged_ = true;
-            usePort();
+            Q_EMIT portChosen();
         });
     }
-    bringUp(preferences_, {kGap, kGap});
+    bringUp(preferences_, freePlace(*main_));
 }
 
 void SecondaryWindows::showPlayer(const std::string& file) {
@@ -108,8 +108,12 @@ void SecondaryWindows::bringUp(FramelessWindow* window, const QPoint& firstPlace
     window->activateWindow();
 }
 
+bool SecondaryWindows::runsNow() const {
+    return mixer_.run().isMixing || mixer_.mixingRun().busy();
+}
+
 void SecondaryWindows::usePort() {
-    if (!portChanged_ || mixer_.run().isMixing || mixer_.mixingRun().busy()) return;
+    if (!portChanged_ || runsNow()) return;
     portChanged_ = false;
     guarded(environment_.dialogs, [this] { mixer_.midi().playback.reopen(); });
 }

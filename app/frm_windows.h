@@ -44,8 +44,11 @@ public:
 Q_SIGNALS:
     // Another language was chosen in the preferences.
     void languageChosen(const QString& code);
+    // Another MIDI port was chosen there; usePort() takes it.
+    void portChosen();
 
 private:
+    bool runsNow() const;
     void openChannels(const frmChann::StartFlags& flags);
     void place(FramelessWindow* window, const QPoint& firstPlace);
     void bringUp(FramelessWindow* window, const QPoint& firstPlace);

@@ -66,10 +66,14 @@ void SourceFiles::chooseBackground(const std::string& path) {
 bool SourceFiles::take(const std::string& path) {
     const std::string extension = lowerCase(GetFileExtension(path));
     std::error_code error;
-    if (fs::is_directory(toPath(path), error)) {
+    const bool isFolder = fs::is_directory(toPath(path), error);
+    if (!isFolder && !fs::is_regular_file(toPath(path), error)) return false;
+    if (isFolder) {
         if (fields_.background.empty()) return BR_Click(2), true;
         fields_.destination = proposedDestination(path + "/" + fileName(fields_.background));
     } else if (extension == "wav") {
+        // Another voice makes another mix.
+        if (path != fields_.vocal && fields_.destination == run_.lastMixPath) fields_.destination.clear();
         fields_.vocal = path;
     } else if (isMidiFile(path) || extension == "mp3" || extension == "ogg") {
         chooseBackground(path);

@@ -74,6 +74,12 @@ QRect Ed_Button::captionPlace() const {
     return {QPoint(qRound(centre - text.width() / 2.0), qRound(height() / 2.0 - text.height() / 2.0)), text};
 }
 
+bool Ed_Button::event(QEvent* event) {
+    if (event->type() != QEvent::ContextMenu || isEnabled()) return QAbstractButton::event(event);
+    event->ignore();
+    return false;
+}
+
 void Ed_Button::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     drawPicture(painter, isHot() ? hot_ : !isEnabled() && !dis_.isNull() ? dis_ : normal_);

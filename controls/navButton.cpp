@@ -49,6 +49,12 @@ void navButton::showImage(bool hot) {
     update();
 }
 
+bool navButton::event(QEvent* event) {
+    if (event->type() != QEvent::ContextMenu || isEnabled()) return QAbstractButton::event(event);
+    event->ignore();
+    return false;
+}
+
 void navButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setOpacity(isEnabled() ? 1 : kDisabledOpacity);

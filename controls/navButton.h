@@ -31,6 +31,7 @@ Q_SIGNALS:
     void PropertyChanged();
 
 protected:
+    bool event(QEvent* event) override;  // the menu of the window comes over a disabled button too
     void paintEvent(QPaintEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

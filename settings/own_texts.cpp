@@ -66,6 +66,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::playPosition, "Pozycja odtwarzania", "Playing position"},
     {OwnText::cannotPlayFile, "Nie można odtworzyć pliku: %1", "This file cannot be played: %1"},
     {OwnText::ready, "Gotowy do pracy", "Ready"},
+    {OwnText::opening, "Otwieranie…", "Opening…"},
     {OwnText::mixing, "Miksowanie…", "Mixing…"},
     {OwnText::finishingFile, "Kończenie zapisu pliku MP3…", "Finishing the MP3 file…"},
     {OwnText::mixFinished, "Miksowanie zakończone: %1", "Mix finished: %1"},

@@ -69,6 +69,7 @@ enum class OwnText {
     cannotPlayFile,  // file
     // What a run is doing.
     ready,
+    opening,
     mixing,
     finishingFile,
     mixFinished,  // file

@@ -197,11 +197,13 @@ struct ProgramFixture : testing::Test {
         for (const std::string& file : files) urls << QUrl::fromLocalFile(QString::fromStdString(file));
         data.setUrls(urls);
         const QPoint place = main->rect().center();
-        QDragEnterEvent enter(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::ShiftModifier);
         QApplication::sendEvent(&*main, &enter);
         EXPECT_TRUE(enter.isAccepted());
-        QDropEvent event(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QDropEvent event(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::ShiftModifier);
         QApplication::sendEvent(&*main, &event);
+        EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "a file that is moved would be removed";
+        QCoreApplication::processEvents();
     }
     void startRun() {
         click(*main, "mi_button");
