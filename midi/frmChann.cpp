@@ -19,6 +19,8 @@ constexpr QRect kHint(114, 1, 304, 20);
 constexpr QRect kNoSong(kLeft, 90, kRight - kLeft, 30);
 constexpr QRect kBalanceRow(10, 26, 16, 46);
 constexpr QRect kVolumeRow(10, 73, 16, 58);
+constexpr QPoint kBack(4, 184);
+constexpr short kBackButton = 1;
 constexpr QRect kChannelsClose = kClose;
 
 // Of the first strip. The knobs are given by their tracks; balance stands over volume.
@@ -87,6 +89,10 @@ frmChann::frmChann(MidiChannels& channels, MidiState& state, Settings& settings,
     noSong_->setObjectName(QStringLiteral("noSong"));
     noSong_->setGeometry(kNoSong);
     noSong_->setAlignment(Qt::AlignCenter);
+    b_main_ = addNavButton(this, "b_main", kBack, kBackButton, [this] {
+        parentWidget()->raise();
+        parentWidget()->activateWindow();
+    });
     for (std::int16_t c = 0; c < kMidiChannels; ++c) addStrip(c);
     bClose_ = addButton(this, "bClose", kChannelsClose, ButtonLook::close, Symbol::close, [this] { close(); });
     GetChannelsLanguage();
@@ -238,6 +244,7 @@ void frmChann::GetChannelsLanguage() {
         showInstrument(channel, ins_[c]->text());
     }
     for (QAction* reset : resets_) reset->setText(toQt(language_.lang(kResetEntry)));
+    setName(b_main_, toQt(language_.ownText(OwnText::backToMain)));
     setButtonText(bClose_, {}, toQt(language_.lang(kCloseEntry)));
     if (picker_) picker_->GetInstrumentsLanguage();
 }

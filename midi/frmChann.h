@@ -8,6 +8,7 @@
 #include "controls/Ed_Button.h"
 #include "controls/elided_label.h"
 #include "controls/frameless_window.h"
+#include "controls/navButton.h"
 #include "controls/slider.h"
 #include "midi/channel_settings.h"
 #include "midi/frmIns.h"
@@ -75,6 +76,7 @@ private:
     std::array<Slider*, kMidiChannels> vol_{};
     std::array<InstrumentLabel*, kMidiChannels> ins_{};
     std::vector<QAction*> resets_;
+    navButton* b_main_;
     Ed_Button* bClose_;
     frmIns* picker_ = nullptr;  // made when it is first opened
 };

@@ -21,7 +21,9 @@ namespace {
 constexpr QSize kSize(274, 146);
 constexpr int kBarLeft = (kSize.width() - PlayBar::kUnits) / 2;
 constexpr QRect kFile(14, 14, kSize.width() - 28, 22);
-constexpr QRect kTime(14, 38, kSize.width() - 28, 16);
+constexpr QRect kTime(44, 38, kSize.width() - 88, 16);
+constexpr QPoint kBack(14, 36);
+constexpr short kBackButton = 1;
 constexpr QRect kBar(kBarLeft - PlayBar::kMargin, 58, PlayBar::kUnits + 2 * PlayBar::kMargin, 18);
 constexpr QRect kPlay(14, 94, 40, 28);
 constexpr int kButtonStep = 46;
@@ -118,6 +120,7 @@ void frmPlayer::addButtons() {
     Ed_Button1_ = addControl("Ed_Button1", kPlay, ButtonLook::song, Symbol::play, &frmPlayer::Ed_Button1_Click);
     Ed_Button2_ = addControl("Ed_Button2", pause, ButtonLook::plain, Symbol::pause, &frmPlayer::Ed_Button2_Click);
     Ed_Button3_ = addControl("Ed_Button3", stop, ButtonLook::plain, Symbol::stop, &frmPlayer::Ed_Button3_Click);
+    b_main_ = addNavButton(this, "b_main", kBack, kBackButton, [this] { close(); });
     bClose_ = addButton(this, "bClose", kCloseButton, ButtonLook::plain, Symbol::close, [this] { close(); });
 }
 
@@ -184,6 +187,8 @@ void frmPlayer::GetPlayerLanguage() {
     setButtonText(Ed_Button2_, {}, tip(OwnText::pause));
     setButtonText(Ed_Button3_, {}, tip(OwnText::playerStop));
     const QString close = toQt(language_.lang(kCloseEntry));
+    b_main_->setToolTip(toQt(language_.ownText(OwnText::backToMain)));
+    b_main_->setAccessibleName(b_main_->toolTip());
     setButtonText(bClose_, close, close);
     setWindowTitle(tip(OwnText::listen) + QStringLiteral(" – ") + QLatin1String(kProductCaption));
 }

@@ -9,6 +9,7 @@
 #include "controls/Ed_Button.h"
 #include "controls/elided_label.h"
 #include "controls/frameless_window.h"
+#include "controls/navButton.h"
 #include "platform/audio_library.h"
 #include "platform/dialogs.h"
 #include "player/frm_play_bar.h"
@@ -59,6 +60,7 @@ private:
     Ed_Button* Ed_Button1_;
     Ed_Button* Ed_Button2_;
     Ed_Button* Ed_Button3_;
+    navButton* b_main_;
     Ed_Button* bClose_;
     QTimer Timer1_;
 };

@@ -35,6 +35,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::voiceLevel, "Poziom głosu", "Voice level"},
     {OwnText::mixLevel, "Poziom miksu", "Mix level"},
     {OwnText::menuButton, "Menu", "Menu"},
+    {OwnText::backToMain, "Powrót do głównego okna", "Back to the main window"},
     {OwnText::cannotUseFile, "Nie można użyć tego pliku: %1", "This file cannot be used: %1"},
     {OwnText::equaliser, "Korektor", "Equaliser"},
     {OwnText::equaliserPresets, "Ustawienia korektora", "Equaliser presets"},

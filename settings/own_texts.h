@@ -34,6 +34,7 @@ enum class OwnText {
     voiceLevel,
     mixLevel,
     menuButton,
+    backToMain,
     cannotUseFile,  // file
     // Controls of the effects window.
     equaliser,
