@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::int16_t kRegion = 101;
 constexpr short kListButton = 2;
-constexpr int kTickMs = 50;
+constexpr int kTickMs = 80;
 constexpr int kPercent = 100;
 
 constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row

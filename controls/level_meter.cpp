@@ -9,7 +9,7 @@ namespace melvane {
 
 namespace {
 
-constexpr int kTickMs = 40;
+constexpr int kTickMs = 80;
 constexpr int kLamp = 4;  // along the meter, with a gap before it
 constexpr int kGap = 1;
 constexpr int kTwoBars = 5;  // pixels across, from which on there are two
