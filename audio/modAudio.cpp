@@ -1,6 +1,5 @@
 #include "audio/modAudio.h"
 
-
 #include "state/errors.h"
 
 namespace melvane {

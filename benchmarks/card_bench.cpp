@@ -1,11 +1,11 @@
 // What the card costs. The counter "cores" is the share of one core that the work takes when it runs live.
 #include <benchmark/benchmark.h>
 
-#include "platform/bass/graph/card.h"
-#include "platform/bass/graph/tempo_source.h"
+#include "engine/graph/card.h"
+#include "engine/graph/tempo_source.h"
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -47,4 +47,4 @@ void mixWithKey(benchmark::State& state) {
 BENCHMARK(mixWithKey)->Arg(0)->Arg(2)->Arg(-5)->Arg(5)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

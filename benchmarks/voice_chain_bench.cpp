@@ -2,10 +2,10 @@
 // live.
 #include <benchmark/benchmark.h>
 
-#include "platform/bass/effects/effect.h"
+#include "engine/effects/effect.h"
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -85,4 +85,4 @@ BENCHMARK_CAPTURE(voiceChain, equalisers, addEqualisers);
 BENCHMARK_CAPTURE(voiceChain, off, addAllOff);
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

@@ -1,4 +1,4 @@
-#include "platform/bass/capture/capture.h"
+#include "engine/capture/capture.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -6,13 +6,13 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/bass/capture/command_line.h"
-#include "platform/bass/capture/pcm16.h"
+#include "engine/capture/command_line.h"
+#include "engine/capture/pcm16.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -205,4 +205,4 @@ TEST(RecordingInputs, ListedAgainTheyKeepWhatTheUserSetAndNewOnesAreOff) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

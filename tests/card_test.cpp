@@ -1,10 +1,10 @@
-#include "platform/bass/graph/card.h"
+#include "engine/graph/card.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -241,4 +241,4 @@ TEST(Channel, SeeksStopsAndStartsAgainFromTheEnd) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

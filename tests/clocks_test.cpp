@@ -5,9 +5,9 @@
 #include <future>
 
 #include "app/mixer.h"
-#include "platform/bass/library.h"
-#include "platform/desktop/local_file_names.h"
-#include "platform/music/music.h"
+#include "desktop/local_file_names.h"
+#include "engine/library.h"
+#include "music/music.h"
 #include "tests/sound.h"
 #include "tests/sound_server.h"
 #include "tests/temp_dir.h"
@@ -50,7 +50,7 @@ struct ClocksFixture : testing::Test {
                 const std::function<void(std::int64_t)>& during = napAt) const {
         const TempDir beside;
         beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
-        bass::Library library({clock, blockFrames, beside.path()});
+        engine::Library library({clock, blockFrames, beside.path()});
         library.BASS_RecordInit(-1);
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
         const LocalFileNames names;
@@ -152,7 +152,7 @@ TEST_F(ClocksFixture, AFrozenServerLeavesTheCardsMix) {
     SoundServerProcess server;
     ASSERT_TRUE(server.ready());
     server.freeze();
-    bass::Library library({});
+    engine::Library library({});
     EXPECT_TRUE(library.BASS_RecordInit(-1));
     EXPECT_STREQ(library.BASS_RecordGetInputName(0), "Stereo Mix");
     EXPECT_EQ(library.BASS_RecordGetInputName(1), nullptr);
@@ -175,7 +175,7 @@ TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
     voice = dir.write("voice.wav", wavFile(silence(kSampleRate)));
     const TempDir beside;
     beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
-    bass::Library library({CardClock::device, 441, beside.path()});
+    engine::Library library({CardClock::device, 441, beside.path()});
     library.BASS_RecordInit(-1);
     library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
     int monitor = 1;

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/bass/decode/open_source.h"
+#include "engine/decode/open_source.h"
 
 namespace melvane::decode {
 namespace {

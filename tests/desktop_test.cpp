@@ -13,9 +13,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/desktop/desktop_dialogs.h"
-#include "platform/desktop/library_file.h"
-#include "platform/desktop/local_file_names.h"
+#include "desktop/desktop_dialogs.h"
+#include "desktop/library_file.h"
+#include "desktop/local_file_names.h"
 
 namespace melvane {
 namespace {

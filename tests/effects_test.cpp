@@ -3,10 +3,10 @@
 #include <limits>
 #include <thread>
 
-#include "platform/bass/effects/effect.h"
+#include "engine/effects/effect.h"
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -405,4 +405,4 @@ TEST(Effects, TakeRecordsWhileTheyWork) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

@@ -1,11 +1,11 @@
-#include "platform/bass/graph/limiter.h"
+#include "engine/graph/limiter.h"
 
 #include <gtest/gtest.h>
 #include <soxr.h>
 
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -91,4 +91,4 @@ TEST(Limiter, TheSamplesDoNotDependOnTheBlock) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

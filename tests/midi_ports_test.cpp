@@ -10,7 +10,7 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/music/output_ports.h"
+#include "music/output_ports.h"
 #include "tests/sound_server.h"
 
 using namespace std::chrono_literals;

@@ -5,11 +5,11 @@
 #include <set>
 
 #include "audio/mod_Mixer.h"
+#include "desktop/local_file_names.h"
 #include "midi/channel_reader.h"
 #include "midi/file_bytes.h"
 #include "midi/karaoke_container.h"
 #include "midi/playback.h"
-#include "platform/desktop/local_file_names.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"

@@ -1,14 +1,14 @@
 // Songs through the sequencer, the synthesiser and the real library on the stepped clock.
-#include "platform/music/music.h"
+#include "music/music.h"
 
 #include <gtest/gtest.h>
 
 #include <mutex>
 #include <thread>
 
-#include "platform/bass/library.h"
-#include "platform/music/performance.h"
-#include "platform/music/sequencer.h"
+#include "engine/library.h"
+#include "music/performance.h"
+#include "music/sequencer.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"
 
@@ -94,7 +94,7 @@ struct Stage {
     std::mutex mutex;
     Sound stored;
     std::uint64_t taken = 0;
-    bass::Library library;
+    engine::Library library;
     Music music;
     std::unique_ptr<MusicPerformance> performance;
     Handle capture = 0;
@@ -285,7 +285,7 @@ TEST(Music, LiveMessagesReachAMixingThread) {
 }
 
 TEST(Music, WithoutAFontThereIsNoPort) {
-    bass::Library library({CardClock::stepped, 441, ""});
+    engine::Library library({CardClock::stepped, 441, ""});
     const TempDir dir;
     const std::string broken = dir.write("Żółty font.sf2", "RIFF and nothing else");
     for (const std::string& font : {dir / "none.sf2", broken}) {

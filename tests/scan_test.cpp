@@ -4,12 +4,12 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/bass/library.h"
+#include "engine/library.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -81,4 +81,4 @@ TEST_F(ScanFixture, EndsAtOnceWhenItIsLetGoOrTheLibraryIs) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

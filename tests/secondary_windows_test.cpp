@@ -7,9 +7,9 @@
 #include <QTextBrowser>
 #include <filesystem>
 
-#include "platform/bass/library.h"
-#include "platform/desktop/desktop_shell.h"
-#include "platform/desktop/toolkit_texts.h"
+#include "desktop/desktop_shell.h"
+#include "desktop/toolkit_texts.h"
+#include "engine/library.h"
 #include "player/frmPlayer.h"
 #include "settings/mnuHelp.h"
 #include "tests/fake_audio_library.h"
@@ -219,7 +219,7 @@ TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
 
 TEST_F(PlayerFixture, PlaysARealFileToItsEndAndAgain) {
     const TempDir dir;
-    bass::Library real({.clock = CardClock::stepped});
+    engine::Library real({.clock = CardClock::stepped});
     real.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
     open(real, dir.write("sound.wav", wavFile(sine(440, 0.5, kSampleRate))));
     for (int round = 0; round < 2; ++round) {

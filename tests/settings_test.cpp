@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/desktop/registry_file.h"
+#include "desktop/registry_file.h"
 #include "settings/settings_store.h"
 #include "state/numbers.h"
 #include "state/settings.h"

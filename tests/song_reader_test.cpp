@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/music/song.h"
+#include "music/song.h"
 #include "platform/music_performance.h"
 #include "tests/temp_dir.h"
 

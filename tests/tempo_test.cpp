@@ -1,10 +1,10 @@
-#include "platform/bass/graph/tempo_source.h"
+#include "engine/graph/tempo_source.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/sound.h"
 
-namespace melvane::bass {
+namespace melvane::engine {
 namespace {
 
 using namespace melvane::test;
@@ -196,4 +196,4 @@ TEST(SourceWindow, GivesSilenceOutsideAndGoesBack) {
 }
 
 }  // namespace
-}  // namespace melvane::bass
+}  // namespace melvane::engine

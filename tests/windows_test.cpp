@@ -8,7 +8,7 @@
 #include "app/MixerStart.h"
 #include "app/frmMain.h"
 #include "app/run_messages.h"
-#include "platform/desktop/registry_file.h"
+#include "desktop/registry_file.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"

@@ -7,7 +7,7 @@
 #include "midi/channel_reader.h"
 #include "midi/channel_settings.h"
 #include "midi/karaoke_container.h"
-#include "platform/music/song.h"
+#include "music/song.h"
 #include "platform/music_performance.h"
 #include "state/errors.h"
 #include "state/settings.h"

@@ -1,0 +1,85 @@
+#include "desktop/desktop_dialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QStringList>
+
+namespace melvane {
+
+namespace {
+
+QMessageBox::Icon iconOf(BoxIcon icon) {
+    switch (icon) {
+        case BoxIcon::none:
+            return QMessageBox::NoIcon;
+        case BoxIcon::information:
+            return QMessageBox::Information;
+        case BoxIcon::question:
+            return QMessageBox::Question;
+        case BoxIcon::critical:
+            return QMessageBox::Critical;
+    }
+    return QMessageBox::NoIcon;
+}
+
+// A box that was closed without a button, as by the end of the program, counts as cancelled.
+BoxAnswer answerOf(int button) {
+    switch (button) {
+        case QMessageBox::Yes:
+            return BoxAnswer::yes;
+        case QMessageBox::No:
+            return BoxAnswer::no;
+        default:
+            return BoxAnswer::cancel;
+    }
+}
+
+}  // namespace
+
+QString nameFilter(const std::string& filter) {
+    const QString text = QString::fromStdString(filter);
+    const auto bar = text.indexOf(u'|');
+    // The label may repeat the patterns; the dialog does not show them.
+    QString label = text.left(bar);
+    label.truncate(label.indexOf(u'*') < 0 ? label.size() : label.indexOf(u'*'));
+    if (label.endsWith(u'(')) label.chop(1);
+
+    QStringList patterns;
+    for (QString pattern : text.mid(bar + 1).split(u';', Qt::SkipEmptyParts)) {
+        while (pattern.startsWith(QLatin1String("**"))) pattern.remove(0, 1);
+        patterns << pattern.toLower() << pattern.toUpper();
+    }
+    patterns.removeDuplicates();
+    return label.trimmed() + QLatin1String(" (") + patterns.join(u' ') + u')';
+}
+
+BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string& title, BoxIcon icon,
+                                     BoxButtons buttons) {
+    const bool question = buttons == BoxButtons::yesNoCancel;
+    QMessageBox box(iconOf(icon), QString::fromStdString(title), QString::fromStdString(text),
+                    question ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel : QMessageBox::Ok,
+                    QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText);  // file names are no markup
+    if (question) box.setDefaultButton(QMessageBox::No);
+    const int button = box.exec();
+    return question ? answerOf(button) : BoxAnswer::ok;
+}
+
+std::string DesktopDialogs::openFile(const std::string& title, const std::string& filter,
+                                     const std::string& initialDirectory) {
+    return QFileDialog::getOpenFileName(QApplication::activeWindow(), QString::fromStdString(title),
+                                        QString::fromStdString(initialDirectory), nameFilter(filter), nullptr,
+                                        QFileDialog::HideNameFilterDetails)
+        .toStdString();
+}
+
+std::string DesktopDialogs::saveFile(const std::string& title, const std::string& filter,
+                                     const std::string& proposedName) {
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), QString::fromStdString(title),
+                                        QString::fromStdString(proposedName), nameFilter(filter), nullptr,
+                                        QFileDialog::HideNameFilterDetails | QFileDialog::DontConfirmOverwrite)
+        .toStdString();
+}
+
+}  // namespace melvane

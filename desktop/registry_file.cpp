@@ -1,0 +1,213 @@
+#include "desktop/registry_file.h"
+
+#include <QByteArray>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLockFile>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QString>
+#include <QThread>
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <utility>
+
+namespace melvane {
+
+namespace {
+
+constexpr qint64 kLargestFile = 4 << 20;
+constexpr int kLockWaitMs = 2000;
+constexpr int kLockPauseMs = 1;
+// Age at which a lock file that nobody holds is removed even when it does not tell who made it.
+constexpr int kStaleLockMs = 1000;
+
+enum class FileState { missing, inaccessible, broken, good };
+
+struct Contents {
+    FileState state = FileState::missing;
+    QJsonObject keys;
+};
+
+Contents readContents(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.exists()) return {FileState::missing, {}};
+    QFile file(path);
+    // A directory or a pipe is not even opened.
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly)) return {FileState::inaccessible, {}};
+    const QByteArray bytes = file.read(kLargestFile + 1);
+    if (file.error() != QFileDevice::NoError) return {FileState::inaccessible, {}};
+    if (bytes.size() > kLargestFile) return {FileState::broken, {}};
+
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    const QJsonObject keys = document.object();
+    const bool good = document.isObject() &&
+                      std::all_of(keys.begin(), keys.end(), [](const QJsonValue& value) { return value.isObject(); });
+    return good ? Contents{FileState::good, keys} : Contents{FileState::broken, {}};
+}
+
+char16_t asciiLower(QChar c) {
+    const char16_t unit = c.unicode();
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
+}
+
+// The name under which `object` has the entry, or `name` itself when it has none.
+QString nameIn(const QJsonObject& object, const QString& name) {
+    const auto same = [&](const QString& other) {
+        return std::equal(name.begin(), name.end(), other.begin(), other.end(),
+                          [](QChar a, QChar b) { return asciiLower(a) == asciiLower(b); });
+    };
+    for (auto entry = object.begin(); entry != object.end(); ++entry)
+        if (same(entry.key())) return entry.key();
+    return name;
+}
+
+struct Value {
+    std::uint32_t type;
+    QByteArray data;
+};
+
+QJsonValue toJson(const Value& value) {
+    if (value.type == REG_SZ && !value.data.contains('\0')) {
+        const QString text = QString::fromUtf8(value.data);
+        if (text.toUtf8() == value.data) return text;
+    }
+    return QJsonObject{{QStringLiteral("type"), static_cast<qint64>(value.type)},
+                       {QStringLiteral("base64"), QString::fromLatin1(value.data.toBase64())}};
+}
+
+std::optional<Value> fromJson(const QJsonValue& json) {
+    if (json.isString()) return Value{REG_SZ, json.toString().toUtf8()};
+    const qint64 type = json[QStringLiteral("type")].toInteger(-1);
+    const QJsonValue base64 = json[QStringLiteral("base64")];
+    if (type < 0 || type > std::numeric_limits<std::uint32_t>::max() || !base64.isString()) return std::nullopt;
+    auto data = QByteArray::fromBase64Encoding(base64.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    if (!data) return std::nullopt;
+    return Value{static_cast<std::uint32_t>(type), std::move(*data)};
+}
+
+bool lock(QLockFile& file) {
+    file.setStaleLockTime(kStaleLockMs);
+    const QDeadlineTimer deadline(kLockWaitMs);
+    while (!file.tryLock(0)) {
+        if (file.error() != QLockFile::LockFailedError || deadline.hasExpired()) return false;
+        QThread::msleep(kLockPauseMs);
+    }
+    return true;
+}
+
+bool moveAside(const QString& path) {
+    const QString aside = path + QStringLiteral(".broken");
+    QString free = aside;
+    for (int n = 2; QFileInfo(free).exists() || QFileInfo(free).isSymLink(); ++n) free = aside + QString::number(n);
+    return QFile::rename(path, free);
+}
+
+bool replaceFile(const QString& path, const QJsonObject& keys) {
+    const QByteArray bytes = QJsonDocument(keys).toJson();
+    if (bytes.size() > kLargestFile) return false;
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
+// Lets `change` change what the file holds now; nothing is written when it changes nothing.
+std::int32_t update(const QString& path, const std::function<void(QJsonObject&)>& change) {
+    if (!QDir().mkpath(QFileInfo(path).absolutePath())) return ERROR_WRITE_FAULT;
+    QLockFile lockFile(path + QStringLiteral(".lock"));
+    if (!lock(lockFile)) return ERROR_WRITE_FAULT;
+
+    const Contents before = readContents(path);
+    QJsonObject keys = before.keys;
+    change(keys);
+    if (before.state == FileState::good && keys == before.keys) return ERROR_SUCCESS;
+    if (before.state == FileState::inaccessible) return ERROR_WRITE_FAULT;
+    if (before.state == FileState::broken && !moveAside(path)) return ERROR_WRITE_FAULT;
+    return replaceFile(path, keys) ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
+}
+
+std::string keyPathOf(RegistryHive hive, const std::string& subKey) {
+    switch (hive) {
+        case RegistryHive::HKEY_CURRENT_USER:
+            return "HKEY_CURRENT_USER\\" + subKey;
+    }
+    return subKey;
+}
+
+}  // namespace
+
+RegistryFile::RegistryFile(std::string path) : path_(std::move(path)) {}
+
+std::string RegistryFile::defaultPath() {
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
+        .filePath(QStringLiteral("Tessaro/registry.json"))
+        .toStdString();
+}
+
+std::int32_t RegistryFile::RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) {
+    key = 0;
+    const std::string keyPath = keyPathOf(hive, subKey);
+    const QJsonObject keys = readContents(QString::fromStdString(path_)).keys;
+    if (!keys.contains(nameIn(keys, QString::fromStdString(keyPath)))) return ERROR_FILE_NOT_FOUND;
+    return open(keyPath, key);
+}
+
+std::int32_t RegistryFile::RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) {
+    key = 0;
+    const std::string keyPath = keyPathOf(hive, subKey);
+    const auto result = update(QString::fromStdString(path_), [&](QJsonObject& keys) {
+        const QString name = nameIn(keys, QString::fromStdString(keyPath));
+        if (!keys.contains(name)) keys.insert(name, QJsonObject());
+    });
+    return result == ERROR_SUCCESS ? open(keyPath, key) : result;
+}
+
+std::int32_t RegistryFile::RegSetValueExA(RegistryKey key, const std::string& name, std::uint32_t /*reserved*/,
+                                          std::uint32_t type, const void* data, std::uint32_t size) {
+    const auto openKey = openKeys_.find(key);
+    if (openKey == openKeys_.end()) return ERROR_FILE_NOT_FOUND;
+    if (size > kLargestFile) return ERROR_WRITE_FAULT;
+    const Value value{type, QByteArray(static_cast<const char*>(data), static_cast<qsizetype>(size))};
+    return update(QString::fromStdString(path_), [&](QJsonObject& keys) {
+        const QString keyName = nameIn(keys, QString::fromStdString(openKey->second));
+        QJsonObject values = keys[keyName].toObject();
+        values[nameIn(values, QString::fromStdString(name))] = toJson(value);
+        keys[keyName] = values;
+    });
+}
+
+std::int32_t RegistryFile::RegQueryValueExA(RegistryKey key, const std::string& name, std::uint32_t& type, void* data,
+                                            std::uint32_t& size) {
+    const auto openKey = openKeys_.find(key);
+    if (openKey == openKeys_.end()) return ERROR_FILE_NOT_FOUND;
+    const QJsonObject keys = readContents(QString::fromStdString(path_)).keys;
+    const QJsonObject values = keys[nameIn(keys, QString::fromStdString(openKey->second))].toObject();
+    const auto value = fromJson(values[nameIn(values, QString::fromStdString(name))]);
+    if (!value) return ERROR_FILE_NOT_FOUND;
+
+    const auto room = size;
+    type = value->type;
+    size = static_cast<std::uint32_t>(value->data.size());
+    if (data == nullptr) return ERROR_SUCCESS;
+    if (size > room) return ERROR_MORE_DATA;
+    if (size > 0) std::memcpy(data, value->data.constData(), size);
+    return ERROR_SUCCESS;
+}
+
+std::int32_t RegistryFile::RegCloseKey(RegistryKey key) {
+    return openKeys_.erase(key) == 1 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+std::int32_t RegistryFile::open(const std::string& keyPath, RegistryKey& key) {
+    key = ++lastKey_;
+    openKeys_[key] = keyPath;
+    return ERROR_SUCCESS;
+}
+
+}  // namespace melvane

@@ -1,0 +1,93 @@
+// A running capture: takes the card's mix and the enabled devices, and feeds the callback and the encoder on
+// a thread of its own. Nothing that was captured is dropped, however slow the encoder is.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "engine/capture/encoder_process.h"
+#include "engine/capture/recording_inputs.h"
+#include "engine/device/input_device.h"
+#include "engine/graph/card.h"
+
+namespace melvane::engine {
+
+class Capture : public CardListener {
+public:
+    Capture(Handle handle, RecordProc proc, void* user);
+    // Waits until the encoder has finished its file.
+    ~Capture() override;
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
+
+    // --- user-interface thread ---
+    // False when a device that is on cannot be recorded. `server` may be null when only the card is on.
+    bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server);
+    bool startEncoder(const std::vector<std::string>& words) { return encoder_.start(words); }
+    // Starts the thread; blocks that are pushed from now on are captured.
+    void begin();
+    bool begun() const { return thread_.joinable(); }
+    // What is pushed from now on is ignored.
+    void stop();
+    // The encoder's input ends behind what was pushed so far.
+    void endEncoding();
+    // False once the callback has ended the capture or stop() was called.
+    bool capturing() const { return capturing_; }
+
+    // --- any thread ---
+    bool encoderRunning() { return encoder_.running(); }
+    EncoderState encoderState() { return encoder_.state(); }
+
+    // --- mixing thread ---
+    void push(const float* mix, std::size_t frames) override;
+    bool congested() const override { return waitingFrames_ > kLeisureFrames; }
+
+private:
+    static constexpr std::size_t kLeisureFrames = 4 * kSampleRate;
+
+    struct Device {
+        std::unique_ptr<InputDevice> input;
+        float gain;
+        std::deque<float> waiting;  // what it has recorded so far
+    };
+
+    void run();
+    bool waitForBlock(std::vector<float>& block);
+    void drainDevices();
+    void addDevices(std::vector<float>& block);
+    void closeDevices();
+    void deliver(const std::vector<float>& block);
+    void feedEncoder(std::span<const std::byte> bytes);
+    void finishEncoder();
+
+    const Handle handle_;
+    const RecordProc proc_;
+    void* const user_;
+    float cardGain_ = 0.0F;
+    bool cardOn_ = false;
+    std::vector<Device> devices_;
+    EncoderProcess encoder_;
+
+    std::mutex mutex_;
+    std::condition_variable pushed_;
+    std::deque<std::vector<float>> blocks_;
+    bool encodingEnded_ = false;
+    bool quit_ = false;
+    std::atomic<std::size_t> waitingFrames_{0};
+    std::atomic<bool> capturing_{false};
+
+    bool begunPushing_ = false;
+    std::vector<float> drained_;
+
+    // Capture thread only.
+    std::vector<std::int16_t> pcm_;
+    bool headerWritten_ = false;
+    std::thread thread_;
+};
+
+}  // namespace melvane::engine

@@ -1,0 +1,43 @@
+// The recording inputs and their switches. Input 0 is the card's own mix; the sources of the sound server
+// follow. The switches are the library's own: the server's settings stay as they are.
+// Used on the user-interface thread.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "engine/device/sound_server.h"
+
+namespace melvane::engine {
+
+struct RecordingInput {
+    std::string name;
+    std::uint32_t type = 0;
+    std::string sourceId;  // empty: the card's mix
+    bool on = false;
+    std::uint32_t level = 100;  // 0..100
+};
+
+class RecordingInputs {
+public:
+    // Lists the card's mix and the sources of `server` (may be null).
+    void list(const std::shared_ptr<SoundServer>& server);
+    // Lists the card's mix and these sources. The first time the default source is on, the card's mix where there is
+    // none; later every input keeps its switch and level, and new ones are off.
+    void list(std::vector<CaptureSource> sources);
+
+    // nullptr outside the list.
+    const RecordingInput* at(int input) const;
+    // The setting word of an input; all ones outside the list.
+    std::uint32_t setting(int input) const;
+    bool set(int input, std::uint32_t setting);
+    const std::deque<RecordingInput>& all() const { return inputs_; }
+
+private:
+    // A deque: names that were handed out stay where they are.
+    std::deque<RecordingInput> inputs_;
+};
+
+}  // namespace melvane::engine

@@ -1,0 +1,74 @@
+#include "engine/decode/open_source.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <string_view>
+
+#include "engine/decode/input_file.h"
+#include "engine/decode/mp3_source.h"
+#include "engine/decode/resampled_source.h"
+#include "engine/decode/sndfile_source.h"
+#include "engine/decode/vorbis_source.h"
+
+namespace melvane::decode {
+namespace {
+
+using Decoder = std::unique_ptr<NativeSource> (*)(const std::string& path);
+
+template <typename Source>
+std::unique_ptr<NativeSource> open(const std::string& path) {
+    return std::make_unique<Source>(path);
+}
+
+struct Kind {
+    std::size_t at;
+    std::string_view signature;  // what the file holds there
+    std::array<Decoder, 2> decoders;
+};
+
+// A WAV file may hold MP3, and OGG may hold something other than Vorbis, or that in front of it. Nothing
+// tells an MP3 file for sure.
+constexpr std::array<Kind, 8> kKinds{{
+    {0, "RIFF", {open<SndfileSource>, open<Mp3Source>}},
+    {28, "\1vorbis", {open<VorbisSource>}},
+    {0, "OggS", {open<VorbisSource>, open<SndfileSource>}},
+    {0, "RIFX", {open<SndfileSource>}},
+    {0, "RF64", {open<SndfileSource>}},
+    {0, "FORM", {open<SndfileSource>}},
+    {0, "fLaC", {open<SndfileSource>}},
+    {0, "", {open<Mp3Source>}},
+}};
+
+const Kind& kindOf(const std::string& path) {
+    std::array<char, 35> start{};
+    InputFile(path).read(start.data(), start.size());
+    const std::string_view begin(start.data(), start.size());
+    return *std::find_if(kKinds.begin(), kKinds.end(),
+                         [begin](const Kind& kind) { return begin.substr(kind.at).starts_with(kind.signature); });
+}
+
+std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path) {
+    try {
+        return decoder(path);
+    } catch (const NotSound&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<PcmSource> openSource(const std::string& utf8Path) try {
+    for (const Decoder decoder : kindOf(utf8Path).decoders) {
+        if (!decoder) break;
+        auto source = tryOpen(decoder, utf8Path);
+        if (!source) continue;
+        auto sound = atCardRate(std::move(source));
+        return sound->frames() > 0 ? std::move(sound) : nullptr;
+    }
+    return nullptr;
+} catch (const std::exception&) {
+    return nullptr;
+}
+
+}  // namespace melvane::decode

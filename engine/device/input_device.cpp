@@ -1,0 +1,50 @@
+#include "engine/device/input_device.h"
+
+#include <algorithm>
+
+#include "platform/audio_library.h"
+
+namespace melvane::engine {
+
+namespace {
+constexpr std::size_t kRingFrames = 4 * kSampleRate;
+constexpr std::uint32_t kLatencyFrames = 1024;
+}  // namespace
+
+InputDevice::InputDevice(std::shared_ptr<cubeb> connection, std::string id)
+    : connection_(std::move(connection)), id_(std::move(id)), ring_(kRingFrames) {}
+
+InputDevice::~InputDevice() {
+    if (!stream_) return;
+    cubeb_stream_stop(stream_);
+    cubeb_stream_destroy(stream_);
+}
+
+bool InputDevice::start() {
+    // A device is opened by the identifier of a fresh listing, which is valid only while that listing lives.
+    cubeb_device_collection found{};
+    if (cubeb_enumerate_devices(connection_.get(), CUBEB_DEVICE_TYPE_INPUT, &found) != CUBEB_OK) return false;
+    const auto* end = found.device + found.count;
+    const auto* device = std::find_if(found.device, const_cast<cubeb_device_info*>(end),
+                                      [this](const cubeb_device_info& d) { return d.device_id && id_ == d.device_id; });
+    bool started = false;
+    if (device != end) {
+        cubeb_stream_params format{CUBEB_SAMPLE_FLOAT32NE, kSampleRate, 2, CUBEB_LAYOUT_STEREO, CUBEB_STREAM_PREF_NONE};
+        started = cubeb_stream_init(connection_.get(), &stream_, "Melvane", device->devid, &format, nullptr, nullptr,
+                                    kLatencyFrames, record, stateChanged, this) == CUBEB_OK &&
+                  cubeb_stream_start(stream_) == CUBEB_OK;
+    }
+    cubeb_device_collection_destroy(connection_.get(), &found);
+    return started;
+}
+
+long InputDevice::record(cubeb_stream*, void* user, const void* input, void*, long frames) {
+    static_cast<InputDevice*>(user)->ring_.write(static_cast<const float*>(input), static_cast<std::size_t>(frames));
+    return frames;
+}
+
+void InputDevice::stateChanged(cubeb_stream*, void* user, cubeb_state state) {
+    if (state == CUBEB_STATE_ERROR) static_cast<InputDevice*>(user)->lost_ = true;
+}
+
+}  // namespace melvane::engine

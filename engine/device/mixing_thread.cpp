@@ -1,0 +1,122 @@
+#include "engine/device/mixing_thread.h"
+
+#include "platform/audio_library.h"
+#include "platform/patience.h"
+
+namespace melvane::engine {
+
+namespace {
+using namespace std::chrono_literals;
+// Some devices take up to 2 s to begin.
+constexpr auto kStallLimit = 3s;
+constexpr auto kFinishLimit = 200ms;
+constexpr auto kOpenPatience = 2s;
+constexpr auto kClosePatience = 500ms;
+constexpr auto kPollInterval = 5ms;
+}  // namespace
+
+MixingThread::MixingThread(Card& card, std::shared_ptr<SoundServer> server, std::size_t blockFrames)
+    : card_(card), server_(std::move(server)), blockFrames_(blockFrames), block_(blockFrames * 2), thread_([this] {
+          run();
+      }) {}
+
+MixingThread::~MixingThread() {
+    quit_ = true;
+    card_.wake();
+    thread_.join();
+}
+
+void MixingThread::run() {
+    while (!quit_) {
+        if (card_.active()) {
+            openDevice();
+            playWhileActive();
+            closeDevice();
+        } else {
+            card_.waitForChange();
+        }
+    }
+}
+
+void MixingThread::playWhileActive() {
+    restartMachineClock();
+    while (!quit_ && card_.active()) {
+        if (!card_.running()) {
+            if (device_) device_->expectFrames(false);
+            card_.waitForChange();
+            restartMachineClock();
+            continue;
+        }
+        if (!waitForRoom()) continue;
+        const std::size_t frames = card_.mix(block_.data(), blockFrames_);
+        clockFrames_ += frames;
+        if (device_) {
+            device_->write(block_.data(), frames);
+            device_->expectFrames(frames == blockFrames_);
+        }
+    }
+    if (!quit_) letDeviceFinish();
+}
+
+// Waits a moment at most. True when a block may be mixed now.
+bool MixingThread::waitForRoom() {
+    if (device_ && deviceStalled()) {
+        closeDevice();
+        server_->reconnect();
+        restartMachineClock();
+    }
+    if (device_) {
+        if (device_->hasRoomFor(blockFrames_)) return true;
+    } else {
+        const auto due = std::chrono::duration<double>(Clock::now() - clockStart_) * kSampleRate;
+        if (static_cast<double>(clockFrames_) <= due.count()) return true;
+    }
+    std::this_thread::sleep_for(kPollInterval);
+    return false;
+}
+
+bool MixingThread::deviceStalled() {
+    const auto now = Clock::now();
+    if (device_->callbacks() != callbacksSeen_) {
+        callbacksSeen_ = device_->callbacks();
+        lastCallback_ = now;
+    }
+    return device_->lost() || now - lastCallback_ > kStallLimit;
+}
+
+void MixingThread::openDevice() {
+    if (!server_) return;
+    const auto open = [server = server_, frames = blockFrames_, underruns = underruns_] {
+        auto connection = server->connection();
+        auto device = connection ? std::make_unique<OutputDevice>(std::move(connection), frames, underruns) : nullptr;
+        return device && device->start() ? std::move(device) : nullptr;
+    };
+    device_ = withPatience(kOpenPatience, open).value_or(nullptr);
+    if (!device_) return server_->reconnect();
+    callbacksSeen_ = 0;
+    lastCallback_ = Clock::now();
+    latency_ = device_->latencyMilliseconds();
+    deviceOpen_ = true;
+}
+
+void MixingThread::closeDevice() {
+    closeWithPatience(kClosePatience, std::move(device_));
+    deviceOpen_ = false;
+    latency_ = 0;
+}
+
+void MixingThread::letDeviceFinish() {
+    if (!device_) return;
+    device_->expectFrames(false);
+    const auto limit = Clock::now() + kFinishLimit;
+    while (device_->waiting() > 0 && Clock::now() < limit && !card_.active())
+        std::this_thread::sleep_for(kPollInterval);
+}
+
+void MixingThread::restartMachineClock() {
+    clockStart_ = Clock::now();
+    clockFrames_ = 0;
+    lastCallback_ = clockStart_;
+}
+
+}  // namespace melvane::engine

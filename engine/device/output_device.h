@@ -1,0 +1,52 @@
+// The device that plays the card's mix. It takes frames from a ring in its own callback, which neither locks
+// nor allocates; an empty ring plays as silence.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "engine/device/frame_ring.h"
+#include "engine/device/sound_server.h"
+
+namespace melvane::engine {
+
+// Opened and closed on any thread, used on the mixing thread.
+class OutputDevice {
+public:
+    // Frames that are kept ahead of the device: with the device's own latency a change is heard within 100 ms.
+    static constexpr std::size_t kAheadFrames = 2048;
+
+    OutputDevice(std::shared_ptr<cubeb> connection, std::size_t blockFrames,
+                 std::shared_ptr<std::atomic<std::uint64_t>> underruns);
+    ~OutputDevice();
+    OutputDevice(const OutputDevice&) = delete;
+    OutputDevice& operator=(const OutputDevice&) = delete;
+
+    // Opens the default device and starts it. False when there is none.
+    bool start();
+    // True when the device failed or has stopped asking for frames.
+    bool lost() const { return lost_; }
+    bool hasRoomFor(std::size_t frames) const;
+    void write(const float* frames, std::size_t count) { ring_.write(frames, count); }
+    std::size_t waiting() const { return ring_.filled(); }
+    std::uint64_t callbacks() const { return callbacks_; }
+    std::uint32_t latencyMilliseconds() const;
+    // While true, an empty ring counts as an underrun.
+    void expectFrames(bool expected) { framesExpected_ = expected; }
+
+private:
+    static long play(cubeb_stream*, void* user, const void*, void* output, long frames);
+    static void stateChanged(cubeb_stream*, void* user, cubeb_state state);
+
+    std::shared_ptr<cubeb> connection_;
+    cubeb_stream* stream_ = nullptr;
+    const std::size_t ahead_;
+    FrameRing ring_;
+    const std::shared_ptr<std::atomic<std::uint64_t>> underruns_;  // a device may outlive who counts
+    std::atomic<std::uint64_t> callbacks_{0};
+    std::atomic<bool> framesExpected_{false};
+    std::atomic<bool> lost_{false};
+};
+
+}  // namespace melvane::engine

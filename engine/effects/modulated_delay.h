@@ -1,0 +1,52 @@
+// Chorus and flanger: a delay moved by a slow oscillator. For each side
+//     line(t)  = dry(t) + feedback * wet(t)     wet(t) = line(t - delay(t))
+//     delay(t) = fDelay * (1 + depth * oscillator(t)), at least one frame
+//     out(t)   = (1 - mix) * dry(t) + mix * wet(t)
+// (J. Dattorro, "Delay-Line Modulation and Chorus", J. Audio Eng. Soc. 45, 1997). The oscillator is a triangle or a
+// sine between -1 and 1 that begins at 0 and rises; the right side's is ahead by lPhase. Its phase goes on from where
+// it is when its rate changes. A changed delay, depth, waveform or lPhase is faded over to.
+#pragma once
+
+#include <array>
+
+#include "engine/effects/crossfade.h"
+#include "engine/effects/delay_line.h"
+#include "engine/effects/record_effect.h"
+
+namespace melvane::engine {
+
+struct ModulatedDelayValues {
+    double mix, feedback;
+    double rate;  // turns a frame
+};
+
+struct Sweep {
+    double delay;  // frames
+    double depth;  // 0..1
+    double ahead;  // turns of the right side, -0.5..0.5
+    bool sine;     // or triangle
+
+    bool operator==(const Sweep&) const = default;
+};
+
+// ChorusRecord or FlangerRecord.
+template <typename Record>
+class ModulatedDelay final : public RecordEffect<Record, ModulatedDelayValues, double> {
+public:
+    ModulatedDelay();
+
+private:
+    ModulatedDelayValues goalOf(const Record& record) override;
+    // Takes the next dry sample of a side and gives the wet one.
+    float goThrough(std::size_t side, float dry, float feedback);
+    void render(float* block, std::size_t frames, const ModulatedDelayValues& values) override;
+
+    std::array<DelayLine, 2> lines_;
+    Crossfade<Sweep> sweep_;
+    double phase_ = 0;  // turns, 0..1
+};
+
+using Chorus = ModulatedDelay<ChorusRecord>;
+using Flanger = ModulatedDelay<FlangerRecord>;
+
+}  // namespace melvane::engine

@@ -1,0 +1,95 @@
+// The sound card: mixes all playing channels, frame by frame, and hands the mix to the captures that listen
+// to it. Who asks for frames, and when, is not its business; the samples never depend on it.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "engine/graph/channel.h"
+#include "engine/graph/limiter.h"
+#include "engine/graph/peak_meter.h"
+
+namespace melvane::engine {
+
+// Takes the card's mix. push() is called on the mixing thread with every block, in order.
+class CardListener {
+public:
+    virtual ~CardListener() = default;
+    virtual void push(const float* mix, std::size_t frames) = 0;
+    // True while the listener has more waiting than it can take at leisure.
+    virtual bool congested() const = 0;
+};
+
+class Card {
+public:
+    // --- user-interface thread; each takes the lock for a moment ---
+    // Plays a channel on, or anew when `restart` is true.
+    void play(const std::shared_ptr<Channel>& channel, bool restart);
+    void remove(const std::shared_ptr<Channel>& channel);
+    void listen(std::shared_ptr<CardListener> listener);
+    void unlisten(const std::shared_ptr<CardListener>& listener);
+    void hold();
+    void resume();
+    // Holds the card behind the last frame of `channel`.
+    void holdAtEndOf(std::shared_ptr<Channel> channel);
+    // Wakes the mixing thread to look again at what plays.
+    void wake();
+
+    // --- mixing thread ---
+    // Mixes up to `frames` frames into `out`; 0 while held or idle, fewer at the end that the card holds at.
+    std::size_t mix(float* out, std::size_t frames);
+    // Something plays or listens, held or not.
+    bool active();
+    // True while active() and not held.
+    bool running();
+    bool congested();
+    // Returns when wake() or another call above may have changed something.
+    void waitForChange();
+
+    std::uint64_t framesMixed() const { return framesMixed_; }
+    // Any thread: of the channels' sum, before the limiter, since this was asked last.
+    PeakLevels takePeaks() { return peaks_.take(); }
+
+private:
+    using Channels = std::vector<std::shared_ptr<Channel>>;
+
+    // What one block is mixed from.
+    struct Playing {
+        Channels channels;
+        std::shared_ptr<Channel> last;  // the channel that ends the mix
+    };
+
+    bool activeLocked() const;
+    void changed();
+    void startAfresh();
+    std::size_t mixChannels(float* out, std::size_t frames, const Playing& playing);
+    std::size_t limit(float* out, std::size_t frames, const Playing& playing);
+
+    std::mutex mutex_;
+    std::condition_variable change_;
+    std::uint64_t changes_ = 0;
+    std::uint64_t changesSeen_ = 0;
+    Channels channels_;
+    std::vector<std::shared_ptr<CardListener>> listeners_;
+    std::shared_ptr<Channel> holdAtEndOf_;
+    bool held_ = false;
+    bool afresh_ = true;  // nothing played before: the next frame mixed is the first to come out
+
+    // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
+    Limiter limiter_;
+    PeakMeter peaks_;
+    std::vector<float> ahead_;
+    std::int64_t limiterFed_ = 0;              // frames given to the limiter,
+    std::int64_t mixed_ = 0;                   // how many of them were sound,
+    std::atomic<std::int64_t> handedOut_{0};   // and how many have come out
+    std::atomic<std::int64_t> drainUntil_{0};  // the end of the last channel that ended by itself
+    bool ended_ = false;
+    std::atomic<std::uint64_t> framesMixed_{0};
+};
+
+}  // namespace melvane::engine

@@ -1,0 +1,123 @@
+#include "engine/graph/channel.h"
+
+#include <algorithm>
+
+namespace melvane::engine {
+
+Channel::Channel(std::shared_ptr<PcmSource> source, bool loop)
+    : source_(std::move(source)), length_(source_->frames()), loop_(loop), fade_(kFadeFrames * 2) {}
+
+void Channel::play(bool restart) {
+    if (restart || ended_) seek(0);
+    playing_ = true;
+}
+
+std::int64_t Channel::position() const {
+    const std::int64_t wanted = wantedSeek_;
+    return wanted == kNoSeek ? position_.load() : wanted;
+}
+
+bool Channel::seek(std::int64_t frame) {
+    if (frame < 0 || frame > length_) return false;
+    wantedSeek_ = frame;
+    ended_ = false;
+    return true;
+}
+
+void Channel::addEffect(std::shared_ptr<Effect> effect, int priority) {
+    const std::lock_guard lock(effectsMutex_);
+    const auto behind = std::ranges::find_if(effects_, [&](const PlacedEffect& e) { return e.priority < priority; });
+    effects_.insert(behind, {std::move(effect), priority});
+}
+
+std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFrame) {
+    takeSeek();
+    block_.resize(frames * 2);
+    const std::size_t got = readAlong(block_.data(), frames);
+    cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
+    applyEffects(got);
+    peaks_.raise(level_.mixInto(out, block_.data(), got));
+    if (got < frames) {
+        ended_ = true;
+        playing_ = false;
+    }
+    return got;
+}
+
+// In pieces that end with a fade: an offset that waits for it is taken at that frame, not with the next block.
+std::size_t Channel::readAlong(float* out, std::size_t frames) {
+    std::size_t done = 0;
+    while (done < frames) {
+        takeOffset();
+        const std::size_t piece =
+            fadeLeft_ > 0 ? std::min(frames - done, static_cast<std::size_t>(fadeLeft_)) : frames - done;
+        const std::size_t got = readAt(time_ + offset_, out + done * 2, piece);
+        fadeOver(out + done * 2, got);
+        time_ += static_cast<std::int64_t>(got);
+        done += got;
+        if (got > 0) sounded_ = true;
+        if (got < piece) break;
+    }
+    return done;
+}
+
+void Channel::takeSeek() {
+    std::int64_t wanted = wantedSeek_;
+    if (wanted == kNoSeek) return;
+    time_ = wanted - offset_;
+    fadeLeft_ = 0;
+    position_ = wanted;
+    wantedSeek_.compare_exchange_strong(wanted, kNoSeek);
+}
+
+void Channel::takeOffset() {
+    const std::int64_t wanted = wantedOffset_;
+    // One move after the other: a fade that runs is not cut off.
+    if (wanted == offset_ || fadeLeft_ > 0) return;
+    if (sounded_) {
+        const std::size_t got = readAt(time_ + offset_, fade_.data(), kFadeFrames);
+        std::fill(fade_.begin() + static_cast<std::ptrdiff_t>(got * 2), fade_.end(), 0.0F);
+        fadeLeft_ = kFadeFrames;
+    }
+    offset_ = wanted;
+}
+
+std::size_t Channel::readAt(std::int64_t place, float* out, std::size_t frames) {
+    std::size_t done = 0;
+    if (place < 0) {
+        done = std::min(frames, static_cast<std::size_t>(-place));
+        std::fill_n(out, done * 2, 0.0F);
+        place += static_cast<std::int64_t>(done);
+    }
+    while (done < frames) {
+        const std::int64_t at = loop_ ? place % length_ : std::min(place, length_);
+        if (at != sourceAt_) source_->seek(at);
+        const std::size_t got = source_->read(out + done * 2, frames - done);
+        sourceAt_ = at + static_cast<std::int64_t>(got);
+        if (got == 0) break;
+        done += got;
+        place += static_cast<std::int64_t>(got);
+    }
+    return done;
+}
+
+void Channel::fadeOver(float* block, std::size_t frames) {
+    for (std::size_t i = 0; i < frames && fadeLeft_ > 0; ++i, --fadeLeft_) {
+        const float old = static_cast<float>(fadeLeft_) / kFadeFrames;
+        const float* from = &fade_[static_cast<std::size_t>(kFadeFrames - fadeLeft_) * 2];
+        for (std::size_t side = 0; side < 2; ++side) block[2 * i + side] += old * (from[side] - block[2 * i + side]);
+    }
+}
+
+void Channel::applyEffects(std::size_t frames) {
+    const std::lock_guard lock(effectsMutex_);
+    for (const PlacedEffect& placed : effects_) placed.effect->process(block_.data(), frames);
+}
+
+void Channel::publishPosition(std::int64_t cardFrame) {
+    const std::int64_t inside = std::max<std::int64_t>(cardFrameBehind_ - cardFrame, 0);
+    const std::int64_t place = std::max<std::int64_t>(time_ + offset_ - inside, 0);
+    position_ = loop_ ? place % length_ : std::min(place, length_);
+}
+
+}  // namespace melvane::engine

@@ -1,0 +1,112 @@
+// The audio library: handles, and what stands behind them.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include "engine/capture/capture.h"
+#include "engine/capture/recording_inputs.h"
+#include "engine/device/mixing_thread.h"
+#include "engine/device/sound_server.h"
+#include "engine/graph/card.h"
+#include "engine/graph/tempo_source.h"
+#include "engine/waveform_scans.h"
+#include "platform/audio_library.h"
+
+namespace melvane::engine {
+
+class Library : public AudioLibrary {
+public:
+    explicit Library(const AudioLibraryOptions& options);
+    ~Library() override;
+
+    bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void* window, const void* classId) override;
+    bool BASS_Free() override;
+    bool BASS_GetInfo(BASS_INFO& info) override;
+    void holdCard() override { card_.hold(); }
+    void resumeCard() override { card_.resume(); }
+    void holdCardAtEndOf(Handle channel) override;
+    std::uint32_t stepCard(std::uint32_t frames) override;
+    CardStatus cardStatus() const override;
+    PeakLevels takePeaks(Handle channel) override;
+    std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override;
+
+    Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
+                                 std::uint32_t flags) override;
+    Handle createStream(std::shared_ptr<PcmSource> source) override;
+    bool BASS_StreamFree(Handle handle) override;
+    bool BASS_MusicFree(Handle handle) override;
+    bool BASS_ChannelPlay(Handle handle, bool restart) override;
+    bool BASS_ChannelStop(Handle handle) override;
+    ChannelActivity BASS_ChannelIsActive(Handle handle) const override;
+    std::uint64_t BASS_ChannelGetLength(Handle handle) const override;
+    std::uint64_t BASS_ChannelGetPosition(Handle handle) const override;
+    bool BASS_ChannelSetPosition(Handle handle, std::uint64_t position) override;
+    std::uint64_t BASS_ChannelSeconds2Bytes(Handle handle, float seconds) const override;
+    bool BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency, std::uint32_t& volume,
+                                   std::int32_t& pan) const override;
+    bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
+                                   std::int32_t pan) override;
+
+    bool setChannelOffset(Handle handle, std::int64_t bytes) override;
+
+    Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override;
+    bool BASS_FXSetParameters(Handle effect, const EffectRecord& record) override;
+    bool BASS_FXGetParameters(Handle effect, EffectRecord& record) const override;
+
+    Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override;
+    bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override;
+
+    bool BASS_RecordInit(int device) override;
+    const char* BASS_RecordGetInputName(int input) const override;
+    std::uint32_t BASS_RecordGetInput(int input) const override { return inputs_.setting(input); }
+    bool BASS_RecordSetInput(int input, std::uint32_t setting) override { return inputs_.set(input, setting); }
+    Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
+                            void* user) override;
+
+    bool encoderFound(const char* commandLine) const override;
+    bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
+                           void* user) override;
+    bool BASS_Encode_IsActive(Handle handle) const override;
+    bool BASS_Encode_Stop(Handle handle) override;
+    EncoderState encoderState(Handle handle) const override;
+
+private:
+    // What a handle stands for: a decoding source, a playable channel over one (with its key where it is a
+    // tempo stream), an effect, or a capture.
+    struct Entry {
+        std::shared_ptr<PcmSource> decoding;
+        std::shared_ptr<Channel> channel;
+        std::shared_ptr<TempoSource> tempo;
+        std::shared_ptr<Effect> effect;
+        std::vector<Handle> freedWithIt;
+        std::uint32_t volume = 100;
+        std::int32_t pan = 0;
+        std::shared_ptr<Capture> capture;
+    };
+
+    // The words of a command line with its program as an absolute path; none when there is no such program.
+    std::vector<std::string> encoderWords(const char* commandLine) const;
+    Handle keep(Entry entry);
+    // The entry of a handle; an empty one when there is none.
+    Entry find(Handle handle) const;
+    void forget(Handle handle);
+    void forgetFinishedCaptures();
+
+    const AudioLibraryOptions options_;
+    const std::shared_ptr<SoundServer> server_ = std::make_shared<SoundServer>();
+    RecordingInputs inputs_;
+    Card card_;
+    std::unique_ptr<MixingThread> mixing_;
+    WaveformScans scans_;
+    std::vector<float> stepBlock_;
+    bool initialised_ = false;
+
+    // The capture callback asks for its encoder on the capture thread, and files are opened on others.
+    mutable std::mutex entriesMutex_;
+    std::unordered_map<Handle, Entry> entries_;
+    Handle lastHandle_ = 0;
+};
+
+}  // namespace melvane::engine

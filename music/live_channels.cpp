@@ -1,0 +1,82 @@
+#include "music/live_channels.h"
+
+#include "music/visitor.h"
+
+namespace melvane::music {
+
+namespace {
+
+std::uint8_t withChannel(std::uint8_t status, int channel) {
+    return static_cast<std::uint8_t>(status | channel);
+}
+
+}  // namespace
+
+void sendPatch(MidiSink& sink, std::int64_t frame, int channel, const Patch& patch) {
+    sink.send(frame, withChannel(kControlChange, channel), kBankHigh, patch.bankHigh);
+    sink.send(frame, withChannel(kControlChange, channel), kBankLow, patch.bankLow);
+    sink.send(frame, withChannel(kProgramChange, channel), patch.program, 0);
+}
+
+void sendMasterVolume(MidiSink& sink, std::int64_t frame, int value) {
+    const auto low = static_cast<std::uint8_t>(value & 0x7F);
+    const auto high = static_cast<std::uint8_t>(value >> 7);
+    sink.sendSysex(frame, std::array<std::uint8_t, 8>{0xF0, 0x7F, 0x7F, 0x04, 0x01, low, high, 0xF7});
+}
+
+void LiveChannels::keep(const LiveMessage& message) {
+    std::visit(Visitor{
+                   [&](const PatchMessage& m) { channels_[m.channel].patch = m.patch; },
+                   [&](const ShortMessage& m) { keepShort(m); },
+                   [&](const TransposeMessage& m) {
+                       if (m.channel != kPercussion) channels_[m.channel].semitones = m.semitones;
+                   },
+                   [&](const LiftMessage&) {
+                       for (Channel& channel : channels_) channel = {.semitones = channel.semitones};
+                   },
+                   [&](const MasterVolumeMessage& m) { masterVolume_ = m.value; },
+               },
+               message);
+}
+
+void LiveChannels::keepShort(const ShortMessage& message) {
+    if ((message.status & 0xF0) != kControlChange) return;
+    Channel& channel = channels_[message.status & 0x0F];
+    if (message.data1 == kVolume) channel.volume = message.data2;
+    if (message.data1 == kBalance) channel.balance = message.data2;
+}
+
+bool LiveChannels::overrides(const SongEvent& event) const {
+    const Channel& channel = channels_[event.status & 0x0F];
+    const int kind = event.status & 0xF0;
+    if (kind == kProgramChange) return channel.patch.has_value();
+    if (kind != kControlChange) return false;
+    switch (event.data1) {
+        case kBankHigh:
+        case kBankLow:
+            return channel.patch.has_value();
+        case kVolume:
+        case kVolume + kFine:
+            return channel.volume.has_value();
+        case kBalance:
+        case kBalance + kFine:
+            return channel.balance.has_value();
+        default:
+            return false;
+    }
+}
+
+void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame, int index) const {
+    const Channel& channel = channels_[static_cast<std::size_t>(index)];
+    const std::uint8_t control = withChannel(kControlChange, index);
+    if (channel.patch) sendPatch(sink, frame, index, *channel.patch);
+    if (channel.volume) sink.send(frame, control, kVolume, *channel.volume);
+    if (channel.balance) sink.send(frame, control, kBalance, *channel.balance);
+}
+
+void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame) const {
+    for (int channel = 0; channel < kChannels; ++channel) sendSettings(sink, frame, channel);
+    if (masterVolume_) sendMasterVolume(sink, frame, *masterVolume_);
+}
+
+}  // namespace melvane::music

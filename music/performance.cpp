@@ -1,0 +1,201 @@
+#include "music/performance.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "music/sound_fonts.h"
+
+namespace melvane::music {
+
+namespace {
+
+constexpr int kFullVolume = 0x3FFF;
+
+// The square law of MIDI volumes; a port can't play louder than the song.
+int portVolume(std::int32_t hundredthsOfDecibel) {
+    return static_cast<int>(std::lround(kFullVolume * std::pow(10.0, std::min(hundredthsOfDecibel, 0) / 4000.0)));
+}
+
+std::uint8_t checkedChannel(int channel) {
+    if (channel < 0 || channel >= kChannels) throw MusicError("There is no such channel.");
+    return static_cast<std::uint8_t>(channel);
+}
+
+std::uint8_t dataByte(std::uint8_t value) {
+    return std::min<std::uint8_t>(value, 0x7F);
+}
+
+}  // namespace
+
+double Segment::length() const {
+    return static_cast<double>(song_->endFrame + kTailFrames) / kSampleRate;
+}
+
+Performance::Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<PortList> ports,
+                         std::shared_ptr<SynthBus> bus)
+    : library_(library), soundFont_(std::move(soundFont)), ports_(std::move(ports)), bus_(std::move(bus)) {}
+
+Performance::~Performance() {
+    stop();
+}
+
+// --- ports ---
+
+int Performance::portCount() const {
+    ports_->refresh();
+    return static_cast<int>(ports_->descriptions().size());
+}
+
+std::string Performance::portDescription(int port) const {
+    const auto& descriptions = ports_->descriptions();
+    if (port < 1 || static_cast<std::size_t>(port) > descriptions.size()) throw MusicError("There is no such port.");
+    return descriptions[static_cast<std::size_t>(port - 1)];
+}
+
+void Performance::init() {
+    if (initialised_) throw MusicError("The performance is initialized already.");
+    initialised_ = true;
+}
+
+void Performance::setPort(int port, int channelGroups) {
+    if (!initialised_) throw MusicError("The performance is not initialized.");
+    closeDown(channelGroups);
+    if (port > 0) {
+        if (ports_->descriptions().empty()) ports_->refresh();
+        port_ = ports_->open(static_cast<std::size_t>(port));
+    }
+    if (!port_) {
+        font_ = soundFont_.empty() ? findSoundFont() : soundFont_;
+        nextSynth();
+    }
+    open_ = true;
+}
+
+void Performance::closeDown(int) {
+    unload();
+    port_.reset();
+    open_ = false;
+}
+
+void Performance::checkOpen() const {
+    if (!open_) throw MusicError("No port is open.");
+}
+
+// --- segment ---
+
+void Performance::download(const std::shared_ptr<MusicSegment>& segment) {
+    checkOpen();
+    const auto ours = std::dynamic_pointer_cast<Segment>(segment);
+    if (!ours) throw MusicError("There is no song.");
+    if (!port_) nextSynth().hold(*ours->song());
+    song_ = ours->song();
+}
+
+void Performance::unload() {
+    stop();
+    song_.reset();
+    nextSynth_.reset();
+    held_.clear();
+}
+
+void Performance::playSegment() {
+    checkOpen();
+    if (!song_) throw MusicError("No song is ready to play.");
+    stop();
+    source_ = std::make_shared<SongSource>(song_, tempo_, live_, takeInstrument(), bus_);
+    stream_ = library_.createStream(source_);
+    if (!stream_) throw MusicError("The song can't be played.");
+    streamTempo_ = tempo_;
+    bus_->attach(stream_);
+    library_.BASS_ChannelPlay(stream_, false);
+    library_.holdCardAtEndOf(stream_);
+}
+
+void Performance::stop() {
+    if (stream_) {
+        stoppedAt_ = position();
+        library_.BASS_StreamFree(stream_);
+    }
+    stream_ = 0;
+    source_.reset();
+    if (portInstrument_) portInstrument_->stop();
+    portInstrument_.reset();
+}
+
+// The card reads ahead: at the end of the song some of it has still to sound.
+bool Performance::playing() const {
+    return stream_ &&
+           (library_.BASS_ChannelIsActive(stream_) == ChannelActivity::playing || framesSounded() < source_->endedAt());
+}
+
+double Performance::position() const {
+    if (!stream_) return stoppedAt_;
+    return static_cast<double>(framesSounded()) / kSampleRate * streamTempo_;
+}
+
+std::int64_t Performance::framesSounded() const {
+    return static_cast<std::int64_t>(library_.BASS_ChannelGetPosition(stream_) / kBytesPerFrame);
+}
+
+Synth& Performance::nextSynth() {
+    if (!nextSynth_) nextSynth_ = std::make_unique<Synth>(font_, held_);
+    return *nextSynth_;
+}
+
+std::shared_ptr<Instrument> Performance::takeInstrument() {
+    if (port_) return portInstrument_ = std::make_shared<PortInstrument>(port_, secondsAhead());
+    held_ = nextSynth().held();
+    return std::move(nextSynth_);
+}
+
+double Performance::secondsAhead() const {
+    BASS_INFO info;
+    library_.BASS_GetInfo(info);
+    return info.latency / 1000.0;
+}
+
+// --- settings ---
+
+void Performance::setMasterTempo(double factor) {
+    if (!(factor >= 0.01 && factor <= 100)) throw MusicError("There is no such tempo.");
+    tempo_ = factor;
+}
+
+void Performance::setMasterVolume(std::int32_t hundredthsOfDecibel) {
+    bus_->setMasterVolume(hundredthsOfDecibel);
+    if (port_) tell(MasterVolumeMessage{portVolume(hundredthsOfDecibel)});
+}
+
+void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, std::uint8_t instrument,
+                            std::uint8_t bankHigh, std::uint8_t bankLow) {
+    checkedChannel(channel);
+    checkOpen();
+    if (port_ && instrument == kPercussionKit) return;  // no device has them there
+    const Patch patch{dataByte(bankHigh), dataByte(bankLow),
+                      instrument == kPercussionKit ? instrument : dataByte(instrument)};
+    if (!port_) nextSynth().hold(channel, patch);
+    tell(PatchMessage{channel, patch});
+}
+
+void Performance::sendMidi(std::int64_t, std::uint32_t, std::uint8_t channel, std::uint8_t status, std::uint8_t data1,
+                           std::uint8_t data2) {
+    if (status < kNoteOff || status >= kSystemExclusive) throw MusicError("There is no such message.");
+    const int whole = (status & 0xF0) | checkedChannel(channel);
+    tell(ShortMessage{static_cast<std::uint8_t>(whole), dataByte(data1), dataByte(data2)});
+}
+
+void Performance::sendTranspose(std::int64_t, std::uint32_t, std::uint8_t channel, int semitones) {
+    tell(TransposeMessage{checkedChannel(channel), std::clamp(semitones, -127, 127)});
+}
+
+void Performance::liftChannelSettings() {
+    tell(LiftMessage{});
+}
+
+void Performance::tell(const LiveMessage& message) {
+    checkOpen();
+    live_.keep(message);
+    if (source_) source_->post(message);
+}
+
+}  // namespace melvane::music

@@ -1,0 +1,88 @@
+// Plays a song on the audio library's card, with the synthesiser or on a MIDI port of the machine.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "music/live_channels.h"
+#include "music/port_instrument.h"
+#include "music/port_list.h"
+#include "music/song_source.h"
+#include "music/synth.h"
+#include "music/synth_bus.h"
+#include "platform/audio_library.h"
+#include "platform/music_performance.h"
+
+namespace melvane::music {
+
+class Segment : public MusicSegment {
+public:
+    explicit Segment(Song song) : song_(std::make_shared<const Song>(std::move(song))) {}
+
+    double length() const override;
+    const std::shared_ptr<const Song>& song() const { return song_; }
+
+private:
+    const std::shared_ptr<const Song> song_;
+};
+
+class Performance : public MusicPerformance {
+public:
+    // `soundFont` is the file to use, the best one installed when empty.
+    Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<PortList> ports,
+                std::shared_ptr<SynthBus> bus);
+    ~Performance() override;
+
+    int portCount() const override;
+    std::string portDescription(int port) const override;
+    void init() override;
+    void setPort(int port, int channelGroups) override;
+    void download(const std::shared_ptr<MusicSegment>& segment) override;
+    void unload() override;
+    void playSegment() override;
+    void stop() override;
+    bool playing() const override;
+    Handle stream() const override { return playing() ? stream_ : 0; }
+    double position() const override;
+    void setMasterTempo(double factor) override;
+    void setMasterVolume(std::int32_t hundredthsOfDecibel) override;
+    void sendPatch(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t instrument,
+                   std::uint8_t bankHigh, std::uint8_t bankLow) override;
+    void sendMidi(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t status, std::uint8_t data1,
+                  std::uint8_t data2) override;
+    void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) override;
+    void liftChannelSettings() override;
+    void closeDown(int channelGroups) override;
+
+private:
+    void checkOpen() const;
+    void tell(const LiveMessage& message);
+    // The synthesiser that plays next.
+    Synth& nextSynth();
+    std::shared_ptr<Instrument> takeInstrument();
+    double secondsAhead() const;
+    std::int64_t framesSounded() const;
+
+    AudioLibrary& library_;
+    const std::string soundFont_;
+    const std::shared_ptr<PortList> ports_;
+    const std::shared_ptr<SynthBus> bus_;
+    bool initialised_ = false;
+    bool open_ = false;
+    std::shared_ptr<PortSink> port_;  // none: the synthesiser plays
+    std::string font_;                // of the synthesiser
+    std::unique_ptr<Synth> nextSynth_;
+    HeldSounds held_;  // what the next synthesiser is to hold, while there is none
+    std::shared_ptr<const Song> song_;
+    LiveChannels live_;
+    double tempo_ = 1;
+
+    // What plays or has played to its end.
+    Handle stream_ = 0;
+    std::shared_ptr<SongSource> source_;
+    std::shared_ptr<PortInstrument> portInstrument_;
+    double streamTempo_ = 1;
+    double stoppedAt_ = 0;
+};
+
+}  // namespace melvane::music

@@ -1,0 +1,157 @@
+#include "music/sequencer.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "music/visitor.h"
+
+namespace melvane::music {
+
+namespace {
+
+int channelOf(const SongEvent& event) {
+    return event.status & 0x0F;
+}
+
+}  // namespace
+
+Sequencer::Sequencer(std::shared_ptr<const Song> song, double tempo, MidiSink& sink)
+    : song_(std::move(song)), tempo_(tempo), sink_(sink) {}
+
+std::int64_t Sequencer::placeOf(std::int64_t songFrame) const {
+    return std::llround(static_cast<double>(songFrame) / tempo_);
+}
+
+void Sequencer::begin(const LiveChannels& live) {
+    live_ = live;
+    next_ = 0;
+    sounding_.clear();
+    pedals_ = {};
+    lastRelease_ = 0;
+    finished_ = false;
+    live_.sendSettings(sink_, 0);
+}
+
+void Sequencer::take(const LiveMessage& message, std::int64_t frame) {
+    live_.keep(message);
+    std::visit(Visitor{
+                   [&](const PatchMessage& m) { sendPatch(sink_, frame, m.channel, m.patch); },
+                   [&](const ShortMessage& m) { sink_.send(frame, m.status, m.data1, m.data2); },
+                   [&](const MasterVolumeMessage& m) { sendMasterVolume(sink_, frame, m.value); },
+                   [](const TransposeMessage&) {},
+                   [](const LiftMessage&) {},
+               },
+               message);
+}
+
+void Sequencer::playTo(std::int64_t frame) {
+    const auto& events = song_->events;
+    for (; next_ < events.size(); ++next_) {
+        const std::int64_t place = placeOf(events[next_].frame);
+        if (place >= frame) return;
+        send(events[next_], place);
+    }
+    if (finished_ || endFrame() >= frame) return;
+    releaseAll();
+    finished_ = true;
+}
+
+void Sequencer::send(const SongEvent& event, std::int64_t frame) {
+    if (live_.overrides(event)) return;
+    switch (event.status & 0xF0) {
+        case kNoteOff:
+        case kNoteOn:
+            sendNote(event, frame);
+            break;
+        case kKeyPressure: {
+            const auto found = sounding(channelOf(event), event.data1);
+            const std::uint8_t key = found == sounding_.end() ? moved(channelOf(event), event.data1) : found->sentKey;
+            sink_.send(frame, event.status, key, event.data2);
+            break;
+        }
+        case kControlChange:
+            sendControl(event, frame);
+            break;
+        case kSystemExclusive:
+            sendSysex(song_->sysex[event.sysex], frame);
+            break;
+        default:
+            sink_.send(frame, event.status, event.data1, event.data2);
+    }
+}
+
+void Sequencer::sendNote(const SongEvent& event, std::int64_t frame) {
+    const int channel = channelOf(event);
+    std::uint8_t key = moved(channel, event.data1);
+    if ((event.status & 0xF0) == kNoteOn && event.data2 > 0) {
+        // A key struck again without having been let go is the same key.
+        const bool isDown = std::ranges::any_of(sounding_, [&](const Sounding& s) {
+            return s.channel == channel && s.key == event.data1 && s.sentKey == key;
+        });
+        if (!isDown) sounding_.push_back({channel, event.data1, key});
+    } else {
+        lastRelease_ = frame;
+        if (const auto found = sounding(channel, event.data1); found != sounding_.end()) {
+            key = found->sentKey;
+            sounding_.erase(found);
+        }
+    }
+    sink_.send(frame, event.status, key, event.data2);
+}
+
+void Sequencer::sendControl(const SongEvent& event, std::int64_t frame) {
+    const int channel = channelOf(event);
+    sink_.send(frame, event.status, event.data1, event.data2);
+    switch (event.data1) {
+        case kSustain:
+        case kSostenuto:
+            pedals_[static_cast<std::size_t>(channel)] = event.data2 >= 64;
+            lastRelease_ = frame;
+            break;
+        case kResetControllers:
+            live_.sendSettings(sink_, frame, channel);
+            break;
+        case kAllSoundOff:
+            forgetNotes(channel);
+            break;
+        default:
+            if (event.data1 >= kAllNotesOff) forgetNotes(channel);
+    }
+}
+
+void Sequencer::sendSysex(const std::vector<std::uint8_t>& message, std::int64_t frame) {
+    if (live_.overrides(message)) return;
+    sink_.sendSysex(frame, message);
+    if (!isReset(message)) return;
+    sounding_.clear();
+    live_.sendSettings(sink_, frame);
+}
+
+// What leaves the range comes back by octaves.
+std::uint8_t Sequencer::moved(int channel, std::uint8_t key) const {
+    int to = key + live_.transposition(channel);
+    while (to < 0) to += 12;
+    while (to > 127) to -= 12;
+    return static_cast<std::uint8_t>(to);
+}
+
+std::vector<Sequencer::Sounding>::iterator Sequencer::sounding(int channel, std::uint8_t key) {
+    return std::ranges::find_if(sounding_, [&](const Sounding& s) { return s.channel == channel && s.key == key; });
+}
+
+void Sequencer::forgetNotes(int channel) {
+    std::erase_if(sounding_, [&](const Sounding& s) { return s.channel == channel; });
+}
+
+void Sequencer::releaseAll() {
+    const std::int64_t frame = endFrame();
+    if (!sounding_.empty() || std::ranges::find(pedals_, true) != pedals_.end()) lastRelease_ = frame;
+    for (const Sounding& s : sounding_)
+        sink_.send(frame, static_cast<std::uint8_t>(kNoteOff | s.channel), s.sentKey, 64);
+    sounding_.clear();
+    for (int channel = 0; channel < kChannels; ++channel)
+        for (const std::uint8_t pedal : {kSustain, kSostenuto})
+            sink_.send(frame, static_cast<std::uint8_t>(kControlChange | channel), pedal, 0);
+}
+
+}  // namespace melvane::music

@@ -1,0 +1,97 @@
+#include "music/song_source.h"
+
+#include <algorithm>
+
+namespace melvane::music {
+
+namespace {
+
+// What still sounds at the end fades out over 20 ms.
+constexpr std::int64_t kFadeFrames = 882;
+
+}  // namespace
+
+SongSource::SongSource(std::shared_ptr<const Song> song, double tempo, const LiveChannels& live,
+                       std::shared_ptr<Instrument> instrument, std::shared_ptr<const SynthBus> bus)
+    : instrument_(std::move(instrument)),
+      bus_(std::move(bus)),
+      sequencer_(std::move(song), tempo, *instrument_),
+      live_(live) {}
+
+void SongSource::post(const LiveMessage& message) {
+    const std::lock_guard lock(postedMutex_);
+    posted_.push_back(message);
+}
+
+std::size_t SongSource::read(float* out, std::size_t frames) {
+    std::size_t done = 0;
+    while (done < frames && (pieceAt_ < pieceFrames_ || renderPiece())) {
+        const std::size_t count = std::min(frames - done, pieceFrames_ - pieceAt_);
+        std::copy_n(&piece_[pieceAt_ * 2], count * 2, out + done * 2);
+        pieceAt_ += count;
+        done += count;
+    }
+    if (done < frames) endedAt_ = place();
+    gain_.apply(out, done, bus_->gain());
+    return done;
+}
+
+void SongSource::seek(std::int64_t frame) {
+    frame = std::clamp<std::int64_t>(frame, 0, frames());
+    if (frame < place()) begin();
+    while (frame > rendered_ && renderPiece()) {
+    }
+    const std::int64_t left = std::max<std::int64_t>(rendered_ - frame, 0);
+    pieceAt_ = pieceFrames_ - std::min(pieceFrames_, static_cast<std::size_t>(left));
+}
+
+void SongSource::begin() {
+    begun_ = true;
+    rendered_ = 0;
+    pieceAt_ = pieceFrames_ = 0;
+    instrument_->begin();
+    sequencer_.begin(live_);
+}
+
+// False at the end. A message acts on the piece that begins nearest to it.
+bool SongSource::renderPiece() {
+    if (!begun_) begin();
+    if (sequencer_.finished() && (rendered_ >= end_ || (rendered_ >= sequencer_.endFrame() && instrument_->silent())))
+        return false;
+    drainPosted();
+    sequencer_.playTo(rendered_ + static_cast<std::int64_t>(kPieceFrames / 2));
+    instrument_->render(piece_.data());
+    pieceAt_ = 0;
+    pieceFrames_ = kPieceFrames;
+    if (sequencer_.finished()) {
+        end_ = std::max(sequencer_.endFrame() + kFadeFrames, sequencer_.lastRelease() + kTailFrames);
+        pieceFrames_ = std::min(kPieceFrames, static_cast<std::size_t>(end_ - rendered_));
+        fadeOut(piece_.data(), pieceFrames_);
+    }
+    rendered_ += static_cast<std::int64_t>(pieceFrames_);
+    return true;
+}
+
+void SongSource::drainPosted() {
+    {
+        const std::lock_guard lock(postedMutex_);
+        taken_.swap(posted_);
+    }
+    for (const LiveMessage& message : taken_) {
+        live_.keep(message);
+        sequencer_.take(message, rendered_);
+    }
+    taken_.clear();
+}
+
+void SongSource::fadeOut(float* block, std::size_t frames) {
+    for (std::size_t i = 0; i < frames; ++i) {
+        const std::int64_t left = end_ - rendered_ - static_cast<std::int64_t>(i);
+        if (left >= kFadeFrames) continue;
+        const float gain = static_cast<float>(left) / kFadeFrames;
+        block[2 * i] *= gain;
+        block[2 * i + 1] *= gain;
+    }
+}
+
+}  // namespace melvane::music

@@ -1,0 +1,121 @@
+#include "music/track_reader.h"
+
+#include <algorithm>
+
+#include "music/midi_bytes.h"
+
+namespace melvane::music {
+namespace {
+
+constexpr std::uint8_t kSysexBegin = 0xF0;
+constexpr std::uint8_t kSysexEnd = 0xF7;
+constexpr std::uint8_t kMeta = 0xFF;
+constexpr std::uint8_t kMetaEndOfTrack = 0x2F;
+constexpr std::uint8_t kMetaTempo = 0x51;
+
+class TrackReader {
+public:
+    TrackReader(std::span<const std::uint8_t> track, std::vector<TrackEvent>& events,
+                std::vector<std::vector<std::uint8_t>>& sysex)
+        : bytes_(track), events_(events), sysex_(sysex) {}
+
+    void read(std::size_t maxEvents) {
+        while (!ended_ && !bytes_.empty() && events_.size() < maxEvents) {
+            tick_ += bytes_.variableLength();
+            readEvent();
+            if (bytes_.overrun()) break;
+        }
+        endMessage();
+    }
+
+private:
+    void readEvent() {
+        if (bytes_.dataByteNext()) {
+            // Many files go on with the status in front of a meta event, so that only another one takes its place. A
+            // data byte without any is passed over.
+            if (runningStatus_ == 0)
+                bytes_.byte();
+            else
+                readChannelEvent();
+            return;
+        }
+        const std::uint8_t status = bytes_.byte();
+        if (status == kMeta) {
+            readMeta();
+        } else if (status == kSysexBegin || status == kSysexEnd) {
+            readSysex(status);
+        } else if (status >= 0x80 && status < kSysexBegin) {
+            runningStatus_ = status;
+            readChannelEvent();
+        }
+    }
+
+    void readChannelEvent() {
+        endMessage();
+        const int kind = runningStatus_ & 0xF0;
+        const std::uint8_t data1 = bytes_.byte();
+        const std::uint8_t data2 = kind == 0xC0 || kind == 0xD0 ? std::uint8_t{0} : bytes_.byte();
+        if (bytes_.overrun() || data1 >= 0x80 || data2 >= 0x80) return;
+        events_.push_back({tick_, 0, TrackEventKind::kChannel, runningStatus_, data1, data2});
+    }
+
+    void readMeta() {
+        const std::uint8_t type = bytes_.byte();
+        MidiBytes content(bytes_.take(bytes_.variableLength()));
+        if (type == kMetaEndOfTrack) {
+            ended_ = true;
+            events_.push_back({tick_, 0, TrackEventKind::kEndOfTrack});
+        } else if (type == kMetaTempo) {
+            const std::uint32_t tempo = content.bigEndian(3);
+            if (!content.overrun()) events_.push_back({tick_, tempo, TrackEventKind::kTempo});
+        }
+    }
+
+    // A message comes in one packet of 0xF0 or goes on in packets of 0xF7, which may also hold a whole one.
+    void readSysex(std::uint8_t status) {
+        const auto content = bytes_.take(bytes_.variableLength());
+        if (bytes_.overrun()) {
+            message_.clear();
+            return;
+        }
+        if (status == kSysexBegin) {
+            endMessage();
+            message_.push_back(kSysexBegin);
+        } else if (message_.empty() && (content.empty() || content.front() != kSysexBegin)) {
+            return;
+        }
+        message_.insert(message_.end(), content.begin(), content.end());
+        messageTick_ = tick_;
+        if (message_.back() == kSysexEnd) endMessage();
+    }
+
+    // Some files leave out the last byte of a message.
+    void endMessage() {
+        if (message_.empty()) return;
+        if (message_.back() != kSysexEnd) message_.push_back(kSysexEnd);
+        const bool whole = std::all_of(message_.begin() + 1, message_.end() - 1, [](auto byte) { return byte < 0x80; });
+        if (whole && message_.size() > 2) {
+            events_.push_back({messageTick_, static_cast<std::uint32_t>(sysex_.size()), TrackEventKind::kSysex});
+            sysex_.push_back(message_);
+        }
+        message_.clear();
+    }
+
+    MidiBytes bytes_;
+    std::vector<TrackEvent>& events_;
+    std::vector<std::vector<std::uint8_t>>& sysex_;
+    std::int64_t tick_ = 0;
+    std::uint8_t runningStatus_ = 0;
+    std::vector<std::uint8_t> message_;  // the packets so far of one that is not over
+    std::int64_t messageTick_ = 0;       // of the last of them
+    bool ended_ = false;
+};
+
+}  // namespace
+
+void readTrack(std::span<const std::uint8_t> track, std::size_t maxEvents, std::vector<TrackEvent>& events,
+               std::vector<std::vector<std::uint8_t>>& sysex) {
+    TrackReader(track, events, sysex).read(maxEvents);
+}
+
+}  // namespace melvane::music
