@@ -8,7 +8,7 @@ source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/packaging/setup.sh
 
 build_and_test() {
     build_everything "$1"
-    ctest --preset "$1"
+    ctest --preset "$1" --parallel "$(nproc)"
 }
 
 fuzz() {

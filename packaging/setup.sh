@@ -41,10 +41,15 @@ logged() {
     return 1
 }
 
+# packages_of LIST...: the packages that the lists name, one a line, sorted.
+packages_of() {
+    sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "${@/#/$root/packaging/}" | sort -u
+}
+
 # missing_packages LIST...: which packages of the lists aren't installed, one a line.
 missing_packages() {
     local wanted installed
-    wanted=$(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "${@/#/$root/packaging/}" | sort -u)
+    wanted=$(packages_of "$@")
     # shellcheck disable=SC2016,SC2086 # The fields are dpkg-query's own; the names are to be split.
     installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' $wanted 2>/dev/null | sed -n 's/^installed //p') ||
         true # It fails over names that it doesn't know: packages never installed.
@@ -61,20 +66,30 @@ apt_get() {
 }
 
 # The lists are fetched first: a fresh machine has none, and old ones name packages that are gone.
-fetch_and_install() {
+fetch_lists() {
     apt_get update || echo "The package lists couldn't be fetched; trying with those at hand."
-    apt_get install --yes --no-install-recommends "$@"
+}
+
+# removed_by PACKAGE...: which packages of our lists installing these would remove, one a line. Packages of one list can
+# exclude those of another, and apt then takes away in silence what the build needs.
+removed_by() {
+    apt-get --simulate --no-install-recommends install "$@" 2>/dev/null | sed -n 's/^Remv \([^ :]*\).*/\1/p' | sort -u |
+        comm -12 - <(packages_of packages-run.txt packages-test.txt packages-fuzz.txt)
 }
 
 install_missing() {
-    local missing
+    local missing removed
     mapfile -t missing < <(missing_packages "$@")
     ((${#missing[@]})) || return 0
     ((EUID == 0)) || command -v sudo >/dev/null ||
         fail "missing packages, and neither root nor sudo to install them with: ${missing[*]}"
     ((EUID == 0)) || sudo -v || fail "sudo was refused; these packages are missing: ${missing[*]}"
     say "Installing ${missing[*]}..."
-    logged packages fetch_and_install "${missing[@]}" ||
+    logged packages fetch_lists
+    mapfile -t removed < <(removed_by "${missing[@]}")
+    ((${#removed[@]} == 0)) ||
+        fail "nothing was installed: ${missing[*]} would take away ${removed[*]}, which Melvane needs too."
+    logged packages apt_get install --yes --no-install-recommends "${missing[@]}" ||
         fail "these packages couldn't be installed (is there a network connection?): ${missing[*]}"
 }
 
@@ -92,6 +107,7 @@ cache_is_ours() {
         "$root/build/$1/CMakeCache.txt" 2>/dev/null
 }
 
+# has_tests PRESET: whether its folder is configured with the tests.
 has_tests() {
     grep --quiet --line-regexp 'MELVANE_TESTS:[A-Z]*=ON' "$root/build/$1/CMakeCache.txt" 2>/dev/null
 }
@@ -133,13 +149,13 @@ build_programs() {
     compile release bass melvane melvane-mix
 }
 
-# build_everything PRESET: also the tests and, where the preset doesn't leave them out, the benchmarks.
+# build_everything PRESET: also the tests and, where the preset has them, the benchmarks.
 build_everything() {
-    local preset=$1 options=(-DMELVANE_TESTS=ON)
-    [[ $preset != release ]] || options+=(-DMELVANE_BENCHMARKS=ON)
     cd -- "$root" || return
-    if ! is_configured "$preset" || ! has_tests "$preset"; then
-        configure "$preset" "${options[@]}"
+    if ! is_configured "$1" || ! has_tests "$1"; then
+        local options=(-DMELVANE_TESTS=ON)
+        [[ $1 != release ]] || options+=(-DMELVANE_BENCHMARKS=ON)
+        configure "$1" "${options[@]}"
     fi
-    compile "$preset" all
+    compile "$1" all
 }
