@@ -14,7 +14,6 @@ namespace melvane {
 namespace {
 
 constexpr int kGripEverywhere = 174;
-constexpr int kContinueEntry = 13;
 constexpr QRect kContinue(52, 120, 170, 32);
 
 void addLabel(QWidget* parent, const char* name, const QRect& place, const std::string& text = {}) {
@@ -37,7 +36,8 @@ MixerStart::MixerStart(const modLang& language) : FramelessWindow(kStartRegion, 
         CON_->setEnabled(false);
         Q_EMIT continued();
     });
-    setButtonText(CON_, toQt(language.lang(kContinueEntry)), toQt(language.ownText(OwnText::continueToMixer)));
+    setButtonText(CON_, toQt(language.lang(LangEntry::continueToMixer)),
+                  toQt(language.ownText(OwnText::continueToMixer)));
     CON_->setFocus();
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());

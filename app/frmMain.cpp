@@ -15,6 +15,7 @@
 
 #include "app/run_messages.h"
 #include "audio/modAudio.h"
+#include "controls/control_name.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "state/guarded.h"
@@ -44,11 +45,8 @@ constexpr QRect kStatus(kLeft, 172, kRight - kLeft, 18);
 constexpr QRect kHelp = kClose.translated(-30, 0);
 constexpr QPoint kMenu(kHelp.x() - 28, 2);
 
-constexpr int kStopMixingFirst = 8;
-constexpr int kCloseEntry = 50;
-constexpr int kBrowseEntry = 51;  // of the first row
-constexpr int kHelpEntry = 26;
-constexpr int kPreferencesEntry = 89;
+constexpr std::array kBrowseEntries = {LangEntry::browseBackground, LangEntry::browseVocal,
+                                       LangEntry::browseDestination};
 constexpr std::array kRowTexts = {OwnText::karaokeBackground, OwnText::vocalRecording, OwnText::mixingDestination};
 constexpr std::array kEmptyTexts = {OwnText::dropSongHere, OwnText::dropVoiceHere, OwnText::dropDestinationHere};
 constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
@@ -71,9 +69,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QLatin1String(kProductCaption));
     setAcceptDrops(true);
-    auto* caption = new QLabel(QLatin1String(kProductCaption), this);
-    caption->setObjectName(QStringLiteral("caption"));
-    caption->setGeometry(kCaption);
+    addTitle(kCaption)->setText(QLatin1String(kProductCaption));
     for (int i = 0; i < static_cast<int>(path_.size()); ++i) addRow(i);
     sliders_ = new SliderPanel(this, mixer_, environment_);
     addButtons();
@@ -136,7 +132,7 @@ void frmMain::addMenu() {
     };
     connect(menu_, &frmMenu::browse, this, [this](int index) { perform([&] { BR_Click(index); }); });
     on(&frmMenu::preferences, [this] { windows_->showPreferences(); });
-    on(&frmMenu::help, [this] { environment_.shell.open(environment_.language.lang(kHelpEntry)); });
+    on(&frmMenu::help, [this] { environment_.shell.open(environment_.language.lang(LangEntry::helpPage)); });
     on(&frmMenu::closeWanted, [this] { close(); });
     on(&frmMenu::listen, [this] { listen(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
@@ -156,8 +152,7 @@ void frmMain::DoRest() {
 
 void frmMain::SetMainLanguage() {
     const modLang& language = environment_.language;
-    for (std::size_t i = 0; i < BR_.size(); ++i)
-        setButtonText(BR_[i], {}, toQt(language.lang(kBrowseEntry + static_cast<int>(i))));
+    for (std::size_t i = 0; i < BR_.size(); ++i) setButtonText(BR_[i], {}, toQt(language.lang(kBrowseEntries[i])));
     const QString mix = toQt(language.ownText(OwnText::mix));
     const QString stop = toQt(language.ownText(OwnText::stop));
     setButtonText(mi_button_, mix, mix);
@@ -165,10 +160,9 @@ void frmMain::SetMainLanguage() {
     setButtonText(b_midi_, {}, toQt(language.ownText(OwnText::midiChannels)));
     setButtonText(b_eff_, {}, toQt(language.ownText(OwnText::effects)));
     setButtonText(b_listen_, {}, toQt(language.ownText(OwnText::listenToLastMix)));
-    b_menu_->setToolTip(toQt(language.ownText(OwnText::menuButton)));
-    b_menu_->setAccessibleName(b_menu_->toolTip());
-    setButtonText(bHelp_, {}, toQt(language.lang(kPreferencesEntry)));
-    setButtonText(bClose_, {}, toQt(language.lang(kCloseEntry)));
+    setName(b_menu_, toQt(language.ownText(OwnText::menuButton)));
+    setButtonText(bHelp_, {}, toQt(language.lang(LangEntry::preferences)));
+    setButtonText(bClose_, {}, toQt(language.lang(LangEntry::close)));
     progress_->setAccessibleName(toQt(language.ownText(OwnText::mixProgress)));
     sliders_->SetMainLanguage();
     levels_.SetMainLanguage();
@@ -252,7 +246,7 @@ void frmMain::Timer1_Timer() {
 void frmMain::closeEvent(QCloseEvent* event) {
     if (isRunning()) {
         event->ignore();
-        environment_.dialogs.messageBox(environment_.language.lang(kStopMixingFirst), kProductCaption,
+        environment_.dialogs.messageBox(environment_.language.lang(LangEntry::stopMixingFirst), kProductCaption,
                                         BoxIcon::information, BoxButtons::ok);
         return;
     }

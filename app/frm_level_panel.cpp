@@ -1,5 +1,6 @@
 #include "app/frm_level_panel.h"
 
+#include "controls/control_name.h"
 #include "controls/window_layout.h"
 
 namespace melvane {
@@ -11,12 +12,6 @@ constexpr QRect kVoice(391, 64, 6, 72);
 constexpr QRect kMix(196, 150, 94, 18);
 constexpr Handle kWholeMix = 0;
 
-void setName(LevelMeter* meter, const char* name, const std::string& text) {
-    meter->setObjectName(QLatin1String(name));
-    meter->setToolTip(toQt(text));
-    meter->setAccessibleName(meter->toolTip());
-}
-
 }  // namespace
 
 LevelPanel::LevelPanel(QWidget* window, Mixer& mixer, const Environment& environment)
@@ -24,7 +19,11 @@ LevelPanel::LevelPanel(QWidget* window, Mixer& mixer, const Environment& environ
       environment_(environment),
       song_(new LevelMeter(window, kSong, Qt::Vertical, Accent::song)),
       voice_(new LevelMeter(window, kVoice, Qt::Vertical, Accent::voice)),
-      mix_(new LevelMeter(window, kMix, Qt::Horizontal, Accent::mix)) {}
+      mix_(new LevelMeter(window, kMix, Qt::Horizontal, Accent::mix)) {
+    song_->setObjectName(QStringLiteral("songLevel"));
+    voice_->setObjectName(QStringLiteral("voiceLevel"));
+    mix_->setObjectName(QStringLiteral("mixLevel"));
+}
 
 void LevelPanel::show(bool running) {
     const RunState& run = mixer_.run();
@@ -39,9 +38,9 @@ void LevelPanel::show(bool running) {
 
 void LevelPanel::SetMainLanguage() {
     const modLang& language = environment_.language;
-    setName(song_, "songLevel", language.ownText(OwnText::songLevel));
-    setName(voice_, "voiceLevel", language.ownText(OwnText::voiceLevel));
-    setName(mix_, "mixLevel", language.ownText(OwnText::mixLevel));
+    setName(song_, toQt(language.ownText(OwnText::songLevel)));
+    setName(voice_, toQt(language.ownText(OwnText::voiceLevel)));
+    setName(mix_, toQt(language.ownText(OwnText::mixLevel)));
 }
 
 }  // namespace melvane

@@ -1,6 +1,7 @@
 #include "app/frm_slider_panel.h"
 
 #include "controls/caption.h"
+#include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "state/guarded.h"
 
@@ -19,13 +20,7 @@ constexpr QRect kKeyReadout(394, 153, 54, 14);
 
 constexpr std::array kSources = {Accent::song, Accent::voice};
 constexpr std::array kSourceTexts = {OwnText::songColumn, OwnText::voiceColumn};
-constexpr int kVolumeEntry = 54;  // of the background
-constexpr int kSyncEntry = 56;
-
-void setName(Slider* slider, const std::string& name) {
-    slider->setToolTip(toQt(name));
-    slider->setAccessibleName(slider->toolTip());
-}
+constexpr std::array kVolumeEntries = {LangEntry::backgroundVolume, LangEntry::vocalVolume};
 
 }  // namespace
 
@@ -99,9 +94,9 @@ void SliderPanel::showKey() {
 void SliderPanel::SetMainLanguage() {
     const modLang& language = environment_.language;
     for (const auto& [label, text] : texts_) label->setText(toQt(language.ownText(text)));
-    for (std::size_t i = 0; i < volm_.size(); ++i) setName(volm_[i], language.lang(kVolumeEntry + static_cast<int>(i)));
-    setName(snc_, language.lang(kSyncEntry));
-    setName(tone_, language.ownText(OwnText::keyShift));
+    for (std::size_t i = 0; i < volm_.size(); ++i) setName(volm_[i], toQt(language.lang(kVolumeEntries[i])));
+    setName(snc_, toQt(language.lang(LangEntry::synchronization)));
+    setName(tone_, toQt(language.ownText(OwnText::keyShift)));
 }
 
 }  // namespace melvane

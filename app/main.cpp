@@ -96,9 +96,8 @@ void Program::openMainWindow() {
 bool Program::startLibrary() {
     StartResult started = startAudioLibrary(libraryFile_, names_, {.programDirectory = names_.programDirectory()});
     library_ = std::move(started.library);
-    if (started.message == StartMessage::none) return true;
-    dialogs_.messageBox(language_.lang(static_cast<int>(started.message)), kProductCaption, BoxIcon::critical,
-                        BoxButtons::ok);
+    if (!started.message) return true;
+    dialogs_.messageBox(language_.lang(*started.message), kProductCaption, BoxIcon::critical, BoxButtons::ok);
     return false;
 }
 

@@ -16,7 +16,6 @@ namespace melvane {
 
 namespace {
 
-constexpr int kMidiNotPlayed = 33;
 constexpr const char* kEncoderCommand = "lame.exe --alt-preset standard - ";
 
 // While one lives no frame is mixed: what is set up starts on one frame.
@@ -116,7 +115,8 @@ bool MixingRun::canRun() {
 
 void MixingRun::midiFailed() {
     run_.failure = RunFailure::midiUnplayable;
-    with_.dialogs.messageBox(with_.language.lang(kMidiNotPlayed), kProductCaption, BoxIcon::critical, BoxButtons::ok);
+    with_.dialogs.messageBox(with_.language.lang(LangEntry::midiPlayFailed), kProductCaption, BoxIcon::critical,
+                             BoxButtons::ok);
 }
 
 void MixingRun::freeBackground() {
@@ -173,7 +173,8 @@ bool MixingRun::readPaths() {
     run_.destinationPath = with_.fields.destination;
     if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty()) {
         run_.failure = RunFailure::pathsMissing;
-        with_.dialogs.messageBox(with_.language.lang(7), kProductCaption, BoxIcon::information, BoxButtons::ok);
+        with_.dialogs.messageBox(with_.language.lang(LangEntry::pathsMissing), kProductCaption, BoxIcon::information,
+                                 BoxButtons::ok);
     } else if (isSameFile(run_.destinationPath, run_.backgroundPath) ||
                isSameFile(run_.destinationPath, run_.vocalPath)) {
         run_.failure = RunFailure::destinationIsSource;

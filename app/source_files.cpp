@@ -47,7 +47,8 @@ void SourceFiles::BR_Click(int index) {
 }
 
 void SourceFiles::browseBackground() {
-    const std::string path = dialogs_.openFile(kDialogTitle, language_.lang(0) + kBackgroundFilter, currentDirectory());
+    const std::string path =
+        dialogs_.openFile(kDialogTitle, language_.lang(LangEntry::audioFiles) + kBackgroundFilter, currentDirectory());
     if (!path.empty()) chooseBackground(path);
 }
 
@@ -94,20 +95,23 @@ void SourceFiles::openMidi() {
 
 void SourceFiles::browseVocal() {
     const std::string start = settings_.recDirectory.empty() ? currentDirectory() : settings_.recDirectory;
-    const std::string path = dialogs_.openFile(kDialogTitle, language_.lang(0) + kVocalFilter, start);
+    const std::string path =
+        dialogs_.openFile(kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter, start);
     if (!path.empty()) fields_.vocal = path;
 }
 
 void SourceFiles::browseDestination() {
     if (fields_.background.empty() || fields_.vocal.empty()) {
-        dialogs_.messageBox(language_.lang(1), kProductCaption, BoxIcon::information, BoxButtons::ok);
+        dialogs_.messageBox(language_.lang(LangEntry::sourcesFirst), kProductCaption, BoxIcon::information,
+                            BoxButtons::ok);
         return;
     }
-    const std::string chosen = dialogs_.saveFile(kDialogTitle, language_.lang(2) + kDestinationFilter,
-                                                 proposedDestination(fields_.background));
+    const std::string chosen =
+        dialogs_.saveFile(kDialogTitle, language_.lang(LangEntry::compressedAudio) + kDestinationFilter,
+                          proposedDestination(fields_.background));
     if (chosen.empty()) return;
     const std::string path = withMp3Extension(chosen);
-    if (exists(path) && dialogs_.messageBox(language_.lang(27), kProductCaption, BoxIcon::question,
+    if (exists(path) && dialogs_.messageBox(language_.lang(LangEntry::overwrite), kProductCaption, BoxIcon::question,
                                             BoxButtons::yesNoCancel) != BoxAnswer::yes)
         return;
     fields_.destination = path;

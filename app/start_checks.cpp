@@ -23,19 +23,19 @@ std::string findLibrary(const AudioLibraryFile& file, const FileNames& names) {
 
 StartResult startAudioLibrary(AudioLibraryFile& file, const FileNames& names, const AudioLibraryOptions& options) {
     const std::string path = findLibrary(file, names);
-    if (path.empty()) return {StartMessage::libraryMissing};
+    if (path.empty()) return {LangEntry::libraryMissing};
     if (!file.load(path) || file.BASS_GetVersion() != static_cast<std::uint32_t>(MakeLong(2, 2)))
-        return {StartMessage::wrongVersion};
+        return {LangEntry::wrongVersion};
     auto library = file.create(options);
     if (!library || !library->BASS_RecordInit(-1) || !library->BASS_Init(-1, kSampleRate, 0, nullptr, nullptr))
-        return {StartMessage::cannotInitialise};
+        return {LangEntry::cannotInitialise};
     BASS_INFO info;
     library->BASS_GetInfo(info);
     if (info.dsver < kNeededEffectInterface) {
         library->BASS_Free();
-        return {StartMessage::interfaceTooOld};
+        return {LangEntry::interfaceTooOld};
     }
-    return {StartMessage::none, std::move(library)};
+    return {std::nullopt, std::move(library)};
 }
 
 }  // namespace melvane

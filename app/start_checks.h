@@ -2,24 +2,17 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "platform/audio_library.h"
 #include "platform/audio_library_file.h"
 #include "platform/file_names.h"
+#include "settings/language_tables.h"
 
 namespace melvane {
 
-// Number of the message that a failed check shows; none when all passed.
-enum class StartMessage : int {
-    none = 0,
-    cannotInitialise = 3,
-    libraryMissing = 4,
-    wrongVersion = 5,
-    interfaceTooOld = 6,
-};
-
 struct StartResult {
-    StartMessage message = StartMessage::none;
+    std::optional<LangEntry> message;       // of the check that failed; none when all passed
     std::unique_ptr<AudioLibrary> library;  // initialised for capture and playback; null after a failed check
 };
 

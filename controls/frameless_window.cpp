@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "controls/window_region.h"
+#include "state/product.h"
 
 namespace melvane {
 
@@ -18,6 +19,18 @@ FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget*
     setAttribute(Qt::WA_TranslucentBackground);
     setFixedSize(outline_.size());
     setMask(outline_.region());
+}
+
+QLabel* FramelessWindow::addTitle(const QRect& place) {
+    title_ = new QLabel(this);
+    title_->setObjectName(QStringLiteral("caption"));
+    title_->setGeometry(place);
+    return title_;
+}
+
+void FramelessWindow::setTitle(const QString& title) {
+    if (title_) title_->setText(title);
+    setWindowTitle(title + QStringLiteral(" – ") + QLatin1String(kProductCaption));
 }
 
 void FramelessWindow::paintEvent(QPaintEvent*) {

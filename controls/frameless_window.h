@@ -1,6 +1,7 @@
 // What the program's windows share: an outline and a body of their own, moved with the mouse by their top.
 #pragma once
 
+#include <QLabel>
 #include <QWidget>
 #include <cstdint>
 #include <optional>
@@ -24,6 +25,11 @@ public:
     void moveOntoScreen(const QPoint& wanted);
 
 protected:
+    // A label in the grip, for the title.
+    QLabel* addTitle(const QRect& place);
+    // What the window is called: there, and with the product's name where the system lists its windows.
+    void setTitle(const QString& title);
+
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -33,6 +39,7 @@ protected:
 private:
     WindowOutline outline_;
     int gripHeight_;
+    QLabel* title_ = nullptr;
     std::optional<QPoint> grip_;  // where the window is held
 };
 

@@ -1,6 +1,7 @@
 #include "effects/frmEff.h"
 
 #include "controls/caption.h"
+#include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "effects/effect_knobs.h"
@@ -39,15 +40,9 @@ constexpr std::array kSources = {Accent::song, Accent::voice};
 constexpr std::array kSourceTexts = {OwnText::songColumn, OwnText::voiceColumn};
 constexpr std::array kEffectTexts = {OwnText::reverb, OwnText::echo, OwnText::chorus, OwnText::flanger,
                                      OwnText::spareEffect};
-constexpr int kCloseEntry = 50;
-constexpr int kToneEntry = 57;  // of the first knob
-constexpr int kBalanceEntry = 61;
-
-void setName(QWidget* control, const std::string& name) {
-    control->setAccessibleName(toQt(name));
-    // Otherwise the tooltip would be read out.
-    control->setAccessibleDescription(toQt(name));
-}
+constexpr std::array kToneEntries = {LangEntry::backgroundBass, LangEntry::backgroundTreble, LangEntry::vocalBass,
+                                     LangEntry::vocalTreble};
+constexpr std::array kBalanceEntries = {LangEntry::backgroundBalance, LangEntry::vocalBalance};
 
 }  // namespace
 
@@ -56,11 +51,9 @@ frmEff::frmEff(EffectChain& effects, Settings& settings, const modLang& language
       effects_(effects),
       settings_(settings),
       language_(language),
-      dialogs_(dialogs),
-      caption_(new QLabel(this)) {
+      dialogs_(dialogs) {
     setObjectName(QStringLiteral("frmEff"));
-    caption_->setObjectName(QStringLiteral("caption"));
-    caption_->setGeometry(kCaption);
+    addTitle(kCaption);
     addPresets();
     addEffects();
     for (const std::size_t source : {0U, 1U}) {
@@ -192,28 +185,21 @@ void frmEff::showBalance(std::size_t index) {
 }
 
 void frmEff::GetEffectsLanguage() {
-    caption_->setText(toQt(language_.ownText(OwnText::effects)));
-    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    setTitle(toQt(language_.ownText(OwnText::effects)));
     for (const auto& [label, text] : texts_) label->setText(toQt(language_.ownText(text)));
     for (std::size_t i = 0; i < efo_.size(); ++i) {
         const std::string name = language_.ownText(kEffectTexts[i]);
         efo_[i]->setAccessibleName(toQt(name));
         if (i < ef_.size()) ef_[i]->setAccessibleName(toQt(language_.ownText(OwnText::effectLevel, name)));
     }
-    for (std::size_t i = 0; i < eq_song_.size(); ++i) {
-        const std::string& entry = language_.lang(kToneEntry + static_cast<int>(i));
-        eq_song_[i]->setToolTip(toQt(entry));
-        setName(eq_song_[i], entry);
+    for (std::size_t i = 0; i < eq_song_.size(); ++i) setName(eq_song_[i], toQt(language_.lang(kToneEntries[i])));
+    // The entries of these two do not say what they are, and a tooltip would be read out as well.
+    for (const auto& [knob, text] : {std::pair(eq_song_[2], OwnText::vocalBass), {eq_song_[3], OwnText::vocalTreble}}) {
+        knob->setAccessibleName(toQt(language_.ownText(text)));
+        knob->setAccessibleDescription(knob->accessibleName());
     }
-    // The entries of these two do not say what they are.
-    setName(eq_song_[2], language_.ownText(OwnText::vocalBass));
-    setName(eq_song_[3], language_.ownText(OwnText::vocalTreble));
-    for (std::size_t i = 0; i < bal_.size(); ++i) {
-        bal_[i]->setToolTip(toQt(language_.lang(kBalanceEntry + static_cast<int>(i))));
-        bal_[i]->setAccessibleName(bal_[i]->toolTip());
-    }
-    bClose_->setToolTip(toQt(language_.lang(kCloseEntry)));
-    bClose_->setAccessibleName(bClose_->toolTip());
+    for (std::size_t i = 0; i < bal_.size(); ++i) setName(bal_[i], toQt(language_.lang(kBalanceEntries[i])));
+    setName(bClose_, toQt(language_.lang(LangEntry::close)));
     pList_->setAccessibleName(toQt(language_.ownText(OwnText::equaliserPresets)));
     showPreset();
 }

@@ -53,7 +53,6 @@ private:
     const modLang& language_;
     Dialogs& dialogs_;
 
-    QLabel* caption_;
     std::vector<std::pair<QLabel*, OwnText>> texts_;
     PresetList* pList_;
     QPushButton* labPreset_;

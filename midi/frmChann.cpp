@@ -3,6 +3,7 @@
 #include <QAction>
 #include <algorithm>
 
+#include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "midi/channel_knobs.h"
@@ -31,14 +32,6 @@ constexpr QSize kVolumeKnob(17, 10);
 constexpr int kVolumeMiddle = 42;
 constexpr QRect kInstrument(31, 132, kStripStep - 2, 73);
 
-constexpr int kCloseEntry = 50;
-constexpr int kVolumeEntry = 63;
-constexpr int kVolumeEndEntry = 64;
-constexpr int kBalanceEntry = 65;
-constexpr int kToggleEntry = 66;
-constexpr int kResetEntry = 67;
-constexpr int kSwitchOffEntry = 81;
-
 QString number(double value) {
     return QString::number(value, 'f', 0);
 }
@@ -50,18 +43,13 @@ double knobValue(std::int16_t set, int itsPosition, int position, std::int16_t v
 
 // One language has a text of its own before the number, the other an end behind the number.
 QString balanceName(const modLang& language, const QString& channel) {
-    const QString text = toQt(language.lang(kBalanceEntry));
-    return text.startsWith(u' ') ? toQt(language.lang(kVolumeEntry)) + channel + text : text + channel;
+    const QString text = toQt(language.lang(LangEntry::channelBalance));
+    return text.startsWith(u' ') ? toQt(language.lang(LangEntry::channelVolume)) + channel + text : text + channel;
 }
 
 // What a song without a removable vocal can do instead: the entry's second sentence.
 QString switchOffHint(const modLang& language) {
-    return toQt(language.lang(kSwitchOffEntry)).section(u'.', 1).trimmed();
-}
-
-void setName(QWidget* control, const QString& name) {
-    control->setToolTip(name);
-    control->setAccessibleName(name);
+    return toQt(language.lang(LangEntry::switchOffInstead)).section(u'.', 1).trimmed();
 }
 
 }  // namespace
@@ -74,14 +62,12 @@ frmChann::frmChann(MidiChannels& channels, MidiState& state, Settings& settings,
       settings_(settings),
       language_(language),
       dialogs_(dialogs),
-      caption_(new QLabel(this)),
       hint_(new ElidedLabel(this, Qt::ElideRight)),
       noSong_(new QLabel(this)),
       balanceRow_(new UpwardText(this, kBalanceRow)),
       volumeRow_(new UpwardText(this, kVolumeRow)) {
     setObjectName(QStringLiteral("frmChann"));
-    caption_->setObjectName(QStringLiteral("caption"));
-    caption_->setGeometry(kTitle);
+    addTitle(kTitle);
     hint_->setObjectName(QStringLiteral("hint"));
     hint_->setGeometry(kHint);
     hint_->setStyleSheet(QStringLiteral("font-size: 10px; color: %1").arg(QColor(skin::kMuted).name()));
@@ -228,24 +214,24 @@ void frmChann::showStrip(std::int16_t channel) {
 }
 
 void frmChann::GetChannelsLanguage() {
-    caption_->setText(toQt(language_.ownText(OwnText::midiChannels)));
-    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    setTitle(toQt(language_.ownText(OwnText::midiChannels)));
     hint_->setFullText(switchOffHint(language_));
-    hint_->setToolTip(toQt(language_.lang(kSwitchOffEntry)));
+    hint_->setToolTip(toQt(language_.lang(LangEntry::switchOffInstead)));
     noSong_->setText(toQt(language_.ownText(OwnText::noMidiSong)));
     balanceRow_->setText(toQt(language_.ownText(OwnText::balanceRow)));
     volumeRow_->setText(toQt(language_.ownText(OwnText::volumeRow)));
     for (std::int16_t channel = 0; channel < kMidiChannels; ++channel) {
         const auto c = static_cast<std::size_t>(channel);
         const QString name = QString::number(channel + 1);
-        setName(onoff_[c], toQt(language_.lang(kToggleEntry)) + name);
+        setName(onoff_[c], toQt(language_.lang(LangEntry::channelSwitch)) + name);
         setName(bl_[c], balanceName(language_, name));
-        setName(vol_[c], toQt(language_.lang(kVolumeEntry)) + name + toQt(language_.lang(kVolumeEndEntry)));
+        setName(vol_[c], toQt(language_.lang(LangEntry::channelVolume)) + name +
+                             toQt(language_.lang(LangEntry::channelVolumeEnd)));
         showInstrument(channel, ins_[c]->text());
     }
-    for (QAction* reset : resets_) reset->setText(toQt(language_.lang(kResetEntry)));
+    for (QAction* reset : resets_) reset->setText(toQt(language_.lang(LangEntry::reset)));
     setName(b_main_, toQt(language_.ownText(OwnText::backToMain)));
-    setButtonText(bClose_, {}, toQt(language_.lang(kCloseEntry)));
+    setButtonText(bClose_, {}, toQt(language_.lang(LangEntry::close)));
     if (picker_) picker_->GetInstrumentsLanguage();
 }
 

@@ -66,7 +66,6 @@ private:
     const modLang& language_;
     Dialogs& dialogs_;
 
-    QLabel* caption_;
     ElidedLabel* hint_;
     QLabel* noSong_;
     UpwardText* balanceRow_;

@@ -17,7 +17,6 @@ constexpr QRect kCloseButton(274 - kLeft - 24, 4, 24, 22);
 constexpr int kRowHeight = 18;
 constexpr QRect kList(kLeft, 33, 250, 7 * kRowHeight + 2);  // whole rows and a frame
 constexpr int kGap = 8;
-constexpr int kCloseEntry = 50;
 
 }  // namespace
 
@@ -26,12 +25,10 @@ frmIns::frmIns(MidiChannels& channels, const modLang& language, Dialogs& dialogs
       channels_(channels),
       language_(language),
       dialogs_(dialogs),
-      caption_(new QLabel(this)),
       List3_(new QListWidget(this)),
       Command1_(addButton(this, "Command1", kCloseButton, ButtonLook::close, Symbol::close, [this] { close(); })) {
     setObjectName(QStringLiteral("frmIns"));
-    caption_->setObjectName(QStringLiteral("caption"));
-    caption_->setGeometry(kTitle);
+    addTitle(kTitle);
     List3_->setObjectName(QStringLiteral("List3"));
     List3_->setGeometry(kList);
     for (int program = 0; program <= kPercussionInstrument; ++program) {
@@ -62,10 +59,9 @@ void frmIns::List3_Click() {
 }
 
 void frmIns::GetInstrumentsLanguage() {
-    caption_->setText(toQt(language_.ownText(OwnText::instrumentPicker, std::to_string(editedChannel + 1))));
-    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    setTitle(toQt(language_.ownText(OwnText::instrumentPicker, std::to_string(editedChannel + 1))));
     List3_->setAccessibleName(toQt(language_.ownText(OwnText::instruments)));
-    setButtonText(Command1_, {}, toQt(language_.lang(kCloseEntry)));
+    setButtonText(Command1_, {}, toQt(language_.lang(LangEntry::close)));
 }
 
 void frmIns::open() {

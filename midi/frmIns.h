@@ -1,7 +1,6 @@
 // The instrument picker: gives one channel of the song another instrument, heard at once.
 #pragma once
 
-#include <QLabel>
 #include <QListWidget>
 
 #include "controls/Ed_Button.h"
@@ -41,7 +40,6 @@ private:
     const modLang& language_;
     Dialogs& dialogs_;
 
-    QLabel* caption_;
     QListWidget* List3_;
     Ed_Button* Command1_;
 };

@@ -8,19 +8,14 @@ namespace melvane {
 
 namespace {
 
-constexpr int kCloseEntry = 90;
-constexpr int kHelpEntry = 84;
-constexpr int kPreferencesEntry = 89;
-constexpr int kRestoreEntry = 91;
-
 struct FileEntry {
     const char* name;
-    int text;
+    LangEntry text;
     QKeyCombination shortcut;
 };
-const std::array kFiles = {FileEntry{"mnuKar0", 85, Qt::CTRL | Qt::Key_O},
-                           FileEntry{"mnuKar1", 86, Qt::CTRL | Qt::SHIFT | Qt::Key_O},
-                           FileEntry{"mnuKar3", 87, Qt::CTRL | Qt::Key_S}};
+const std::array kFiles = {FileEntry{"mnuKar0", LangEntry::menuBackground, Qt::CTRL | Qt::Key_O},
+                           FileEntry{"mnuKar1", LangEntry::menuVocal, Qt::CTRL | Qt::SHIFT | Qt::Key_O},
+                           FileEntry{"mnuKar3", LangEntry::menuDestination, Qt::CTRL | Qt::Key_S}};
 
 // Marks the first letter that `taken` does not hold yet as the one that chooses the entry.
 QString withMnemonic(const QString& text, QString& taken) {
@@ -60,18 +55,18 @@ void frmMenu::addKaraoke() {
     recent_ = addMenu(QStringLiteral("mnuKar5"), own(OwnText::recentFiles));
     files_.push_back(recent_->menuAction());
     mnuMidi_ = addMenu(QStringLiteral("mnuMid"), own(OwnText::midiButton));
-    connect(add(mnuKar_, QStringLiteral("mnuKar6"), entry(kPreferencesEntry), Qt::CTRL | Qt::Key_Comma),
+    connect(add(mnuKar_, QStringLiteral("mnuKar6"), entry(LangEntry::preferences), Qt::CTRL | Qt::Key_Comma),
             &QAction::triggered, this, &frmMenu::preferences);
-    connect(add(mnuKar_, QStringLiteral("mnuKar7"), entry(kHelpEntry), Qt::Key_F1), &QAction::triggered, this,
+    connect(add(mnuKar_, QStringLiteral("mnuKar7"), entry(LangEntry::menuHelp), Qt::Key_F1), &QAction::triggered, this,
             &frmMenu::help);
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar8"));
-    connect(add(mnuKar_, QStringLiteral("mnuKar9"), entry(kCloseEntry), Qt::CTRL | Qt::Key_Q), &QAction::triggered,
-            this, &frmMenu::closeWanted);
+    connect(add(mnuKar_, QStringLiteral("mnuKar9"), entry(LangEntry::menuClose), Qt::CTRL | Qt::Key_Q),
+            &QAction::triggered, this, &frmMenu::closeWanted);
 }
 
 void frmMenu::addMidi() {
     mnuMidi_->setObjectName(QStringLiteral("mnuMidi"));
-    restore_ = add(mnuMidi_, QStringLiteral("mnuMidi0"), entry(kRestoreEntry));
+    restore_ = add(mnuMidi_, QStringLiteral("mnuMidi0"), entry(LangEntry::restoreMidi));
     restore_->setEnabled(false);
     connect(mnuMidi_, &QMenu::aboutToShow, this, [this] {
         if (state_.midiLoaded) restore_->setEnabled(true);
@@ -81,7 +76,7 @@ void frmMenu::addMidi() {
     });
     connect(add(mnuMidi_, QStringLiteral("mnuMidi1"), own(OwnText::midiChannels), Qt::CTRL | Qt::Key_D),
             &QAction::triggered, this, &frmMenu::showChannels);
-    add(mnuMidi_, QStringLiteral("mnuMidi2"), entry(kCloseEntry));
+    add(mnuMidi_, QStringLiteral("mnuMidi2"), entry(LangEntry::menuClose));
 }
 
 QAction* frmMenu::add(QMenu* menu, const QString& name, Text text, const QKeySequence& shortcut) {
@@ -102,8 +97,8 @@ QMenu* frmMenu::addMenu(const QString& name, Text text) {
     return menu;
 }
 
-frmMenu::Text frmMenu::entry(int number) const {
-    return [this, number] { return language_.lang(number); };
+frmMenu::Text frmMenu::entry(LangEntry text) const {
+    return [this, text] { return language_.lang(text); };
 }
 
 frmMenu::Text frmMenu::own(OwnText text) const {

@@ -48,7 +48,7 @@ private:
     void addMidi();
     QAction* add(QMenu* menu, const QString& name, Text text, const QKeySequence& shortcut = {});
     QMenu* addMenu(const QString& name, Text text);
-    Text entry(int number) const;
+    Text entry(LangEntry text) const;
     Text own(OwnText text) const;
 
     const MidiState& state_;

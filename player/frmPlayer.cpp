@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "controls/control_name.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
@@ -30,7 +31,6 @@ constexpr int kButtonStep = 46;
 constexpr QRect kCloseButton(156, 94, 104, 28);
 
 constexpr int kTickMs = 200;
-constexpr int kCloseEntry = 90;
 constexpr int kBytesPerSecond = kSampleRate * kBytesPerFrame;
 
 // The background: a wave that goes through the whole window.
@@ -181,16 +181,14 @@ void frmPlayer::GetPlayerLanguage() {
         Label1_->setFullText(toQt(playerFile_));
     else
         Label1_->setFullText(toQt(language_.ownText(OwnText::cannotPlayFile, toText(toPath(playerFile_).filename()))));
-    progress_->setToolTip(tip(OwnText::playPosition));
-    progress_->setAccessibleName(progress_->toolTip());
+    setName(progress_, tip(OwnText::playPosition));
     setButtonText(Ed_Button1_, {}, tip(OwnText::play));
     setButtonText(Ed_Button2_, {}, tip(OwnText::pause));
     setButtonText(Ed_Button3_, {}, tip(OwnText::playerStop));
-    const QString close = toQt(language_.lang(kCloseEntry));
-    b_main_->setToolTip(toQt(language_.ownText(OwnText::backToMain)));
-    b_main_->setAccessibleName(b_main_->toolTip());
+    const QString close = toQt(language_.lang(LangEntry::menuClose));
+    setName(b_main_, tip(OwnText::backToMain));
     setButtonText(bClose_, close, close);
-    setWindowTitle(tip(OwnText::listen) + QStringLiteral(" – ") + QLatin1String(kProductCaption));
+    setTitle(tip(OwnText::listen));
 }
 
 void frmPlayer::keyPressEvent(QKeyEvent* event) {

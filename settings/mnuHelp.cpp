@@ -4,6 +4,7 @@
 #include <QRadioButton>
 #include <utility>
 
+#include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "state/guarded.h"
@@ -25,17 +26,6 @@ constexpr QRect kForce(158, 84, 264, 22);
 constexpr int kLanguageStep = 120;
 
 enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kHomeLabel };
-constexpr int kHomePageEntry = 10;
-constexpr int kAudioEntry = 19;
-constexpr int kLanguageEntry = 20;
-constexpr int kMidiEntry = 21;
-constexpr int kMixEntry = 22;
-constexpr int kHintEntry = 23;
-constexpr int kForceEntry = 24;
-constexpr int kOnlineEntry = 25;
-constexpr int kOnlinePageEntry = 26;
-constexpr int kCloseEntry = 50;
-constexpr int kPreferencesEntry = 89;
 
 constexpr std::int16_t kForced = 1;
 
@@ -62,9 +52,9 @@ void showDevices(DeviceList& list, Number& number, int otherwise) {
         number = static_cast<Number>(list.currentIndex());
 }
 
-void setTexts(QAbstractButton& button, const std::string& text) {
-    button.setText(toQt(text));
-    button.setToolTip(toQt(text));
+void setTexts(QAbstractButton* button, const std::string& text) {
+    button->setText(toQt(text));
+    setName(button, button->text());
 }
 
 }  // namespace
@@ -75,12 +65,10 @@ mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dial
       settings_(settings),
       language_(language),
       shell_(shell),
-      dialogs_(dialogs),
-      caption_(new QLabel(this)) {
+      dialogs_(dialogs) {
     setObjectName(QStringLiteral("mnuHelp"));
     setAttribute(Qt::WA_DeleteOnClose);
-    caption_->setObjectName(QStringLiteral("caption"));
-    caption_->setGeometry(kCaption);
+    addTitle(kCaption);
     addTabs();
     addAudioPage(std::move(midiPorts), std::move(recordingInputs));
     addLanguagePage();
@@ -155,8 +143,8 @@ void mnuHelp::addLanguagePage() {
         });
     }
     addLabel(kHomeLabel, languagePage_, kName.translated(0, kRowStep));
-    adres_ = addLink("adres", kValue.translated(0, kRowStep), kHomePageEntry);
-    online_ = addLink("online", kValue.translated(0, 2 * kRowStep), kOnlinePageEntry);
+    adres_ = addLink("adres", kValue.translated(0, kRowStep), LangEntry::homePage);
+    online_ = addLink("online", kValue.translated(0, 2 * kRowStep), LangEntry::helpPage);
 }
 
 void mnuHelp::addLabel(std::size_t number, QWidget* page, const QRect& place) {
@@ -165,13 +153,13 @@ void mnuHelp::addLabel(std::size_t number, QWidget* page, const QRect& place) {
     LB_[number]->setGeometry(place);
 }
 
-QPushButton* mnuHelp::addLink(const char* name, const QRect& place, int addressEntry) {
+QPushButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry address) {
     auto* link = new QPushButton(languagePage_);
     link->setObjectName(QLatin1String(name));
     link->setProperty("link", true);
     link->setCursor(Qt::PointingHandCursor);
     link->setGeometry(place);
-    connect(link, &QPushButton::clicked, this, [this, addressEntry] { openPage(language_.lang(addressEntry)); });
+    connect(link, &QPushButton::clicked, this, [this, address] { openPage(language_.lang(address)); });
     return link;
 }
 
@@ -195,28 +183,27 @@ void mnuHelp::openPage(const std::string& address) {
 }
 
 void mnuHelp::GetPreferencesLanguage() {
-    caption_->setText(toQt(language_.lang(kPreferencesEntry)));
-    setWindowTitle(caption_->text() + QStringLiteral(" – ") + QLatin1String(kProductCaption));
-    setTexts(*TABA_[0], language_.lang(kAudioEntry));
-    setTexts(*TABA_[1], language_.ownText(OwnText::languageAndHelp));
-    const std::string labels[] = {language_.lang(kMidiEntry), language_.lang(kMixEntry), language_.lang(kHintEntry),
-                                  language_.lang(kLanguageEntry), language_.ownText(OwnText::homePage)};
+    setTitle(toQt(language_.lang(LangEntry::preferences)));
+    setTexts(TABA_[0], language_.lang(LangEntry::audioSettings));
+    setTexts(TABA_[1], language_.ownText(OwnText::languageAndHelp));
+    const std::string labels[] = {language_.lang(LangEntry::midiDevice), language_.lang(LangEntry::mixDevice),
+                                  language_.lang(LangEntry::mixDeviceHint), language_.lang(LangEntry::language),
+                                  language_.ownText(OwnText::homePage)};
     for (std::size_t i = 0; i < LB_.size(); ++i) LB_[i]->setText(toQt(labels[i]));
     for (const auto& [list, label] : {std::pair(MidiDev_, kMidiLabel), std::pair(MixDev_, kMixLabel)}) {
-        list->setToolTip(LB_[label]->text());
-        list->setAccessibleName(list->toolTip());
+        setName(list, LB_[label]->text());
         list->setEmptyText(toQt(language_.ownText(OwnText::noDevices)));
     }
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
-    setTexts(*CustMix_, language_.lang(kForceEntry));
+    setTexts(CustMix_, language_.lang(LangEntry::forceMixDevice));
     for (QAbstractButton* button : languages_->buttons()) {
         button->setChecked(button->objectName() == QStringLiteral("language_") + toQt(language_.languageCode()));
         button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
     }
-    setTexts(*online_, language_.lang(kOnlineEntry));
-    setTexts(*adres_, language_.lang(kHomePageEntry));
+    setTexts(online_, language_.lang(LangEntry::online));
+    setTexts(adres_, language_.lang(LangEntry::homePage));
     adres_->setToolTip(LB_[kHomeLabel]->text());
-    setButtonText(bOK_, toQt(language_.lang(kCloseEntry)), toQt(language_.lang(kCloseEntry)));
+    setButtonText(bOK_, toQt(language_.lang(LangEntry::close)), toQt(language_.lang(LangEntry::close)));
 }
 
 bool mnuHelp::event(QEvent* event) {

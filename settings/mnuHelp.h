@@ -46,7 +46,7 @@ private:
     void addLanguagePage();
     DeviceList* addDeviceList(const char* name, int label, DeviceNames deviceNames);
     void addLabel(std::size_t number, QWidget* page, const QRect& place);
-    QPushButton* addLink(const char* name, const QRect& place, int addressEntry);
+    QPushButton* addLink(const char* name, const QRect& place, LangEntry address);
     void TABA_Click(int page);
     void refreshDevices();
     void openPage(const std::string& address);
@@ -56,7 +56,6 @@ private:
     Shell& shell_;
     Dialogs& dialogs_;
 
-    QLabel* caption_;
     std::array<QPushButton*, 2> TABA_{};
     QFrame* FM_;
     QFrame* languagePage_;

@@ -20,6 +20,7 @@ public:
     // Numbered text 0..100. Entries 10 and 26 are documents, relative to the program's directory.
     // Throws BoundsError.
     const std::string& lang(int n) const;
+    const std::string& lang(LangEntry entry) const { return lang(static_cast<int>(entry)); }
 
     // A text that has no number. In English for a code other than "pl"; `argument` takes the place of "%1".
     std::string ownText(OwnText text, std::string_view argument = {}) const;

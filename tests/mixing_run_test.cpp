@@ -355,17 +355,16 @@ TEST(StartChecks, RefuseInOrder) {
         std::set<std::string> files;
         std::uint32_t version;
         std::function<void(FakeAudioLibrary&)> arrange;
-        StartMessage message;
+        std::optional<LangEntry> message;
         const char* loaded;
         bool created;
     } cases[] = {
-        {{}, 0, {}, StartMessage::libraryMissing, "", false},
-        {both, 0x00020001, {}, StartMessage::wrongVersion, "/program/lib", false},
-        {both, 0x00020003, {}, StartMessage::wrongVersion, "/program/lib", false},
-        {both, 0x00020002, [](auto& l) { l.initialises = false; }, StartMessage::cannotInitialise, "/program/lib",
-         true},
-        {both, 0x00020002, [](auto& l) { l.info.dsver = 7; }, StartMessage::interfaceTooOld, "/program/lib", true},
-        {{"/system/lib"}, 0x00020002, [](auto&) {}, StartMessage::none, "/system/lib", true},
+        {{}, 0, {}, LangEntry::libraryMissing, "", false},
+        {both, 0x00020001, {}, LangEntry::wrongVersion, "/program/lib", false},
+        {both, 0x00020003, {}, LangEntry::wrongVersion, "/program/lib", false},
+        {both, 0x00020002, [](auto& l) { l.initialises = false; }, LangEntry::cannotInitialise, "/program/lib", true},
+        {both, 0x00020002, [](auto& l) { l.info.dsver = 7; }, LangEntry::interfaceTooOld, "/program/lib", true},
+        {{"/system/lib"}, 0x00020002, [](auto&) {}, std::nullopt, "/system/lib", true},
     };
     for (const auto& c : cases) {
         FakeLibraryFile file;
@@ -374,7 +373,7 @@ TEST(StartChecks, RefuseInOrder) {
         file.arrange = c.arrange;
         const StartResult result = startAudioLibrary(file, names, {});
         EXPECT_EQ(result.message, c.message);
-        EXPECT_EQ(result.library != nullptr, c.message == StartMessage::none);
+        EXPECT_EQ(result.library != nullptr, !c.message);
         EXPECT_EQ(file.loaded, c.loaded);
         EXPECT_EQ(file.created, c.created);
     }

@@ -117,8 +117,8 @@ int run(const MixOptions& options) {
     language.InitLanguage(names.systemDirectory(), "en");
     LibraryFile file;
     StartResult start = startAudioLibrary(file, names, {CardClock::stepped, kBlockFrames, names.programDirectory()});
-    if (start.message != StartMessage::none) {
-        reporter.failed(language.lang(static_cast<int>(start.message)));
+    if (start.message) {
+        reporter.failed(language.lang(*start.message));
         return kCouldNot;
     }
     ConsoleDialogs dialogs;
