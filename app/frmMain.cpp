@@ -183,8 +183,10 @@ void frmMain::BR_Click(int index) {
     const PathFields before = mixer_.fields();
     withButtonsOff([&] { mixer_.sourceFiles().BR_Click(index); });
     const PathFields& now = mixer_.fields();
-    if (now.background != before.background) recent_.add(now.background);
-    if (now.vocal != before.vocal) recent_.add(now.vocal);
+    std::vector<std::string> chosen;
+    if (now.background != before.background) chosen.push_back(now.background);
+    if (now.vocal != before.vocal) chosen.push_back(now.vocal);
+    recent_.add(chosen);
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
@@ -194,15 +196,17 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
         return fileExists(path) ? int{lowerCase(GetFileExtension(path)) == "wav"} : 2;
     });
+    std::vector<std::string> taken;
     withButtonsOff([&] {
         for (const std::string& path : ordered) {
             if (!mixer_.sourceFiles().take(path))
                 environment_.dialogs.messageBox(environment_.language.ownText(OwnText::cannotUseFile, path),
                                                 kProductCaption, BoxIcon::information, BoxButtons::ok);
             else if (fileExists(path))
-                recent_.add(path);
+                taken.push_back(path);
         }
     });
+    recent_.add(taken);
     refresh();
 }
 
@@ -254,10 +258,14 @@ void frmMain::closeEvent(QCloseEvent* event) {
 }
 
 void frmMain::Form_Unload() {
-    windows_->hideAll();
-    if (placesItself() || !mixer_.settings().position)
-        mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
-    mixer_.Form_Unload(&store_);
+    {
+        const RegistryBatch batch = store_.batch(RegistryAccess::change);
+        windows_->hideAll();
+        if (placesItself() || !mixer_.settings().position)
+            mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
+        store_.save(mixer_.settings());
+    }
+    mixer_.Form_Unload();
 }
 
 void frmMain::showEvent(QShowEvent* event) {

@@ -20,9 +20,8 @@ void Mixer::Form_Load(const SettingsStore* store) {
     midi_.prepare();
 }
 
-void Mixer::Form_Unload(const SettingsStore* store) {
+void Mixer::Form_Unload() {
     mixingRun_.stopRec();
-    if (store) store->save(settings_);
     midi_.close();
 }
 

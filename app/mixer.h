@@ -31,8 +31,8 @@ public:
 
     // Remembers the user's recording input; with a store, takes the settings from it.
     void Form_Load(const SettingsStore* store);
-    // Ends a run and saves the settings.
-    void Form_Unload(const SettingsStore* store);
+    // Ends a run and closes the song.
+    void Form_Unload();
 
     RunState& run() { return run_; }
     PathFields& fields() { return fields_; }

@@ -29,7 +29,7 @@ std::string GetFileExtension(const std::string& path);
 // The file name without folder and last extension; "" for a bare name and for a name without extension.
 std::string GetFileTitle(const std::string& path);
 
-// The current user's settings by key and name.
+// The current user's settings by key and name, for whoever uses these helpers alone; the program asks its store.
 std::string GetSettingString(const SettingsStore& store, const std::string& key, const std::string& name);
 void SaveSettingString(const SettingsStore& store, const std::string& key, const std::string& name,
                        const std::string& value);

@@ -93,14 +93,13 @@ std::optional<Value> fromJson(const QJsonValue& json) {
     return Value{static_cast<std::uint32_t>(type), std::move(*data)};
 }
 
-bool lock(QLockFile& file) {
+void lock(QLockFile& file) {
     file.setStaleLockTime(kStaleLockMs);
     const QDeadlineTimer deadline(kLockWaitMs);
     while (!file.tryLock(0)) {
-        if (file.error() != QLockFile::LockFailedError || deadline.hasExpired()) return false;
+        if (file.error() != QLockFile::LockFailedError || deadline.hasExpired()) return;
         QThread::msleep(kLockPauseMs);
     }
-    return true;
 }
 
 bool moveAside(const QString& path) {
@@ -117,21 +116,6 @@ bool replaceFile(const QString& path, const QJsonObject& keys) {
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
 }
 
-// Lets `change` change what the file holds now; nothing is written when it changes nothing.
-std::int32_t update(const QString& path, const std::function<void(QJsonObject&)>& change) {
-    if (!QDir().mkpath(QFileInfo(path).absolutePath())) return ERROR_WRITE_FAULT;
-    QLockFile lockFile(path + QStringLiteral(".lock"));
-    if (!lock(lockFile)) return ERROR_WRITE_FAULT;
-
-    const Contents before = readContents(path);
-    QJsonObject keys = before.keys;
-    change(keys);
-    if (before.state == FileState::good && keys == before.keys) return ERROR_SUCCESS;
-    if (before.state == FileState::inaccessible) return ERROR_WRITE_FAULT;
-    if (before.state == FileState::broken && !moveAside(path)) return ERROR_WRITE_FAULT;
-    return replaceFile(path, keys) ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
-}
-
 std::string keyPathOf(RegistryHive hive, const std::string& subKey) {
     switch (hive) {
         case RegistryHive::HKEY_CURRENT_USER:
@@ -142,7 +126,16 @@ std::string keyPathOf(RegistryHive hive, const std::string& subKey) {
 
 }  // namespace
 
+struct RegistryFile::Batch {
+    int depth = 0;
+    std::optional<QLockFile> lockFile;  // of a batch that changes
+    Contents before;
+    QJsonObject keys;  // with what was changed
+};
+
 RegistryFile::RegistryFile(std::string path) : path_(std::move(path)) {}
+
+RegistryFile::~RegistryFile() = default;
 
 std::string RegistryFile::defaultPath() {
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
@@ -150,10 +143,44 @@ std::string RegistryFile::defaultPath() {
         .toStdString();
 }
 
+void RegistryFile::begin(RegistryAccess access) {
+    const QString path = QString::fromStdString(path_);
+    const bool first = !batch_;
+    if (first) batch_ = std::make_unique<Batch>();
+    ++batch_->depth;
+    const bool changes = access == RegistryAccess::change && !batch_->lockFile;
+    if (changes) {
+        batch_->lockFile.emplace(path + QStringLiteral(".lock"));
+        if (QDir().mkpath(QFileInfo(path).absolutePath())) lock(*batch_->lockFile);
+    }
+    if (!first && !changes) return;
+    batch_->before = readContents(path);
+    batch_->keys = batch_->before.keys;
+}
+
+std::int32_t RegistryFile::end() {
+    if (--batch_->depth > 0) return ERROR_SUCCESS;
+    const std::unique_ptr<Batch> ended = std::move(batch_);
+    if (ended->keys == ended->before.keys) return ERROR_SUCCESS;
+    const QString path = QString::fromStdString(path_);
+    const FileState state = ended->before.state;
+    if (state == FileState::inaccessible || (state == FileState::broken && !moveAside(path))) return ERROR_WRITE_FAULT;
+    return replaceFile(path, ended->keys) ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
+}
+
+std::int32_t RegistryFile::change(const std::function<void(QJsonObject&)>& change) {
+    begin(RegistryAccess::change);
+    const bool locked = batch_->lockFile->isLocked();
+    if (locked) change(batch_->keys);
+    const std::int32_t result = end();
+    return locked ? result : ERROR_WRITE_FAULT;
+}
+
 std::int32_t RegistryFile::RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) {
     key = 0;
     const std::string keyPath = keyPathOf(hive, subKey);
-    const QJsonObject keys = readContents(QString::fromStdString(path_)).keys;
+    const RegistryBatch batch(*this, RegistryAccess::read);
+    const QJsonObject& keys = batch_->keys;
     if (!keys.contains(nameIn(keys, QString::fromStdString(keyPath)))) return ERROR_FILE_NOT_FOUND;
     return open(keyPath, key);
 }
@@ -161,7 +188,7 @@ std::int32_t RegistryFile::RegOpenKeyA(RegistryHive hive, const std::string& sub
 std::int32_t RegistryFile::RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) {
     key = 0;
     const std::string keyPath = keyPathOf(hive, subKey);
-    const auto result = update(QString::fromStdString(path_), [&](QJsonObject& keys) {
+    const auto result = change([&](QJsonObject& keys) {
         const QString name = nameIn(keys, QString::fromStdString(keyPath));
         if (!keys.contains(name)) keys.insert(name, QJsonObject());
     });
@@ -174,7 +201,7 @@ std::int32_t RegistryFile::RegSetValueExA(RegistryKey key, const std::string& na
     if (openKey == openKeys_.end()) return ERROR_FILE_NOT_FOUND;
     if (size > kLargestFile) return ERROR_WRITE_FAULT;
     const Value value{type, QByteArray(static_cast<const char*>(data), static_cast<qsizetype>(size))};
-    return update(QString::fromStdString(path_), [&](QJsonObject& keys) {
+    return change([&](QJsonObject& keys) {
         const QString keyName = nameIn(keys, QString::fromStdString(openKey->second));
         QJsonObject values = keys[keyName].toObject();
         values[nameIn(values, QString::fromStdString(name))] = toJson(value);
@@ -186,7 +213,8 @@ std::int32_t RegistryFile::RegQueryValueExA(RegistryKey key, const std::string& 
                                             std::uint32_t& size) {
     const auto openKey = openKeys_.find(key);
     if (openKey == openKeys_.end()) return ERROR_FILE_NOT_FOUND;
-    const QJsonObject keys = readContents(QString::fromStdString(path_)).keys;
+    const RegistryBatch batch(*this, RegistryAccess::read);
+    const QJsonObject& keys = batch_->keys;
     const QJsonObject values = keys[nameIn(keys, QString::fromStdString(openKey->second))].toObject();
     const auto value = fromJson(values[nameIn(values, QString::fromStdString(name))]);
     if (!value) return ERROR_FILE_NOT_FOUND;

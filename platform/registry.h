@@ -1,6 +1,6 @@
 // The registry operations that the settings store needs, with the names, arguments and results of the
 // Windows registry functions, so that an adapter over the real registry only passes them on.
-// Called on the user-interface thread; no operation throws.
+// Called on the user-interface thread; no operation throws. An operation outside a batch is a batch of its own.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +13,24 @@ enum class RegistryHive { HKEY_CURRENT_USER };
 
 inline constexpr std::uint32_t REG_SZ = 1;
 inline constexpr std::uint32_t REG_BINARY = 3;
-inline constexpr std::uint32_t REG_DWORD = 4;
 
 inline constexpr std::int32_t ERROR_SUCCESS = 0;
 inline constexpr std::int32_t ERROR_FILE_NOT_FOUND = 2;
 inline constexpr std::int32_t ERROR_WRITE_FAULT = 29;
 inline constexpr std::int32_t ERROR_MORE_DATA = 234;
 
+enum class RegistryAccess { read, change };
+
 class Registry {
 public:
     virtual ~Registry() = default;
+
+    // What is done from begin() to end() is one batch: it reads one state of the registry, and what it writes gets
+    // there at once, by end(). While a batch changes, no other program does, so what it read still holds when it
+    // writes. Batches in a batch are part of it.
+    virtual void begin(RegistryAccess access) = 0;
+    // ERROR_WRITE_FAULT when what was written did not get there.
+    virtual std::int32_t end() = 0;
 
     virtual std::int32_t RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) = 0;
     virtual std::int32_t RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) = 0;
@@ -34,6 +42,18 @@ public:
     virtual std::int32_t RegQueryValueExA(RegistryKey key, const std::string& name, std::uint32_t& type, void* data,
                                           std::uint32_t& size) = 0;
     virtual std::int32_t RegCloseKey(RegistryKey key) = 0;
+};
+
+// A batch for as long as it lives.
+class RegistryBatch {
+public:
+    RegistryBatch(Registry& registry, RegistryAccess access) : registry_(registry) { registry_.begin(access); }
+    ~RegistryBatch() { registry_.end(); }
+    RegistryBatch(const RegistryBatch&) = delete;
+    RegistryBatch& operator=(const RegistryBatch&) = delete;
+
+private:
+    Registry& registry_;
 };
 
 }  // namespace melvane

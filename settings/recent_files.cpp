@@ -2,28 +2,40 @@
 
 #include <algorithm>
 
+#include "state/numbers.h"
+
 namespace melvane {
 
 namespace {
 constexpr const char* kKey = R"(software\Tessaro\Melvane\recent files)";
-}
+constexpr const char* kPaths = "paths";
+constexpr char kSeparator = '\n';
+}  // namespace
 
 std::vector<std::string> RecentFiles::list() const {
-    std::vector<std::string> files;
-    for (std::size_t i = 0; i < kMost; ++i) {
-        std::string path = store_.ReadSetting(kKey, std::to_string(i));
-        if (!path.empty()) files.push_back(std::move(path));
-    }
+    const RegistryBatch batch = store_.batch(RegistryAccess::read);
+    const std::string paths = store_.ReadSetting(kKey, kPaths);
+    std::vector<std::string> files = split(paths, kSeparator);
+    if (paths.empty())  // once each file had a value of its own
+        for (std::size_t i = 0; i < kMost; ++i) files.push_back(store_.ReadSetting(kKey, std::to_string(i)));
+    std::erase(files, "");
+    files.resize(std::min(files.size(), kMost));
     return files;
 }
 
-void RecentFiles::add(const std::string& path) {
+void RecentFiles::add(const std::vector<std::string>& paths) {
+    if (paths.empty()) return;
+    const RegistryBatch batch = store_.batch(RegistryAccess::change);
     std::vector<std::string> files = list();
-    std::erase(files, path);
-    files.insert(files.begin(), path);
-    if (files.size() > kMost) files.resize(kMost);
-    for (std::size_t i = 0; i < files.size(); ++i)
-        if (!store_.WriteSetting(kKey, std::to_string(i), files[i])) return;
+    for (const std::string& path : paths) {
+        std::erase(files, path);
+        files.insert(files.begin(), path);
+    }
+    std::erase_if(files, [](const std::string& path) { return path.find(kSeparator) != std::string::npos; });
+    files.resize(std::min(files.size(), kMost));
+    std::string text;
+    for (const std::string& path : files) text += path + kSeparator;
+    store_.WriteSetting(kKey, kPaths, text);
 }
 
 }  // namespace melvane

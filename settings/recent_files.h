@@ -16,8 +16,8 @@ public:
 
     // UTF-8 paths, the latest first.
     std::vector<std::string> list() const;
-    // Puts a file in front; stored at once.
-    void add(const std::string& path);
+    // Puts files in front, the last one foremost; stored at once. Names with line breaks are not kept.
+    void add(const std::vector<std::string>& paths);
 
 private:
     const SettingsStore& store_;

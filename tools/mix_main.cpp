@@ -93,7 +93,7 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
         reporter.progress(run.framesDone(), run.framesTotal());
     }
     const bool interrupted = mixer.run().isMixing;
-    mixer.Form_Unload(nullptr);
+    mixer.Form_Unload();
     if (mixer.run().failure != RunFailure::none) {
         if (!existed) removePlaceholder(mixer.run());
         reporter.failed(runMessage(language, mixer.run()));
