@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <sys/inotify.h>
-#include <unistd.h>
-
 #include <QByteArray>
 #include <QLockFile>
 #include <QString>
@@ -25,6 +22,7 @@
 #include "settings/window_places.h"
 #include "state/numbers.h"
 #include "state/settings.h"
+#include "tests/file_accesses.h"
 #include "tests/temp_dir.h"
 
 namespace melvane {
@@ -35,21 +33,6 @@ using std::string_literals::operator""s;
 
 constexpr auto kUser = RegistryHive::HKEY_CURRENT_USER;
 constexpr std::uint32_t kDword = 4;  // a type that the program has no use for
-
-Settings changedSettings() {
-    return {.language = "pl",
-            .position = WindowPosition{-12.5F, 100000.0F / 7},
-            .mixDevice = 3,
-            .mixDeviceStored = true,
-            .forceMixDevice = 1,
-            .midiPort = 70000,
-            .currentPreset = 13,
-            .EffectState = {{{-1, 0, 40}, {}, {}, {0, 0, 100}, {}}},
-            .toneValue = {0, 100, 1, 99},
-            .balanceValue = {-100, 103},
-            .volume = {0, 42},
-            .effectsWindowOpen = -1};
-}
 
 TEST(Numbers, LeadingNumberReadsThePrefix) {
     const std::pair<const char*, double> cases[] = {
@@ -89,33 +72,25 @@ struct RegistryFixture : testing::Test {
         EXPECT_EQ(registry.RegCloseKey(key), ERROR_SUCCESS);
         return result;
     }
-    // How often the file was read and replaced meanwhile.
-    using Accesses = std::pair<int, int>;
-    Accesses accesses(const std::function<void()>& action) const {
-        const int watch = inotify_init1(IN_NONBLOCK);
-        // Without what lies between them, two equal events in a row would be told as one.
-        inotify_add_watch(watch, path.substr(0, path.rfind('/')).c_str(), IN_OPEN | IN_CLOSE | IN_MOVED_TO);
-        action();
-        alignas(inotify_event) char events[1 << 16];
-        const auto size = read(watch, events, sizeof events);
-        close(watch);
-        Accesses counted;
-        for (ssize_t at = 0; at < size;) {
-            const auto* event = reinterpret_cast<const inotify_event*>(events + at);
-            const bool ours = event->len > 0 && std::string(event->name) == "registry.json";
-            if (ours && (event->mask & IN_OPEN)) ++counted.first;
-            if (ours && (event->mask & IN_MOVED_TO)) ++counted.second;
-            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-        }
-        return counted;
-    }
+    Accesses accesses(const std::function<void()>& action) const { return accessesTo(path, action); }
 };
 
 TEST_F(RegistryFixture, SettingsSurviveARestart) {
     Settings loaded;
     store.load(loaded);
     EXPECT_EQ(loaded, Settings()) << "nothing is stored yet";
-    Settings expected = changedSettings();
+    Settings expected{.language = "pl",
+                      .position = WindowPosition{-12.5F, 100000.0F / 7},
+                      .mixDevice = 3,
+                      .mixDeviceStored = true,
+                      .forceMixDevice = 1,
+                      .midiPort = 70000,
+                      .currentPreset = 13,
+                      .EffectState = {{{-1, 0, 40}, {}, {}, {0, 0, 100}, {}}},
+                      .toneValue = {0, 100, 1, 99},
+                      .balanceValue = {-100, 103},
+                      .volume = {0, 42},
+                      .effectsWindowOpen = -1};
     store.save(expected);
     // Other versions and the sibling product read and write these too.
     EXPECT_EQ(store.ReadSetting(kProductKey, "audio effects"), "1,40;0,0;0,0;0,100");
@@ -191,7 +166,7 @@ TEST_F(RegistryFixture, RecentFilesAreFewTheLatestFirst) {
 TEST_F(RegistryFixture, AnActionReadsAndReplacesTheFileOnce) {
     put("{}");
     RecentFiles recent(store);
-    Settings settings = changedSettings();
+    Settings settings;
     EXPECT_EQ(accesses([&] { store.ReadSetting(kProductKey, "language"); }), Accesses(1, 0));
     EXPECT_EQ(accesses([&] { store.save(settings); }), Accesses(1, 1));
     EXPECT_EQ(accesses([&] { store.load(settings); }), Accesses(1, 0));

@@ -12,6 +12,7 @@
 #include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
+#include "tests/file_accesses.h"
 #include "tests/temp_dir.h"
 #include "tests/window_events.h"
 
@@ -101,6 +102,24 @@ TEST_F(WindowFixture, BrowsingFillsTheFields) {
     EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path2"))->accessibleName().toStdString(),
               "Mixing destination: " + dir.path() + "/mix.mp3");
     expectTidy(window);
+}
+
+TEST_F(WindowFixture, ChosenFilesComeBackFromTheMenuAndCostOneAccess) {
+    const std::string song = dir.write("a & b.mp3", "");
+    const std::string voice = dir.write("voice.wav", "");
+    const std::string file = dir / "registry.json";
+    EXPECT_EQ(accessesTo(file, [&] { window.takeFiles({voice, song}); }), Accesses(0, 1)) << "none is there yet";
+    dialogs.nextFile = dir / "other.mp3";
+    EXPECT_EQ(accessesTo(file, [&] { click("BR0"); }), Accesses(1, 1));
+    QMenu* recent = window.findChild<frmMenu*>()->recentMenu();
+    EXPECT_EQ(accessesTo(file, [&] { Q_EMIT recent->aboutToShow(); }), Accesses(1, 0));
+    std::vector<std::string> names;
+    for (const QAction* action : recent->actions()) names.push_back(action->text().toStdString());
+    EXPECT_EQ(names, (std::vector<std::string>{dir / "other.mp3", dir / "voice.wav", dir / "a && b.mp3"}));
+    recent->actions().back()->trigger();
+    EXPECT_EQ(mixer.fields().background, song);
+    click("b_eff");
+    EXPECT_EQ(accessesTo(file, [&] { click("bClose"); }), Accesses(1, 1)) << "settings and places";
 }
 
 TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
