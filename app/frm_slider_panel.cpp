@@ -1,5 +1,6 @@
 #include "app/frm_slider_panel.h"
 
+#include "app/main_knobs.h"
 #include "controls/caption.h"
 #include "controls/control_name.h"
 #include "controls/window_layout.h"
@@ -36,27 +37,29 @@ void SliderPanel::addVolumes(QWidget* window) {
         const int centre = kVolumeCentres[i];
         addText(window, kSourceTexts[i], kColumnName.translated(centre, 0), kSources[i]);
         const SliderPlace place{Qt::Vertical, kVolumeTrack, centre, kFader, kVolumeTrack.last};
-        const SliderValue value{volumeAt, [](double percent) { return QStringLiteral("%1 %").arg(percent); }};
-        volm_[i] = add(new Slider(window, place, kSources[i], value), i == 0 ? "volm0" : "volm1",
-                       [this, i](int top) { mixer_.sliders().moveVolume(i, top); });
+        const SliderValue value{kVolumeScale, [](double percent) { return QStringLiteral("%1 %").arg(percent); }};
+        volm_[i] = add(new Slider(window, place, kSources[i], value), i == 0 ? "volm0" : "volm1", [this, i](int top) {
+            mixer_.sliders().setVolume(i, static_cast<std::int16_t>(kVolumeScale(top)));
+        });
     }
 }
 
 void SliderPanel::addSync(QWidget* window) {
     addText(window, OwnText::syncColumn, kColumnName.translated(kSyncCentre, 0), Accent::voice);
     const SliderPlace place{Qt::Vertical, kSyncTrack, kSyncCentre, kFader, kSyncTrack.neutral};
-    const SliderValue value{[this](int top) { return syncAt(top, mixer_.run().syncOffset); },
-                            [](double seconds) { return signedText(seconds, 2) + QStringLiteral(" s"); }};
+    const auto offset = [this](int top) { return syncAt(top, mixer_.run().syncOffset); };
+    const SliderValue value{offset, [](double seconds) { return signedText(seconds, 2) + QStringLiteral(" s"); }};
+    // Only a reset leads back to no offset, as the track's centre leaves the offset alone.
     snc_ = add(
-        new Slider(window, place, Accent::voice, value), "snc", [this](int top) { mixer_.sliders().moveSync(top); },
-        [this] { mixer_.sliders().resetSync(); });
+        new Slider(window, place, Accent::voice, value), "snc",
+        [this, offset](int top) { mixer_.sliders().setSync(offset(top)); }, [this] { mixer_.sliders().setSync(0); });
 }
 
 void SliderPanel::addKey(QWidget* window) {
     const SliderPlace place{Qt::Horizontal, kKeyTrack, kKeyCentre, kKeyKnob, kKeyTrack.neutral};
-    const SliderValue value{keyAt, [](double semitones) { return signedText(semitones, 1); }};
+    const SliderValue value{kKeyScale, [](double semitones) { return signedText(semitones, 1); }};
     tone_ = add(new Slider(window, place, Accent::song, value), "tone",
-                [this](int left) { mixer_.sliders().moveKey(left); });
+                [this](int left) { mixer_.sliders().setKey(kKeyScale(left)); });
     addText(window, OwnText::keyColumn, kKeyName, Accent::song);
     par_ = addCaption(window, kKeyReadout, Accent::song);
     par_->setObjectName(QStringLiteral("par"));
@@ -81,9 +84,10 @@ void SliderPanel::addText(QWidget* window, OwnText text, const QRect& place, Acc
 }
 
 void SliderPanel::place() {
-    for (std::size_t i = 0; i < volm_.size(); ++i) volm_[i]->setPosition(volumeTop(mixer_.settings().volume[i]));
-    snc_->setPosition(syncTop(mixer_.run().syncOffset));
-    tone_->setPosition(keyLeft(mixer_.run().key));
+    for (std::size_t i = 0; i < volm_.size(); ++i)
+        volm_[i]->setPosition(kVolumeScale.positionOf(mixer_.settings().volume[i]));
+    snc_->setPosition(kSyncScale.positionOf(mixer_.run().syncOffset));
+    tone_->setPosition(kKeyScale.positionOf(mixer_.run().key));
     showKey();
 }
 

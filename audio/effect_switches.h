@@ -1,33 +1,29 @@
-// The four vocal effects switched on and off while a run plays, by their parameters alone: an effect that is off
-// stays attached with parameters that make it inaudible.
+// The four vocal effects, in the order of their knobs, switches and handles. They are switched by their parameters
+// alone: an effect that is off stays attached with parameters that make it inaudible.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "platform/audio_library.h"
-#include "state/effect_handles.h"
-#include "state/settings.h"
 
 namespace melvane {
 
-class EffectSwitches {
-public:
-    EffectSwitches(AudioLibrary& library, const EffectHandles& handles, const Settings& settings)
-        : library_(library), handles_(handles), settings_(settings) {}
-
-    // n: 1 reverb, 2 echo, 3 chorus, 4 flanger; other numbers do nothing.
-    void EnableEffect(std::int16_t n);
-    void DisableEffect(std::int16_t n);
-    // Enables or disables n as EffectState says.
-    void applyEffect(std::int16_t n);
-
-private:
-    template <typename Record, typename Change>
-    void change(std::int16_t n, Change change);
-
-    AudioLibrary& library_;
-    const EffectHandles& handles_;
-    const Settings& settings_;
+struct VocalEffect {
+    EffectType type;
+    std::int32_t (*parameter)(std::int16_t level);  // what a knob level 0..100 gives it
 };
+
+inline constexpr std::array<VocalEffect, 4> kVocalEffects = {{
+    {EffectType::reverb, [](std::int16_t level) { return 20 - level / 5; }},
+    {EffectType::echo, [](std::int16_t level) { return level / 2; }},
+    {EffectType::chorus, [](std::int16_t level) { return std::int32_t{level}; }},
+    {EffectType::flanger, [](std::int16_t level) { return level / 10; }},
+}};
+
+// Change what the record of a vocal effect says when it is on, with its parameter, and when it is off. The other
+// fields stay.
+void switchOn(EffectRecord& record, std::int32_t parameter);
+void switchOff(EffectRecord& record);
 
 }  // namespace melvane

@@ -1,12 +1,14 @@
 // The effects of a run: attached to its streams, and set to what the user chose, at the start and live.
+//
+// Indices are those of the settings: effects as kVocalEffects, then the fifth switch; sources 0 background, 1 vocal;
+// tones 0 background bass, 1 background treble, 2 vocal bass, 3 vocal treble.
 #pragma once
 
-#include <string>
+#include <array>
+#include <string_view>
 
-#include "audio/effect_switches.h"
 #include "audio/mod_Mixer.h"
 #include "platform/audio_library.h"
-#include "state/effect_handles.h"
 #include "state/run_state.h"
 #include "state/settings.h"
 
@@ -14,48 +16,57 @@ namespace melvane {
 
 class EffectChain {
 public:
-    EffectChain(AudioLibrary& library, const RunState& run, Settings& settings, mod_Mixer& midiLines);
+    EffectChain(AudioLibrary& library, const RunState& run, Settings& settings, mod_Mixer& midiLines)
+        : library_(library), run_(run), settings_(settings), midiLines_(midiLines) {}
 
     // Attaches everything to the streams of a run; the bands are flat, the effects at the library's defaults.
     void PrepareEffects();
     // Switches each vocal effect on or off as EffectState says, then sets the equaliser.
     void ApplyAllEffects();
-    // Bass and treble of the background, then of the vocal.
+    // Effect n, from 1 to 4; other numbers do nothing.
+    void EnableEffect(std::int16_t n);
+    void DisableEffect(std::int16_t n);
+    // For callers that know the stream instead of the index: its bass or treble; nothing for another handle or 0.
+    // Throw OverflowError for a value beyond 16-bit arithmetic.
+    void SetBassChannel(Handle channel) { setToneOf(channel, 0); }
+    void SetTrebleChannel(Handle channel) { setToneOf(channel, 1); }
+    // All tones and both balances, on the streams of the run.
     void applyTone();
-    // The tone value that belongs to the stream, as the gain of its band; nothing for another handle or 0.
-    // Throws OverflowError for a value beyond 16-bit arithmetic.
-    void SetBassChannel(Handle channel);
-    void SetTrebleChannel(Handle channel);
+    void applyBalance();
 
     // Makes `index` the current preset; in a run its gains go to the bands. An index outside the table is kept
     // and sets nothing.
     void ApplyPreset(std::int16_t index);
-    // Knob `n` (1..4) at `level` (0..100): stores level and parameter; in a run the effect is then switched on.
-    void setEffectLevel(std::int16_t n, std::int16_t level);
-    // Switch `n` (1..5); the fifth changes only its flag.
-    void setEffectEnabled(std::int16_t n, bool on);
-    // Tone knob `index` (0..3, as toneValue) at `value` (0..100).
+    // Level 0..100 of a vocal effect; in a run the effect is then switched on.
+    void setEffectLevel(std::size_t index, std::int16_t level);
+    // The fifth switch changes only its flag.
+    void setEffectEnabled(std::size_t index, bool on);
+    // 0..100.
     void setTone(std::size_t index, std::int16_t value);
-    // Balance knob 0 background, 1 vocal.
-    void setBalance(std::size_t index, std::int32_t value);
-    // Both balances on the streams of the run.
-    void applyBalance();
+    // -100..103.
+    void setBalance(std::size_t source, std::int32_t value);
 
 private:
-    void setBandGains(std::string_view gains);
-    void setTone(Handle effect, float centre, std::int16_t value);
+    template <typename Change>
+    void change(Handle effect, Change to);
+    void applyEffect(std::size_t index);
     void applyTone(std::size_t index);
-    void applyBalance(std::size_t index);
+    void applyBalance(std::size_t source);
+    void setToneOf(Handle channel, std::size_t corner);
+    void setToneBand(std::size_t index);
+    Handle channelOf(std::size_t source) const { return source == 0 ? run_.backgroundChannel : run_.vocalChannel; }
 
     AudioLibrary& library_;
     const RunState& run_;
     Settings& settings_;
     mod_Mixer& midiLines_;
-    EffectHandles handles_;
-    EffectSwitches switches_;
+    // 0: none, or attaching failed.
+    std::array<Handle, 4> effectFx_{};
+    std::array<Handle, 10> eqFx_{};  // on the vocal, lowest band first
+    std::array<Handle, 4> toneFx_{};
 };
 
-// What an effect is given for a knob level 0..100. n: 1 reverb, 2 echo, 3 chorus, 4 flanger.
-std::int32_t effectParameter(std::int16_t n, std::int16_t level);
+// Gain of a tone value 0..100: 10..-10 dB. Throws OverflowError for a value beyond 16-bit arithmetic.
+double toneGain(std::int16_t value);
 
 }  // namespace melvane

@@ -93,21 +93,20 @@ void frmEff::addPresets() {
 
 void frmEff::addEffects() {
     for (std::size_t i = 0; i < efo_.size(); ++i) {
-        const auto n = static_cast<std::int16_t>(i + 1);
         const bool spare = i >= ef_.size();
         const int step = static_cast<int>(i) * kEffectStep;
         addText(kEffectTexts[i], spare ? kSpareName : kEffectName.translated(step, 0), Accent::voice,
                 spare ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignCenter);
         efo_[i] = new Switch(this, spare ? kSpareSwitch : kEffectSwitch.translated(step, 0), Accent::voice);
-        efo_[i]->setObjectName(QStringLiteral("efo%1").arg(n));
+        efo_[i]->setObjectName(QStringLiteral("efo%1").arg(i + 1));
         connect(efo_[i], &Switch::clicked, this,
-                [this, n](bool on) { guarded(dialogs_, [&] { effects_.setEffectEnabled(n, on); }); });
+                [this, i](bool on) { guarded(dialogs_, [&] { effects_.setEffectEnabled(i, on); }); });
         if (spare) continue;
         ef_[i] = addSlider(
             "ef", i + 1,
             {Qt::Vertical, kLevelTrack, kEffectName.x() + kEffectStep / 2 + step, kLevelKnob, kLevelTrack.first},
-            Accent::voice, {levelAt, [](double level) { return QStringLiteral("%1 %").arg(level); }},
-            [this, n](int top) { effects_.setEffectLevel(n, levelAt(top)); });
+            Accent::voice, {kLevelScale, [](double level) { return QStringLiteral("%1 %").arg(level); }},
+            [this, i](int top) { effects_.setEffectLevel(i, static_cast<std::int16_t>(kLevelScale(top))); });
     }
 }
 
@@ -115,11 +114,13 @@ void frmEff::addTone(std::size_t index) {
     const std::size_t source = index / 2;
     const bool treble = index % 2 == 1;
     const int middle = kMiddles[source] + (treble ? kToneMiddle : -kToneMiddle);
+    const auto value = [](int top) { return static_cast<std::int16_t>(kToneScale(top)); };
     addText(treble ? OwnText::treble : OwnText::bass, kToneName.translated(middle, 0), kSources[source]);
     eq_song_[index] =
         addSlider("eq_song", index, {Qt::Vertical, kToneTrack, middle, kToneKnob, kToneTrack.neutral}, kSources[source],
-                  {toneGain, [](double gain) { return signedText(gain, 1) + QStringLiteral(" dB"); }},
-                  [this, index](int top) { effects_.setTone(index, toneAt(top)); });
+                  {[value](int top) { return toneGain(value(top)); },
+                   [](double gain) { return signedText(gain, 1) + QStringLiteral(" dB"); }},
+                  [this, index, value](int top) { effects_.setTone(index, value(top)); });
 }
 
 void frmEff::addBalance(std::size_t index) {
@@ -133,14 +134,12 @@ void frmEff::addBalance(std::size_t index) {
     bbg_[index]->setObjectName(QStringLiteral("bbg%1").arg(index));
     bbg_[index]->setGeometry(kBalanceBar.translated(middle, 0));
     bbg_[index]->setAutoFillBackground(true);
-    bal_[index] = addSlider("bal", index, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral, false},
-                            kSources[index],
-                            {[index](int left) { return balanceReadout(index, left); },
-                             [](double value) { return QString::number(value, 'f', 1); }},
-                            [this, index](int left) {
-                                effects_.setBalance(index, balanceAt(index, left));
-                                showBalance(index);
-                            });
+    bal_[index] = addSlider(
+        "bal", index, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral, false}, kSources[index],
+        {balanceReadout(index), [](double value) { return QString::number(value, 'f', 1); }}, [this, index](int left) {
+            effects_.setBalance(index, static_cast<std::int32_t>(balanceScale(index)(left)));
+            showBalance(index);
+        });
 }
 
 Slider* frmEff::addSlider(const char* name, std::size_t number, const SliderPlace& place, Accent accent,
@@ -154,12 +153,14 @@ Slider* frmEff::addSlider(const char* name, std::size_t number, const SliderPlac
 }
 
 void frmEff::SetEffects() {
-    for (std::size_t i = 0; i < eq_song_.size(); ++i) eq_song_[i]->setPosition(toneTop(settings_.toneValue[i]));
+    for (std::size_t i = 0; i < eq_song_.size(); ++i)
+        eq_song_[i]->setPosition(kToneScale.positionOf(settings_.toneValue[i]));
     for (std::size_t i = 0; i < bal_.size(); ++i) {
-        bal_[i]->setPosition(balanceLeft(i, settings_.balanceValue[i]));
+        bal_[i]->setPosition(balanceScale(i).positionOf(settings_.balanceValue[i]));
         showBalance(i);
     }
-    for (std::size_t i = 0; i < ef_.size(); ++i) ef_[i]->setPosition(levelTop(settings_.EffectState[i].level));
+    for (std::size_t i = 0; i < ef_.size(); ++i)
+        ef_[i]->setPosition(kLevelScale.positionOf(settings_.EffectState[i].level));
     for (std::size_t i = 0; i < efo_.size(); ++i) efo_[i]->setChecked(settings_.EffectState[i].enabled != 0);
     showPreset();
 }

@@ -7,7 +7,6 @@
 
 namespace melvane {
 
-inline constexpr std::size_t kBands = 10;
 inline constexpr std::string_view kBandCentres = "80,170,310,600,1000,3000,6000,12000,14000,16000";  // Hz
 
 struct Preset {

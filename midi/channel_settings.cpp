@@ -71,6 +71,11 @@ void MidiChannels::setChannelBalance(std::int16_t channel, std::int16_t balance)
     });
 }
 
+void MidiChannels::switchChannel(std::int16_t channel, std::int16_t volume, bool on) {
+    setChannelVolume(channel, volume);
+    state_.ChannelInfo[channel].switchedOn = on ? kTrue : std::int16_t{0};
+}
+
 std::int16_t MidiChannels::GetInstrument(std::int16_t channel) const {
     return state_.ChannelInfo[channel].instrument;
 }

@@ -26,6 +26,8 @@ public:
     void setChannelInstrument(std::int16_t channel, std::int16_t instrument);
     void setChannelVolume(std::int16_t channel, std::int16_t volume);
     void setChannelBalance(std::int16_t channel, std::int16_t balance);
+    // Sets the volume, and keeps whether the user has the channel on. Throws BoundsError.
+    void switchChannel(std::int16_t channel, std::int16_t volume, bool on);
     // Throws BoundsError.
     std::int16_t GetInstrument(std::int16_t channel) const;
 

@@ -36,11 +36,6 @@ QString number(double value) {
     return QString::number(value, 'f', 0);
 }
 
-// Of a value that is set already, the exact one; otherwise the one that the position stands for.
-double knobValue(std::int16_t set, int itsPosition, int position, std::int16_t value) {
-    return position == itsPosition ? set : value;
-}
-
 // One language has a text of its own before the number, the other an end behind the number.
 QString balanceName(const modLang& language, const QString& channel) {
     const QString text = toQt(language.lang(LangEntry::channelBalance));
@@ -91,43 +86,35 @@ void frmChann::addStrip(std::int16_t channel) {
     onoff_[c] = new ChannelToggle(this, kToggle.translated(step, 0), channel + 1);
     onoff_[c]->setObjectName(QStringLiteral("onoff%1").arg(c));
     connect(onoff_[c], &ChannelToggle::clicked, this, [this, channel] { onoff_Click(channel); });
-    addBalance(channel);
-    addVolume(channel);
+    const Track balance = channelBalanceTrack(channel);
+    bl_[c] = addKnob("bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
+                     channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
+                     [this, channel](std::int16_t value) {
+                         guarded(dialogs_, [&] { channels_.setChannelBalance(channel, value); });
+                     });
+    vol_[c] = addKnob("vol", channel,
+                      {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
+                      kChannelVolumeScale, &ChannelSettings::volume, kNeutralVolume,
+                      [this, channel](std::int16_t value) { setVolume(channel, value, true); });
     ins_[c] = new InstrumentLabel(this, kInstrument.translated(step, 0));
     ins_[c]->setObjectName(QStringLiteral("ins%1").arg(c));
     connect(ins_[c], &InstrumentLabel::clicked, this, [this, channel] { ins_DblClick(channel); });
 }
 
-void frmChann::addBalance(std::int16_t channel) {
-    const Track track = channelBalanceTrack(channel);
-    const auto value = [this, channel](int left) {
-        const std::int16_t set = state_.ChannelInfo[channel].balance;
-        return knobValue(set, channelBalanceLeft(channel, set), left, channelBalanceAt(channel, left));
+Slider* frmChann::addKnob(const char* name, std::int16_t channel, const SliderPlace& place, const Scale& scale,
+                          std::int16_t ChannelSettings::*set, std::int16_t neutral,
+                          std::function<void(std::int16_t)> change) {
+    const auto value = [this, channel, scale, set, track = place.track](int position) {
+        const std::int16_t exact = state_.ChannelInfo[channel].*set;
+        return position == onTrack(track, scale.positionOf(exact)) ? exact : scale(position);
     };
-    auto* slider = new Slider(this, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral}, Accent::song,
-                              {value, number});
-    slider->setObjectName(QStringLiteral("bl%1").arg(channel));
+    auto* slider = new Slider(this, place, Accent::song, {value, number});
+    slider->setObjectName(QLatin1String(name) + QString::number(channel));
     connect(slider, &Slider::moved, this,
-            [this, channel](int left) { setBalance(channel, channelBalanceAt(channel, left)); });
-    connect(slider, &Slider::resetWanted, this, [this, channel] { setBalance(channel, kNeutralBalance); });
+            [scale, change](int position) { change(static_cast<std::int16_t>(scale(position))); });
+    connect(slider, &Slider::resetWanted, this, [neutral, change = std::move(change)] { change(neutral); });
     addReset(slider);
-    bl_[static_cast<std::size_t>(channel)] = slider;
-}
-
-void frmChann::addVolume(std::int16_t channel) {
-    const auto value = [this, channel](int top) {
-        const std::int16_t set = state_.ChannelInfo[channel].volume;
-        return knobValue(set, channelVolumeTop(set), top, channelVolumeAt(top));
-    };
-    auto* slider = new Slider(this,
-                              {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + kStripStep * channel, kVolumeKnob,
-                               kChannelVolumeTrack.last},
-                              Accent::song, {value, number});
-    slider->setObjectName(QStringLiteral("vol%1").arg(channel));
-    connect(slider, &Slider::moved, this, [this, channel](int top) { setVolume(channel, channelVolumeAt(top), true); });
-    connect(slider, &Slider::resetWanted, this, [this, channel] { setVolume(channel, kNeutralVolume, true); });
-    addReset(slider);
-    vol_[static_cast<std::size_t>(channel)] = slider;
+    return slider;
 }
 
 void frmChann::addReset(Slider* slider) {
@@ -150,20 +137,13 @@ std::array<QWidget*, 4> frmChann::strip(std::int16_t channel) const {
 void frmChann::onoff_Click(std::int16_t channel) {
     const auto c = static_cast<std::size_t>(channel);
     const bool on = onoff_[c]->isChecked();
-    setVolume(channel, on ? switchedOnVolumeAt(vol_[c]->position()) : std::int16_t{0}, on);
+    setVolume(channel, static_cast<std::int16_t>(on ? kSwitchedOnVolumeScale(vol_[c]->position()) : 0), on);
 }
 
 // A knob that is moved is heard, so its channel is on again.
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
-    guarded(dialogs_, [&] {
-        channels_.setChannelVolume(channel, volume);
-        state_.ChannelInfo[channel].switchedOn = on ? -1 : 0;
-    });
+    guarded(dialogs_, [&] { channels_.switchChannel(channel, volume, on); });
     onoff_[static_cast<std::size_t>(channel)]->setChecked(on);
-}
-
-void frmChann::setBalance(std::int16_t channel, std::int16_t balance) {
-    guarded(dialogs_, [&] { channels_.setChannelBalance(channel, balance); });
 }
 
 void frmChann::ins_DblClick(std::int16_t channel) {
@@ -206,10 +186,10 @@ void frmChann::showStrip(std::int16_t channel) {
     showInstrument(channel, toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionName : row.instrument)));
     // The volume of a channel that is off is 0: its knob stays where it will be switched on again.
     if (row.switchedOn != 0)
-        vol_[c]->setPosition(channelVolumeTop(row.volume));
+        vol_[c]->setPosition(kChannelVolumeScale.positionOf(row.volume));
     else if (onoff_[c]->isChecked())
-        vol_[c]->setPosition(channelVolumeTop(state_.InitialChannel[channel].volume));
-    bl_[c]->setPosition(channelBalanceLeft(channel, row.balance));
+        vol_[c]->setPosition(kChannelVolumeScale.positionOf(state_.InitialChannel[channel].volume));
+    bl_[c]->setPosition(channelBalanceScale(channel).positionOf(row.balance));
     onoff_[c]->setChecked(row.switchedOn != 0);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <vector>
 
 #include "controls/Ed_Button.h"
@@ -15,6 +16,7 @@
 #include "midi/frm_strip_parts.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
+#include "state/scale.h"
 
 namespace melvane {
 
@@ -49,13 +51,13 @@ protected:
 
 private:
     void addStrip(std::int16_t channel);
-    void addVolume(std::int16_t channel);
-    void addBalance(std::int16_t channel);
+    // `set`: the exact value. The knob gives `change` the value of its position, or the neutral one.
+    Slider* addKnob(const char* name, std::int16_t channel, const SliderPlace& place, const Scale& scale,
+                    std::int16_t ChannelSettings::*set, std::int16_t neutral, std::function<void(std::int16_t)> change);
     void addReset(Slider* slider);
     std::array<QWidget*, 4> strip(std::int16_t channel) const;
     void onoff_Click(std::int16_t channel);
     void setVolume(std::int16_t channel, std::int16_t volume, bool on);
-    void setBalance(std::int16_t channel, std::int16_t balance);
     void ins_DblClick(std::int16_t channel);
     void showInstrument(std::int16_t channel, const QString& name);
     void showStrip(std::int16_t channel);

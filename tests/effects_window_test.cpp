@@ -2,7 +2,6 @@
 #include <QListWidget>
 #include <QPushButton>
 
-#include "effects/effect_knobs.h"
 #include "effects/frmEff.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
@@ -48,72 +47,70 @@ struct EffectsFixture : testing::Test {
     }
 };
 
-TEST_F(EffectsFixture, KnobsStandForValues) {
-    struct Step {
-        const char* knob;
-        int to;
-        int value;
-        std::function<int()> stored;
-    };
+struct Knob {
+    const char* name;
+    int to;
+    int value;
+    int neutral;
+    std::function<int()> stored;
+};
+
+TEST_F(EffectsFixture, KnobsAreStoredAndInARunHeardTooUntilADoubleClickTakesThemBack) {
     const auto tone = [this](std::size_t i) { return [this, i] { return int{settings.toneValue[i]}; }; };
     const auto balance = [this](std::size_t i) { return [this, i] { return settings.balanceValue[i]; }; };
     const auto level = [this](std::size_t i) { return [this, i] { return int{settings.EffectState[i].level}; }; };
-    const Step steps[] = {
-        {"eq_song0", 0, 0, tone(0)},    {"eq_song0", 500, 100, tone(0)}, {"eq_song1", 70, 0, tone(1)},
-        {"eq_song1", 73, 5, tone(1)},   {"eq_song2", 130, 100, tone(2)}, {"eq_song3", 71, 2, tone(3)},
-        {"eq_song3", 100, 50, tone(3)}, {"bal0", 500, 100, balance(0)},  {"bal0", 0, -100, balance(0)},
-        {"bal0", 281, 12, balance(0)},  {"bal0", 289, 38, balance(0)},   {"bal0", 277, 0, balance(0)},
-        {"bal1", 500, 103, balance(1)}, {"bal1", 0, -100, balance(1)},   {"ef1", 500, 100, level(0)},
-        {"ef2", 98, 1, level(1)},       {"ef3", 172, 75, level(2)},      {"ef4", 500, 100, level(3)},
-        {"ef4", 0, 0, level(3)},
+    const Knob knobs[] = {
+        {"eq_song0", 0, 0, 50, tone(0)},  {"eq_song1", 73, 5, 50, tone(1)}, {"eq_song2", 500, 100, 50, tone(2)},
+        {"eq_song3", 71, 2, 50, tone(3)}, {"bal0", 281, 12, 0, balance(0)}, {"bal1", 500, 103, 0, balance(1)},
+        {"ef1", 151, 54, 0, level(0)},    {"ef2", 100, 3, 0, level(1)},     {"ef3", 172, 75, 0, level(2)},
+        {"ef4", 116, 19, 0, level(3)},
     };
-    for (const auto& [knob, to, value, stored] : steps) {
-        drag(slider(knob), to);
-        EXPECT_EQ(stored(), value) << knob << " " << to;
-    }
-    const std::array parameters = {0, 0, 75, 0};
-    for (std::size_t i = 0; i < parameters.size(); ++i) EXPECT_EQ(settings.EffectState[i].parameter, parameters[i]);
-    EXPECT_TRUE(library.calls.empty()) << "no run";
-}
-
-TEST_F(EffectsFixture, IsHeardAtOnceInARun) {
+    const auto heard = [this](const std::function<void()>& action) {
+        const auto effects = library.effects;
+        library.calls.clear();
+        action();
+        return library.effects != effects || !library.calls.empty();
+    };
+    const auto moveAll = [&](bool inARun) {
+        for (const auto& [name, to, value, neutral, stored] : knobs) {
+            EXPECT_EQ(heard([&] { drag(slider(name), to); }), inARun) << name;
+            EXPECT_EQ(stored(), value) << name;
+        }
+        const std::array parameters = {10, 1, 75, 1};
+        for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(settings.EffectState[i].parameter, parameters[i]);
+        for (const auto& [name, to, value, neutral, stored] : knobs) {
+            EXPECT_EQ(heard([&] { doubleClick(slider(name)); }), inARun) << name;
+            EXPECT_EQ(stored(), neutral) << name;
+        }
+    };
+    moveAll(false);
     run.backgroundChannel = 100;
     run.vocalChannel = 101;
     chain.PrepareEffects();
     run.isMixing = true;
-    const auto changes = [this](const std::function<void()>& action) {
-        const auto effects = library.effects;
-        const auto calls = library.calls.size();
-        action();
-        return library.effects != effects || library.calls.size() > calls;
-    };
-    for (const char* knob : {"eq_song0", "eq_song1", "eq_song2", "eq_song3"})
-        EXPECT_TRUE(changes([&] { drag(slider(knob), 0); })) << knob;
-    for (const char* knob : {"bal0", "bal1", "ef1", "ef2", "ef3", "ef4"})
-        EXPECT_TRUE(changes([&] { drag(slider(knob), 150); })) << knob;
-    EXPECT_TRUE(changes([&] {
-        clickPreset();
-        clickAt(*window, rowAt(3));
-    }));
-    const auto flips = [&](const char* name) {
-        return changes([&] { clickAt(*window, find<Switch>(*window, name).geometry().center()); });
-    };
-    for (const char* name : {"efo1", "efo2", "efo3", "efo4"}) {
-        flips(name);  // on, as it is since its knob was moved
-        EXPECT_TRUE(flips(name)) << name;
-    }
-    EXPECT_FALSE(flips("efo5"));
-}
+    moveAll(true);
+    drag(slider("bal1"), 418);
+    EXPECT_EQ(library.calls.back(), "BASS_ChannelSetAttributes 101 44100 100 100");
 
-TEST_F(EffectsFixture, DoubleClicksTakeEverythingBackToNeutral) {
-    settings.toneValue = {0, 100, 49, 51};
-    settings.balanceValue = {100, 1};
-    for (EffectSwitch& effect : settings.EffectState) effect.level = 60;
-    window->SetEffects();
-    for (auto* knob : window->findChildren<Slider*>()) doubleClick(*knob);
-    EXPECT_EQ(settings.toneValue, (std::array<std::int16_t, 4>{50, 50, 50, 50}));
-    EXPECT_EQ(settings.balanceValue, (std::array<std::int32_t, 2>{0, 0}));
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(settings.EffectState[i].level, 0);
+    const auto heardIn = [&](const char* name) {
+        return heard([&] { clickAt(*window, find<QWidget>(*window, name).geometry().center()); });
+    };
+    drag(slider("ef1"), 500);  // at its lowest it is as silent as off
+    for (const char* name : {"efo1", "efo2", "efo3", "efo4"}) {
+        heardIn(name);  // on, as it is since its knob was moved
+        EXPECT_TRUE(heardIn(name)) << name;
+    }
+    EXPECT_FALSE(heardIn("efo5"));
+
+    midiLines.OpenMixer();
+    run.isMidiBackground = true;
+    EXPECT_FALSE(heard([&] {
+        for (const char* name : {"eq_song0", "eq_song1", "bal0"}) drag(slider(name), 0);
+    })) << "the song is the synthesiser's";
+    const std::vector<std::uint32_t> left{32767, 0};
+    EXPECT_EQ(systemMixer.values[MIXERCONTROL_CONTROLTYPE_BASS][0], 65535U);
+    EXPECT_EQ(systemMixer.values[MIXERCONTROL_CONTROLTYPE_TREBLE][0], 65535U);
+    EXPECT_EQ(systemMixer.values[MIXERCONTROL_CONTROLTYPE_VOLUME], left);
 }
 
 TEST_F(EffectsFixture, BalancesShowTheirDistanceAsANumberAndInRed) {
@@ -122,9 +119,11 @@ TEST_F(EffectsFixture, BalancesShowTheirDistanceAsANumberAndInRed) {
         int to;
         const char* readout;
         int red;
-    } cases[] = {{"bal0", 277, "0.0", 0},     {"bal0", 278, "0.3", 8},    {"bal0", 0, "-10.0", 255},
-                 {"bal0", 309, "10.0", 255},  {"bal0", 246, "-9.7", 248}, {"bal1", 419, "10.3", 255},
-                 {"bal1", 354, "-10.0", 255}, {"bal1", 370, "-5.0", 128}};
+    } cases[] = {{"bal0", 278, "0.3", 8},
+                 {"bal0", 277, "0.0", 0},
+                 {"bal0", 246, "-9.7", 248},
+                 {"bal1", 354, "-10.0", 255},
+                 {"bal1", 419, "10.3", 255}};
     for (const auto& [knob, to, readout, red] : cases) {
         drag(slider(knob), to);
         const std::string number(1, knob[3]);
@@ -138,10 +137,8 @@ TEST_F(EffectsFixture, SwitchesFlipTheirFlag) {
         const auto name = "efo" + std::to_string(n);
         auto& flip = find<Switch>(*window, name.c_str());
         const std::int16_t& enabled = settings.EffectState[static_cast<std::size_t>(n - 1)].enabled;
-        const QImage off = flip.grab().toImage();
         clickAt(*window, flip.geometry().topLeft() + QPoint(1, 1));
         EXPECT_EQ(enabled, -1);
-        EXPECT_NE(flip.grab().toImage(), off);
         for (const auto key : {Qt::Key_Space, Qt::Key_Return}) {
             const auto before = enabled;
             QTest::keyClick(window->windowHandle(), key);
@@ -184,8 +181,7 @@ TEST_F(EffectsFixture, PresetsByMouse) {
     EXPECT_EQ(preset(), "NORMAL");
     EXPECT_FALSE(list().isVisible());
     EXPECT_EQ(list().count(), 14);
-    const std::pair<int, const char*> cases[] = {
-        {0, "NORMAL"}, {6, "PARTY"}, {7, "POP"}, {12, "SOFT ROCK"}, {13, "TECHNO!"}};
+    const std::pair<int, const char*> cases[] = {{0, "NORMAL"}, {6, "PARTY"}, {7, "POP"}, {13, "TECHNO!"}};
     for (const auto& [row, name] : cases) {
         clickPreset();
         EXPECT_EQ(QWidget::mouseGrabber(), list().viewport());
@@ -196,9 +192,8 @@ TEST_F(EffectsFixture, PresetsByMouse) {
         EXPECT_EQ(preset(), name);
     }
     const QRect area = list().geometry();
-    for (const QPoint outside :
-         {area.topLeft() - QPoint(1, 0), area.topLeft() - QPoint(0, 1), area.bottomRight() + QPoint(1, 0),
-          area.bottomRight() + QPoint(0, 1), slider("eq_song0").geometry().center()}) {
+    for (const QPoint outside : {area.topLeft() - QPoint(1, 0), area.topLeft() - QPoint(0, 1),
+                                 area.bottomRight() + QPoint(1, 0), area.bottomRight() + QPoint(0, 1)}) {
         clickPreset();
         clickAt(*window, outside);
         EXPECT_FALSE(list().isVisible());

@@ -3,7 +3,6 @@
 #include <QSignalSpy>
 #include <set>
 
-#include "midi/channel_knobs.h"
 #include "midi/frmChann.h"
 #include "midi/frmMenu.h"
 #include "tests/fake_music.h"
@@ -15,20 +14,6 @@ namespace {
 
 using namespace melvane::test;
 using Words = std::vector<std::string>;
-
-TEST(ChannelKnobs, CutWhatLiesBehindThePoint) {
-    using Pairs = std::vector<std::pair<int, int>>;
-    for (const auto& [top, value] : Pairs{{60, 128}, {61, 125}, {74, 98}, {120, 0}, {-9, 128}, {999, 0}})
-        EXPECT_EQ(channelVolumeAt(top), value) << top;
-    for (const auto& [top, value] : Pairs{{60, 129}, {61, 126}, {80, 86}, {100, 43}})
-        EXPECT_EQ(switchedOnVolumeAt(top), value) << top;
-    for (const auto& [value, top] : Pairs{{2, 120}, {3, 119}, {100, 74}, {127, 61}, {32767, 60}, {-1, 120}})
-        EXPECT_EQ(channelVolumeTop(static_cast<std::int16_t>(value)), top) << value;
-    for (const auto& [left, value] : Pairs{{32, 0}, {33, 7}, {40, 60}, {48, 120}, {0, 0}, {99, 120}})
-        EXPECT_EQ(channelBalanceAt(15, left + 375), value) << left;
-    for (const auto& [value, left] : Pairs{{7, 32}, {8, 33}, {64, 40}, {127, 48}, {-32768, 32}})
-        EXPECT_EQ(channelBalanceLeft(3, static_cast<std::int16_t>(value)), left + 75) << value;
-}
 
 struct ChannelsFixture : testing::Test {
     FakeMusic music;

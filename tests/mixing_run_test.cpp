@@ -253,55 +253,44 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
     for (Handle i = 0; i < 4; ++i) EXPECT_EQ(fx[19 + i], EffectRecord(tones[i])) << i;
 
     EffectChain& effects = mixer.effects();
-    for (std::int16_t n = 1; n <= 4; ++n) effects.setEffectEnabled(n, false);
+    for (std::size_t i = 0; i < 4; ++i) effects.setEffectEnabled(i, false);
     EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -96}));
     EXPECT_EQ(fx[6], EffectRecord(EchoRecord{0, 0, 0, 0, 0}));
     EXPECT_EQ(fx[7], EffectRecord(ChorusRecord{0, 0, 0, 0, kWaveformSine, 20, 0}));
     EXPECT_EQ(fx[8], EffectRecord(FlangerRecord{0, 0, 0, 0, kWaveformSine, 0, 0}));
-    effects.setEffectLevel(1, 0);
+    effects.setEffectLevel(0, 0);
     EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -96})) << "a moved knob switches its effect on, at -96 dB";
-    effects.setEffectEnabled(5, true);
+    effects.setEffectEnabled(4, true);
     EXPECT_EQ(s.EffectState[4].enabled, -1);
     effects.ApplyPreset(14);
     EXPECT_EQ(s.currentPreset, 14);
     EXPECT_EQ(std::get<ParametricEqRecord>(fx[9]).fGain, 5) << "no such preset sets nothing";
-    effects.SetBassChannel(0);
-    effects.SetBassChannel(99);
-    s.toneValue[0] = 2000;
-    EXPECT_THROW(effects.SetBassChannel(2), OverflowError);
+    const auto before = fx;
+    for (const auto none : std::initializer_list<std::int16_t>{0, 5}) {
+        effects.EnableEffect(none);
+        effects.DisableEffect(none);
+    }
+    s.toneValue = {50, 50, 50, 2000};
+    for (const Handle none : {0U, 99U}) effects.SetBassChannel(none);
+    EXPECT_EQ(fx, before);
+    effects.SetTrebleChannel(2);
+    effects.SetBassChannel(2);
+    for (const Handle i : {19U, 20U}) EXPECT_EQ(std::get<ParametricEqRecord>(fx[i]).fGain, 0);
+    EXPECT_THROW(effects.SetTrebleChannel(3), OverflowError);
 }
 
 TEST_F(MixingRunFixture, OutsideARunChangesAreOnlyStored) {
     mixer.effects().ApplyPreset(7);
     mixer.effects().setTone(1, 30);
     mixer.effects().setBalance(0, -40);
-    mixer.effects().setEffectEnabled(2, true);
-    mixer.effects().setEffectLevel(4, 95);
-    mixer.sliders().moveVolume(1, 94);
-    mixer.sliders().moveSync(96);
-    mixer.sliders().moveSync(94);
+    mixer.effects().setEffectEnabled(1, true);
+    mixer.effects().setEffectLevel(3, 95);
+    mixer.sliders().setVolume(1, 50);
+    mixer.sliders().setSync(-0.04F);
     EXPECT_TRUE(library.calls.empty());
     EXPECT_EQ(mixer.settings().EffectState[3].parameter, 9);
     EXPECT_EQ(mixer.settings().volume[1], 50);
-    EXPECT_FLOAT_EQ(mixer.run().syncOffset, -0.04F) << "the centre leaves the offset as it was";
-}
-
-TEST(MainSliders, PixelsAndValues) {
-    const struct {
-        int top;
-        int volume;
-    } volumes[] = {{0, 100}, {64, 100}, {65, 98}, {94, 50}, {95, 48}, {123, 1}, {124, 0}, {200, 0}};
-    for (const auto& c : volumes) EXPECT_EQ(volumeAt(c.top), c.volume) << c.top;
-    for (const int top : {64, 94, 124}) EXPECT_EQ(volumeTop(volumeAt(top)), top);
-    EXPECT_EQ(volumeTop(33), 105);
-    EXPECT_EQ(keyAt(308), -5.0);
-    EXPECT_EQ(keyAt(372), 5.0);
-    EXPECT_EQ(keyAt(340), 0.0);
-    EXPECT_DOUBLE_EQ(keyAt(341), 0.15625);
-    EXPECT_EQ(keyLeft(-2.5), 324);
-    EXPECT_FLOAT_EQ(syncAt(64, 0), 0.6F);
-    EXPECT_FLOAT_EQ(syncAt(124, 0), -0.6F);
-    EXPECT_EQ(syncTop(0.04F), 92);
+    EXPECT_EQ(mixer.run().syncOffset, -0.04F);
 }
 
 TEST_F(MixingRunFixture, DetectsTheMixDeviceByNameAndType) {

@@ -1,8 +1,13 @@
-// Rules without windows and sound: file names, words, the choice of files, the command line.
+// Rules without windows and sound: file names, words, knobs, the choice of files, the command line.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
+#include "app/main_knobs.h"
 #include "app/source_files.h"
 #include "audio/modAudio.h"
+#include "effects/effect_knobs.h"
+#include "midi/channel_knobs.h"
 #include "state/errors.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
@@ -43,6 +48,47 @@ TEST(ModAudio, PacksWords) {
     EXPECT_EQ(LoWord(0x56781234), 0x1234U);
     EXPECT_THROW(MakeLong(0, 0x8000), OverflowError);
     EXPECT_EQ(AnsiToString(nullptr), "");
+}
+
+TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {
+    using Pairs = std::vector<std::pair<double, double>>;
+    const struct {
+        const char* name;
+        Scale scale;
+        Pairs valuesAt;
+        Pairs positionsOf;
+    } knobs[] = {
+        {"volume",
+         kVolumeScale,
+         {{64, 100}, {65, 98}, {94, 50}, {95, 48}, {123, 1}, {124, 0}},
+         {{100, 64}, {33, 105}, {0, 124}}},
+        {"key", kKeyScale, {{308, -5}, {340, 0}, {341, 0.15625}, {372, 5}}, {{-5, 308}, {-2.5, 324}, {0.15625, 341}}},
+        {"sync", kSyncScale, {{64, 0.6}, {93, 0.02}, {94, 0}, {124, -0.6}}, {{0.04F, 92}, {0, 94}, {-0.6F, 124}}},
+        {"level", kLevelScale, {{97, 0}, {197, 100}}, {{0, 97}, {60, 157}}},
+        {"tone", kToneScale, {{70, 0}, {71, 2}, {73, 5}, {100, 50}, {130, 100}}, {{49, 99}, {1, 71}, {100, 130}}},
+        {"balance", balanceScale(0), {{245, -100}, {277, 0}, {281, 12}, {289, 38}, {309, 100}}, {{-50, 261}}},
+        {"vocal balance", balanceScale(1), {{354, -100}, {386, 0}, {419, 103}}, {{103, 419}}},
+        {"read-out", balanceReadout(1), {{370, -5}, {386, 0}, {419, 10.3125}}, {}},
+        {"channel volume",
+         kChannelVolumeScale,
+         {{60, 128}, {61, 125}, {74, 98}, {120, 0}},
+         {{2, 120}, {3, 119}, {100, 74}, {127, 61}}},
+        {"switched on", kSwitchedOnVolumeScale, {{60, 129}, {61, 126}, {80, 86}, {100, 43}, {120, 0}}, {}},
+        {"channel balance",
+         channelBalanceScale(15),
+         {{407, 0}, {408, 7}, {415, 60}, {423, 120}},
+         {{7, 407}, {8, 408}, {64, 415}, {127, 423}}},
+    };
+    for (const auto& knob : knobs) {
+        for (const auto& [position, value] : knob.valuesAt) {
+            EXPECT_DOUBLE_EQ(knob.scale(static_cast<int>(position)), value) << knob.name << " at " << position;
+            EXPECT_EQ(std::signbit(knob.scale(static_cast<int>(position))), value < 0) << "no -0 is shown";
+        }
+        for (const auto& [value, position] : knob.positionsOf)
+            EXPECT_EQ(knob.scale.positionOf(value), position) << knob.name << " for " << value;
+    }
+    EXPECT_EQ(syncAt(94, -0.04F), -0.04F) << "the centre leaves the offset as it was";
+    EXPECT_EQ(syncAt(96, 0.5F), -0.04F);
 }
 
 struct SourceFilesFixture : testing::Test {

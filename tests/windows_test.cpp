@@ -7,6 +7,7 @@
 
 #include "app/MixerStart.h"
 #include "app/frmMain.h"
+#include "app/main_knobs.h"
 #include "app/run_messages.h"
 #include "desktop/registry_file.h"
 #include "tests/fake_audio_library.h"
