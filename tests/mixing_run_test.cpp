@@ -279,20 +279,6 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
     EXPECT_THROW(effects.SetTrebleChannel(3), OverflowError);
 }
 
-TEST_F(MixingRunFixture, OutsideARunChangesAreOnlyStored) {
-    mixer.effects().ApplyPreset(7);
-    mixer.effects().setTone(1, 30);
-    mixer.effects().setBalance(0, -40);
-    mixer.effects().setEffectEnabled(1, true);
-    mixer.effects().setEffectLevel(3, 95);
-    mixer.sliders().setVolume(1, 50);
-    mixer.sliders().setSync(-0.04F);
-    EXPECT_TRUE(library.calls.empty());
-    EXPECT_EQ(mixer.settings().EffectState[3].parameter, 9);
-    EXPECT_EQ(mixer.settings().volume[1], 50);
-    EXPECT_EQ(mixer.run().syncOffset, -0.04F);
-}
-
 TEST_F(MixingRunFixture, DetectsTheMixDeviceByNameAndType) {
     const struct {
         Inputs inputs;

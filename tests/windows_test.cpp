@@ -241,12 +241,9 @@ TEST_F(WindowFixture, SlidersStandForValues) {
         std::function<double()> stored;
         const char* shown;  // of the key
     } steps[] = {
-        {"volm0", 94, 50, volume(0), "0"}, {"volm0", 500, 0, volume(0), "0"},   {"volm0", 0, 100, volume(0), "0"},
-        {"volm0", 65, 98, volume(0), "0"}, {"volm1", 124, 0, volume(1), "0"},   {"volm1", 64, 100, volume(1), "0"},
-        {"snc", 96, -0.04, sync, "0"},     {"snc", 94, -0.04, sync, "0"},       {"snc", 0, 0.6, sync, "0"},
-        {"snc", 500, -0.6, sync, "0"},     {"tone", 0, -5, key, "-5.0"},        {"tone", 500, 5, key, "+5.0"},
-        {"tone", 356, 2.5, key, "+2.5"},   {"tone", 341, 1 / 6.4, key, "+0.2"}, {"tone", 340, 0, key, "0"},
-        {"tone", 308, -5, key, "-5.0"},
+        {"volm0", 65, 98, volume(0), "0"},   {"volm1", 500, 0, volume(1), "0"}, {"snc", 96, -0.04, sync, "0"},
+        {"snc", 94, -0.04, sync, "0"},       {"snc", 500, -0.6, sync, "0"},     {"tone", 500, 5, key, "+5.0"},
+        {"tone", 341, 1 / 6.4, key, "+0.2"}, {"tone", 340, 0, key, "0"},        {"tone", 0, -5, key, "-5.0"},
     };
     for (const auto& [slider, to, value, stored, shown] : steps) {
         drag(find(window, slider), to);
