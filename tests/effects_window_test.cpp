@@ -63,7 +63,7 @@ TEST_F(EffectsFixture, KnobsAreStoredAndInARunHeardTooUntilADoubleClickTakesThem
         {"eq_song0", 0, 0, 50, tone(0)},  {"eq_song1", 73, 5, 50, tone(1)}, {"eq_song2", 500, 100, 50, tone(2)},
         {"eq_song3", 71, 2, 50, tone(3)}, {"bal0", 281, 12, 0, balance(0)}, {"bal1", 500, 103, 0, balance(1)},
         {"ef1", 151, 54, 0, level(0)},    {"ef2", 100, 3, 0, level(1)},     {"ef3", 172, 75, 0, level(2)},
-        {"ef4", 116, 19, 0, level(3)},
+        {"ef4", 500, 100, 0, level(3)},
     };
     const auto heard = [this](const std::function<void()>& action) {
         const auto effects = library.effects;
@@ -76,7 +76,7 @@ TEST_F(EffectsFixture, KnobsAreStoredAndInARunHeardTooUntilADoubleClickTakesThem
             EXPECT_EQ(heard([&] { drag(slider(name), to); }), inARun) << name;
             EXPECT_EQ(stored(), value) << name;
         }
-        const std::array parameters = {10, 1, 75, 1};
+        const std::array parameters = {10, 1, 75, 10};
         for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(settings.EffectState[i].parameter, parameters[i]);
         for (const auto& [name, to, value, neutral, stored] : knobs) {
             EXPECT_EQ(heard([&] { doubleClick(slider(name)); }), inARun) << name;
@@ -107,6 +107,7 @@ TEST_F(EffectsFixture, KnobsAreStoredAndInARunHeardTooUntilADoubleClickTakesThem
     EXPECT_FALSE(heard([&] {
         for (const char* name : {"eq_song0", "eq_song1", "bal0"}) drag(slider(name), 0);
     })) << "the song is the synthesiser's";
+    EXPECT_TRUE(heard([&] { drag(slider("eq_song2"), 0); }));
     const std::vector<std::uint32_t> left{32767, 0};
     EXPECT_EQ(systemMixer.values[MIXERCONTROL_CONTROLTYPE_BASS][0], 65535U);
     EXPECT_EQ(systemMixer.values[MIXERCONTROL_CONTROLTYPE_TREBLE][0], 65535U);
