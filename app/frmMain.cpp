@@ -10,16 +10,15 @@
 #include <QThread>
 #include <QUrl>
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 #include "app/run_messages.h"
 #include "audio/modAudio.h"
+#include "base/paths.h"
 #include "controls/control_name.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "state/guarded.h"
-#include "state/text_path.h"
 
 namespace melvane {
 
@@ -50,11 +49,6 @@ constexpr std::array kBrowseEntries = {LangEntry::browseBackground, LangEntry::b
 constexpr std::array kRowTexts = {OwnText::karaokeBackground, OwnText::vocalRecording, OwnText::mixingDestination};
 constexpr std::array kEmptyTexts = {OwnText::dropSongHere, OwnText::dropVoiceHere, OwnText::dropDestinationHere};
 constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
-
-bool fileExists(const std::string& path) {
-    std::error_code error;
-    return !path.empty() && std::filesystem::is_regular_file(toPath(path), error);
-}
 
 }  // namespace
 
@@ -194,7 +188,7 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
     std::vector<std::string> ordered = paths;
     // A song may bring a voice, and empties the destination.
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
-        return fileExists(path) ? int{lowerCase(GetFileExtension(path)) == "wav"} : 2;
+        return isFile(path) ? int{lowerCase(GetFileExtension(path)) == "wav"} : 2;
     });
     std::vector<std::string> taken;
     withButtonsOff([&] {
@@ -202,7 +196,7 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
             if (!mixer_.sourceFiles().take(path))
                 environment_.dialogs.messageBox(environment_.language.ownText(OwnText::cannotUseFile, path),
                                                 kProductCaption, BoxIcon::information, BoxButtons::ok);
-            else if (fileExists(path))
+            else if (isFile(path))
                 taken.push_back(path);
         }
     });
@@ -239,7 +233,7 @@ void frmMain::listen() {
 }
 
 bool frmMain::canListen() const {
-    return !isRunning() && fileExists(mixer_.run().lastMixPath);
+    return !isRunning() && isFile(mixer_.run().lastMixPath);
 }
 
 void frmMain::Timer1_Timer() {

@@ -10,7 +10,7 @@
 
 #include "app/source_files.h"
 #include "audio/modAudio.h"
-#include "state/text_path.h"
+#include "base/paths.h"
 
 namespace melvane {
 
@@ -48,11 +48,6 @@ std::int64_t toFrames(std::uint64_t bytes) {
 
 std::int64_t toFrames(double seconds) {
     return std::llround(seconds * kSampleRate);
-}
-
-bool isFile(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(toPath(path), error);
 }
 
 // Puts a file there that holds one empty line. False when that cannot be written, or something else than a file

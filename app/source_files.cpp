@@ -4,7 +4,7 @@
 
 #include "app/run_messages.h"
 #include "audio/modAudio.h"
-#include "state/text_path.h"
+#include "base/paths.h"
 
 namespace melvane {
 
@@ -68,7 +68,7 @@ bool SourceFiles::take(const std::string& path) {
     const std::string extension = lowerCase(GetFileExtension(path));
     std::error_code error;
     const bool isFolder = fs::is_directory(toPath(path), error);
-    if (!isFolder && !fs::is_regular_file(toPath(path), error)) return false;
+    if (!isFolder && !isFile(path)) return false;
     if (isFolder) {
         if (fields_.background.empty()) return BR_Click(2), true;
         fields_.destination = proposedDestination(path + "/" + fileName(fields_.background));

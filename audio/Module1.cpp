@@ -6,6 +6,7 @@ namespace melvane {
 
 namespace {
 
+// A published value without meaning here: not one of its bits asks for 8-bit or floating-point samples.
 constexpr std::uint32_t kCaptureFlags = 32;
 
 // The captured data reaches the encoder by itself; the callback only tells whether to go on.

@@ -6,6 +6,7 @@ namespace melvane {
 
 namespace {
 
+// What an effect is given whatever its level.
 constexpr float kSilent = -96;     // dB
 constexpr float kEchoDelay = 266;  // ms
 constexpr float kChorusDelay = 20;

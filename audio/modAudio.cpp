@@ -70,6 +70,7 @@ std::string lowerCase(std::string text) {
 
 bool isMidiFile(const std::string& path) {
     const std::string extension = lowerCase(GetFileExtension(path));
+    // "midi", by its last letters.
     return extension == "kar" || extension == "mid" || extension.ends_with("idi");
 }
 

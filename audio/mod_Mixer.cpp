@@ -11,6 +11,7 @@ namespace melvane {
 namespace {
 
 constexpr const char* kNoMixer = "Couldn't open the mixer please check if a audio mixer is installed then retry.";
+// Bytes of the records, as the interface wants them: see platform/system_mixer.h.
 constexpr std::uint32_t kLineSize = 168;
 constexpr std::uint32_t kLineControlsSize = 24;
 constexpr std::uint32_t kControlSize = 148;

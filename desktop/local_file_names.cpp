@@ -9,18 +9,11 @@
 #include <filesystem>
 #include <system_error>
 
+#include "base/paths.h"
+
 namespace melvane {
 
 namespace {
-
-std::filesystem::path toPath(const std::string& text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
-}
-
-std::string toText(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
 
 constexpr int kProgramsAtOnce = 64;
 

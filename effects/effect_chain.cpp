@@ -12,8 +12,7 @@ namespace {
 
 constexpr std::int32_t kEffectPriority = 1;
 constexpr std::int32_t kBandPriority = 0;
-constexpr float kBandwidth = 18;                          // semitones
-constexpr std::array<float, 2> kToneCentres{125, 12000};  // Hz, bass and treble
+constexpr float kBandwidth = 18;  // semitones
 
 }  // namespace
 
@@ -94,9 +93,9 @@ void EffectChain::ApplyPreset(std::int16_t index) {
 }
 
 void EffectChain::setToneBand(std::size_t index) {
-    library_.BASS_FXSetParameters(toneFx_[index],
-                                  ParametricEqRecord{kToneCentres[index % 2], kBandwidth,
-                                                     static_cast<float>(toneGain(settings_.toneValue[index]))});
+    ParametricEqRecord band = kToneBands[index % 2];
+    band.fGain = static_cast<float>(toneGain(settings_.toneValue[index]));
+    library_.BASS_FXSetParameters(toneFx_[index], band);
 }
 
 void EffectChain::setToneOf(Handle channel, std::size_t corner) {

@@ -1,16 +1,15 @@
-// The audio library: handles, and what stands behind them.
+// The audio library: its interface in terms of the parts.
 #pragma once
 
 #include <memory>
-#include <mutex>
-#include <unordered_map>
+#include <string>
+#include <vector>
 
-#include "engine/capture/capture.h"
 #include "engine/capture/recording_inputs.h"
 #include "engine/device/mixing_thread.h"
 #include "engine/device/sound_server.h"
 #include "engine/graph/card.h"
-#include "engine/graph/tempo_source.h"
+#include "engine/handle_table.h"
 #include "engine/waveform_scans.h"
 #include "platform/audio_library.h"
 
@@ -73,26 +72,11 @@ public:
     EncoderState encoderState(Handle handle) const override;
 
 private:
-    // What a handle stands for: a decoding source, a playable channel over one (with its key where it is a
-    // tempo stream), an effect, or a capture.
-    struct Entry {
-        std::shared_ptr<PcmSource> decoding;
-        std::shared_ptr<Channel> channel;
-        std::shared_ptr<TempoSource> tempo;
-        std::shared_ptr<Effect> effect;
-        std::vector<Handle> freedWithIt;
-        std::uint32_t volume = 100;
-        std::int32_t pan = 0;
-        std::shared_ptr<Capture> capture;
-    };
-
+    // What a handle stands for; null when it stands for something else.
+    std::shared_ptr<Channel> channelOf(Handle handle) const { return handles_.find<Playback>(handle).channel; }
+    Recording captureOf(Handle handle) const { return handles_.find<Recording>(handle); }
     // The words of a command line with its program as an absolute path; none when there is no such program.
     std::vector<std::string> encoderWords(const char* commandLine) const;
-    Handle keep(Entry entry);
-    // The entry of a handle; an empty one when there is none.
-    Entry find(Handle handle) const;
-    void forget(Handle handle);
-    void forgetFinishedCaptures();
 
     const AudioLibraryOptions options_;
     const std::shared_ptr<SoundServer> server_ = std::make_shared<SoundServer>();
@@ -102,11 +86,7 @@ private:
     WaveformScans scans_;
     std::vector<float> stepBlock_;
     bool initialised_ = false;
-
-    // The capture callback asks for its encoder on the capture thread, and files are opened on others.
-    mutable std::mutex entriesMutex_;
-    std::unordered_map<Handle, Entry> entries_;
-    Handle lastHandle_ = 0;
+    HandleTable handles_;
 };
 
 }  // namespace melvane::engine

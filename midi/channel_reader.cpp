@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "midi/file_bytes.h"
+#include "platform/music_performance.h"
 
 namespace melvane {
 
@@ -78,8 +79,8 @@ void readChannel(std::string_view bytes, std::int16_t c, ChannelSettings& channe
     if (bytes.find(status(0x90, c)) == std::string_view::npos) return;
     channel.channelNumber = static_cast<std::int16_t>(c + 1);
     const char program[] = {status(0xC0, c)};
-    const char volume[] = {status(0xB0, c), 7};
-    const char balance[] = {status(0xB0, c), 10};
+    const char volume[] = {status(kControlChange, c), kVolumeController};
+    const char balance[] = {status(kControlChange, c), kBalanceController};
     readInstrument({bytes, {program, sizeof program}}, channel);
     readVolume({bytes, {volume, sizeof volume}}, channel);
     readBalance({bytes, {balance, sizeof balance}}, channel);

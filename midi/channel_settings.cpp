@@ -10,9 +10,6 @@ namespace {
 
 constexpr std::int16_t kTrue = -1;
 constexpr std::int16_t kUnused = -1;
-constexpr std::uint8_t kControlChange = 0xB0;
-constexpr std::uint8_t kVolumeController = 7;
-constexpr std::uint8_t kBalanceController = 10;
 constexpr std::int64_t kVolumeTime = 10;
 constexpr std::int32_t kVolumeStep = 42;  // hundredths of a decibel for each percent
 constexpr std::int32_t kSilence = -3000;

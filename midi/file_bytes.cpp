@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "state/text_path.h"
+#include "base/paths.h"
 
 namespace melvane {
 
@@ -13,10 +13,10 @@ constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 29;
 }
 
 std::string fileBytes(const std::string& fileName) {
+    if (!isFile(fileName)) throw FileError("This is no file: " + fileName);
     const auto path = toPath(fileName);
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) throw FileError("This is no file: " + fileName);
     std::ifstream file(path, std::ios::binary);
+    std::error_code error;
     const auto size = std::filesystem::file_size(path, error);
     if (!file || error || size > kLargestFile) throw FileError("This file can't be read: " + fileName);
 

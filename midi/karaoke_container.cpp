@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/paths.h"
 #include "midi/file_bytes.h"
 #include "state/errors.h"
 #include "state/numbers.h"
-#include "state/text_path.h"
 
 namespace melvane {
 
@@ -27,7 +27,7 @@ constexpr std::size_t kValuesAt = 5;
 // Nothing but a plain file is ever deleted.
 void removeFile(const std::string& fileName) {
     std::error_code error;
-    if (fs::is_regular_file(toPath(fileName), error)) fs::remove(toPath(fileName), error);
+    if (isFile(fileName)) fs::remove(toPath(fileName), error);
 }
 
 // Half a file is never left behind.

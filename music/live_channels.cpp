@@ -42,8 +42,8 @@ void LiveChannels::keep(const LiveMessage& message) {
 void LiveChannels::keepShort(const ShortMessage& message) {
     if ((message.status & 0xF0) != kControlChange) return;
     Channel& channel = channels_[message.status & 0x0F];
-    if (message.data1 == kVolume) channel.volume = message.data2;
-    if (message.data1 == kBalance) channel.balance = message.data2;
+    if (message.data1 == kVolumeController) channel.volume = message.data2;
+    if (message.data1 == kBalanceController) channel.balance = message.data2;
 }
 
 bool LiveChannels::overrides(const SongEvent& event) const {
@@ -55,11 +55,11 @@ bool LiveChannels::overrides(const SongEvent& event) const {
         case kBankHigh:
         case kBankLow:
             return channel.patch.has_value();
-        case kVolume:
-        case kVolume + kFine:
+        case kVolumeController:
+        case kVolumeController + kFine:
             return channel.volume.has_value();
-        case kBalance:
-        case kBalance + kFine:
+        case kBalanceController:
+        case kBalanceController + kFine:
             return channel.balance.has_value();
         default:
             return false;
@@ -70,8 +70,8 @@ void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame, int index) c
     const Channel& channel = channels_[static_cast<std::size_t>(index)];
     const std::uint8_t control = withChannel(kControlChange, index);
     if (channel.patch) sendPatch(sink, frame, index, *channel.patch);
-    if (channel.volume) sink.send(frame, control, kVolume, *channel.volume);
-    if (channel.balance) sink.send(frame, control, kBalance, *channel.balance);
+    if (channel.volume) sink.send(frame, control, kVolumeController, *channel.volume);
+    if (channel.balance) sink.send(frame, control, kBalanceController, *channel.balance);
 }
 
 void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame) const {

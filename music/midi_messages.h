@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <span>
 
+#include "platform/music_performance.h"
+
 namespace melvane::music {
 
 inline constexpr int kChannels = 16;
 inline constexpr int kPercussion = 9;  // the channel
 
-// Status bytes, the channel in the low four bits.
+// Status bytes, the channel in the low four bits. The interface names kControlChange.
 inline constexpr std::uint8_t kNoteOff = 0x80;
 inline constexpr std::uint8_t kNoteOn = 0x90;
 inline constexpr std::uint8_t kKeyPressure = 0xA0;
-inline constexpr std::uint8_t kControlChange = 0xB0;
 inline constexpr std::uint8_t kProgramChange = 0xC0;
 inline constexpr std::uint8_t kChannelPressure = 0xD0;
 inline constexpr std::uint8_t kPitchBend = 0xE0;
@@ -22,10 +23,8 @@ inline constexpr std::uint8_t kSystemExclusive = 0xF0;
 // Behind the programs 0..127: the drums, on a channel of the synthesiser other than theirs.
 inline constexpr std::uint8_t kPercussionKit = 128;
 
-// Controllers.
+// Controllers beside those that the interface names.
 inline constexpr std::uint8_t kBankHigh = 0;
-inline constexpr std::uint8_t kVolume = 7;
-inline constexpr std::uint8_t kBalance = 10;
 inline constexpr std::uint8_t kFine = 32;  // added to a controller: the low seven bits of it
 inline constexpr std::uint8_t kBankLow = kBankHigh + kFine;
 inline constexpr std::uint8_t kSustain = 64;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/patience.h"
 #include "music/midi_port.h"
-#include "platform/patience.h"
 
 namespace melvane::music {
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/paths.h"
 #include "music/midi_bytes.h"
 #include "music/song.h"
 #include "music/song_clock.h"
@@ -116,7 +117,7 @@ Song readSong(std::span<const std::uint8_t> file) {
 }
 
 Song readSongFile(const std::string& fileName) {
-    const std::filesystem::path path(std::u8string(fileName.begin(), fileName.end()));
+    const std::filesystem::path path = toPath(fileName);
     std::error_code error;
     const auto size = std::filesystem::file_size(path, error);
     if (error || size > kLargestFile) throw MusicError("The MIDI file can't be read.");

@@ -32,7 +32,12 @@ std::size_t SongSource::read(float* out, std::size_t frames) {
         done += count;
     }
     if (done < frames) endedAt_ = place();
-    gain_.apply(out, done, bus_->gain());
+    gain_.aim(bus_->gain());
+    for (std::size_t i = 0; i < done; ++i) {
+        const StereoGain gain = gain_.advance();
+        out[2 * i] *= gain.left;
+        out[2 * i + 1] *= gain.right;
+    }
     return done;
 }
 

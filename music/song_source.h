@@ -45,7 +45,7 @@ private:
     const std::shared_ptr<const SynthBus> bus_;
     Sequencer sequencer_;
     LiveChannels live_;
-    GainRamp gain_;
+    GainRamp gain_{441};  // 10 ms
     bool begun_ = false;
     std::int64_t rendered_ = 0;  // frames
     std::int64_t end_ = 0;       // once the sequencer has finished

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <vector>
 
+#include "base/paths.h"
 #include "platform/music_performance.h"
 
 namespace melvane::music {
@@ -61,13 +62,13 @@ std::string findSoundFont() {
 }
 
 bool isSoundFont(const std::string& fileName) {
-    std::error_code error;
-    if (!fs::is_regular_file(fileName, error)) return false;
+    if (!isFile(fileName)) return false;
     std::string head(12, '\0');
     std::ifstream(fileName, std::ios::binary).read(head.data(), static_cast<std::streamsize>(head.size()));
     std::uintmax_t length = 0;
     for (const std::size_t i : {7U, 6U, 5U, 4U}) length = length << 8 | static_cast<unsigned char>(head[i]);
-    return head.starts_with("RIFF") && head.ends_with("sfbk") && length + 8 <= fs::file_size(fileName, error);
+    std::error_code error;
+    return head.starts_with("RIFF") && head.ends_with("sfbk") && length + 8 <= fs::file_size(toPath(fileName), error);
 }
 
 }  // namespace melvane::music

@@ -6,10 +6,9 @@ namespace melvane::music {
 
 namespace {
 
-constexpr float kToneBandwidth = 18;  // semitones
-constexpr float kToneRange = 10;      // dB
+constexpr float kToneRange = 10;  // dB
 
-float toneGain(std::uint32_t value) {
+float controlGain(std::uint32_t value) {
     const auto middle = static_cast<float>(value <= SynthBus::kMiddle ? SynthBus::kMiddle : SynthBus::kMiddle + 1);
     return kToneRange * (static_cast<float>(value) - middle) / static_cast<float>(SynthBus::kMiddle);
 }
@@ -44,26 +43,9 @@ void SynthBus::attach(Handle stream) {
     }
 }
 
-void SynthBus::updateTone(const ToneControl& control) {
-    library_.BASS_FXSetParameters(control.effect,
-                                  ParametricEqRecord{control.centre, kToneBandwidth, toneGain(control.value)});
-}
-
-void GainRamp::apply(float* block, std::size_t frames, StereoGain goal) {
-    if (!started_) {
-        started_ = true;
-        now_ = goal_ = goal;
-    } else if (goal != goal_) {
-        goal_ = goal;
-        step_ = {(goal.left - now_.left) / kRampFrames, (goal.right - now_.right) / kRampFrames};
-        rampLeft_ = kRampFrames;
-    }
-    for (std::size_t i = 0; i < frames; ++i) {
-        if (rampLeft_ > 0)
-            now_ = --rampLeft_ == 0 ? goal_ : StereoGain{now_.left + step_.left, now_.right + step_.right};
-        block[2 * i] *= now_.left;
-        block[2 * i + 1] *= now_.right;
-    }
+void SynthBus::updateTone(ToneControl& control) {
+    control.record.fGain = controlGain(control.value);
+    library_.BASS_FXSetParameters(control.effect, control.record);
 }
 
 }  // namespace melvane::music

@@ -5,15 +5,10 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/gain_ramp.h"
 #include "platform/audio_library.h"
 
 namespace melvane::music {
-
-struct StereoGain {
-    float left = 1.0F;
-    float right = 1.0F;
-    bool operator==(const StereoGain&) const = default;
-};
 
 enum class Tone { bass, treble };
 
@@ -40,36 +35,19 @@ public:
 
 private:
     struct ToneControl {
-        float centre;  // Hz
+        ParametricEqRecord record;
         std::uint32_t value = kMiddle + 1;
         Handle effect = 0;
     };
 
     void updateGain();
-    void updateTone(const ToneControl& control);
+    void updateTone(ToneControl& control);
 
     AudioLibrary& library_;
     std::array<std::uint32_t, 2> volume_{kMiddle, kMiddle};
     std::int32_t masterVolume_ = 0;
-    std::array<ToneControl, 2> controls_{{{125}, {12000}}};
+    std::array<ToneControl, 2> controls_{{{kToneBands[0]}, {kToneBands[1]}}};
     std::atomic<StereoGain> gain_{StereoGain{}};
-};
-
-// Follows a gain without clicks.
-class GainRamp {
-public:
-    // Stereo frames in place. A new goal is reached over 10 ms, counted in frames, so that blocks don't matter; the
-    // first one holds at once.
-    void apply(float* block, std::size_t frames, StereoGain goal);
-
-private:
-    static constexpr int kRampFrames = 441;
-
-    StereoGain goal_;
-    StereoGain now_;
-    StereoGain step_;
-    int rampLeft_ = 0;
-    bool started_ = false;
 };
 
 }  // namespace melvane::music

@@ -2,6 +2,7 @@
 // lies outside a range is clamped to it. The values here are the published defaults, with which an effect begins.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <variant>
 
@@ -66,6 +67,9 @@ struct ParametricEqRecord {
 
     bool operator==(const ParametricEqRecord&) const = default;
 };
+
+// The equaliser bands that are a sound's tone controls, bass and treble.
+inline constexpr std::array kToneBands{ParametricEqRecord{125, 18, 0}, ParametricEqRecord{12000, 18, 0}};
 
 using EffectRecord = std::variant<ChorusRecord, EchoRecord, FlangerRecord, ParametricEqRecord, ReverbRecord>;
 

@@ -21,6 +21,11 @@ struct MusicError : std::runtime_error {
 // The time of a message is given as reference time.
 inline constexpr std::uint32_t kReferenceTime = 1;
 
+// The message that sets a controller of a channel, and the controllers that are the user's: volume and balance 0..127.
+inline constexpr std::uint8_t kControlChange = 0xB0;
+inline constexpr std::uint8_t kVolumeController = 7;
+inline constexpr std::uint8_t kBalanceController = 10;
+
 // A song in memory.
 class MusicSegment {
 public:

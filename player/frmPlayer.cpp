@@ -8,12 +8,12 @@
 #include <filesystem>
 #include <utility>
 
+#include "base/paths.h"
 #include "controls/control_name.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "state/guarded.h"
-#include "state/text_path.h"
 
 namespace melvane {
 

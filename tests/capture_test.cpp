@@ -85,7 +85,7 @@ struct CaptureFixture : testing::Test {
         inputs.list(nullptr);
         ASSERT_TRUE(capture.open(inputs, nullptr));
         ASSERT_TRUE(capture.startEncoder(encoder(script)));
-        capture.begin();
+        capture.begin(1);
     }
     static void push(Capture& capture, const Sound& sound, std::size_t block = 441) {
         for (std::size_t done = 0; done < sound.size(); done += block * 2)
@@ -103,7 +103,7 @@ struct CaptureFixture : testing::Test {
 
 TEST_F(CaptureFixture, EverythingPushedReachesTheEncoderBehindAHeader) {
     const Sound sound = noise16(100000, 1);
-    Capture capture(1, goOn, nullptr);
+    Capture capture(goOn, nullptr);
     start(capture, "cat > \"$1\"");
     push(capture, sound);
     finish(capture);
@@ -114,7 +114,7 @@ TEST_F(CaptureFixture, EverythingPushedReachesTheEncoderBehindAHeader) {
 
 TEST_F(CaptureFixture, AStoppedEncoderLosesNothing) {
     const Sound sound = noise16(400000, 2);
-    Capture capture(1, goOn, nullptr);
+    Capture capture(goOn, nullptr);
     start(capture, "echo $$ > \"$1.pid\"; exec cat > \"$1\"");
     push(capture, Sound(sound.begin(), sound.begin() + 20000));
     std::string pid;
@@ -142,7 +142,7 @@ TEST_F(CaptureFixture, AnEncoderThatGoesEndsTheCaptureAndIsToldFromOneThatFinish
         {"cat > /dev/null", false, EncoderState::finished},
     };
     for (const auto& c : cases) {
-        Capture asking(1, encoderAlive, &asking);
+        Capture asking(encoderAlive, &asking);
         start(asking, c.script);
         const auto limit = std::chrono::steady_clock::now() + 20s;
         if (c.goesEarly)
@@ -187,7 +187,7 @@ TEST(RecordingInputs, ListedAgainTheyKeepWhatTheUserSetAndNewOnesAreOff) {
     const CaptureSource monitor{"hall.monitor", "Monitor", true, false};
     const auto words = [](const RecordingInputs& inputs) {
         std::string all;
-        for (const RecordingInput& input : inputs.all())
+        for (const RecordingInputs::Input& input : inputs.all())
             all += input.name + (input.on ? " on " : " off ") + std::to_string(input.level) + "; ";
         return all;
     };

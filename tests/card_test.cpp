@@ -90,12 +90,12 @@ TEST(Card, LevelChangesRampAndDoNotDependOnTheBlock) {
     const auto run = [](std::size_t block) {
         Session session;
         const auto song = channelOf(Sound(40000, 0.5F));
-        song->setLevel(gainOf(100, 0));
+        song->setLevel({100, 0});
         session.play(song);
         mix(session.card, 4096, block);
-        song->setLevel(gainOf(30, -50));
+        song->setLevel({30, -50});
         mix(session.card, 300, block);
-        song->setLevel(gainOf(80, 100));
+        song->setLevel({80, 100});
         mix(session.card, 8192, block);
         return session.recorder->sound;
     };
@@ -193,8 +193,13 @@ TEST(Card, VolumeAndPanAreLinearAndClamped) {
     } cases[] = {{100, 0, 1, 1},       {50, 0, 0.5F, 0.5F}, {100, 100, 0, 1}, {100, -100, 1, 0},
                  {80, 25, 0.6F, 0.8F}, {0, 0, 0, 0},        {500, -300, 1, 0}};
     for (const auto& c : cases) {
-        EXPECT_FLOAT_EQ(gainOf(c.volume, c.pan).left, c.left);
-        EXPECT_FLOAT_EQ(gainOf(c.volume, c.pan).right, c.right);
+        Level level;
+        level.set({c.volume, c.pan});
+        const float full[] = {1, 1};
+        float out[] = {0, 0};
+        level.mixInto(out, full, 1);
+        EXPECT_FLOAT_EQ(out[0], c.left);
+        EXPECT_FLOAT_EQ(out[1], c.right);
     }
 }
 
@@ -207,7 +212,7 @@ TEST(Card, PeaksAreTheHighestSinceAskedLastBehindTheLevelAndBeforeTheLimiter) {
     Session session;
     const auto first = channelOf(loud);
     const auto second = channelOf(low);
-    second->setLevel(gainOf(50, 0));
+    second->setLevel({50, 0});
     for (const auto& channel : {first, second}) session.play(channel);
     mix(session.card, 800, 100);
     const auto expectPeaks = [](PeakLevels peaks, float left, float right) {

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "engine/capture/pcm16.h"
-#include "platform/patience.h"
 
 namespace melvane::engine {
 
@@ -13,13 +12,13 @@ namespace {
 using namespace std::chrono_literals;
 // How long an encoder may take nothing, once its input was ended, before it is ended itself.
 constexpr auto kFinishPatience = 30s;
+// How often the patience is looked at.
 constexpr auto kWritePatience = 100ms;
+// Shorter than a block of the card.
 constexpr auto kDevicePoll = 5ms;
-constexpr auto kOpenPatience = 2s;
-constexpr auto kClosePatience = 500ms;
 }  // namespace
 
-Capture::Capture(Handle handle, RecordProc proc, void* user) : handle_(handle), proc_(proc), user_(user) {}
+Capture::Capture(RecordProc proc, void* user) : proc_(proc), user_(user) {}
 
 Capture::~Capture() {
     stop();
@@ -33,7 +32,7 @@ Capture::~Capture() {
 }
 
 bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server) {
-    for (const RecordingInput& input : inputs.all()) {
+    for (const RecordingInputs::Input& input : inputs.all()) {
         const float gain = static_cast<float>(input.level) / 100.0F;
         if (!input.on) continue;
         if (input.sourceId.empty()) {
@@ -41,21 +40,15 @@ bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundSer
             cardGain_ = gain;
             continue;
         }
-        auto device = withPatience(kOpenPatience, [server, id = input.sourceId] {
-                          auto connection = server ? server->connection() : nullptr;
-                          auto made = connection ? std::make_unique<InputDevice>(std::move(connection), id) : nullptr;
-                          return made && made->start() ? std::move(made) : nullptr;
-                      }).value_or(nullptr);
-        if (!device) {
-            if (server) server->reconnect();
-            return false;
-        }
+        auto device = server ? startDevice<InputDevice>(server, input.sourceId) : nullptr;
+        if (!device) return false;
         devices_.push_back({std::move(device), gain, {}});
     }
     return true;
 }
 
-void Capture::begin() {
+void Capture::begin(Handle handle) {
+    handle_ = handle;
     thread_ = std::thread([this] { run(); });
     capturing_ = true;
 }

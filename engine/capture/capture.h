@@ -19,7 +19,7 @@ namespace melvane::engine {
 
 class Capture : public CardListener {
 public:
-    Capture(Handle handle, RecordProc proc, void* user);
+    Capture(RecordProc proc, void* user);
     // Waits until the encoder has finished its file.
     ~Capture() override;
     Capture(const Capture&) = delete;
@@ -29,8 +29,8 @@ public:
     // False when a device that is on cannot be recorded. `server` may be null when only the card is on.
     bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server);
     bool startEncoder(const std::vector<std::string>& words) { return encoder_.start(words); }
-    // Starts the thread; blocks that are pushed from now on are captured.
-    void begin();
+    // Starts the thread; blocks that are pushed from now on are captured. `handle` is what the callback is told.
+    void begin(Handle handle);
     bool begun() const { return thread_.joinable(); }
     // What is pushed from now on is ignored.
     void stop();
@@ -48,6 +48,7 @@ public:
     bool congested() const override { return waitingFrames_ > kLeisureFrames; }
 
 private:
+    // Enough for an encoder that pauses, little enough for memory: 1.4 MB.
     static constexpr std::size_t kLeisureFrames = 4 * kSampleRate;
 
     struct Device {
@@ -65,7 +66,7 @@ private:
     void feedEncoder(std::span<const std::byte> bytes);
     void finishEncoder();
 
-    const Handle handle_;
+    Handle handle_ = 0;
     const RecordProc proc_;
     void* const user_;
     float cardGain_ = 0.0F;

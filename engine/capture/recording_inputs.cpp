@@ -4,17 +4,12 @@
 #include <utility>
 
 #include "platform/audio_library.h"
-#include "platform/patience.h"
 
 namespace melvane::engine {
 
-namespace {
-constexpr std::chrono::seconds kListPatience{2};
-}
-
 void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
     if (!server) return list(std::vector<CaptureSource>{});
-    auto sources = withPatience(kListPatience, [server] { return server->captureSources(); });
+    auto sources = withPatience(kServerPatience, [server] { return server->captureSources(); });
     if (!sources) server->reconnect();
     list(std::move(sources).value_or(std::vector<CaptureSource>{}));
 }
@@ -27,26 +22,26 @@ void RecordingInputs::list(std::vector<CaptureSource> sources) {
         inputs_.push_back({std::move(source.name), type, std::move(source.id), source.isDefault});
     }
     if (before.empty()) return;
-    for (RecordingInput& input : inputs_) {
-        const auto known = std::ranges::find(before, input.sourceId, &RecordingInput::sourceId);
+    for (Input& input : inputs_) {
+        const auto known = std::ranges::find(before, input.sourceId, &Input::sourceId);
         input.on = known != before.end() && known->on;
         if (known != before.end()) input.level = known->level;
     }
 }
 
-const RecordingInput* RecordingInputs::at(int input) const {
+const RecordingInputs::Input* RecordingInputs::at(int input) const {
     return input >= 0 && static_cast<std::size_t>(input) < inputs_.size() ? &inputs_[static_cast<std::size_t>(input)]
                                                                           : nullptr;
 }
 
 std::uint32_t RecordingInputs::setting(int input) const {
-    const RecordingInput* found = at(input);
+    const Input* found = at(input);
     return found ? found->type | found->level | (found->on ? 0 : BASS_INPUT_OFF) : ~0U;
 }
 
 bool RecordingInputs::set(int input, std::uint32_t setting) {
     if (!at(input)) return false;
-    RecordingInput& changed = inputs_[static_cast<std::size_t>(input)];
+    Input& changed = inputs_[static_cast<std::size_t>(input)];
     if (setting & BASS_INPUT_OFF) changed.on = false;
     if (setting & BASS_INPUT_ON) changed.on = true;
     if (setting & BASS_INPUT_LEVEL) changed.level = std::min(setting & 0xFFFFU, 100U);

@@ -12,16 +12,16 @@
 
 namespace melvane::engine {
 
-struct RecordingInput {
-    std::string name;
-    std::uint32_t type = 0;
-    std::string sourceId;  // empty: the card's mix
-    bool on = false;
-    std::uint32_t level = 100;  // 0..100
-};
-
 class RecordingInputs {
 public:
+    struct Input {
+        std::string name;
+        std::uint32_t type = 0;
+        std::string sourceId;  // empty: the card's mix
+        bool on = false;
+        std::uint32_t level = 100;  // 0..100
+    };
+
     // Lists the card's mix and the sources of `server` (may be null).
     void list(const std::shared_ptr<SoundServer>& server);
     // Lists the card's mix and these sources. The first time the default source is on, the card's mix where there is
@@ -29,15 +29,15 @@ public:
     void list(std::vector<CaptureSource> sources);
 
     // nullptr outside the list.
-    const RecordingInput* at(int input) const;
+    const Input* at(int input) const;
     // The setting word of an input; all ones outside the list.
     std::uint32_t setting(int input) const;
     bool set(int input, std::uint32_t setting);
-    const std::deque<RecordingInput>& all() const { return inputs_; }
+    const std::deque<Input>& all() const { return inputs_; }
 
 private:
     // A deque: names that were handed out stay where they are.
-    std::deque<RecordingInput> inputs_;
+    std::deque<Input> inputs_;
 };
 
 }  // namespace melvane::engine

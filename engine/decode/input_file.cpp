@@ -2,21 +2,17 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <limits>
-#include <system_error>
 #include <utility>
 
+#include "base/paths.h"
 #include "engine/decode/native_source.h"
 
 namespace melvane::decode {
 
 InputFile::InputFile(const std::string& utf8Path) {
-    const std::filesystem::path path(std::u8string(utf8Path.begin(), utf8Path.end()));
-    std::error_code error;
-    // Asked first, because opening a pipe waits for its other end.
-    if (!std::filesystem::is_regular_file(path, error)) throw NotSound("not a file");
-    stream_.open(path, std::ios::binary);
+    if (!isFile(utf8Path)) throw NotSound("not a file");
+    stream_.open(toPath(utf8Path), std::ios::binary);
     stream_.seekg(0, std::ios::end);
     size_ = stream_.tellg();
     if (!stream_ || size_ <= 0) throw NotSound("unreadable or empty");

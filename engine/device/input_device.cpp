@@ -7,7 +7,9 @@
 namespace melvane::engine {
 
 namespace {
+// Longer than the mixing thread ever stays away while it looks for a lost device (3 s).
 constexpr std::size_t kRingFrames = 4 * kSampleRate;
+// 23 ms, which every server grants; what is recorded does not depend on it.
 constexpr std::uint32_t kLatencyFrames = 1024;
 }  // namespace
 

@@ -1,7 +1,6 @@
 #include "engine/device/mixing_thread.h"
 
 #include "platform/audio_library.h"
-#include "platform/patience.h"
 
 namespace melvane::engine {
 
@@ -9,9 +8,9 @@ namespace {
 using namespace std::chrono_literals;
 // Some devices take up to 2 s to begin.
 constexpr auto kStallLimit = 3s;
+// The device's ring holds 50 ms; one that does not empty it in four times that has stopped.
 constexpr auto kFinishLimit = 200ms;
-constexpr auto kOpenPatience = 2s;
-constexpr auto kClosePatience = 500ms;
+// A tenth of what the ring holds.
 constexpr auto kPollInterval = 5ms;
 }  // namespace
 
@@ -86,13 +85,8 @@ bool MixingThread::deviceStalled() {
 
 void MixingThread::openDevice() {
     if (!server_) return;
-    const auto open = [server = server_, frames = blockFrames_, underruns = underruns_] {
-        auto connection = server->connection();
-        auto device = connection ? std::make_unique<OutputDevice>(std::move(connection), frames, underruns) : nullptr;
-        return device && device->start() ? std::move(device) : nullptr;
-    };
-    device_ = withPatience(kOpenPatience, open).value_or(nullptr);
-    if (!device_) return server_->reconnect();
+    device_ = startDevice<OutputDevice>(server_, blockFrames_, underruns_);
+    if (!device_) return;
     callbacksSeen_ = 0;
     lastCallback_ = Clock::now();
     latency_ = device_->latencyMilliseconds();

@@ -25,7 +25,7 @@ public:
 
     // Opens the default device and starts it. False when there is none.
     bool start();
-    // True when the device failed or has stopped asking for frames.
+    // True when the device failed. One that only stops asking for frames shows in callbacks().
     bool lost() const { return lost_; }
     bool hasRoomFor(std::size_t frames) const;
     void write(const float* frames, std::size_t count) { ring_.write(frames, count); }

@@ -30,7 +30,8 @@ public:
     bool seek(std::int64_t frame);
     // Plays `frames` ahead of its own time (behind it where negative; silence before its start).
     void setOffset(std::int64_t frames) { wantedOffset_ = frames; }
-    void setLevel(StereoGain gain) { level_.set(gain); }
+    void setLevel(VolumeAndPan level) { level_.set(level); }
+    VolumeAndPan level() const { return level_.get(); }
     // Of what it added to the card since this was asked last.
     PeakLevels takePeaks() { return peaks_.take(); }
     // Higher priorities sound first, equal ones in the order of adding.

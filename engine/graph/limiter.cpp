@@ -16,8 +16,8 @@ constexpr int kTaps = 2 * static_cast<int>(Limiter::kHalfTaps);
 constexpr float kCeiling = 0.915F;
 // A sinc of this length adds up to less than this: quieter surroundings hold no peak beyond the ceiling.
 constexpr float kQuiet = 0.4F;
-constexpr double kReleaseSeconds = 0.15;
-constexpr double kReleased = 1e-4;
+constexpr double kReleaseSeconds = 0.15;  // long enough not to follow the lowest notes
+constexpr double kReleased = 1e-4;        // 0.001 dB: then samples pass bit by bit again
 
 using Phase = std::array<float, kTaps>;
 

@@ -1,8 +1,9 @@
-// File names between the program's texts, which are UTF-8, and the platform's own form.
+// File names between texts, which are UTF-8, and the platform's own form.
 #pragma once
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace melvane {
 
@@ -21,6 +22,12 @@ inline std::string toText(const std::filesystem::path& path) {
 #else
     return path.string();
 #endif
+}
+
+// False for folders, and for pipes and devices, which may keep waiting who opens them.
+inline bool isFile(const std::string& utf8) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(toPath(utf8), error);
 }
 
 }  // namespace melvane

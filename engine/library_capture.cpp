@@ -1,0 +1,69 @@
+// The library's recording inputs, captures and encoders.
+#include <cstdlib>
+
+#include "engine/capture/command_line.h"
+#include "engine/library.h"
+
+namespace melvane::engine {
+
+// --- capture ---
+
+bool Library::BASS_RecordInit(int) {
+    inputs_.list(options_.clock == CardClock::device ? server_ : nullptr);
+    return true;
+}
+
+const char* Library::BASS_RecordGetInputName(int input) const {
+    const auto* found = inputs_.at(input);
+    return found ? found->name.c_str() : nullptr;
+}
+
+Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t, RecordProc proc, void* user) {
+    if (!initialised_ || freq != kSampleRate || chans != 2 || !proc) return 0;
+    handles_.takeFinishedCaptures();
+    auto capture = std::make_shared<Capture>(proc, user);
+    return capture->open(inputs_, server_) ? handles_.keep(std::move(capture)) : 0;
+}
+
+// --- encoder add-on ---
+
+std::vector<std::string> Library::encoderWords(const char* commandLine) const {
+    auto words = commandWords(commandLine ? commandLine : "");
+    if (words.empty()) return {};
+    const char* path = std::getenv("PATH");
+    const auto program = findProgram(words.front(), options_.programDirectory, path ? path : "");
+    if (!program) return {};
+    words.front() = *program;
+    return words;
+}
+
+bool Library::encoderFound(const char* commandLine) const {
+    return !encoderWords(commandLine).empty();
+}
+
+bool Library::BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t, void*, void*) {
+    const auto capture = captureOf(handle);
+    const auto words = encoderWords(commandLine);
+    return capture && !words.empty() && capture->encoderState() == EncoderState::none && capture->startEncoder(words);
+}
+
+bool Library::BASS_Encode_IsActive(Handle handle) const {
+    // Asked on the capture thread too, which must never be the last owner of its capture: no copy is made.
+    return handles_.ask<Recording>(handle,
+                                   [](const Recording* capture) { return capture && (*capture)->encoderRunning(); });
+}
+
+bool Library::BASS_Encode_Stop(Handle handle) {
+    const auto capture = captureOf(handle);
+    if (!capture) return false;
+    card_.unlisten(capture);
+    capture->endEncoding();
+    return true;
+}
+
+EncoderState Library::encoderState(Handle handle) const {
+    const auto capture = captureOf(handle);
+    return capture ? capture->encoderState() : EncoderState::none;
+}
+
+}  // namespace melvane::engine
