@@ -7,21 +7,14 @@
 
 namespace melvane {
 
+// Where names are bytes, they stay as they are, also those that are no UTF-8.
 inline std::filesystem::path toPath(const std::string& utf8) {
-#ifdef _WIN32
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-#else
-    return utf8;  // bytes stay as they are, also those that are no UTF-8
-#endif
 }
 
 inline std::string toText(const std::filesystem::path& path) {
-#ifdef _WIN32
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
-#else
-    return path.string();
-#endif
 }
 
 // False for folders, and for pipes and devices, which may keep waiting who opens them.

@@ -9,23 +9,15 @@
 
 #include "engine/capture/capture.h"
 #include "engine/graph/channel.h"
-#include "engine/graph/tempo_source.h"
 
 namespace melvane::engine {
-
-// A playable channel; with the source that moves its key where it is a tempo stream.
-struct Playback {
-    std::shared_ptr<Channel> channel;
-    std::shared_ptr<TempoSource> tempo;
-};
-using Decoding = std::shared_ptr<PcmSource>;  // the source of a tempo stream to be
-using Attached = std::shared_ptr<Effect>;     // to a channel
-using Recording = std::shared_ptr<Capture>;
 
 // Any thread: the capture callback asks for its encoder on the capture thread, and files are opened on others.
 class HandleTable {
 public:
-    using Thing = std::variant<Playback, Decoding, Attached, Recording>;
+    // A playable channel, the source of a tempo stream, an effect on a channel, a capture.
+    using Thing = std::variant<std::shared_ptr<Channel>, std::shared_ptr<PcmSource>, std::shared_ptr<Effect>,
+                               std::shared_ptr<Capture>>;
 
     // `owner`: the handle that it is freed with; 0 where it stands alone.
     Handle keep(Thing thing, Handle owner = 0) {
@@ -37,18 +29,17 @@ public:
         const std::lock_guard lock(mutex_);
         if (const auto found = entries_.find(handle); found != entries_.end()) found->second.owner = owner;
     }
-
-    // What `use` makes of the thing behind `handle`, a null pointer when that is no `Kind`. Under the lock.
-    template <typename Kind, typename Use>
-    auto ask(Handle handle, Use use) const {
-        const std::lock_guard lock(mutex_);
-        const auto found = entries_.find(handle);
-        return use(found == entries_.end() ? nullptr : std::get_if<Kind>(&found->second.thing));
-    }
-    // A copy of the thing; an empty one when it is no `Kind`.
+    // Null when the handle stands for something else.
     template <typename Kind>
-    Kind find(Handle handle) const {
-        return ask<Kind>(handle, [](const Kind* thing) { return thing ? *thing : Kind{}; });
+    std::shared_ptr<Kind> find(Handle handle) const {
+        const std::lock_guard lock(mutex_);
+        return findLocked<Kind>(handle);
+    }
+    // Under the lock, because the capture thread asks, which must never be the last owner of its capture.
+    bool encoderRunning(Handle handle) const {
+        const std::lock_guard lock(mutex_);
+        const auto capture = findLocked<Capture>(handle);
+        return capture && capture->encoderRunning();
     }
 
     // With what it owns.
@@ -59,9 +50,9 @@ public:
         return take([](Handle, const Entry&) { return true; });
     }
     // The captures that neither record nor wait for their encoder.
-    std::vector<Thing> takeFinishedCaptures() {
-        return take([](Handle, const Entry& entry) {
-            const auto* capture = std::get_if<Recording>(&entry.thing);
+    void forgetFinishedCaptures() {
+        take([](Handle, const Entry& entry) {
+            const auto* capture = std::get_if<std::shared_ptr<Capture>>(&entry.thing);
             return capture && !(*capture)->capturing() && !(*capture)->encoderRunning();
         });
     }
@@ -72,6 +63,13 @@ private:
         Handle owner;
     };
 
+    template <typename Kind>
+    std::shared_ptr<Kind> findLocked(Handle handle) const {
+        const auto found = entries_.find(handle);
+        const auto* thing =
+            found == entries_.end() ? nullptr : std::get_if<std::shared_ptr<Kind>>(&found->second.thing);
+        return thing ? *thing : nullptr;
+    }
     // Handed out, so that they end outside the lock: a capture waits for its thread, which may be asking for a handle.
     template <typename Predicate>
     std::vector<Thing> take(Predicate unwanted) {

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "engine/decode/open_source.h"
+#include "engine/graph/tempo_source.h"
 
 namespace melvane::engine {
 
@@ -47,8 +48,8 @@ bool Library::BASS_Free() {
     mixing_.reset();
     scans_.end();
     for (const HandleTable::Thing& thing : handles_.takeAll()) {
-        if (const auto* playback = std::get_if<Playback>(&thing)) card_.remove(playback->channel);
-        if (const auto* capture = std::get_if<Recording>(&thing)) card_.unlisten(*capture);
+        if (const auto* channel = std::get_if<std::shared_ptr<Channel>>(&thing)) card_.remove(*channel);
+        if (const auto* capture = std::get_if<std::shared_ptr<Capture>>(&thing)) card_.unlisten(*capture);
     }
     initialised_ = false;
     return true;
@@ -60,7 +61,7 @@ bool Library::BASS_GetInfo(BASS_INFO& info) {
 }
 
 void Library::holdCardAtEndOf(Handle handle) {
-    card_.holdAtEndOf(channelOf(handle));
+    card_.holdAtEndOf(handles_.find<Channel>(handle));
 }
 
 std::uint32_t Library::stepCard(std::uint32_t frames) {
@@ -86,7 +87,7 @@ CardStatus Library::cardStatus() const {
 
 PeakLevels Library::takePeaks(Handle channel) {
     if (channel == 0) return card_.takePeaks();
-    const auto sounding = channelOf(channel);
+    const auto sounding = handles_.find<Channel>(channel);
     return sounding ? sounding->takePeaks() : PeakLevels{};
 }
 
@@ -102,32 +103,28 @@ Handle Library::BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t 
     std::shared_ptr<PcmSource> source = decode::openSource(file);
     if (!source) return 0;
     if (flags & BASS_STREAM_DECODE) return handles_.keep(std::move(source));
-    return handles_.keep(Playback{std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0), {}});
+    return handles_.keep(std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0));
 }
 
 Handle Library::createStream(std::shared_ptr<PcmSource> source) {
     if (!initialised_ || !source) return 0;
-    return handles_.keep(Playback{std::make_shared<Channel>(std::move(source), false), {}});
+    return handles_.keep(std::make_shared<Channel>(std::move(source), false));
 }
 
 bool Library::BASS_StreamFree(Handle handle) {
-    const auto channel = channelOf(handle);
-    if (!channel && !handles_.find<Decoding>(handle)) return false;
+    const auto channel = handles_.find<Channel>(handle);
+    if (!channel && !handles_.find<PcmSource>(handle)) return false;
     if (channel) card_.remove(channel);
     handles_.forget(handle);
     return true;
 }
 
-bool Library::BASS_MusicFree(Handle handle) {
-    return BASS_StreamFree(handle);
-}
-
 bool Library::BASS_ChannelPlay(Handle handle, bool restart) {
-    if (const auto channel = channelOf(handle)) {
+    if (const auto channel = handles_.find<Channel>(handle)) {
         card_.play(channel, restart);
         return true;
     }
-    const auto capture = captureOf(handle);
+    const auto capture = handles_.find<Capture>(handle);
     if (!capture || capture->begun()) return false;
     capture->begin(handle);
     card_.listen(capture);
@@ -135,12 +132,12 @@ bool Library::BASS_ChannelPlay(Handle handle, bool restart) {
 }
 
 bool Library::BASS_ChannelStop(Handle handle) {
-    if (const auto channel = channelOf(handle)) {
+    if (const auto channel = handles_.find<Channel>(handle)) {
         channel->stop();
         card_.wake();
         return true;
     }
-    const auto capture = captureOf(handle);
+    const auto capture = handles_.find<Capture>(handle);
     if (!capture) return false;
     card_.unlisten(capture);
     capture->stop();
@@ -148,36 +145,36 @@ bool Library::BASS_ChannelStop(Handle handle) {
 }
 
 ChannelActivity Library::BASS_ChannelIsActive(Handle handle) const {
-    const auto channel = channelOf(handle);
-    const auto capture = captureOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
+    const auto capture = handles_.find<Capture>(handle);
     const bool active = (channel && channel->playing()) || (capture && capture->capturing());
     return active ? ChannelActivity::playing : ChannelActivity::stopped;
 }
 
 std::uint64_t Library::BASS_ChannelGetLength(Handle handle) const {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     return channel ? toBytes(channel->length()) : 0;
 }
 
 std::uint64_t Library::BASS_ChannelGetPosition(Handle handle) const {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     return channel ? toBytes(channel->position()) : 0;
 }
 
 bool Library::BASS_ChannelSetPosition(Handle handle, std::uint64_t position) {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     return channel && position <= toBytes(channel->length()) &&
            channel->seek(static_cast<std::int64_t>(position / kBytesPerFrame));
 }
 
 std::uint64_t Library::BASS_ChannelSeconds2Bytes(Handle handle, float seconds) const {
-    if (!channelOf(handle) || !std::isfinite(seconds) || seconds <= 0.0F) return 0;
+    if (!handles_.find<Channel>(handle) || !std::isfinite(seconds) || seconds <= 0.0F) return 0;
     return toBytes(std::llround(static_cast<double>(seconds) * kSampleRate));
 }
 
 bool Library::BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency, std::uint32_t& volume,
                                         std::int32_t& pan) const {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     if (!channel) return false;
     frequency = kSampleRate;
     volume = channel->level().volume;
@@ -186,13 +183,13 @@ bool Library::BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency,
 }
 
 bool Library::BASS_ChannelSetAttributes(Handle handle, std::uint32_t, std::uint32_t volume, std::int32_t pan) {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     if (channel) channel->setLevel({volume, pan});
     return channel != nullptr;
 }
 
 bool Library::setChannelOffset(Handle handle, std::int64_t bytes) {
-    const auto channel = channelOf(handle);
+    const auto channel = handles_.find<Channel>(handle);
     if (channel) channel->setOffset(bytes / kBytesPerFrame);
     return channel != nullptr;
 }
@@ -200,20 +197,20 @@ bool Library::setChannelOffset(Handle handle, std::int64_t bytes) {
 // --- effects ---
 
 Handle Library::BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) {
-    const auto channel = channelOf(handle);
-    Attached effect = channel ? makeEffect(static_cast<EffectType>(type)) : nullptr;
+    const auto channel = handles_.find<Channel>(handle);
+    std::shared_ptr<Effect> effect = channel ? makeEffect(static_cast<EffectType>(type)) : nullptr;
     if (!effect) return 0;
     channel->addEffect(effect, priority);
     return handles_.keep(std::move(effect), handle);
 }
 
 bool Library::BASS_FXSetParameters(Handle handle, const EffectRecord& record) {
-    const auto effect = handles_.find<Attached>(handle);
+    const auto effect = handles_.find<Effect>(handle);
     return effect && effect->set(record);
 }
 
 bool Library::BASS_FXGetParameters(Handle handle, EffectRecord& record) const {
-    const auto effect = handles_.find<Attached>(handle);
+    const auto effect = handles_.find<Effect>(handle);
     if (effect) record = effect->get();
     return effect != nullptr;
 }
@@ -221,16 +218,16 @@ bool Library::BASS_FXGetParameters(Handle handle, EffectRecord& record) const {
 // --- tempo add-on ---
 
 Handle Library::BASS_FX_TempoCreate(Handle source, std::uint32_t flags) {
-    const auto decoding = handles_.find<Decoding>(source);
+    const auto decoding = handles_.find<PcmSource>(source);
     if (!decoding) return 0;
-    const auto tempo = std::make_shared<TempoSource>(decoding);
-    const Handle handle = handles_.keep(Playback{std::make_shared<Channel>(tempo, false), tempo});
+    const Handle handle = handles_.keep(std::make_shared<Channel>(std::make_shared<TempoSource>(decoding), false));
     if (flags & BASS_FX_FREESOURCE) handles_.setOwner(source, handle);
     return handle;
 }
 
 bool Library::BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) {
-    const auto source = handles_.find<Playback>(handle).tempo;
+    const auto channel = handles_.find<Channel>(handle);
+    auto* const source = channel ? dynamic_cast<TempoSource*>(&channel->source()) : nullptr;
     if (!source || tempo != kTempoUnchanged || rate != kRateUnchanged) return false;
     source->setPitch(pitch);
     return true;

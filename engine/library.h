@@ -23,8 +23,8 @@ public:
     bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void* window, const void* classId) override;
     bool BASS_Free() override;
     bool BASS_GetInfo(BASS_INFO& info) override;
-    void holdCard() override { card_.hold(); }
-    void resumeCard() override { card_.resume(); }
+    void holdCard() override { card_.hold(true); }
+    void resumeCard() override { card_.hold(false); }
     void holdCardAtEndOf(Handle channel) override;
     std::uint32_t stepCard(std::uint32_t frames) override;
     CardStatus cardStatus() const override;
@@ -35,7 +35,7 @@ public:
                                  std::uint32_t flags) override;
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
-    bool BASS_MusicFree(Handle handle) override;
+    bool BASS_MusicFree(Handle handle) override { return BASS_StreamFree(handle); }
     bool BASS_ChannelPlay(Handle handle, bool restart) override;
     bool BASS_ChannelStop(Handle handle) override;
     ChannelActivity BASS_ChannelIsActive(Handle handle) const override;
@@ -67,14 +67,11 @@ public:
     bool encoderFound(const char* commandLine) const override;
     bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
                            void* user) override;
-    bool BASS_Encode_IsActive(Handle handle) const override;
+    bool BASS_Encode_IsActive(Handle handle) const override { return handles_.encoderRunning(handle); }
     bool BASS_Encode_Stop(Handle handle) override;
     EncoderState encoderState(Handle handle) const override;
 
 private:
-    // What a handle stands for; null when it stands for something else.
-    std::shared_ptr<Channel> channelOf(Handle handle) const { return handles_.find<Playback>(handle).channel; }
-    Recording captureOf(Handle handle) const { return handles_.find<Recording>(handle); }
     // The words of a command line with its program as an absolute path; none when there is no such program.
     std::vector<std::string> encoderWords(const char* commandLine) const;
 

@@ -20,7 +20,7 @@ const char* Library::BASS_RecordGetInputName(int input) const {
 
 Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t, RecordProc proc, void* user) {
     if (!initialised_ || freq != kSampleRate || chans != 2 || !proc) return 0;
-    handles_.takeFinishedCaptures();
+    handles_.forgetFinishedCaptures();
     auto capture = std::make_shared<Capture>(proc, user);
     return capture->open(inputs_, server_) ? handles_.keep(std::move(capture)) : 0;
 }
@@ -42,19 +42,13 @@ bool Library::encoderFound(const char* commandLine) const {
 }
 
 bool Library::BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t, void*, void*) {
-    const auto capture = captureOf(handle);
+    const auto capture = handles_.find<Capture>(handle);
     const auto words = encoderWords(commandLine);
     return capture && !words.empty() && capture->encoderState() == EncoderState::none && capture->startEncoder(words);
 }
 
-bool Library::BASS_Encode_IsActive(Handle handle) const {
-    // Asked on the capture thread too, which must never be the last owner of its capture: no copy is made.
-    return handles_.ask<Recording>(handle,
-                                   [](const Recording* capture) { return capture && (*capture)->encoderRunning(); });
-}
-
 bool Library::BASS_Encode_Stop(Handle handle) {
-    const auto capture = captureOf(handle);
+    const auto capture = handles_.find<Capture>(handle);
     if (!capture) return false;
     card_.unlisten(capture);
     capture->endEncoding();
@@ -62,7 +56,7 @@ bool Library::BASS_Encode_Stop(Handle handle) {
 }
 
 EncoderState Library::encoderState(Handle handle) const {
-    const auto capture = captureOf(handle);
+    const auto capture = handles_.find<Capture>(handle);
     return capture ? capture->encoderState() : EncoderState::none;
 }
 

@@ -50,11 +50,11 @@ TEST(Card, OneChannelAtFullLevelPassesBitByBit) {
 
 TEST(Card, ChannelsSetUpWhileHeldStartOnOneFrameAndNothingIsMixedBefore) {
     Session session;
-    session.card.hold();
+    session.card.hold(true);
     session.play(channelOf(noise16(100, 1)));
     EXPECT_EQ(mix(session.card, 100, 10), 0U);
     session.play(channelOf(noise16(100, 2)));
-    session.card.resume();
+    session.card.hold(false);
     mix(session.card, 100, 10);
     const Sound one = noise16(100, 1);
     const Sound two = noise16(100, 2);

@@ -62,9 +62,7 @@ std::unique_ptr<PcmSource> openSource(const std::string& utf8Path) try {
     for (const Decoder decoder : kindOf(utf8Path).decoders) {
         if (!decoder) break;
         auto source = tryOpen(decoder, utf8Path);
-        if (!source) continue;
-        auto sound = atCardRate(std::move(source));
-        return sound->frames() > 0 ? std::move(sound) : nullptr;
+        if (source) return atCardRate(std::move(source));
     }
     return nullptr;
 } catch (const std::exception&) {

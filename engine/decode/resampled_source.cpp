@@ -29,34 +29,19 @@ ResampledSource::ResampledSource(std::unique_ptr<NativeSource> source)
     outputStep_ = kSampleRate / common;
     warmUp_ = kFilterReach * std::max(source_->rate(), kSampleRate) / source_->rate();
     const std::int64_t rest = source_->frames() % inputStep_;
-    frames_ = source_->frames() / inputStep_ * outputStep_ + (rest * outputStep_ + inputStep_ / 2) / inputStep_;
+    setFormat(kSampleRate,
+              source_->frames() / inputStep_ * outputStep_ + (rest * outputStep_ + inputStep_ / 2) / inputStep_);
     restart(0);
 }
 
-std::size_t ResampledSource::read(float* out, std::size_t frames) {
-    const auto left = static_cast<std::uint64_t>(frames_ - position_);
-    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(frames, left));
-    std::size_t done = 0;
-    while (done < wanted) {
-        const std::size_t got = resample(out + 2 * done, wanted - done);
-        if (got == 0) break;
-        done += got;
-    }
-    std::fill(out + 2 * done, out + 2 * wanted, 0.0F);
-    position_ += static_cast<std::int64_t>(wanted);
-    return wanted;
-}
-
-void ResampledSource::seek(std::int64_t frame) {
-    frame = std::clamp<std::int64_t>(frame, 0, frames_);
-    if (frame == position_) return;
+void ResampledSource::reposition(std::int64_t frame) {
     const std::int64_t steps = std::max<std::int64_t>(frame - warmUp_, 0) / outputStep_;
     restart(steps * inputStep_);
-    position_ = steps * outputStep_;
     std::array<float, 2 * kInputBlock> discarded;
-    while (position_ < frame) {
-        const auto left = static_cast<std::uint64_t>(frame - position_);
-        read(discarded.data(), static_cast<std::size_t>(std::min<std::uint64_t>(left, kInputBlock)));
+    for (auto left = static_cast<std::size_t>(frame - steps * outputStep_); left > 0;) {
+        const std::size_t got = decode(discarded.data(), std::min(left, kInputBlock));
+        if (got == 0) break;
+        left -= got;
     }
 }
 
@@ -70,7 +55,7 @@ void ResampledSource::restart(std::int64_t inputFrame) {
     inputFrames_ = inputTaken_ = 0;
 }
 
-std::size_t ResampledSource::resample(float* out, std::size_t frames) {
+std::size_t ResampledSource::decode(float* out, std::size_t frames) {
     std::size_t got = 0;
     bool ended = false;
     while (got == 0 && !ended) {

@@ -6,61 +6,49 @@
 
 namespace melvane::engine {
 
-void Card::changed() {
+template <typename Change>
+void Card::change(Change change) {
+    const std::lock_guard lock(mutex_);
+    change();
     ++changes_;
     change_.notify_all();
 }
 
 void Card::play(const std::shared_ptr<Channel>& channel, bool restart) {
-    const std::lock_guard lock(mutex_);
-    if (!activeLocked()) afresh_ = true;
-    if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(channel);
-    channel->play(restart);
-    changed();
+    change([&] {
+        if (!activeLocked()) afresh_ = true;
+        if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(channel);
+        channel->play(restart);
+    });
 }
 
 void Card::remove(const std::shared_ptr<Channel>& channel) {
-    const std::lock_guard lock(mutex_);
-    std::erase(channels_, channel);
-    if (holdAtEndOf_ == channel) {
+    change([&] {
+        std::erase(channels_, channel);
+        if (holdAtEndOf_ != channel) return;
         holdAtEndOf_.reset();
         afresh_ = true;  // its end, if it came already, is no end for what plays next
-    }
-    changed();
+    });
 }
 
 void Card::listen(std::shared_ptr<CardListener> listener) {
-    const std::lock_guard lock(mutex_);
-    listeners_.push_back(std::move(listener));
-    changed();
+    change([&] { listeners_.push_back(std::move(listener)); });
 }
 
 void Card::unlisten(const std::shared_ptr<CardListener>& listener) {
-    const std::lock_guard lock(mutex_);
-    std::erase(listeners_, listener);
-    changed();
+    change([&] { std::erase(listeners_, listener); });
 }
 
-void Card::hold() {
-    const std::lock_guard lock(mutex_);
-    held_ = true;
-    changed();
-}
-
-void Card::resume() {
-    const std::lock_guard lock(mutex_);
-    held_ = false;
-    changed();
+void Card::hold(bool held) {
+    change([&] { held_ = held; });
 }
 
 void Card::holdAtEndOf(std::shared_ptr<Channel> channel) {
-    const std::lock_guard lock(mutex_);
-    holdAtEndOf_ = std::move(channel);
+    change([&] { holdAtEndOf_ = std::move(channel); });
 }
 
 void Card::wake() {
-    const std::lock_guard lock(mutex_);
-    changed();
+    change([] {});
 }
 
 std::size_t Card::mix(float* out, std::size_t frames) {

@@ -33,8 +33,7 @@ public:
     void remove(const std::shared_ptr<Channel>& channel);
     void listen(std::shared_ptr<CardListener> listener);
     void unlisten(const std::shared_ptr<CardListener>& listener);
-    void hold();
-    void resume();
+    void hold(bool held);
     // Holds the card behind the last frame of `channel`.
     void holdAtEndOf(std::shared_ptr<Channel> channel);
     // Wakes the mixing thread to look again at what plays.
@@ -65,7 +64,8 @@ private:
     };
 
     bool activeLocked() const;
-    void changed();
+    template <typename Change>
+    void change(Change change);
     void startAfresh();
     std::size_t mixChannels(float* out, std::size_t frames, const Playing& playing);
     std::size_t limit(float* out, std::size_t frames, const Playing& playing);

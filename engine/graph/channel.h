@@ -23,6 +23,7 @@ public:
     void play(bool restart);
     void stop() { playing_ = false; }
     bool playing() const { return playing_; }
+    PcmSource& source() { return *source_; }
     std::int64_t length() const { return length_; }
     // What was mixed and has left the card.
     std::int64_t position() const;
