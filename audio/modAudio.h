@@ -13,7 +13,7 @@ namespace melvane {
 void SetChannelVolume(AudioLibrary& library, Handle handle, std::int16_t volume);
 // Changes only the pan, -100..100.
 void SetChannelPan(AudioLibrary& library, Handle handle, std::int32_t pan);
-// `position` in bytes.
+// `position` in bytes. For what seeks without knowing a library; the windows of today do not.
 bool SetChannelPosition(AudioLibrary& library, Handle handle, std::int32_t position);
 
 std::uint32_t LoWord(std::uint32_t value);

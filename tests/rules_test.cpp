@@ -9,6 +9,7 @@
 #include "effects/effect_knobs.h"
 #include "midi/channel_knobs.h"
 #include "state/errors.h"
+#include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
@@ -48,6 +49,9 @@ TEST(ModAudio, PacksWords) {
     EXPECT_EQ(LoWord(0x56781234), 0x1234U);
     EXPECT_THROW(MakeLong(0, 0x8000), OverflowError);
     EXPECT_EQ(AnsiToString(nullptr), "");
+    FakeAudioLibrary library;
+    EXPECT_TRUE(SetChannelPosition(library, 7, -4));
+    EXPECT_EQ(library.calls, std::vector<std::string>{"BASS_ChannelSetPosition 7 4294967292"}) << "widened unsigned";
 }
 
 TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {

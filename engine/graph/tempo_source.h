@@ -6,7 +6,6 @@
 #include <array>
 #include <atomic>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "engine/graph/pitch_shifter.h"
