@@ -8,6 +8,7 @@
 #include "app/source_files.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -20,7 +21,7 @@ void addLabel(QWidget* parent, const char* name, const QRect& place, const std::
     auto* label = new QLabel(toQt(text), parent);
     label->setObjectName(QLatin1String(name));
     label->setAlignment(Qt::AlignCenter);
-    label->setGeometry(place);
+    layOut(label, place);
 }
 
 }  // namespace

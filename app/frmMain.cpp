@@ -18,13 +18,14 @@
 #include "controls/control_name.h"
 #include "controls/skin.h"
 #include "controls/window_layout.h"
+#include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "state/guarded.h"
 
 namespace melvane {
 
 namespace {
 
-constexpr std::int16_t kRegion = 101;
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
 constexpr int kPercent = 100;
@@ -53,7 +54,7 @@ constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
 }  // namespace
 
 frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store)
-    : FramelessWindow(kRegion, kGripHeight),
+    : FramelessWindow(kMainRegion, kGripHeight),
       mixer_(mixer),
       environment_(environment),
       store_(store),
@@ -72,7 +73,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     overview_ = new SongOverview(progress_, environment_.library);
     status_ = new ElidedLabel(this, Qt::ElideRight);
     status_->setObjectName(QStringLiteral("status"));
-    status_->setGeometry(kStatus);
+    layOut(status_, kStatus);
     windows_ = new SecondaryWindows(this, mixer_, environment_, store_);
     connect(windows_, &SecondaryWindows::languageChosen, this, &frmMain::useLanguage);
     connect(windows_, &SecondaryWindows::portChosen, this, &frmMain::refresh);
@@ -89,7 +90,7 @@ void frmMain::addRow(int index) {
     const QRect browse = kBrowse.translated(0, index * kRowStep);
     path_[row] = new ElidedLabel(this, Qt::ElideMiddle);
     path_[row]->setObjectName(QStringLiteral("path%1").arg(index));
-    path_[row]->setGeometry(kLeft, browse.y(), browse.x() - kGap - kLeft, browse.height());
+    layOut(path_[row], {kLeft, browse.y(), browse.x() - kGap - kLeft, browse.height()});
     const QByteArray name = QByteArrayLiteral("BR") + QByteArray::number(index);
     BR_[row] = add(name.constData(), browse, ButtonLook::plain, kRowSymbols[row], [this, index] { BR_Click(index); });
 }

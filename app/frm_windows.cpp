@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "controls/window_layout.h"
+#include "controls/zoom.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -29,7 +30,8 @@ std::string nameOf(const QObject* window) {
 QPoint freePlace(const QWidget& main) {
     const QRect room = main.screen()->availableGeometry();
     const int across = main.width() + kGap;
-    if (main.y() - room.top() >= frmChann::kHeight + kGap) return {0, -frmChann::kHeight - kGap};
+    const int above = zoomed(frmChann::kHeight) + kGap;
+    if (main.y() - room.top() >= above) return {0, -above};
     return {main.x() + across + main.width() <= room.right() ? across : -across, 0};
 }
 

@@ -19,6 +19,7 @@
 #include "desktop/taskbar_progress.h"
 #include "desktop/toolkit_texts.h"
 #include "music/music.h"
+#include "settings/window_zoom.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -47,6 +48,7 @@ private:
     // In this order, so that each goes before what it uses.
     RegistryFile registry_{RegistryFile::defaultPath()};
     SettingsStore store_{registry_};
+    WindowZoom zoom_{store_};
     modLang language_;
     ToolkitTexts dialogTexts_;
     LocalFileNames names_;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "controls/skin.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -13,14 +14,11 @@ namespace {
 constexpr int kTickMs = 40;
 constexpr int kCaptionPixels = 11;
 
-const QFont& captionFont() {
-    static const QFont font = [] {
-        // No outline font has this name; the sans of the system stands in.
-        QFont made(QStringLiteral("Small Fonts"));
-        made.setStyleHint(QFont::SansSerif);
-        made.setPixelSize(kCaptionPixels);
-        return made;
-    }();
+QFont captionFont() {
+    // No outline font has this name; the sans of the system stands in.
+    QFont font(QStringLiteral("Small Fonts"));
+    font.setStyleHint(QFont::SansSerif);
+    font.setPixelSize(zoomedFont(kCaptionPixels));
     return font;
 }
 
@@ -34,13 +32,7 @@ int shiftBits(Qt::KeyboardModifiers held) {
 
 }  // namespace
 
-Ed_Button::Ed_Button(QWidget* parent) : QAbstractButton(parent) {
-    setFocusPolicy(Qt::StrongFocus);
-    setMouseTracking(true);
-    Timer1_.setInterval(kTickMs);
-    connect(&Timer1_, &QTimer::timeout, this, &Ed_Button::Timer1_Timer);
-    connect(this, &QAbstractButton::clicked, this, &Ed_Button::Click);
-}
+Ed_Button::Ed_Button(QWidget* parent) : HotButton(parent, kTickMs) {}
 
 void Ed_Button::setNormal(const QPicture& picture) {
     setPicture(normal_, picture);
@@ -74,82 +66,48 @@ QRect Ed_Button::captionPlace() const {
     return {QPoint(qRound(centre - text.width() / 2.0), qRound(height() / 2.0 - text.height() / 2.0)), text};
 }
 
-bool Ed_Button::event(QEvent* event) {
-    if (event->type() != QEvent::ContextMenu || isEnabled()) return QAbstractButton::event(event);
-    event->ignore();
-    return false;
-}
-
 void Ed_Button::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    drawPicture(painter, isHot() ? hot_ : !isEnabled() && !dis_.isNull() ? dis_ : normal_);
-    drawButtonState(painter, *this);
+    {
+        PlacePainter painter(this);
+        drawPicture(painter, isHot() ? hot_ : !isEnabled() && !dis_.isNull() ? dis_ : normal_);
+        drawButtonState(painter, *this, placeOf(*this).size());
+    }
     if (caption_.isEmpty()) return;
+    QPainter painter(this);
     painter.setFont(captionFont());
     painter.setPen(QColor(isHot() ? skin::kCaptionHot : skin::kCaption));
     painter.drawText(captionPlace(), Qt::AlignCenter | Qt::TextDontClip, caption_);
 }
 
+bool Ed_Button::isLitBy(const QMouseEvent& move) const {
+    return move.buttons() == Qt::NoButton;
+}
+
 void Ed_Button::mouseMoveEvent(QMouseEvent* event) {
-    QAbstractButton::mouseMoveEvent(event);
-    setAttribute(Qt::WA_UnderMouse);  // moves may come without an enter event before them
-    if (event->buttons() == Qt::NoButton && !hover_ && isEnabled()) {
-        hover_ = true;
-        Timer1_.start();
-        update();
-    }
-    Q_EMIT MouseMove(buttonBits(event->buttons()), shiftBits(event->modifiers()),
-                     static_cast<float>(event->position().x()), static_cast<float>(event->position().y()));
-}
-
-void Ed_Button::Timer1_Timer() {
-    if (isUnderCursor(*this)) return;
-    hover_ = false;
-    drawAtRest();
-}
-
-void Ed_Button::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) drawAtRest();
-    QAbstractButton::mousePressEvent(event);
-}
-
-void Ed_Button::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) hover_ = false;
-    QAbstractButton::mouseReleaseEvent(event);
+    HotButton::mouseMoveEvent(event);
+    const QPointF at = unzoomed(event->position());
+    Q_EMIT MouseMove(buttonBits(event->buttons()), shiftBits(event->modifiers()), static_cast<float>(at.x()),
+                     static_cast<float>(at.y()));
 }
 
 void Ed_Button::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     if (key == Qt::Key_Right || key == Qt::Key_Left)
         focusNextPrevChild(key == Qt::Key_Right);
-    else if (!pressedByEnter(*this, *event))
-        QAbstractButton::keyPressEvent(event);
+    else
+        HotButton::keyPressEvent(event);
 }
 
 void Ed_Button::changeEvent(QEvent* event) {
-    QAbstractButton::changeEvent(event);
-    if (event->type() != QEvent::EnabledChange) return;
-    hover_ = false;
-    drawAtRest();
-    Q_EMIT PropertyChanged();
-}
-
-void Ed_Button::hideEvent(QHideEvent* event) {
-    QAbstractButton::hideEvent(event);
-    hover_ = false;
-    drawAtRest();
-}
-
-void Ed_Button::drawAtRest() {
-    Timer1_.stop();
-    update();
+    HotButton::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange) Q_EMIT PropertyChanged();
 }
 
 Ed_Button* addButton(QWidget* window, const char* name, const QRect& place, ButtonLook look, Symbol symbol,
                      std::function<void()> click) {
     auto* button = new Ed_Button(window);
     button->setObjectName(QLatin1String(name));
-    button->setGeometry(place);
+    layOut(button, place);
     const ButtonPictures pictures = buttonPictures(look, symbol, place.size());
     button->setNormal(pictures.normal);
     button->setHot(pictures.hot);

@@ -1,17 +1,16 @@
 // The button of every window: a picture for each of its states and a caption over it.
 #pragma once
 
-#include <QAbstractButton>
 #include <QPicture>
-#include <QTimer>
 #include <functional>
 
 #include "controls/button_pictures.h"
+#include "controls/hot_button.h"
 
 namespace melvane {
 
-// Space and Enter press it; the left and right arrow keys move the focus to the neighbouring control.
-class Ed_Button : public QAbstractButton {
+// The left and right arrow keys move the focus to the neighbouring control.
+class Ed_Button : public HotButton {
     Q_OBJECT
     Q_PROPERTY(QPicture Normal READ Normal WRITE setNormal NOTIFY PropertyChanged)
     Q_PROPERTY(QPicture Hot READ Hot WRITE setHot NOTIFY PropertyChanged)
@@ -32,39 +31,28 @@ public:
     const QString& Caption() const { return caption_; }
     void setCaption(const QString& caption);
 
-    // Where the caption is drawn: its right end is in the middle of the button.
+    // Where the caption is drawn: its right end is in the middle of the button. In pixels.
     QRect captionPlace() const;
-    // Lit up by the mouse.
-    bool isHot() const { return Timer1_.isActive(); }
 
 Q_SIGNALS:
-    void Click();
-    // `button`: 1 left, 2 right, 4 middle; `shift`: 1 Shift, 2 Ctrl, 4 Alt; sums of those held. In pixels of the
+    // `button`: 1 left, 2 right, 4 middle; `shift`: 1 Shift, 2 Ctrl, 4 Alt; sums of those held. In units of the
     // button.
     void MouseMove(int button, int shift, float x, float y);
-    void PropertyChanged();
 
 protected:
-    bool event(QEvent* event) override;  // the menu of the window comes over a disabled button too
+    bool isLitBy(const QMouseEvent& move) const override;  // no button held
     void paintEvent(QPaintEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
-    void Timer1_Timer();
     void setPicture(QPicture& own, const QPicture& picture);
-    void drawAtRest();
 
     QPicture normal_;
     QPicture hot_;
     QPicture dis_;
     QString caption_;
-    bool hover_ = false;
-    QTimer Timer1_;  // runs while the button is hot
 };
 
 // A button with pictures of its own. Too narrow for a caption (see fitsCaption), it has its symbol in the middle.

@@ -1,8 +1,5 @@
 #include "controls/button_pictures.h"
 
-#include <QApplication>
-#include <QCursor>
-#include <QKeyEvent>
 #include <algorithm>
 
 #include "controls/skin.h"
@@ -29,7 +26,6 @@ struct Face {
 constexpr Face kFaces[][2] = {
     {{skin::kKeyLight, skin::kKey, skin::kCaption}, {skin::kWhite, skin::kKeyLight, skin::kCaptionHot}},
     {{skin::kSongLight, skin::kSong, skin::kCaption}, {skin::kSongHot, skin::kSongLight, skin::kCaptionHot}},
-    {{skin::kVoiceLight, skin::kVoice, skin::kCaption}, {skin::kVoiceHot, skin::kVoiceLight, skin::kCaptionHot}},
     {{skin::kStopLight, skin::kStop, skin::kCaption}, {skin::kStopHot, skin::kStopLight, skin::kCaptionHot}},
     {{0, 0, skin::kMuted}, {skin::kRecordingLight, skin::kRecording, skin::kWhite}},
 };
@@ -93,10 +89,10 @@ void drawPicture(QPainter& painter, const QPicture& picture) {
     painter.restore();
 }
 
-void drawButtonState(QPainter& painter, const QAbstractButton& button) {
+void drawButtonState(QPainter& painter, const QAbstractButton& button, const QSize& size) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF face = faceRect(button.size());
+    const QRectF face = faceRect(size);
     if (button.isDown()) {
         QLinearGradient shade(face.topLeft(), face.bottomLeft());
         shade.setColorAt(0, QColor(0, 0, 0, 70));
@@ -113,16 +109,6 @@ void drawButtonState(QPainter& painter, const QAbstractButton& button) {
         painter.drawRoundedRect(face.adjusted(-1, -1, 1, 1), kRadius + 1, kRadius + 1);
     }
     painter.restore();
-}
-
-bool pressedByEnter(QAbstractButton& button, const QKeyEvent& key) {
-    if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter) return false;
-    if (!key.isAutoRepeat()) button.click();
-    return true;
-}
-
-bool isUnderCursor(const QWidget& widget) {
-    return widget.underMouse() && QApplication::widgetAt(QCursor::pos()) == &widget;
 }
 
 }  // namespace melvane

@@ -7,7 +7,7 @@
 
 namespace melvane {
 
-enum class ButtonLook { plain, song, voice, recording, close };
+enum class ButtonLook { plain, song, recording, close };
 enum class Symbol {
     none,
     open,
@@ -17,15 +17,16 @@ enum class Symbol {
     effects,
     midi,
     settings,
-    help,
     close,
     play,
     pause,
     next,
     back,
     list,
-    reset,
-    listen
+    listen,
+    tick,
+    dot,
+    down
 };
 
 struct ButtonPictures {
@@ -34,7 +35,7 @@ struct ButtonPictures {
     QPicture disabled;
 };
 
-// `size` in pixels of the window.
+// `size` in units.
 ButtonPictures buttonPictures(ButtonLook look, Symbol symbol, const QSize& size);
 
 // A narrow button has its symbol in the middle, a wide one in the right half.
@@ -42,13 +43,8 @@ bool fitsCaption(const QSize& button);
 
 // Draws a picture at its own size, whatever resolution the device has.
 void drawPicture(QPainter& painter, const QPicture& picture);
-// What every button adds to its picture: that it is held down, that it has the focus.
-void drawButtonState(QPainter& painter, const QAbstractButton& button);
+// What every button adds to its picture of that size: that it is held down, that it has the focus.
+void drawButtonState(QPainter& painter, const QAbstractButton& button, const QSize& size);
 inline constexpr double kDisabledOpacity = 0.5;  // of a picture that stands for the disabled one
-
-// True when the key is Enter; held, it presses the button only once.
-bool pressedByEnter(QAbstractButton& button, const QKeyEvent& key);
-// True while the mouse is over the widget itself, not over another one or another program's window.
-bool isUnderCursor(const QWidget& widget);
 
 }  // namespace melvane

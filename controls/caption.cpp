@@ -1,5 +1,7 @@
 #include "controls/caption.h"
 
+#include "controls/zoom.h"
+
 namespace melvane {
 
 namespace {
@@ -10,7 +12,7 @@ QLabel* addCaption(QWidget* window, const QRect& place, Accent accent, Qt::Align
     auto* caption = new QLabel(window);
     caption->setProperty("accent", QLatin1String(kNames[static_cast<std::size_t>(accent)]));
     caption->setAlignment(alignment);
-    caption->setGeometry(place);
+    layOut(caption, place);
     return caption;
 }
 

@@ -9,22 +9,46 @@
 #include <algorithm>
 
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "state/product.h"
 
 namespace melvane {
 
 FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner)
-    : QWidget(owner), outline_(RegionFromResource(regionId)), gripHeight_(gripHeight) {
+    : QWidget(owner), region_(RegionFromResource(regionId)), outline_(region_), gripHeight_(gripHeight) {
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint);
     setAttribute(Qt::WA_TranslucentBackground);
+    fit();
+}
+
+void FramelessWindow::fit() {
+    zoom_ = zoom();
+    outline_ = WindowOutline(region_);
     setFixedSize(outline_.size());
     setMask(outline_.region());
+    update();
+}
+
+// The style is made anew for each zoom.
+void FramelessWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    const bool leads = !qobject_cast<FramelessWindow*>(parentWidget());
+    if (event->type() == QEvent::StyleChange && zoom_ != zoom() && leads) follow(pos());
+}
+
+void FramelessWindow::follow(const QPoint& place) {
+    const QPoint before = pos();
+    const double growth = static_cast<double>(zoom()) / zoom_;
+    fit();
+    if (placesItself()) moveOntoScreen(place);
+    for (auto* owned : findChildren<FramelessWindow*>(QString(), Qt::FindDirectChildrenOnly))
+        owned->follow(pos() + (owned->pos() - before) * growth);
 }
 
 QLabel* FramelessWindow::addTitle(const QRect& place) {
     title_ = new QLabel(this);
     title_->setObjectName(QStringLiteral("caption"));
-    title_->setGeometry(place);
+    layOut(title_, place);
     return title_;
 }
 
@@ -35,7 +59,7 @@ void FramelessWindow::setTitle(const QString& title) {
 
 void FramelessWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    outline_.draw(painter, gripHeight_);
+    outline_.draw(painter, zoomed(gripHeight_));
 }
 
 bool FramelessWindow::placesItself() {
@@ -53,7 +77,7 @@ void FramelessWindow::moveOntoScreen(const QPoint& wanted) {
 
 void FramelessWindow::mousePressEvent(QMouseEvent* event) {
     const QPoint position = event->position().toPoint();
-    if (event->button() != Qt::LeftButton || position.y() >= gripHeight_) return;
+    if (event->button() != Qt::LeftButton || position.y() >= zoomed(gripHeight_)) return;
     if (placesItself())
         grip_ = position;
     else if (windowHandle())

@@ -14,8 +14,9 @@ class FramelessWindow : public QWidget {
     Q_OBJECT
 
 public:
-    // As large as the region of that id; without it a rectangle. The top `gripHeight` pixels move the window while the
-    // left button is held there. A window with an owner stays in front of it, and Escape closes it.
+    // As large as the region of that id; without it a rectangle. The top `gripHeight` units move the window while the
+    // left button is held there. A window with an owner stays in front of it, and Escape closes it. At another zoom the
+    // window keeps its place, one with such an owner the way to that, and stays on the screen.
     FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner = nullptr);
 
     // False where the window system lets no program place its windows.
@@ -35,8 +36,14 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;  // Enter presses the button with the focus
+    void changeEvent(QEvent* event) override;
 
 private:
+    void fit();
+    void follow(const QPoint& place);
+
+    QRegion region_;
+    int zoom_ = 0;  // at which the window fits
     WindowOutline outline_;
     int gripHeight_;
     QLabel* title_ = nullptr;

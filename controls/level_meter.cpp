@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "controls/zoom.h"
+
 namespace melvane {
 
 namespace {
@@ -12,7 +14,7 @@ namespace {
 constexpr int kTickMs = 80;
 constexpr int kLamp = 4;  // along the meter, with a gap before it
 constexpr int kGap = 1;
-constexpr int kTwoBars = 5;  // pixels across, from which on there are two
+constexpr int kTwoBars = 5;  // units across, from which on there are two
 constexpr double kMsPerSecond = 1000;
 
 class MeterAccess : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -47,7 +49,7 @@ QAccessibleInterface* makeAccess(const QString&, QObject* object) {
 LevelMeter::LevelMeter(QWidget* window, const QRect& place, Qt::Orientation direction, Accent accent)
     : QWidget(window), direction_(direction), accent_(accent) {
     QAccessible::installFactory(makeAccess);  // once, however often it is called
-    setGeometry(place);
+    layOut(this, place);
     timer_.setInterval(kTickMs);
     connect(&timer_, &QTimer::timeout, this, &LevelMeter::tick);
 }
@@ -83,7 +85,7 @@ void LevelMeter::refresh() {
         const Shown now = shownOf(sides_[i]);
         if (now == shown_[i]) continue;
         const auto [low, high] = std::minmax({shown_[i].level, shown_[i].held, now.level, now.held});
-        update(part(std::max(low - 1, 0), high, static_cast<int>(i)));
+        update(part(std::max(low - zoomed(1), 0), high, static_cast<int>(i)));
         shown_[i] = now;
     }
     const bool lampOn = sides_[0].clipped() || sides_[1].clipped();
@@ -97,12 +99,17 @@ void LevelMeter::refresh() {
     timer_.start();
 }
 
+void LevelMeter::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    refresh();
+}
+
 int LevelMeter::length() const {
-    return (direction_ == Qt::Vertical ? height() : width()) - kLamp - kGap;
+    return (direction_ == Qt::Vertical ? height() : width()) - zoomed(kLamp) - zoomed(kGap);
 }
 
 int LevelMeter::bars() const {
-    return (direction_ == Qt::Vertical ? width() : height()) >= kTwoBars ? 2 : 1;
+    return (direction_ == Qt::Vertical ? width() : height()) >= zoomed(kTwoBars) ? 2 : 1;
 }
 
 LevelMeter::Shown LevelMeter::shownOf(const PeakFall& side) const {
@@ -115,14 +122,15 @@ LevelMeter::Shown LevelMeter::shownOf(const PeakFall& side) const {
 // Of a bar, counted from its quiet end.
 QRect LevelMeter::part(int from, int to, int bar) const {
     const int across = direction_ == Qt::Vertical ? width() : height();
-    const int thick = bars() == 2 ? (across - kGap) / 2 : across;
+    const int thick = bars() == 2 ? (across - zoomed(kGap)) / 2 : across;
     const int edge = bars() == 2 && bar == 1 ? across - thick : 0;
     return direction_ == Qt::Vertical ? QRect(edge, height() - to, thick, to - from)
                                       : QRect(from, edge, to - from, thick);
 }
 
 QRect LevelMeter::lamp() const {
-    return direction_ == Qt::Vertical ? QRect(0, 0, width(), kLamp) : QRect(width() - kLamp, 0, kLamp, height());
+    const int along = zoomed(kLamp);
+    return direction_ == Qt::Vertical ? QRect(0, 0, width(), along) : QRect(width() - along, 0, along, height());
 }
 
 void LevelMeter::paintEvent(QPaintEvent*) {
@@ -136,7 +144,7 @@ void LevelMeter::paintEvent(QPaintEvent*) {
                 : Shown{std::max(shown_[0].level, shown_[1].level), std::max(shown_[0].held, shown_[1].held)};
         painter.fillRect(part(0, length(), i), QColor(skin::kInset));
         painter.fillRect(part(0, shown.level, i), accentColour(accent_));
-        if (shown.held > 0) painter.fillRect(part(shown.held - 1, shown.held, i), QColor(skin::kText));
+        if (shown.held > 0) painter.fillRect(part(shown.held - zoomed(1), shown.held, i), QColor(skin::kText));
     }
 }
 

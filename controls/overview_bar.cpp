@@ -1,10 +1,10 @@
 #include "controls/overview_bar.h"
 
-#include <QPainter>
 #include <algorithm>
 #include <utility>
 
 #include "controls/skin.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -18,7 +18,7 @@ constexpr int kMixedTint = 36;  // of 255
 }  // namespace
 
 OverviewBar::OverviewBar(QWidget* window, const QRect& place) : QProgressBar(window) {
-    setGeometry(place);
+    layOut(this, place);
     setRange(0, kColumns);
     setValue(0);
 }
@@ -46,22 +46,32 @@ double OverviewBar::columnHeight(int column) const {
     if (peaks_.empty()) return column < value() ? kPlain : 0;
     const auto index = static_cast<std::size_t>(column) * peaks_.size() / kColumns;
     const double peak = std::clamp(double{peaks_[index]}, 0.0, 1.0);
-    return std::max(kSilence, peak * (height() - 2 * kMargin));
+    return std::max(kSilence, peak * (placeRect(*this).height() - 2 * kMargin));
 }
 
 void OverviewBar::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.fillRect(rect(), QColor(skin::kInset));
+    PlacePainter painter(this);
+    const QRect area = placeRect(*this);
+    painter.fillRect(area, QColor(skin::kInset));
     QColor tint(skin::kSong);
     tint.setAlpha(kMixedTint);
-    if (!peaks_.empty()) painter.fillRect(0, 0, value(), height(), tint);
+    if (!peaks_.empty()) painter.fillRect(0, 0, value(), area.height(), tint);
     painter.setRenderHint(QPainter::Antialiasing);
-    for (int x = 0; x < kColumns; ++x) {
-        const double tall = columnHeight(x);
-        painter.fillRect(QRectF(x, (height() - tall) / 2, 1, tall), QColor(x < value() ? skin::kSong : skin::kFaint));
-    }
+    painter.fillPath(columns(0, value()), QColor(skin::kSong));
+    painter.fillPath(columns(value(), kColumns), QColor(skin::kFaint));
     if (scanned_ < 1)
-        painter.fillRect(QRectF(static_cast<int>(scanned_ * kColumns), 0, 1, height()), QColor(skin::kMuted));
+        painter.fillRect(QRectF(static_cast<int>(scanned_ * kColumns), 0, 1, area.height()), QColor(skin::kMuted));
+}
+
+// In one path, so that columns that share an edge leave no line between them.
+QPainterPath OverviewBar::columns(int from, int to) const {
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    for (int x = from; x < to; ++x) {
+        const double tall = columnHeight(x);
+        path.addRect(x, (placeRect(*this).height() - tall) / 2, 1, tall);
+    }
+    return path;
 }
 
 }  // namespace melvane

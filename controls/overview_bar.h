@@ -1,6 +1,7 @@
 // How far the mix is, drawn over the shape of the song.
 #pragma once
 
+#include <QPainterPath>
 #include <QProgressBar>
 #include <vector>
 
@@ -10,7 +11,7 @@ class OverviewBar : public QProgressBar {
     Q_OBJECT
 
 public:
-    static constexpr int kColumns = 176;  // pixels; the range of the progress
+    static constexpr int kColumns = 176;  // units; the range of the progress
 
     OverviewBar(QWidget* window, const QRect& place);
 
@@ -26,6 +27,7 @@ protected:
 
 private:
     double columnHeight(int column) const;
+    QPainterPath columns(int from, int to) const;
 
     std::vector<float> peaks_;
     double scanned_ = 1;

@@ -1,10 +1,12 @@
 #include "controls/skin.h"
 
 #include <QPalette>
-#include <QStyle>
+#include <QProxyStyle>
 #include <utility>
 
 #include "controls/controls_resources.h"
+#include "controls/symbol_icons.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -35,7 +37,7 @@ constexpr std::pair<const char*, QRgb> kColours[] = {
 };
 
 constexpr const char* kStyleSheet = R"(
-melvane--FramelessWindow *, QMenu { font-size: 12px; }
+melvane--FramelessWindow *, QMenu, QDialog, QDialog * { font-size: 12px; }
 melvane--FramelessWindow #caption { font-weight: bold; }
 melvane--FramelessWindow QLabel[accent] { font-size: 11px; }
 QLabel[heading="true"] { font-weight: bold; }
@@ -70,10 +72,11 @@ QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
 #labPreset:focus { border-color: @focus; }
 #labPreset QLabel { color: @voice; }
 #pList { background: @raised; border: 1px solid @voice; color: @text; outline: none; }
-#pList::item { background: @raised; padding: 0 8px; }
+#pList::item { background: @raised; padding: 0 8px; width: 89px; height: 20px; }
 #pList::item:hover { background: @hover; }
 #pList::item:selected { background: @voice; color: @inset; }
 
+#frmChann #hint { font-size: 10px; color: @muted; }
 QLabel[hint="true"], #frmPlayer #time { font-size: 11px; color: @muted; }
 #FM, #languagePage { background: @raised; border-radius: 4px; }
 QPushButton[link="true"] { background: transparent; border-color: transparent; padding: 0 3px; color: @focus;
@@ -86,8 +89,8 @@ QMenu::item { background: transparent; padding: 4px 26px; }
 QMenu::item:selected { background: @song; color: @inset; }
 QMenu::item:disabled { background: transparent; color: @faint; }
 QMenu::indicator { left: 7px; width: 12px; height: 12px; }
-QMenu::indicator:checked { image: url(:/symbols/tick.png); }
-QMenu::indicator:checked:selected { image: url(:/symbols/check.png); }
+QMenu::indicator:checked { image: url(tick@song.symbol); }
+QMenu::indicator:checked:selected { image: url(tick@inset.symbol); }
 QMenu::separator { background: @edge; height: 1px; margin: 4px 8px; }
 
 QComboBox { background: @inset; color: @text; border: 1px solid @edge; border-radius: 4px; padding: 2px 7px;
@@ -96,13 +99,14 @@ QComboBox:hover { border-color: @muted; }
 QComboBox:focus { border: 2px solid @focus; padding: 1px 6px; }
 QComboBox:disabled { background: @body; color: @faint; }
 QComboBox::drop-down { border: none; width: 20px; }
-QComboBox::down-arrow { image: url(:/symbols/down.png); width: 12px; height: 12px; }
+QComboBox::down-arrow { image: url(down@muted.symbol); width: 12px; height: 12px; }
 QComboBox QAbstractItemView { background: @raised; color: @text; border: 1px solid @edge; outline: none;
     selection-background-color: @song; selection-color: @inset; }
 
 QListWidget { background: @inset; color: @text; border: 1px solid @edge; outline: none; }
 QListWidget:focus { border-color: @focus; }
 QListWidget::item { background: @inset; padding: 2px 8px; }
+#List3::item { height: 14px; }
 QListWidget::item:hover { background: @hover; }
 QListWidget::item:selected { background: @song; color: @inset; }
 
@@ -113,8 +117,8 @@ QCheckBox::indicator, QRadioButton::indicator { background: @inset; border: 1px 
 QCheckBox::indicator { border-radius: 3px; }
 QRadioButton::indicator { border-radius: 7px; }
 QCheckBox::indicator:hover, QRadioButton::indicator:hover { border-color: @text; }
-QCheckBox::indicator:checked { background: @song; image: url(:/symbols/check.png); }
-QRadioButton::indicator:checked { background: @song; image: url(:/symbols/dot.png); }
+QCheckBox::indicator:checked { background: @song; image: url(tick@inset.symbol); }
+QRadioButton::indicator:checked { background: @song; image: url(dot@inset.symbol); }
 QCheckBox::indicator:disabled, QRadioButton::indicator:disabled { background: @hover; border-color: @faint; }
 QCheckBox:focus, QRadioButton:focus { color: @focus; }
 QCheckBox::indicator:focus, QRadioButton::indicator:focus { border-color: @focus; }
@@ -126,6 +130,16 @@ QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
 QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
 QToolTip { background: @raised; color: @text; border: 1px solid @faint; padding: 3px 5px; font-size: 12px; }
 )";
+
+// What the style sheet leaves open, as in boxes and file dialogs.
+class ZoomedStyle : public QProxyStyle {
+public:
+    ZoomedStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        const int units = QProxyStyle::pixelMetric(metric, option, widget);
+        return units > 0 ? zoomed(units) : units;
+    }
+};
 
 QPalette darkPalette() {
     QPalette palette(QColor(skin::kRaised), QColor(skin::kBody));
@@ -147,11 +161,16 @@ QPalette darkPalette() {
 
 void applyStyle(QApplication& app) {
     initControlsResources();
-    QApplication::setStyle(QStringLiteral("Fusion"));
+    initSymbolIcons();
+    QApplication::setStyle(new ZoomedStyle);
     QApplication::setPalette(darkPalette());
-    QString sheet = QLatin1String(kStyleSheet);
+    app.setStyleSheet(styleSheet());
+}
+
+QString styleSheet() {
+    QString sheet = zoomedStyle(QLatin1String(kStyleSheet));
     for (const auto& [name, value] : kColours) sheet.replace(QLatin1String(name), QColor(value).name());
-    app.setStyleSheet(sheet);
+    return sheet;
 }
 
 void setStyleState(QWidget& widget, const char* state, bool on) {

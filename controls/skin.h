@@ -53,6 +53,8 @@ enum class Accent { song, voice, mix };
 
 // Colours for every window and dialog of the program; before the first window is made.
 void applyStyle(QApplication& app);
+// Of all of them, at the present zoom.
+QString styleSheet();
 
 // Sets a property that the style sheet asks for, such as "running".
 void setStyleState(QWidget& widget, const char* state, bool on);

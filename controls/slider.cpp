@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "controls/slider_access.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -42,7 +43,8 @@ Slider::Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderV
       position_(place.track.neutral),
       bubble_(new QLabel(window)) {
     installSliderAccess();
-    setGeometry(
+    layOut(
+        this,
         knobAt(place.track.first).united(knobAt(place.track.last)).marginsAdded({kMargin, kMargin, kMargin, kMargin}));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
@@ -103,9 +105,9 @@ QRectF Slider::grooveBetween(int one, int other) const {
 }
 
 void Slider::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(-pos());
+    painter.translate(-placeOf(*this).topLeft());
     if (place_.groove) drawGroove(painter);
     drawKnob(painter);
 }
@@ -160,14 +162,14 @@ void Slider::drawGrip(QPainter& painter, const QRectF& knob, const QColor& colou
 
 void Slider::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
-    grip_ = along(event->position()) - position_;
+    grip_ = along(unzoomed(event->position())) - position_;
     showValue(false);
     update();
 }
 
 void Slider::mouseMoveEvent(QMouseEvent* event) {
     if (!grip_) return;
-    moveTo(static_cast<int>(std::lround(along(event->position()) - *grip_)));
+    moveTo(static_cast<int>(std::lround(along(unzoomed(event->position())) - *grip_)));
     showValue(false);
 }
 
@@ -215,15 +217,16 @@ void Slider::release() {
 void Slider::showValue(bool briefly) {
     bubble_->setText(valueText());
     bubble_->adjustSize();
-    const QRect knob = knobAt(position_);
+    const QRect knob = zoomed(knobAt(position_));
+    const int gap = zoomed(kBubbleGap);
     QRect bubble = bubble_->rect();
     bubble.moveCenter(knob.center());
     if (!isVertical())
-        bubble.moveBottom(knob.top() - kBubbleGap);
-    else if (knob.left() - kBubbleGap - bubble.width() > 0)
-        bubble.moveRight(knob.left() - kBubbleGap);
+        bubble.moveBottom(knob.top() - gap);
+    else if (knob.left() - gap - bubble.width() > 0)
+        bubble.moveRight(knob.left() - gap);
     else
-        bubble.moveLeft(knob.right() + kBubbleGap);
+        bubble.moveLeft(knob.right() + gap);
     bubble_->move(bubble.topLeft());
     bubble_->raise();
     bubble_->show();

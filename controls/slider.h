@@ -12,7 +12,7 @@
 
 namespace melvane {
 
-// Where a slider is; everything in pixels of its window.
+// Where a slider is; everything in units of its window.
 struct SliderPlace {
     Qt::Orientation direction;
     Track track;  // of the knob's top or left edge

@@ -1,6 +1,6 @@
 #include "controls/switch.h"
 
-#include <QPainter>
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -14,7 +14,7 @@ constexpr qreal kRing = 3;
 }  // namespace
 
 Switch::Switch(QWidget* window, const QRect& place, Accent accent) : QCheckBox(window), accent_(accent) {
-    setGeometry(place);
+    layOut(this, place);
     setAttribute(Qt::WA_Hover);
 }
 
@@ -23,10 +23,10 @@ bool Switch::hitButton(const QPoint& position) const {
 }
 
 void Switch::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QRectF picture(QPointF(), kPicture);
-    picture.moveCenter(QRectF(rect()).center());
+    picture.moveCenter(QRectF(placeRect(*this)).center());
     PartColours colours = partColours(*this, accent_, isDown());
     if (!isChecked() && isEnabled() && !isDown())
         colours = {skin::kInset, underMouse() ? skin::kMuted : skin::kFaint, skin::kMuted};

@@ -30,8 +30,6 @@ constexpr const char* kLines[] = {
     "L 7 14.8 L 6.8 12.8 L 5.5 12.2 L 3.9 13.5 L 2.5 12.1 L 3.8 10.5 L 3.2 9.2 L 1.2 9 L 1.2 7 L 3.2 6.8 L 3.8 5.5 "
     "L 2.5 3.9 L 3.9 2.5 L 5.5 3.8 L 6.8 3.2 L 7 1.2 L 9 1.2 L 9.2 3.2 L 10.5 3.8 L 12.1 2.5 L 13.5 3.9 L 12.2 5.5 Z "
     "O 8 8 2",
-    // help: a question mark
-    "M 4.8 5.4 C 4.8 1 11.2 1 11.2 5.2 C 11.2 8 8 7.8 8 10.4 M 8 13.6 L 8 13.7",
     // close
     "M 4 4 L 12 12 M 12 4 L 4 12",
     // play
@@ -44,11 +42,15 @@ constexpr const char* kLines[] = {
     "M 12.6 3.5 L 8.1 8 L 12.6 12.5 M 7.6 3.5 L 3.1 8 L 7.6 12.5",
     // list
     "M 6 3.5 L 14 3.5 M 6 8 L 14 8 M 6 12.5 L 14 12.5 M 2.4 3.5 L 2.5 3.5 M 2.4 8 L 2.5 8 M 2.4 12.5 L 2.5 12.5",
-    // reset: an arrow back to the start
-    "A 8.2 8.2 5.6 150 -300 M 2.6 1.8 L 2.6 5.6 L 6.4 5.6",
     // listen: headphones
     "M 2.3 11 L 2.3 8.2 A 8 8.2 5.7 180 -180 L 13.7 11 M 2.3 9.2 L 4.8 9.2 L 4.8 13.8 L 2.3 13.8 Z "
     "M 13.7 9.2 L 11.2 9.2 L 11.2 13.8 L 13.7 13.8 Z",
+    // tick
+    "M 3.3 8.7 L 6.7 12 L 12.7 4.7",
+    // dot
+    "O 8 8 1.2 O 8 8 2.3",
+    // down: of a list that opens
+    "M 3.3 6 L 8 10.7 L 12.7 6",
 };
 
 QRectF squareAround(qreal x, qreal y, qreal radius) {

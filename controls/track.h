@@ -5,7 +5,7 @@
 
 namespace melvane {
 
-// A track in pixels of the window, both ends included.
+// A track in units of the window, both ends included.
 struct Track {
     int first;
     int last;

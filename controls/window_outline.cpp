@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "controls/skin.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -45,9 +46,21 @@ QPainterPath pathInside(const QRegion& region) {
     return path;
 }
 
-QRegion outermost(const QRegion& region) {
-    return region -
-           (region.translated(1, 0) & region.translated(-1, 0) & region.translated(0, 1) & region.translated(0, -1));
+QRegion outermost(const QRegion& region, int width) {
+    return region - (region.translated(width, 0) & region.translated(-width, 0) & region.translated(0, width) &
+                     region.translated(0, -width));
+}
+
+// Left and right end at a height: those of the rows hold at their middles, and change evenly in between.
+std::pair<double, double> endsAt(const QRegion& region, double height) {
+    const QRect* above = region.begin();
+    const QRect* row = std::find_if(region.begin(), region.end(), [&](const QRect& r) { return height < r.y() + 0.5; });
+    if (row != region.begin()) above = row - 1;
+    if (row == region.end()) row = above;
+    const double from = above->y() + above->height() - 0.5;
+    const double part = row == above ? 0 : std::clamp((height - from) / (row->y() + 0.5 - from), 0.0, 1.0);
+    const auto between = [&](int one, int other) { return one + part * (other - one); };
+    return {between(above->x(), row->x()), between(above->x() + above->width(), row->x() + row->width())};
 }
 
 QBrush body(const QRectF& bound) {
@@ -59,8 +72,23 @@ QBrush body(const QRectF& bound) {
 
 }  // namespace
 
-WindowOutline::WindowOutline(const QRegion& region)
-    : region_(region.isEmpty() ? QRegion(kRectangle) : region), edge_(outermost(region_)), path_(pathInside(region_)) {}
+QRegion zoomedOutline(const QRegion& units) {
+    if (zoom() == kLowestZoom) return units;
+    const QRect bound = zoomed(units.boundingRect());
+    QRegion region;
+    for (int y = 0; y < bound.height(); ++y) {
+        const auto [left, right] = endsAt(units, (y + 0.5) / zoomFactor());
+        const int first = qRound(left * zoomFactor());
+        region += QRect(first, y, qRound(right * zoomFactor()) - first, 1);
+    }
+    return region;
+}
+
+WindowOutline::WindowOutline(const QRegion& units)
+    : region_(zoomedOutline(units.isEmpty() ? QRegion(kRectangle) : units)),
+      edgeWidth_(zoomed(1)),
+      edge_(outermost(region_, edgeWidth_)),
+      path_(pathInside(region_)) {}
 
 void WindowOutline::draw(QPainter& painter, int strip) const {
     const QRectF bound = region_.boundingRect();
@@ -80,7 +108,7 @@ void WindowOutline::draw(QPainter& painter, int strip) const {
     upper.addRect(stripRect);
     painter.fillPath(path_.intersected(upper), QColor(skin::kStrip));
     QPainterPathStroker stroker;
-    stroker.setWidth(2);
+    stroker.setWidth(2 * edgeWidth_);
     painter.fillPath(stroker.createStroke(path_).intersected(path_), QColor(skin::kEdge));
 }
 

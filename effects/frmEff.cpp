@@ -4,6 +4,7 @@
 #include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "effects/effect_knobs.h"
 #include "effects/presets.h"
 #include "state/guarded.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr QRect kEqualiser(kLeft, 30, 78, 20);
 constexpr QRect kPreset(kLeft + 82, 29, 134, 22);
-constexpr QPoint kList(kLeft, 53);
+constexpr QRect kList(kLeft, 53, 216, 146);
 
 // The vocal effects stand in columns from the left on.
 constexpr int kEffectStep = 54;
@@ -80,13 +81,13 @@ void frmEff::addPresets() {
     addText(OwnText::equaliser, kEqualiser, Accent::voice, Qt::AlignLeft | Qt::AlignVCenter);
     labPreset_ = new QPushButton(this);
     labPreset_->setObjectName(QStringLiteral("labPreset"));
-    labPreset_->setGeometry(kPreset);
+    layOut(labPreset_, kPreset);
     auto* arrow = new QLabel(QStringLiteral("▾"), labPreset_);
     arrow->setAttribute(Qt::WA_TransparentForMouseEvents);
-    arrow->setGeometry(kPreset.width() - 18, 0, 12, kPreset.height());
+    layOut(arrow, {kPreset.width() - 18, 0, 12, kPreset.height()});
     pList_ = new PresetList(this);
     pList_->setObjectName(QStringLiteral("pList"));
-    pList_->move(kList);
+    layOut(pList_, kList);
     connect(labPreset_, &QPushButton::clicked, this, [this] { pList_->open(settings_.currentPreset); });
     connect(pList_, &PresetList::chosen, this, &frmEff::choosePreset);
 }
@@ -132,7 +133,7 @@ void frmEff::addBalance(std::size_t index) {
     par_[index]->setObjectName(QStringLiteral("par%1").arg(index));
     bbg_[index] = new QWidget(this);
     bbg_[index]->setObjectName(QStringLiteral("bbg%1").arg(index));
-    bbg_[index]->setGeometry(kBalanceBar.translated(middle, 0));
+    layOut(bbg_[index], kBalanceBar.translated(middle, 0));
     bbg_[index]->setAutoFillBackground(true);
     bal_[index] = addSlider(
         "bal", index, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral, false}, kSources[index],

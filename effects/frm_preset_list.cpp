@@ -7,27 +7,18 @@
 
 namespace melvane {
 
-namespace {
-
-constexpr QSize kCell(105, 20);
-constexpr int kColumns = 2;
-constexpr int kRows = (static_cast<int>(kPresets.size()) + kColumns - 1) / kColumns;
-constexpr int kSpare = 6;  // for the frame; less than a cell
-
-}  // namespace
+namespace {}  // namespace
 
 PresetList::PresetList(QWidget* window) : QListWidget(window) {
     for (const Preset& preset : kPresets) {
         auto* row = new QListWidgetItem(this);
         row->setText(QString::fromUtf8(preset.name.data(), static_cast<qsizetype>(preset.name.size())));
-        row->setSizeHint(kCell);
     }
     setFlow(QListView::TopToBottom);
     setWrapping(true);
     setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    resize(kColumns * kCell.width() + kSpare, kRows * kCell.height() + kSpare);
     hide();
 }
 

@@ -6,6 +6,7 @@
 #include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "midi/channel_knobs.h"
 #include "settings/instrument_names.h"
 #include "state/guarded.h"
@@ -64,11 +65,10 @@ frmChann::frmChann(MidiChannels& channels, MidiState& state, Settings& settings,
     setObjectName(QStringLiteral("frmChann"));
     addTitle(kTitle);
     hint_->setObjectName(QStringLiteral("hint"));
-    hint_->setGeometry(kHint);
-    hint_->setStyleSheet(QStringLiteral("font-size: 10px; color: %1").arg(QColor(skin::kMuted).name()));
+    layOut(hint_, kHint);
     hint_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     noSong_->setObjectName(QStringLiteral("noSong"));
-    noSong_->setGeometry(kNoSong);
+    layOut(noSong_, kNoSong);
     noSong_->setAlignment(Qt::AlignCenter);
     b_main_ = addNavButton(this, "b_main", kBack, kBackButton, [this] {
         parentWidget()->raise();

@@ -24,7 +24,7 @@ class frmChann : public FramelessWindow {
     Q_OBJECT
 
 public:
-    static constexpr int kHeight = 210;
+    static constexpr int kHeight = 210;  // units
 
     // How open() shows the window.
     struct StartFlags {

@@ -5,6 +5,7 @@
 
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "settings/instrument_names.h"
 #include "state/guarded.h"
 
@@ -30,11 +31,9 @@ frmIns::frmIns(MidiChannels& channels, const modLang& language, Dialogs& dialogs
     setObjectName(QStringLiteral("frmIns"));
     addTitle(kTitle);
     List3_->setObjectName(QStringLiteral("List3"));
-    List3_->setGeometry(kList);
-    for (int program = 0; program <= kPercussionInstrument; ++program) {
-        auto* item = new QListWidgetItem(toQt(GetInstrumentName(program)), List3_);
-        item->setSizeHint({0, kRowHeight});
-    }
+    layOut(List3_, kList);
+    for (int program = 0; program <= kPercussionInstrument; ++program)
+        List3_->addItem(toQt(GetInstrumentName(program)));
     connect(List3_, &QListWidget::itemClicked, this, &frmIns::List3_Click);
     connect(List3_, &QListWidget::itemDoubleClicked, this, [this] {
         List3_Click();

@@ -6,20 +6,21 @@
 
 #include "controls/button_pictures.h"
 #include "controls/skin.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
 namespace {
 
 constexpr qreal kRadius = 3;
-constexpr int kWordPixels = 11;
-constexpr int kNamePixels = 10;
+constexpr int kWordHeight = 11;
+constexpr int kNameHeight = 10;
 constexpr int kLineHeight = 12;
 constexpr int kNameMargin = 2;  // at both ends of a line
 
-QFont pixelFont(const QWidget& widget, int pixels, bool bold = false) {
+QFont zoomedFontOf(const QWidget& widget, int units, bool bold = false) {
     QFont font = widget.font();
-    font.setPixelSize(pixels);
+    font.setPixelSize(zoomedFont(units));
     font.setBold(bold);
     return font;
 }
@@ -45,7 +46,7 @@ void drawRing(QPainter& painter, const QWidget& widget, const QColor& colour, qr
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colour, width));
     const qreal half = width / 2;
-    painter.drawRoundedRect(QRectF(widget.rect()).adjusted(half, half, -half, -half), kRadius, kRadius);
+    painter.drawRoundedRect(QRectF(placeRect(widget)).adjusted(half, half, -half, -half), kRadius, kRadius);
 }
 
 // The text in one line, or else in two of which the second is shortened.
@@ -61,7 +62,7 @@ QStringList lines(const QString& text, const QFontMetrics& metrics, int room) {
 }  // namespace
 
 UpwardText::UpwardText(QWidget* window, const QRect& place) : QWidget(window) {
-    setGeometry(place);
+    layOut(this, place);
 }
 
 void UpwardText::setText(const QString& text) {
@@ -71,7 +72,7 @@ void UpwardText::setText(const QString& text) {
 
 void UpwardText::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setFont(pixelFont(*this, kWordPixels));
+    painter.setFont(zoomedFontOf(*this, kWordHeight));
     painter.setPen(QColor(skin::kSong));
     const QRect room = turnUpwards(painter, *this);
     painter.drawText(room, Qt::AlignCenter, painter.fontMetrics().elidedText(text_, Qt::ElideRight, room.width()));
@@ -82,7 +83,7 @@ ChannelToggle::ChannelToggle(QWidget* window, const QRect& place, int number)
       pon_(key(place.size(), skin::kSong, skin::kSong)),
       off_(key(place.size(), skin::kInset, skin::kFaint)),
       number_(QString::number(number)) {
-    setGeometry(place);
+    layOut(this, place);
     setAttribute(Qt::WA_Hover);
 }
 
@@ -91,40 +92,43 @@ bool ChannelToggle::hitButton(const QPoint& position) const {
 }
 
 void ChannelToggle::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     drawPicture(painter, isChecked() ? pon_ : off_);
-    painter.setFont(pixelFont(*this, kWordPixels, true));
-    painter.setPen(QColor(isChecked() ? skin::kInset : skin::kMuted));
-    painter.drawText(rect(), Qt::AlignCenter, number_);
     if (hasFocus())
         drawRing(painter, *this, skin::kFocus, 2);
     else if (underMouse())
         drawRing(painter, *this, skin::kText, 1);
+    painter.resetTransform();
+    painter.setFont(zoomedFontOf(*this, kWordHeight, true));
+    painter.setPen(QColor(isChecked() ? skin::kInset : skin::kMuted));
+    painter.drawText(rect(), Qt::AlignCenter, number_);
 }
 
 InstrumentLabel::InstrumentLabel(QWidget* window, const QRect& place) : QPushButton(window) {
-    setGeometry(place);
+    layOut(this, place);
     setAttribute(Qt::WA_Hover);
 }
 
 void InstrumentLabel::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(underMouse() ? skin::kHover : skin::kInset));
-    painter.drawRoundedRect(rect(), kRadius, kRadius);
+    painter.drawRoundedRect(placeRect(*this), kRadius, kRadius);
     if (hasFocus()) drawRing(painter, *this, skin::kFocus, 2);
 
-    painter.setFont(pixelFont(*this, kNamePixels));
+    painter.resetTransform();
+    painter.setFont(zoomedFontOf(*this, kNameHeight));
     painter.setPen(QColor(skin::kText));
-    const QRect room = turnUpwards(painter, *this).adjusted(kNameMargin, 0, -kNameMargin, 0);
+    const QRect room = turnUpwards(painter, *this).adjusted(zoomed(kNameMargin), 0, -zoomed(kNameMargin), 0);
     const QStringList all = lines(text(), painter.fontMetrics(), room.width());
-    int top = (room.height() - static_cast<int>(all.size()) * kLineHeight) / 2;
-    for (const QString& line : all) {
-        painter.drawText(QRect(room.left(), top, room.width(), kLineHeight),
-                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, line);
-        top += kLineHeight;
+    const int line = zoomed(kLineHeight);
+    int top = (room.height() - static_cast<int>(all.size()) * line) / 2;
+    for (const QString& words : all) {
+        painter.drawText(QRect(room.left(), top, room.width(), line),
+                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, words);
+        top += line;
     }
 }
 

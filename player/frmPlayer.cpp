@@ -13,6 +13,7 @@
 #include "controls/skin.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -36,20 +37,22 @@ constexpr int kBytesPerSecond = kSampleRate * kBytesPerFrame;
 // The background: a wave that goes through the whole window.
 class Picture : public QWidget {
 public:
-    explicit Picture(QWidget* window) : QWidget(window) { setGeometry(window->rect()); }
+    explicit Picture(QWidget* window) : QWidget(window) { layOut(this, {QPoint(), kSize}); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
-        constexpr double kTurns = 0.045;  // of the phase a pixel
+        constexpr double kTurns = 0.045;  // of the phase a unit
         constexpr int kWaves = 3;
-        QPainter painter(this);
+        PlacePainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(QPen(QColor(skin::kRaised), 1));
+        constexpr int width = kSize.width();
+        constexpr double middle = kSize.height() / 2.0;
         for (int wave = 1; wave <= kWaves; ++wave) {
-            QPainterPath path(QPointF(0, height() / 2.0));
-            for (int x = 0; x <= width(); x += 2) {
-                const double swell = std::sin(M_PI * x / width()) * height() / 2.5;
-                path.lineTo(x, height() / 2.0 + swell * std::sin(kTurns * x + wave) * wave / kWaves);
+            QPainterPath path(QPointF(0, middle));
+            for (int x = 0; x <= width; x += 2) {
+                const double swell = std::sin(M_PI * x / width) * kSize.height() / 2.5;
+                path.lineTo(x, middle + swell * std::sin(kTurns * x + wave) * wave / kWaves);
             }
             painter.drawPath(path);
         }
@@ -81,7 +84,7 @@ frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& di
     Label1_ = new ElidedLabel(this, playerStream_ == 0 ? Qt::ElideRight : Qt::ElideMiddle);
     Label1_->setObjectName(QStringLiteral("Label1"));
     Label1_->setAlignment(Qt::AlignCenter);
-    Label1_->setGeometry(kFile);
+    layOut(Label1_, kFile);
     addBar();
     addButtons();
     GetPlayerLanguage();
@@ -103,10 +106,10 @@ void frmPlayer::addBar() {
     time_ = new QLabel(this);
     time_->setObjectName(QStringLiteral("time"));
     time_->setAlignment(Qt::AlignCenter);
-    time_->setGeometry(kTime);
+    layOut(time_, kTime);
     progress_ = new PlayBar(this);
     progress_->setObjectName(QStringLiteral("progress"));
-    progress_->setGeometry(kBar);
+    layOut(progress_, kBar);
     progress_->setEnabled(playerStream_ != 0);
     connect(progress_, &PlayBar::pointedAt, this, [this](double ratio) { seek(ratio * static_cast<double>(length_)); });
     connect(progress_, &PlayBar::stepped, this, [this](int seconds) {

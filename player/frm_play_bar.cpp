@@ -1,10 +1,10 @@
 #include "player/frm_play_bar.h"
 
 #include <QMouseEvent>
-#include <QPainter>
 #include <algorithm>
 
 #include "controls/skin.h"
+#include "controls/zoom.h"
 
 namespace melvane {
 
@@ -23,10 +23,11 @@ PlayBar::PlayBar(QWidget* window) : QProgressBar(window) {
 }
 
 void PlayBar::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const qreal middle = height() / 2.0;
+    const QRectF area = placeRect(*this);
+    const qreal middle = area.height() / 2;
     const auto draw = [&](qreal length, const QColor& colour) {
         painter.setBrush(colour);
         painter.drawRoundedRect(QRectF(kMargin, middle - kGroove / 2, length, kGroove), 2, 2);
@@ -36,7 +37,7 @@ void PlayBar::paintEvent(QPaintEvent*) {
     if (hasFocus()) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(QColor(skin::kFocus), 2));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), kMargin, kMargin);
+        painter.drawRoundedRect(area.adjusted(1, 1, -1, -1), kMargin, kMargin);
     }
 }
 
@@ -46,7 +47,7 @@ void PlayBar::mousePressEvent(QMouseEvent* event) {
 
 void PlayBar::mouseMoveEvent(QMouseEvent* event) {
     if (event->buttons() & Qt::LeftButton)
-        Q_EMIT pointedAt(std::clamp((event->position().x() - kMargin) / kUnits, 0.0, 1.0));
+        Q_EMIT pointedAt(std::clamp((unzoomed(event->position()).x() - kMargin) / kUnits, 0.0, 1.0));
 }
 
 void PlayBar::keyPressEvent(QKeyEvent* event) {

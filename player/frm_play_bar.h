@@ -9,7 +9,7 @@ class PlayBar : public QProgressBar {
     Q_OBJECT
 
 public:
-    static constexpr int kUnits = 206;  // the bar's length at the end of the file; in pixels too
+    static constexpr int kUnits = 206;  // the bar's length at the end of the file; in units too
     static constexpr int kMargin = 3;   // around it, for the focus ring
 
     explicit PlayBar(QWidget* window);

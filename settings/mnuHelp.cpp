@@ -7,6 +7,7 @@
 #include "controls/control_name.h"
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
+#include "controls/zoom.h"
 #include "state/guarded.h"
 
 namespace melvane {
@@ -23,9 +24,13 @@ constexpr QRect kValue(158, 10, 264, 24);
 constexpr int kRowStep = 30;
 constexpr QRect kHint(14, 64, 408, 18);
 constexpr QRect kForce(158, 84, 264, 22);
+constexpr QRect kPageName(14, 6, 140, 24);  // of the language page, whose rows are closer
+constexpr QRect kPageValue(158, 6, 264, 24);
+constexpr int kPageStep = 25;
 constexpr int kLanguageStep = 120;
+constexpr int kZoomWidth = 90;
 
-enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kHomeLabel };
+enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kZoomLabel, kHomeLabel };
 
 constexpr std::int16_t kForced = 1;
 
@@ -38,7 +43,7 @@ constexpr struct {
 QFrame* addPage(QWidget* window, const char* name) {
     auto* page = new QFrame(window);
     page->setObjectName(QLatin1String(name));
-    page->setGeometry(kPage);
+    layOut(page, kPage);
     return page;
 }
 
@@ -85,7 +90,7 @@ void mnuHelp::addTabs() {
         TABA_[i] = new QPushButton(this);
         TABA_[i]->setObjectName(QStringLiteral("TABA%1").arg(page));
         TABA_[i]->setProperty("tab", true);
-        TABA_[i]->setGeometry(kTab.translated(page * kTab.width(), 0));
+        layOut(TABA_[i], kTab.translated(page * kTab.width(), 0));
         TABA_[i]->setCheckable(true);
         TABA_[i]->setAutoExclusive(true);
         connect(TABA_[i], &QPushButton::clicked, this, [this, page] { TABA_Click(page); });
@@ -110,7 +115,7 @@ void mnuHelp::addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs) {
     LB_[kHintLabel]->setProperty("hint", true);
     CustMix_ = new QCheckBox(FM_);
     CustMix_->setObjectName(QStringLiteral("CustMix"));
-    CustMix_->setGeometry(kForce);
+    layOut(CustMix_, kForce);
     CustMix_->setChecked(settings_.forceMixDevice == kForced);
     connect(CustMix_, &QCheckBox::clicked, this, [this](bool on) { settings_.forceMixDevice = on ? kForced : 0; });
 }
@@ -126,14 +131,22 @@ DeviceList* mnuHelp::addDeviceList(const char* name, int label, DeviceNames devi
 
 void mnuHelp::addLanguagePage() {
     languagePage_ = addPage(this, "languagePage");
-    addLabel(kLanguageLabel, languagePage_, kName);
+    addLanguages();
+    addZoom();
+    addLabel(kHomeLabel, languagePage_, kPageName.translated(0, 2 * kPageStep));
+    adres_ = addLink("adres", kPageValue.translated(0, 2 * kPageStep), LangEntry::homePage);
+    online_ = addLink("online", kPageValue.translated(0, 3 * kPageStep), LangEntry::helpPage);
+}
+
+void mnuHelp::addLanguages() {
+    addLabel(kLanguageLabel, languagePage_, kPageName);
     languages_ = new QButtonGroup(this);
-    QRect place(kValue.topLeft(), QSize(kLanguageStep, kValue.height()));
+    QRect place(kPageValue.topLeft(), QSize(kLanguageStep, kPageValue.height()));
     for (const auto& [code, name] : kLanguages) {
         auto* button = new QRadioButton(QLatin1String(name), languagePage_);
         button->setObjectName(QStringLiteral("language_") + QLatin1String(code));
         button->setToolTip(button->text());
-        button->setGeometry(place);
+        layOut(button, place);
         place.translate(kLanguageStep, 0);
         languages_->addButton(button);
         connect(button, &QRadioButton::clicked, this, [this, code = code] {
@@ -142,15 +155,33 @@ void mnuHelp::addLanguagePage() {
             Q_EMIT languageChanged(QLatin1String(code));
         });
     }
-    addLabel(kHomeLabel, languagePage_, kName.translated(0, kRowStep));
-    adres_ = addLink("adres", kValue.translated(0, kRowStep), LangEntry::homePage);
-    online_ = addLink("online", kValue.translated(0, 2 * kRowStep), LangEntry::helpPage);
+}
+
+void mnuHelp::addZoom() {
+    const QPoint row(0, kPageStep);
+    addLabel(kZoomLabel, languagePage_, kPageName.translated(row));
+    zoom_ = new QComboBox(languagePage_);
+    zoom_->setObjectName(QStringLiteral("zoom"));
+    layOut(zoom_, {kPageValue.topLeft() + row, QSize(kZoomWidth, kPageValue.height() - 1)});
+    for (int percent = kLowestZoom; percent <= kHighestZoom; percent += kZoomStep)
+        zoom_->addItem(QStringLiteral("%1 %").arg(percent), percent);
+    showZoom();
+    connect(zoom_, &QComboBox::activated, this, [this] { setZoom(zoom_->currentData().toInt()); });
+}
+
+void mnuHelp::showZoom() {
+    zoom_->setCurrentIndex(zoom_->findData(zoom()));
+}
+
+void mnuHelp::changeEvent(QEvent* event) {
+    FramelessWindow::changeEvent(event);
+    if (event->type() == QEvent::StyleChange) showZoom();
 }
 
 void mnuHelp::addLabel(std::size_t number, QWidget* page, const QRect& place) {
     LB_[number] = new QLabel(page);
     LB_[number]->setObjectName(QStringLiteral("LB%1").arg(number));
-    LB_[number]->setGeometry(place);
+    layOut(LB_[number], place);
 }
 
 QPushButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry address) {
@@ -158,7 +189,7 @@ QPushButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry ad
     link->setObjectName(QLatin1String(name));
     link->setProperty("link", true);
     link->setCursor(Qt::PointingHandCursor);
-    link->setGeometry(place);
+    layOut(link, place);
     connect(link, &QPushButton::clicked, this, [this, address] { openPage(language_.lang(address)); });
     return link;
 }
@@ -186,14 +217,15 @@ void mnuHelp::GetPreferencesLanguage() {
     setTitle(toQt(language_.lang(LangEntry::preferences)));
     setTexts(TABA_[0], language_.lang(LangEntry::audioSettings));
     setTexts(TABA_[1], language_.ownText(OwnText::languageAndHelp));
-    const std::string labels[] = {language_.lang(LangEntry::midiDevice), language_.lang(LangEntry::mixDevice),
+    const std::string labels[] = {language_.lang(LangEntry::midiDevice),    language_.lang(LangEntry::mixDevice),
                                   language_.lang(LangEntry::mixDeviceHint), language_.lang(LangEntry::language),
-                                  language_.ownText(OwnText::homePage)};
+                                  language_.ownText(OwnText::zoom),         language_.ownText(OwnText::homePage)};
     for (std::size_t i = 0; i < LB_.size(); ++i) LB_[i]->setText(toQt(labels[i]));
     for (const auto& [list, label] : {std::pair(MidiDev_, kMidiLabel), std::pair(MixDev_, kMixLabel)}) {
         setName(list, LB_[label]->text());
         list->setEmptyText(toQt(language_.ownText(OwnText::noDevices)));
     }
+    setName(zoom_, LB_[kZoomLabel]->text());
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
     setTexts(CustMix_, language_.lang(LangEntry::forceMixDevice));
     for (QAbstractButton* button : languages_->buttons()) {

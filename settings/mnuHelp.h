@@ -3,6 +3,7 @@
 
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
@@ -39,13 +40,17 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;  // the zoom may have been changed by its keys
 
 private:
     void addTabs();
     void addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs);
     void addLanguagePage();
+    void addLanguages();
+    void addZoom();
     DeviceList* addDeviceList(const char* name, int label, DeviceNames deviceNames);
     void addLabel(std::size_t number, QWidget* page, const QRect& place);
+    void showZoom();
     QPushButton* addLink(const char* name, const QRect& place, LangEntry address);
     void TABA_Click(int page);
     void refreshDevices();
@@ -59,11 +64,12 @@ private:
     std::array<QPushButton*, 2> TABA_{};
     QFrame* FM_;
     QFrame* languagePage_;
-    std::array<QLabel*, 5> LB_{};
+    std::array<QLabel*, 6> LB_{};
     DeviceList* MidiDev_;
     DeviceList* MixDev_;
     QCheckBox* CustMix_;
     QButtonGroup* languages_;
+    QComboBox* zoom_;
     QPushButton* online_;
     QPushButton* adres_;
     Ed_Button* bOK_;

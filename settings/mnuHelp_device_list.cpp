@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "controls/zoom.h"
+
 namespace melvane {
 
 DeviceList::DeviceList(QWidget* page, const QRect& place, DeviceNames deviceNames)
     : QComboBox(page), deviceNames_(std::move(deviceNames)) {
-    setGeometry(place);
+    layOut(this, place);
     setEnabled(false);
 }
 

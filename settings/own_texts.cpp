@@ -58,6 +58,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::instrumentPicker, "Kanał %1: instrument", "Channel %1: instrument"},
     {OwnText::instruments, "Instrumenty", "Instruments"},
     {OwnText::languageAndHelp, "Język i pomoc", "Language and help"},
+    {OwnText::zoom, "Wielkość okien", "Size of the windows"},
     {OwnText::homePage, "Strona domowa", "Home page"},
     {OwnText::cannotOpenPage, "Nie można otworzyć strony: %1", "The page cannot be opened: %1"},
     {OwnText::noDevices, "(brak urządzeń)", "(no devices)"},

@@ -59,6 +59,7 @@ enum class OwnText {
     instruments,
     // Preferences.
     languageAndHelp,
+    zoom,
     homePage,
     cannotOpenPage,  // address
     noDevices,

@@ -4,18 +4,14 @@
 
 namespace melvane {
 
-namespace {
-constexpr const char* kKey = R"(software\Tessaro\Melvane\windows)";
-}
-
 std::optional<WindowPosition> WindowPlaces::find(const std::string& window) const {
-    const auto fields = split(store_.ReadSetting(kKey, window), ',');
+    const auto fields = split(store_.ReadSetting(kWindowsKey, window), ',');
     if (fields.size() != 2) return std::nullopt;
     return WindowPosition{static_cast<float>(leadingNumber(fields[0])), static_cast<float>(leadingNumber(fields[1]))};
 }
 
 void WindowPlaces::keep(const std::string& window, const WindowPosition& position) const {
-    store_.WriteSetting(kKey, window, numberText(position.left) + "," + numberText(position.top));
+    store_.WriteSetting(kWindowsKey, window, numberText(position.left) + "," + numberText(position.top));
 }
 
 }  // namespace melvane

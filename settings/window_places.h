@@ -9,6 +9,9 @@
 
 namespace melvane {
 
+// What is kept about windows lies below the product's key.
+inline constexpr const char* kWindowsKey = R"(software\Tessaro\Melvane\windows)";
+
 class WindowPlaces {
 public:
     explicit WindowPlaces(const SettingsStore& store) : store_(store) {}
