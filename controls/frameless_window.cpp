@@ -29,11 +29,8 @@ void FramelessWindow::fit() {
     update();
 }
 
-// The style is made anew for each zoom.
-void FramelessWindow::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    const bool leads = !qobject_cast<FramelessWindow*>(parentWidget());
-    if (event->type() == QEvent::StyleChange && zoom_ != zoom() && leads) follow(pos());
+void FramelessWindow::followZoom() {
+    if (zoom_ != zoom() && !qobject_cast<FramelessWindow*>(parentWidget())) follow(pos());
 }
 
 void FramelessWindow::follow(const QPoint& place) {

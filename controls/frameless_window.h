@@ -25,6 +25,9 @@ public:
     // Goes to `wanted`, or as near to it as the window is whole on the screen.
     void moveOntoScreen(const QPoint& wanted);
 
+    // Grows with its windows, unless another window leads it: part of setZoom().
+    void followZoom();
+
 protected:
     // A label in the grip, for the title.
     QLabel* addTitle(const QRect& place);
@@ -36,7 +39,6 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;  // Enter presses the button with the focus
-    void changeEvent(QEvent* event) override;
 
 private:
     void fit();

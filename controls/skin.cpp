@@ -106,7 +106,7 @@ QComboBox QAbstractItemView { background: @raised; color: @text; border: 1px sol
 QListWidget { background: @inset; color: @text; border: 1px solid @edge; outline: none; }
 QListWidget:focus { border-color: @focus; }
 QListWidget::item { background: @inset; padding: 2px 8px; }
-#List3::item { height: 14px; }
+#List3::item { padding: 0 8px; height: 18px; }
 QListWidget::item:hover { background: @hover; }
 QListWidget::item:selected { background: @song; color: @inset; }
 

@@ -4,7 +4,9 @@
 #include <QRegularExpression>
 #include <QVariant>
 #include <algorithm>
+#include <cmath>
 
+#include "controls/frameless_window.h"
 #include "controls/skin.h"
 #include "controls/window_region.h"
 
@@ -35,6 +37,8 @@ void setZoom(int percent) {
     for (QWidget* widget : QApplication::allWidgets())
         if (widget->property(kPlace).isValid()) layOut(widget, placeOf(*widget));
     qApp->setStyleSheet(styleSheet());
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* window = qobject_cast<FramelessWindow*>(widget)) window->followZoom();
 }
 
 int zoomFor(const QSize& room) {
@@ -67,7 +71,7 @@ int zoomedFont(int units) {
 }
 
 QString zoomedStyle(const QString& sheet) {
-    static const QRegularExpression length(QStringLiteral("((?:font-size|radius): )?\\b(\\d+)px"));
+    static const QRegularExpression length(QStringLiteral("((?:font-size|radius| height): )?\\b(\\d+)px"));
     QString result;
     qsizetype done = 0;
     for (auto it = length.globalMatch(sheet); it.hasNext();) {

@@ -30,7 +30,8 @@ QSize zoomed(const QSize& units);
 QRect zoomed(const QRect& units);
 // Fonts are rather too small than too wide for their room.
 int zoomedFont(int units);
-// Lengths of a style sheet, which are written as "3px". Corners are rather too small than rounder than their box.
+// Lengths of a style sheet, which are written as "3px". Corners are rather too small than
+// rounder than their box, and rows than too many for their list.
 QString zoomedStyle(const QString& sheet);
 // Of the mouse.
 QPointF unzoomed(const QPointF& pixels);

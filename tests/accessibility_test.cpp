@@ -1,5 +1,5 @@
 // Every window as assistive programs and the keyboard see it, and whether its texts can be read: in both languages, as
-// it looks usually and on a desktop with large fonts and high contrast.
+// it looks usually, larger and larger, and on a desktop with large fonts and high contrast.
 #include <QAccessible>
 #include <QAction>
 #include <QButtonGroup>
@@ -25,7 +25,7 @@ const std::set<QAccessible::Role> kRoles = {QAccessible::Button,      QAccessibl
                                             QAccessible::Slider,      QAccessible::ComboBox, QAccessible::List,
                                             QAccessible::ProgressBar, QAccessible::PageTab,  QAccessible::Indicator,
                                             QAccessible::ButtonMenu};
-constexpr int kTitleStrip = 28;
+constexpr int kTitleStrip = 28;  // units
 
 // The controls that a user works with, in the order of the accessible tree, and what only shows a value.
 void collect(QAccessibleInterface* node, QList<QWidget*>& controls) {
@@ -86,7 +86,7 @@ void expectReachedByTab(const QWidget& window, const QList<QWidget*>& controls) 
     for (QWidget* control : controls) {
         if (!control->isEnabled() || (control->focusPolicy() == Qt::NoFocus && onlyShows(*control))) continue;
         stops << stopOf(control);
-        hasTitle = hasTitle || control->y() < kTitleStrip;
+        hasTitle = hasTitle || placeOf(*control).y() < kTitleStrip;
     }
     QList<const QWidget*> order;
     for (qsizetype i = 0; i < stops.size(); ++i) {
@@ -97,12 +97,16 @@ void expectReachedByTab(const QWidget& window, const QList<QWidget*>& controls) 
     QList<const QWidget*> reached;
     for (const QWidget* stop : order) reached << stopOf(stop);
     for (const QWidget* stop : stops) EXPECT_EQ(reached.count(stop), 1) << idOf(*stop);
-    const auto placeOf = [&](const QWidget* stop) { return QRect(stop->mapTo(&window, QPoint()), stop->size()); };
+    const auto spotOf = [&](const QWidget* stop) {
+        QRect spot = placeOf(*stop);
+        while ((stop = stop->parentWidget()) != &window) spot.translate(placeOf(*stop).topLeft());
+        return spot;
+    };
     std::string steps;
     for (qsizetype i = 0; i < order.size(); ++i) {
         const QWidget* next = order[(i + 1) % order.size()];
-        const QRect one = placeOf(order[i]);
-        const QRect other = placeOf(next);
+        const QRect one = spotOf(order[i]);
+        const QRect other = spotOf(next);
         if (one.top() < kTitleStrip || other.top() < kTitleStrip) continue;
         const bool back = one.top() < other.bottom() && other.top() < one.bottom() && other.right() < one.left();
         const bool up = one.left() < other.right() && other.left() < one.right() && other.bottom() < one.top();
@@ -133,12 +137,15 @@ void expectReadable(const QWidget& window) {
             EXPECT_LE(button->fontMetrics().height(), button->height()) << idOf(*button);
         }
     }
+    for (const auto* list : window.findChildren<QComboBox*>())
+        EXPECT_TRUE(!list->isVisible() || list->minimumSizeHint().height() <= list->height()) << idOf(*list);
 }
 
 struct Look {
     const char* name;
     double fontScale;
     bool highContrast;
+    int zoom;
 };
 
 // All windows, with every control that they can have.
@@ -154,6 +161,7 @@ struct AccessibilityFixture : testing::TestWithParam<Look> {
             QApplication::setPalette(palette);
         }
         applyStyle(*qApp);
+        setZoom(GetParam().zoom);
         language.InitLanguage("", "en");
         mixer.emplace(environment);
         mixer->Form_Load(nullptr);
@@ -193,9 +201,13 @@ struct AccessibilityFixture : testing::TestWithParam<Look> {
         expectReachedByTab(window, controls);
         expectReadable(window);
         const auto [size, isNew] = sizes().try_emplace(window.objectName(), window.size());
-        EXPECT_EQ(window.size(), size->second);
+        EXPECT_EQ(window.size(), zoomed(size->second));
+        for (const QWidget* control : controls) {
+            EXPECT_EQ(control->geometry(), zoomed(placeOf(*control))) << idOf(*control);
+            EXPECT_TRUE(control->parentWidget()->rect().contains(control->geometry())) << idOf(*control);
+        }
     }
-    // Of the windows by name, in whatever look was first.
+    // Of the windows by name, in the first look.
     static std::map<QString, QSize>& sizes() {
         static std::map<QString, QSize> all;
         return all;
@@ -281,8 +293,9 @@ TEST_P(AccessibilityFixture, EveryMenuEntryHasATextOfItsOwn) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Looks, AccessibilityFixture,
-                         testing::Values(Look{"usual", 1, false}, Look{"large", 1.5, false},
-                                         Look{"contrast", 1.5, true}),
+                         testing::Values(Look{"usual", 1, false, 100}, Look{"large", 1.5, false, 125},
+                                         Look{"contrast", 1.5, true, 150}, Look{"double", 1, false, 200},
+                                         Look{"triple", 1, false, 300}),
                          [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <QtTest>
 
 #include "controls/slider.h"
+#include "controls/zoom.h"
 
 namespace melvane::test {
 
@@ -26,15 +27,15 @@ inline void clickAt(QWidget& window, const QPoint& point, Qt::MouseButton button
 inline QPoint knobOf(const Slider& slider) {
     constexpr int kInside = 4;
     const QPoint middle = slider.geometry().center();
-    return slider.width() < slider.height() ? QPoint(middle.x(), slider.position() + kInside)
-                                            : QPoint(slider.position() + kInside, middle.y());
+    const int inside = zoomed(slider.position() + kInside);
+    return slider.width() < slider.height() ? QPoint(middle.x(), inside) : QPoint(inside, middle.y());
 }
 
 // Takes the knob and moves the mouse as far as the position `to` is away, which may be beyond the track.
 inline void drag(Slider& slider, int to, Qt::MouseButton button = Qt::LeftButton) {
     QWindow* window = slider.window()->windowHandle();
     const QPoint from = knobOf(slider);
-    const int way = to - slider.position();
+    const int way = zoomed(to - slider.position());
     const QPoint end = from + (slider.width() < slider.height() ? QPoint(0, way) : QPoint(way, 0));
     QTest::mousePress(window, button, {}, from);
     QTest::mouseMove(window, end);
