@@ -26,7 +26,8 @@ enum class Symbol {
     listen,
     tick,
     dot,
-    down
+    down,
+    right
 };
 
 struct ButtonPictures {

@@ -91,6 +91,8 @@ QMenu::item:disabled { background: transparent; color: @faint; }
 QMenu::indicator { left: 7px; width: 12px; height: 12px; }
 QMenu::indicator:checked { image: url(tick@song.symbol); }
 QMenu::indicator:checked:selected { image: url(tick@inset.symbol); }
+QMenu::right-arrow { image: url(right@muted.symbol); width: 12px; height: 12px; }
+QMenu::right-arrow:selected { image: url(right@inset.symbol); }
 QMenu::separator { background: @edge; height: 1px; margin: 4px 8px; }
 
 QComboBox { background: @inset; color: @text; border: 1px solid @edge; border-radius: 4px; padding: 2px 7px;
@@ -128,6 +130,7 @@ QScrollBar::handle:vertical { background: @faint; border-radius: 4px; margin: 1p
 QScrollBar::handle:vertical:hover { background: @muted; }
 QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
 QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
+QFileDialog { min-width: 460px; min-height: 300px; }
 QToolTip { background: @raised; color: @text; border: 1px solid @faint; padding: 3px 5px; font-size: 12px; }
 )";
 

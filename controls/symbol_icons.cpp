@@ -16,7 +16,7 @@ namespace {
 constexpr qreal kStroke = 2.3;  // on the grid of the symbols
 
 constexpr std::pair<const char*, Symbol> kNames[] = {
-    {"tick", Symbol::tick}, {"dot", Symbol::dot}, {"down", Symbol::down}};
+    {"tick", Symbol::tick}, {"dot", Symbol::dot}, {"down", Symbol::down}, {"right", Symbol::right}};
 
 class SymbolIcon : public QIconEngine {
 public:

@@ -51,6 +51,8 @@ constexpr const char* kLines[] = {
     "O 8 8 1.2 O 8 8 2.3",
     // down: of a list that opens
     "M 3.3 6 L 8 10.7 L 12.7 6",
+    // right: of a menu that opens
+    "M 6 3.3 L 10.7 8 L 6 12.7",
 };
 
 QRectF squareAround(qreal x, qreal y, qreal radius) {
