@@ -70,4 +70,5 @@ public:
 // In no namespace: the macro declares what it calls.
 Q_IMPORT_PLUGIN(SymbolIcons)
 
+// That it is called brings the plugin into the program.
 void initSymbolIcons() {}
