@@ -28,7 +28,7 @@ namespace {
 
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
-constexpr int kPercent = 100;
+constexpr double kPercent = 100;
 
 constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row
 constexpr int kRowStep = 28;
@@ -40,7 +40,7 @@ constexpr QRect kStop(kMix.right() + 1 + kGap, kButtonsY, 70, kButtonHeight);
 constexpr QRect kMidi(188, kButtonsY, 30, kButtonHeight);
 constexpr QRect kEffects(224, kButtonsY, 30, kButtonHeight);
 constexpr QRect kListen(260, kButtonsY, 30, kButtonHeight);
-constexpr QRect kProgress(kLeft, 148, MixingRun::kProgressWidth, 22);
+constexpr QRect kProgress(kLeft, 148, OverviewBar::kColumns, 22);
 constexpr QRect kStatus(kLeft, 172, kRight - kLeft, 18);
 constexpr QRect kHelp = kClose.translated(-30, 0);
 constexpr QPoint kMenu(kHelp.x() - 28, 2);
@@ -68,21 +68,14 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     for (int i = 0; i < static_cast<int>(path_.size()); ++i) addRow(i);
     sliders_ = new SliderPanel(this, mixer_, environment_);
     addButtons();
-    progress_ = new OverviewBar(this, kProgress);
-    progress_->setObjectName(QStringLiteral("progress"));
-    overview_ = new SongOverview(progress_, environment_.library);
-    status_ = new ElidedLabel(this, Qt::ElideRight);
-    status_->setObjectName(QStringLiteral("status"));
-    layOut(status_, kStatus);
-    windows_ = new SecondaryWindows(this, mixer_, environment_, store_);
-    connect(windows_, &SecondaryWindows::languageChosen, this, &frmMain::useLanguage);
-    connect(windows_, &SecondaryWindows::portChosen, this, &frmMain::refresh);
+    addProgress();
+    const auto choosePort = [this] {
+        portChosen_ = true;
+        refresh();
+    };
+    windows_ = new SecondaryWindows(this, mixer_, environment_, store_,
+                                    {[this](const std::string& code) { useLanguage(code); }, choosePort});
     addMenu();
-
-    // Started anew by each tick, not repeating: it has to go on while a tick ends a run.
-    Timer1_.setSingleShot(true);
-    Timer1_.setInterval(kTickMs);
-    connect(&Timer1_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
 }
 
 void frmMain::addRow(int index) {
@@ -108,6 +101,19 @@ void frmMain::addButtons() {
                            [this] { menu_->mnuKar()->popup(b_menu_->mapToGlobal(QPoint(0, b_menu_->height()))); });
     bHelp_ = add("bHelp", kHelp, ButtonLook::close, Symbol::settings, [this] { windows_->showPreferences(); });
     bClose_ = add("bClose", kClose, ButtonLook::close, Symbol::close, [this] { close(); });
+}
+
+void frmMain::addProgress() {
+    progress_ = new OverviewBar(this, kProgress);
+    progress_->setObjectName(QStringLiteral("progress"));
+    overview_ = new SongOverview(progress_, environment_.library);
+    status_ = new ElidedLabel(this, Qt::ElideRight);
+    status_->setObjectName(QStringLiteral("status"));
+    layOut(status_, kStatus);
+    // Started anew by each tick, not repeating: it has to go on while a tick ends a run.
+    Timer1_.setSingleShot(true);
+    Timer1_.setInterval(kTickMs);
+    connect(&Timer1_, &QTimer::timeout, this, &frmMain::Timer1_Timer);
 }
 
 Ed_Button* frmMain::add(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
@@ -166,12 +172,17 @@ void frmMain::SetMainLanguage() {
     refresh();
 }
 
-void frmMain::useLanguage(const QString& code) {
-    environment_.language.SetLanguage(code.toStdString());
-    mixer_.settings().language = code.toStdString();
-    store_.WriteSetting(kProductKey, "language", mixer_.settings().language);
+void frmMain::useLanguage(const std::string& code) {
+    environment_.language.SetLanguage(code);
+    environment_.shell.useLanguage(code);
+    store_.WriteSetting(kProductKey, "language", code);
     SetMainLanguage();
-    Q_EMIT languageChanged(code);
+}
+
+void frmMain::usePort(bool running) {
+    if (!portChosen_ || choosing_ || running) return;
+    portChosen_ = false;
+    guarded(environment_.dialogs, [this] { mixer_.midi().playback.reopen(); });
 }
 
 void frmMain::BR_Click(int index) {
@@ -185,7 +196,7 @@ void frmMain::BR_Click(int index) {
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
-    if (paths.empty() || isRunning() || choosing_) return;
+    if (paths.empty() || mixer_.isRunning() || choosing_) return;
     std::vector<std::string> ordered = paths;
     // A song may bring a voice, and empties the destination.
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
@@ -234,7 +245,7 @@ void frmMain::listen() {
 }
 
 bool frmMain::canListen() const {
-    return !isRunning() && isFile(mixer_.run().lastMixPath);
+    return !mixer_.isRunning() && isFile(mixer_.run().lastMixPath);
 }
 
 void frmMain::Timer1_Timer() {
@@ -243,7 +254,7 @@ void frmMain::Timer1_Timer() {
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
-    if (isRunning()) {
+    if (mixer_.isRunning()) {
         event->ignore();
         environment_.dialogs.messageBox(environment_.language.lang(LangEntry::stopMixingFirst), kProductCaption,
                                         BoxIcon::information, BoxButtons::ok);
@@ -283,7 +294,7 @@ void frmMain::fillRecentFiles() {
 }
 
 void frmMain::dragEnterEvent(QDragEnterEvent* event) {
-    if (isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
+    if (mixer_.isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
     if (!(event->possibleActions() & Qt::CopyAction)) return;
     // A file that is moved would be removed by who gave it.
     event->setDropAction(Qt::CopyAction);
@@ -311,18 +322,13 @@ void frmMain::setDropLook(bool on) {
     for (ElidedLabel* path : path_) setStyleState(*path, "dropping", on);
 }
 
-bool frmMain::isRunning() const {
-    return mixer_.run().isMixing || mixer_.mixingRun().busy();
-}
-
 void frmMain::refresh() {
-    const bool running = isRunning();
-    if (!running) {
+    const bool running = mixer_.isRunning();
+    if (!running)
         Timer1_.stop();
-        if (!choosing_) windows_->usePort();
-    } else if (!Timer1_.isActive()) {
+    else if (!Timer1_.isActive())
         Timer1_.start();
-    }
+    usePort(running);
     refreshPaths();
     refreshButtons(running);
     refreshStatus(running);
@@ -358,13 +364,12 @@ void frmMain::refreshButtons(bool running) {
 }
 
 void frmMain::refreshStatus(bool running) {
-    const int width = mixer_.mixingRun().progressWidth();
-    progress_->setProgress(width);
-    setWindowTitle(running ? QStringLiteral("%1 % – %2")
-                                 .arg(width * kPercent / MixingRun::kProgressWidth)
-                                 .arg(QLatin1String(kProductCaption))
-                           : QLatin1String(kProductCaption));
-    Q_EMIT progressChanged(running ? static_cast<double>(width) / MixingRun::kProgressWidth : -1);
+    const double done = mixer_.mixingRun().done();
+    progress_->setProgress(static_cast<int>(done * OverviewBar::kColumns));
+    setWindowTitle(
+        running ? QStringLiteral("%1 % – %2").arg(static_cast<int>(done * kPercent)).arg(QLatin1String(kProductCaption))
+                : QLatin1String(kProductCaption));
+    environment_.shell.showProgress(running ? done : -1);
     status_->setFullText(toQt(statusText(running)));
     setStyleState(*status_, "failed", !running && !choosing_ && mixer_.run().failure != RunFailure::none);
 }

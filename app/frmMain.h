@@ -38,12 +38,6 @@ public:
     // Lets pending window events run, for a few milliseconds at most.
     static void processWindowEvents();
 
-Q_SIGNALS:
-    // The user chose another language; it is the current one already.
-    void languageChanged(const QString& code);
-    // 0..1 in a run, -1 without one; also when nothing has changed.
-    void progressChanged(double done);
-
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;  // windows that were open come along
@@ -55,6 +49,7 @@ protected:
 private:
     void addRow(int index);
     void addButtons();
+    void addProgress();
     void addMenu();
     // A button whose click is guarded and followed by a refresh.
     Ed_Button* add(const char* name, const QRect& place, ButtonLook look, Symbol symbol, std::function<void()> click);
@@ -67,7 +62,9 @@ private:
     void Timer1_Timer();
     void Form_Unload();
     void fillRecentFiles();
-    void useLanguage(const QString& code);
+    void useLanguage(const std::string& code);
+    // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
+    void usePort(bool running);
     // Runs what lets window events run while sources are opened: no other button may be pressed meanwhile.
     void withButtonsOff(const std::function<void()>& action);
 
@@ -77,7 +74,6 @@ private:
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
     std::string statusText(bool running) const;
-    bool isRunning() const;
     bool canListen() const;
     void setDropLook(bool on);
 
@@ -85,8 +81,9 @@ private:
     Environment environment_;
     const SettingsStore& store_;
     RecentFiles recent_;
-    bool stopped_ = false;   // the last run was ended with the stop button
-    bool choosing_ = false;  // a source is being opened
+    bool stopped_ = false;     // the last run was ended with the stop button
+    bool choosing_ = false;    // a source is being opened
+    bool portChosen_ = false;  // and not used yet
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};

@@ -1,6 +1,5 @@
 #include "app/frm_song_overview.h"
 
-#include "app/mixing_run.h"
 #include "audio/modAudio.h"
 
 namespace melvane {
@@ -21,7 +20,7 @@ void SongOverview::show(const std::string& file) {
     bar_->setOverview({});
     bar_->setScanned(1);
     // A MIDI song has no waveform before it is played.
-    if (!file.empty() && !isMidiFile(file)) scan_ = library_.scanWaveform(file, MixingRun::kProgressWidth);
+    if (!file.empty() && !isMidiFile(file)) scan_ = library_.scanWaveform(file, OverviewBar::kColumns);
     if (scan_)
         timer_.start();
     else

@@ -3,10 +3,10 @@
 #include <QEvent>
 #include <QScreen>
 #include <algorithm>
+#include <utility>
 
 #include "controls/window_layout.h"
 #include "controls/zoom.h"
-#include "state/guarded.h"
 
 namespace melvane {
 
@@ -44,8 +44,13 @@ QPoint toPixels(const WindowPosition& position) {
 }
 
 SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment,
-                                   const SettingsStore& store)
-    : QObject(main), main_(main), mixer_(mixer), environment_(environment), places_(store) {
+                                   const SettingsStore& store, PreferenceCalls preferenceCalls)
+    : QObject(main),
+      main_(main),
+      mixer_(mixer),
+      environment_(environment),
+      places_(store),
+      preferenceCalls_(std::move(preferenceCalls)) {
     mixer_.midi().channels.updateChannels = [this] { updateChannels(); };
 }
 
@@ -75,14 +80,12 @@ void SecondaryWindows::showPreferences() {
             mixer_.midi().playback.ReadMap();
             return mixer_.midi().state.midiPorts;
         };
-        const auto inputs = [this] { return recordingInputs(environment_.library, runsNow()); };
+        const auto inputs = [this] { return recordingInputs(environment_.library, mixer_.isRunning()); };
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,
                                    midiPorts, inputs, main_);
-        connect(preferences_, &mnuHelp::languageChanged, this, &SecondaryWindows::languageChosen);
-        connect(preferences_, &mnuHelp::midiPortChanged, this, [this] {
-            portChanged_ = true;
-            Q_EMIT portChosen();
-        });
+        connect(preferences_, &mnuHelp::languageChanged, this,
+                [this](const QString& code) { preferenceCalls_.useLanguage(code.toStdString()); });
+        connect(preferences_, &mnuHelp::midiPortChanged, this, preferenceCalls_.usePort);
     }
     bringUp(preferences_, freePlace(*main_));
 }
@@ -108,16 +111,6 @@ void SecondaryWindows::bringUp(FramelessWindow* window, const QPoint& firstPlace
     window->show();
     window->raise();
     window->activateWindow();
-}
-
-bool SecondaryWindows::runsNow() const {
-    return mixer_.run().isMixing || mixer_.mixingRun().busy();
-}
-
-void SecondaryWindows::usePort() {
-    if (!portChanged_ || runsNow()) return;
-    portChanged_ = false;
-    guarded(environment_.dialogs, [this] { mixer_.midi().playback.reopen(); });
 }
 
 bool SecondaryWindows::eventFilter(QObject* window, QEvent* event) {

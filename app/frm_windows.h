@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <functional>
 #include <string>
 
 #include "app/mixer.h"
@@ -17,11 +18,16 @@ namespace melvane {
 // A stored place; far off the screen at most.
 QPoint toPixels(const WindowPosition& position);
 
-class SecondaryWindows : public QObject {
-    Q_OBJECT
+// What is done when the user has chosen something in the preferences; it is in the settings already.
+struct PreferenceCalls {
+    std::function<void(const std::string& code)> useLanguage;
+    std::function<void()> usePort;
+};
 
+class SecondaryWindows : public QObject {
 public:
-    SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment, const SettingsStore& store);
+    SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment, const SettingsStore& store,
+                     PreferenceCalls preferenceCalls);
 
     void showEffects();
     void showChannels();
@@ -33,22 +39,12 @@ public:
     // Hides all of them and keeps their places; to the settings they count as open.
     void hideAll();
 
-    // Opens the song on the MIDI port that was chosen in the preferences, unless a run uses the old one.
-    void usePort();
-
     // Sets their texts from the current language.
     void SetMainLanguage();
     // Shows the settings of the channels as they are now.
     void updateChannels();
 
-Q_SIGNALS:
-    // Another language was chosen in the preferences.
-    void languageChosen(const QString& code);
-    // Another MIDI port was chosen there; usePort() takes it.
-    void portChosen();
-
 private:
-    bool runsNow() const;
     void openChannels(const frmChann::StartFlags& flags);
     void place(FramelessWindow* window, const QPoint& firstPlace);
     void bringUp(FramelessWindow* window, const QPoint& firstPlace);
@@ -58,9 +54,9 @@ private:
     Mixer& mixer_;
     Environment environment_;
     WindowPlaces places_;
+    const PreferenceCalls preferenceCalls_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
-    bool portChanged_ = false;
     QPointer<mnuHelp> preferences_;
     QPointer<frmPlayer> player_;
 };

@@ -3,19 +3,18 @@
 namespace melvane {
 
 Mixer::Mixer(const Environment& with)
-    : input_(with.library, run_, settings_),
-      midi_(with.music, with.systemMixer, run_, settings_, with.names, with.dialogs, with.doEvents),
-      sourceFiles_(run_, fields_, settings_, midi_, with.language, with.dialogs),
-      effects_(with.library, run_, settings_, midi_.lines),
-      mixingRun_({with.library, run_, fields_, settings_, input_, effects_, midi_, with.language, with.dialogs,
-                  with.names, with.doEvents}),
-      sliders_(run_, settings_, mixingRun_) {}
+    : input_(with.library, state_.run, state_.settings),
+      midi_(with.music, with.systemMixer, state_.run, state_.settings, with.names, with.dialogs, with.doEvents),
+      sourceFiles_(state_, midi_, with.language, with.dialogs),
+      effects_(with.library, state_.run, state_.settings, midi_.lines),
+      mixingRun_(with, state_, input_, effects_, midi_),
+      sliders_(state_.run, state_.settings, mixingRun_) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
     input_.SaveUserInput();
     if (store) {
-        store->load(settings_);
-        if (!settings_.mixDeviceStored) input_.DetectMixDevice();
+        store->load(state_.settings);
+        if (!state_.settings.mixDeviceStored) input_.DetectMixDevice();
     }
     midi_.prepare();
 }

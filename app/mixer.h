@@ -2,28 +2,17 @@
 // the program. All of it is used on one thread, the user interface's.
 #pragma once
 
+#include "app/environment.h"
 #include "app/main_sliders.h"
 #include "app/midi_background.h"
 #include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
-#include "platform/shell.h"
 #include "settings/settings_store.h"
+#include "state/mix_state.h"
 
 namespace melvane {
-
-// What the mixer works with; everything outlives it.
-struct Environment {
-    AudioLibrary& library;
-    MusicSystem& music;
-    SystemMixer& systemMixer;
-    const FileNames& names;
-    Dialogs& dialogs;
-    Shell& shell;
-    modLang& language;
-    DoEvents doEvents;
-};
 
 class Mixer {
 public:
@@ -34,9 +23,12 @@ public:
     // Ends a run and closes the song.
     void Form_Unload();
 
-    RunState& run() { return run_; }
-    PathFields& fields() { return fields_; }
-    Settings& settings() { return settings_; }
+    // A run is under way, or begins or ends.
+    bool isRunning() const { return state_.run.isMixing || mixingRun_.busy(); }
+
+    RunState& run() { return state_.run; }
+    PathFields& fields() { return state_.fields; }
+    Settings& settings() { return state_.settings; }
     SourceFiles& sourceFiles() { return sourceFiles_; }
     MidiBackground& midi() { return midi_; }
     EffectChain& effects() { return effects_; }
@@ -44,9 +36,7 @@ public:
     MainSliders& sliders() { return sliders_; }
 
 private:
-    RunState run_;
-    PathFields fields_;
-    Settings settings_;
+    MixState state_;
     RecordingInput input_;
     MidiBackground midi_;
     SourceFiles sourceFiles_;

@@ -8,6 +8,7 @@
 #include <future>
 #include <utility>
 
+#include "app/run_messages.h"
 #include "app/source_files.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
@@ -63,32 +64,27 @@ bool createFile(const std::string& path) {
 
 }  // namespace
 
-MixingRun::MixingRun(const MixingParts& parts)
-    : with_(parts),
-      library_(parts.library),
-      run_(parts.run),
-      midi_(parts.midi),
+MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingInput& input, EffectChain& effects,
+                     MidiBackground& midi)
+    : with_(environment),
+      run_(state.run),
+      fields_(state.fields),
+      settings_(state.settings),
+      input_(input),
+      effects_(effects),
+      midi_(midi),
       capture_(
-          library_, run_, [this] { stopRec(); }, parts.doEvents) {}
+          with_.library, run_, [this] { stopRec(); }, with_.doEvents) {}
 
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
     const Flag busy(busy_);
-    run_.failure = RunFailure::none;
-    run_.lastMixPath.clear();
     framesTotal_ = framesAtEnd_ = 0;
-    progressWidth_ = 0;
-    if (!readPaths()) return;
-    run_.isMidiBackground = isMidiFile(run_.backgroundPath);
     if (!canRun()) return;
-    if (run_.isMidiBackground)
-        midi_.setTone();
-    else
-        freeBackground();
-    freeChannel(run_.vocalChannel);
-    with_.input.SelectMixInput();
-    run_.recordsSilence = !with_.input.anyOn();
-    const CardHold hold(library_);
+    freeLastRun();
+    input_.SelectMixInput();
+    run_.recordsSilence = !input_.anyOn();
+    const CardHold hold(with_.library);
     try {
         start();
     } catch (...) {
@@ -97,39 +93,59 @@ void MixingRun::mi_button_Click() {
     }
 }
 
-// An older mix is not emptied for want of an encoder or of a song.
 bool MixingRun::canRun() {
-    if (run_.isMidiBackground && !midi_.playback.loaded()) {
-        midiFailed();
-        return false;
-    }
-    if (isFile(run_.destinationPath) && !library_.encoderFound(kEncoderCommand))
+    run_.failure = RunFailure::none;
+    run_.lastMixPath.clear();
+    if (!readPaths()) return false;
+    run_.isMidiBackground = isMidiFile(run_.backgroundPath);
+    // An older mix is not emptied for want of an encoder or of a song.
+    if (run_.isMidiBackground && !midi_.playback.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
+    if (isFile(run_.destinationPath) && !with_.library.encoderFound(kEncoderCommand))
         run_.failure = RunFailure::encoderNotStarted;
     return run_.failure == RunFailure::none;
 }
 
-void MixingRun::midiFailed() {
-    run_.failure = RunFailure::midiUnplayable;
-    with_.dialogs.messageBox(with_.language.lang(LangEntry::midiPlayFailed), kProductCaption, BoxIcon::critical,
-                             BoxButtons::ok);
+bool MixingRun::readPaths() {
+    run_.backgroundPath = fields_.background;
+    run_.vocalPath = fields_.vocal;
+    run_.destinationPath = fields_.destination;
+    if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty())
+        return refuse(RunFailure::pathsMissing, BoxIcon::information);
+    if (isSameFile(run_.destinationPath, run_.backgroundPath) || isSameFile(run_.destinationPath, run_.vocalPath))
+        run_.failure = RunFailure::destinationIsSource;
+    return run_.failure == RunFailure::none;
 }
 
-void MixingRun::freeBackground() {
-    freeChannel(run_.backgroundChannel);
-    midi_.close();
+bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
+    run_.failure = failure;
+    with_.dialogs.messageBox(runMessage(with_.language, run_), kProductCaption, icon, BoxButtons::ok);
+    return false;
+}
+
+void MixingRun::freeLastRun() {
+    if (run_.isMidiBackground) {
+        midi_.setTone();
+    } else {
+        freeChannel(run_.backgroundChannel);
+        midi_.close();
+    }
+    freeChannel(run_.vocalChannel);
 }
 
 void MixingRun::start() {
     abandoned_ = false;
-    if (!openSources()) return with_.input.RestoreUserInput();
+    if (!openSources()) return input_.RestoreUserInput();
     with_.doEvents();
     if (abandoned_) return;
-    if (!run_.isMidiBackground) library_.BASS_ChannelPlay(run_.backgroundChannel, false);
-    library_.BASS_ChannelPlay(run_.vocalChannel, false);
-    library_.holdCardAtEndOf(run_.backgroundChannel);
-    if (!prepareDestination()) return endWith(RunFailure::destinationNotWritable);
+    if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
+    with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
+    with_.library.holdCardAtEndOf(run_.backgroundChannel);
+    if (!prepareDestination()) {
+        run_.failure = RunFailure::destinationNotWritable;
+        return stopRec();
+    }
     if (run_.isMidiBackground && !midi_.playback.PlayMidi()) {
-        midiFailed();
+        refuse(RunFailure::midiUnplayable, BoxIcon::critical);
         return stopRec();
     }
     capture_.StartMixCapture();
@@ -138,55 +154,40 @@ void MixingRun::start() {
 }
 
 void MixingRun::applySettings() {
-    with_.effects.PrepareEffects();
-    with_.effects.ApplyAllEffects();
+    effects_.PrepareEffects();
+    effects_.ApplyAllEffects();
     SetBassVolume();
-    with_.effects.applyTone();
-    with_.effects.applyBalance();
+    effects_.applyTone();
+    effects_.applyBalance();
     applyKey();
     applySyncOffset();
 }
 
 void MixingRun::applyKey() {
     if (run_.backgroundChannel != 0)
-        library_.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
-                                  static_cast<float>(run_.key));
+        with_.library.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
+                                       static_cast<float>(run_.key));
     midi_.channels.transpose(run_.key);
 }
 
 // A place on the vocal's own time, so that setting it again changes nothing.
 void MixingRun::applySyncOffset() {
     if (run_.vocalChannel == 0) return;
-    const auto bytes =
-        static_cast<std::int64_t>(library_.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
-    library_.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
-}
-
-bool MixingRun::readPaths() {
-    run_.backgroundPath = with_.fields.background;
-    run_.vocalPath = with_.fields.vocal;
-    run_.destinationPath = with_.fields.destination;
-    if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty()) {
-        run_.failure = RunFailure::pathsMissing;
-        with_.dialogs.messageBox(with_.language.lang(LangEntry::pathsMissing), kProductCaption, BoxIcon::information,
-                                 BoxButtons::ok);
-    } else if (isSameFile(run_.destinationPath, run_.backgroundPath) ||
-               isSameFile(run_.destinationPath, run_.vocalPath)) {
-        run_.failure = RunFailure::destinationIsSource;
-    }
-    return run_.failure == RunFailure::none;
+    const auto bytes = static_cast<std::int64_t>(
+        with_.library.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
+    with_.library.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
 }
 
 bool MixingRun::openSources() {
     if (!run_.isMidiBackground) {
         const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE);
-        run_.backgroundChannel = library_.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
+        run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
     }
     run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP);
     const bool background = run_.isMidiBackground || run_.backgroundChannel != 0;
     if (!abandoned_ && background && run_.vocalChannel != 0) {
         framesTotal_ = run_.isMidiBackground ? toFrames(midi_.playback.length())
-                                             : toFrames(library_.BASS_ChannelGetLength(run_.backgroundChannel));
+                                             : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
         return true;
     }
     if (!abandoned_) run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
@@ -199,7 +200,7 @@ bool MixingRun::openSources() {
 Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
     constexpr std::chrono::milliseconds kPatience{10};
     auto opening = std::async(std::launch::async, [this, path, flags] {
-        return library_.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags);
+        return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags);
     });
     while (opening.wait_for(kPatience) != std::future_status::ready) with_.doEvents();
     return opening.get();
@@ -207,14 +208,9 @@ Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
 
 // Whatever kind of channel it is.
 void MixingRun::freeChannel(std::uint32_t& channel) {
-    library_.BASS_MusicFree(channel);
-    library_.BASS_StreamFree(channel);
+    with_.library.BASS_MusicFree(channel);
+    with_.library.BASS_StreamFree(channel);
     channel = 0;
-}
-
-void MixingRun::endWith(RunFailure failure) {
-    run_.failure = failure;
-    stopRec();
 }
 
 bool MixingRun::prepareDestination() {
@@ -228,33 +224,33 @@ void MixingRun::SetBassVolume() {
     if (run_.isMidiBackground)
         midi_.applyVolumeAndBalance();
     else
-        SetChannelVolume(library_, run_.backgroundChannel, with_.settings.volume[0]);
-    SetChannelVolume(library_, run_.vocalChannel, with_.settings.volume[1]);
+        SetChannelVolume(with_.library, run_.backgroundChannel, settings_.volume[0]);
+    SetChannelVolume(with_.library, run_.vocalChannel, settings_.volume[1]);
 }
 
 void MixingRun::stopRec() {
     if (stopping_) return;
     const Flag stopping(stopping_);
     const Flag busy(busy_);
-    const CardHold hold(library_);
+    const CardHold hold(with_.library);
     abandoned_ = true;
     framesAtEnd_ = framesDone();
     run_.isMixing = capture_.StopMixCapture();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
-        library_.BASS_ChannelStop(*channel);
-        library_.BASS_MusicFree(*channel);
+        with_.library.BASS_ChannelStop(*channel);
+        with_.library.BASS_MusicFree(*channel);
     }
     midi_.playback.StopMidi();
     midi_.restoreTone();
     run_.vocalChannel = 0;
     run_.backgroundChannel = 0;
-    with_.input.RestoreUserInput();
+    input_.RestoreUserInput();
 }
 
 std::int64_t MixingRun::framesDone() const {
     if (!run_.isMixing) return framesAtEnd_;
     return run_.isMidiBackground ? toFrames(midi_.playback.position())
-                                 : toFrames(library_.BASS_ChannelGetPosition(run_.backgroundChannel));
+                                 : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
 }
 
 // A MIDI song may fade sooner than at its full length.
@@ -262,14 +258,17 @@ bool MixingRun::backgroundEnded() const {
     return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playback.playing());
 }
 
+double MixingRun::done() const {
+    if (framesTotal_ == 0) return 0;
+    return std::clamp(static_cast<double>(framesDone()) / static_cast<double>(framesTotal_), 0.0, 1.0);
+}
+
 void MixingRun::Timer1_Timer() {
     if (!run_.isMixing || busy_) return;
     const bool ended = backgroundEnded();
     if (ended) framesTotal_ = framesDone();
-    const double done = static_cast<double>(framesDone()) / static_cast<double>(framesTotal_);
-    progressWidth_ = ended ? kProgressWidth : std::clamp(static_cast<int>(done * kProgressWidth), 0, kProgressWidth);
     applySyncOffset();
-    if (progressWidth_ == kProgressWidth || !library_.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
+    if (ended || !with_.library.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }
 
 }  // namespace melvane

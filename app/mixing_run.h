@@ -2,39 +2,20 @@
 // encoded while they do, and the run ends with the background.
 #pragma once
 
+#include "app/environment.h"
 #include "app/midi_background.h"
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
-#include "platform/audio_library.h"
-#include "platform/dialogs.h"
-#include "platform/file_names.h"
-#include "settings/modLang.h"
-#include "state/run_state.h"
-#include "state/settings.h"
+#include "state/mix_state.h"
 
 namespace melvane {
 
-// What a run works with; everything outlives it.
-struct MixingParts {
-    AudioLibrary& library;
-    RunState& run;
-    const PathFields& fields;
-    const Settings& settings;
-    RecordingInput& input;
-    EffectChain& effects;
-    MidiBackground& midi;
-    const modLang& language;
-    Dialogs& dialogs;
-    const FileNames& names;
-    DoEvents doEvents;
-};
-
 class MixingRun {
 public:
-    static constexpr int kProgressWidth = 176;  // pixels of the progress bar
-
-    explicit MixingRun(const MixingParts& parts);
+    // Everything outlives the run.
+    MixingRun(const Environment& environment, MixState& state, RecordingInput& input, EffectChain& effects,
+              MidiBackground& midi);
 
     // Starts a run. When it does not start, RunState::failure says why.
     void mi_button_Click();
@@ -50,9 +31,9 @@ public:
     // Moves the vocal by the synchronisation offset, when there is a vocal channel.
     void applySyncOffset();
 
-    // 0..176.
-    int progressWidth() const { return progressWidth_; }
-    // Frames of the background that were mixed, and its length.
+    // How much of the background was mixed, in this run or the last one: 0 to 1.
+    double done() const;
+    // The same in frames, and the background's length.
     std::int64_t framesDone() const;
     std::int64_t framesTotal() const { return framesTotal_; }
     // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
@@ -60,25 +41,27 @@ public:
     bool busy() const { return busy_; }
 
 private:
-    void start();
-    bool readPaths();
     bool canRun();
-    void freeBackground();
-    void midiFailed();
-    bool backgroundEnded() const;
+    bool readPaths();
+    void freeLastRun();
+    void start();
     bool openSources();
     Handle openFile(const std::string& path, std::uint32_t flags);
     void freeChannel(std::uint32_t& channel);
-    void endWith(RunFailure failure);
     bool prepareDestination();
     void applySettings();
+    bool backgroundEnded() const;
+    // Puts the failure down and shows it in a box.
+    bool refuse(RunFailure failure, BoxIcon icon);
 
-    const MixingParts with_;
-    AudioLibrary& library_;
+    const Environment with_;
     RunState& run_;
+    const PathFields& fields_;
+    const Settings& settings_;
+    RecordingInput& input_;
+    EffectChain& effects_;
     MidiBackground& midi_;
     Module1 capture_;
-    int progressWidth_ = 0;
     std::int64_t framesTotal_ = 0;
     std::int64_t framesAtEnd_ = 0;
     bool busy_ = false;

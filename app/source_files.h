@@ -6,17 +6,20 @@
 #include "app/midi_background.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
+#include "state/mix_state.h"
 #include "state/product.h"
-#include "state/run_state.h"
-#include "state/settings.h"
 
 namespace melvane {
 
 class SourceFiles {
 public:
-    SourceFiles(RunState& run, PathFields& fields, const Settings& settings, MidiBackground& midi,
-                const modLang& language, Dialogs& dialogs)
-        : run_(run), fields_(fields), settings_(settings), midi_(midi), language_(language), dialogs_(dialogs) {}
+    SourceFiles(MixState& state, MidiBackground& midi, const modLang& language, Dialogs& dialogs)
+        : run_(state.run),
+          fields_(state.fields),
+          settings_(state.settings),
+          midi_(midi),
+          language_(language),
+          dialogs_(dialogs) {}
 
     // 0 background, 1 vocal, 2 destination. A cancelled dialog changes nothing.
     void BR_Click(int index);

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "desktop/taskbar_progress.h"
+#include "desktop/toolkit_texts.h"
 #include "platform/shell.h"
 
 namespace melvane {
@@ -15,9 +17,13 @@ public:
     explicit DesktopShell(std::string programDirectory) : programDirectory_(std::move(programDirectory)) {}
 
     bool open(const std::string& address) override;
+    void showProgress(double done) override { taskbar_.showProgress(done); }
+    void useLanguage(const std::string& code) override { texts_.use(code); }
 
 private:
     std::string programDirectory_;
+    TaskbarProgress taskbar_;
+    ToolkitTexts texts_;
 };
 
 }  // namespace melvane

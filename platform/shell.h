@@ -1,4 +1,5 @@
-// Opens pages and documents in the program that the system has for them. Used on the user-interface thread.
+// The system around the program's windows: what opens pages and documents, and what shows the program beside others.
+// Used on the user-interface thread.
 #pragma once
 
 #include <string>
@@ -12,6 +13,12 @@ public:
     // `address` is a web address or a document of the program, such as "docs/help.en.md". Returns at once, without
     // waiting for what it started. False when there is no such document, or nothing that could open it.
     virtual bool open(const std::string& address) = 0;
+    // Shows how much of a mix is done (0 to 1) where the system shows the program, such as a taskbar; -1: no mix. The
+    // same as before costs nothing.
+    virtual void showProgress(double done) = 0;
+    // The texts that come with the system's own boxes and dialogs are in the language of this code from now on; in
+    // English when it is not known.
+    virtual void useLanguage(const std::string& code) = 0;
 };
 
 }  // namespace melvane

@@ -7,14 +7,7 @@
 #include <map>
 #include <set>
 
-#include "app/MixerStart.h"
-#include "app/frmMain.h"
-#include "desktop/registry_file.h"
-#include "tests/fake_audio_library.h"
-#include "tests/fake_music.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
-#include "tests/window_events.h"
+#include "tests/program_fixture.h"
 
 namespace melvane {
 namespace {
@@ -148,53 +141,43 @@ struct Look {
     int zoom;
 };
 
-// All windows, with every control that they can have.
-struct AccessibilityFixture : testing::TestWithParam<Look> {
-    AccessibilityFixture() {
-        QFont font = systemFont();
-        font.setPointSizeF(font.pointSizeF() * GetParam().fontScale);
+struct AppliedLook {
+    explicit AppliedLook(const Look& look) {
+        static const QFont usual = QApplication::font();
+        QFont font = usual;
+        font.setPointSizeF(usual.pointSizeF() * look.fontScale);
         QApplication::setFont(font);
-        if (GetParam().highContrast) {
+        if (look.highContrast) {
             QPalette palette(Qt::yellow, Qt::black);
             palette.setColor(QPalette::Text, Qt::yellow);
             palette.setColor(QPalette::Base, Qt::white);
             QApplication::setPalette(palette);
         }
         applyStyle(*qApp);
-        setZoom(GetParam().zoom);
-        language.InitLanguage("", "en");
-        mixer.emplace(environment);
-        mixer->Form_Load(nullptr);
-        MidiState& song = mixer->midi().state;
+        setZoom(look.zoom);
+    }
+};
+
+// All windows, with every control that they can have.
+struct AccessibilityFixture : testing::TestWithParam<Look>, AppliedLook, SilentProgram {
+    AccessibilityFixture() : AppliedLook(GetParam()) {
+        MidiState& song = mixer().midi().state;
         for (std::int16_t c = 0; c < kMidiChannels; ++c)
             song.ChannelInfo[c] = {0, 0,  0, static_cast<std::int16_t>(c * 8), static_cast<std::int16_t>(c + 1), 90, 64,
                                    2, -1, -1};
         song.deviceOpen = true;
         song.midiLoaded = -1;
-        mixer->run().lastMixPath = dir.write("mix.mp3", "");
-        main.emplace(*mixer, environment, store);
-        main->DoRest();
-        main->show();
-    }
-    static const QFont& systemFont() {
-        static const QFont font = QApplication::font();
-        return font;
+        mixer().run().lastMixPath = dir.write("mix.mp3", "");
+        main().SetMainLanguage();
     }
 
-    void speak(const char* code) {
-        language.SetLanguage(code);
-        main->SetMainLanguage();
-    }
-    void press(QWidget& window, const char* name) {
-        find<QAbstractButton>(window, name).click();
-        QCoreApplication::processEvents();
-    }
+    void examine(const char* name) { examine(find<QWidget>(main(), name)); }
     void examine(QWidget& window) {
         ASSERT_TRUE(QTest::qWaitFor([&] {
             if (QApplication::activeWindow() != &window) window.activateWindow();
             return QApplication::focusWidget() && QApplication::focusWidget()->window() == &window;
         })) << window.objectName().toStdString();
-        SCOPED_TRACE(window.objectName().toStdString() + " in " + language.languageCode());
+        SCOPED_TRACE(window.objectName().toStdString() + " in " + shell.language);
         QList<QWidget*> controls;
         collect(QAccessible::queryAccessibleInterface(&window), controls);
         expectNamed(controls);
@@ -212,50 +195,28 @@ struct AccessibilityFixture : testing::TestWithParam<Look> {
         static std::map<QString, QSize> all;
         return all;
     }
-    template <typename Window>
-    Window& window() {
-        return *main->findChild<Window*>();
-    }
-
-    TempDir dir;
-    FakeAudioLibrary library;
-    FakeFileNames names;
-    FakeMusic music;
-    FakeSystemMixer systemMixer;
-    FakeDialogs dialogs;
-    FakeShell shell;
-    modLang language;
-    RegistryFile registry{dir / "registry.json"};
-    SettingsStore store{registry};
-    Environment environment{library, music, systemMixer, names, dialogs, shell, language, frmMain::processWindowEvents};
-    std::optional<Mixer> mixer;
-    std::optional<frmMain> main;
 };
 
 TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
-    press(*main, "b_eff");
-    press(*main, "b_midi");
-    press(window<frmChann>(), "ins15");
-    press(*main, "bHelp");
+    press("b_eff");
+    press("b_midi");
+    find<QAbstractButton>(main(), "ins15").click();
     for (const char* code : {"en", "pl"}) {
-        speak(code);
-        for (auto* window : {static_cast<QWidget*>(&*main), main->findChild<QWidget*>(QStringLiteral("frmEff")),
-                             main->findChild<QWidget*>(QStringLiteral("frmChann")),
-                             main->findChild<QWidget*>(QStringLiteral("frmIns"))})
-            examine(*window);
-        auto& preferences = window<mnuHelp>();
+        chooseLanguage(code);
+        examine(main());
+        for (const char* window : {"frmEff", "frmChann", "frmIns"}) examine(window);
+        press("bHelp");
         for (const char* page : {"TABA1", "TABA0"}) {
-            press(preferences, page);
-            examine(preferences);
+            click(find<QWidget>(main(), "mnuHelp"), page);
+            examine("mnuHelp");
         }
-    }
-    window<mnuHelp>().close();
-    for (const char* code : {"en", "pl"}) {
-        speak(code);
-        press(*main, "b_listen");
-        examine(window<frmPlayer>());
-        window<frmPlayer>().close();
+        find<QWidget>(main(), "mnuHelp").close();
+        press("b_listen");
+        examine("frmPlayer");
+        find<QWidget>(main(), "frmPlayer").close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        modLang language;
+        language.InitLanguage("", code);
         MixerStart start(language);
         start.show();
         examine(start);
@@ -265,21 +226,21 @@ TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
 // What a run makes of the window: the stop button is on, most others are off.
 TEST_P(AccessibilityFixture, ARunIsToldAndStoppedByKeyboard) {
     for (const char* code : {"en", "pl"}) {
-        mixer->run().isMixing = true;
-        speak(code);
-        examine(*main);
-        EXPECT_TRUE(find<QWidget>(*main, "b_STOP").isEnabled());
-        mixer->run().isMixing = false;
-        speak(code);
-        examine(*main);
+        chooseLanguage(code);
+        for (const bool running : {true, false}) {
+            mixer().run().isMixing = running;
+            main().SetMainLanguage();
+            examine(main());
+            EXPECT_EQ(find<QWidget>(main(), "b_STOP").isEnabled(), running);
+        }
     }
 }
 
 TEST_P(AccessibilityFixture, EveryMenuEntryHasATextOfItsOwn) {
     for (const char* code : {"en", "pl"}) {
-        speak(code);
+        chooseLanguage(code);
         int entries = 0;
-        for (auto* menu : main->findChildren<QMenu*>()) {
+        for (auto* menu : main().findChildren<QMenu*>()) {
             std::set<QString> texts;
             for (const QAction* entry : menu->actions()) {
                 if (entry->isSeparator() || !entry->isVisible()) continue;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <optional>
 
 #include "app/mixer.h"
 #include "desktop/local_file_names.h"
@@ -27,10 +28,16 @@ void napAt(std::int64_t) {
     nap();
 }
 
-// A run of eighths on a flute, five seconds long.
+bool comesTrue(const std::function<bool()>& condition) {
+    for (const auto end = std::chrono::steady_clock::now() + 20s; std::chrono::steady_clock::now() < end; nap())
+        if (condition()) return true;
+    return false;
+}
+
+// A run of eighths on a flute, three seconds long.
 std::string midiSong() {
     std::string track("\0\xC0\x49", 3);
-    for (const char key : std::string(20, 60)) {
+    for (const char key : std::string(12, 60)) {
         const char pitch = static_cast<char>(key + static_cast<char>(track.size() % 12));
         track += std::string("\0\x90", 2) + pitch + '\x64' + '\x30' + '\x80' + pitch + '\0';
     }
@@ -38,52 +45,64 @@ std::string midiSong() {
     return std::string("MThd\0\0\0\x06\0\0\0\x01\0\x60MTrk\0\0\0", 21) + static_cast<char>(track.size()) + track;
 }
 
-// One run whose encoder stores what it is given.
+// The program without its windows, with an encoder that stores what it is given.
+struct Studio {
+    Studio(CardClock clock, std::uint32_t blockFrames) : library({clock, blockFrames, beside.path()}) {
+        beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
+        library.BASS_RecordInit(-1);
+        library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+        mixer.emplace(Environment{library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
+        mixer->Form_Load(nullptr);
+    }
+
+    TempDir beside;
+    engine::Library library;
+    const music::Music music = music::createMusic(library, {.devicePorts = false});
+    const LocalFileNames names;
+    ConsoleDialogs dialogs;
+    ConsoleShell shell;
+    modLang language;
+    std::optional<Mixer> mixer;
+};
+
 struct Outcome {
-    std::string pcm;
+    std::string file;
     RunFailure failure = RunFailure::none;
-    CardStatus card;
+    CardStatus card;  // shortly before the end
 };
 
 struct ClocksFixture : testing::Test {
-    Outcome mix(CardClock clock, std::uint32_t blockFrames, const std::string& name,
+    // `during` is called all the time, with the frames that were mixed.
+    Outcome run(Studio& studio, CardClock clock, const std::string& name,
                 const std::function<void(std::int64_t)>& during = napAt) const {
-        const TempDir beside;
-        beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
-        engine::Library library({clock, blockFrames, beside.path()});
-        library.BASS_RecordInit(-1);
-        library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
-        const LocalFileNames names;
-        ConsoleDialogs dialogs;
-        ConsoleShell shell;
-        modLang language;
-        const music::Music music = music::createMusic(library, {.devicePorts = false});
-        Mixer mixer({library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
-        mixer.Form_Load(nullptr);
-        switchEverythingOn(mixer);
+        Mixer& mixer = *studio.mixer;
         mixer.sourceFiles().chooseBackground(song);
         mixer.fields() = {song, voice, dir / name};
         mixer.mixingRun().mi_button_Click();
         CardStatus card;
         while (mixer.run().isMixing) {
-            card = library.cardStatus();
+            card = studio.library.cardStatus();
             if (clock == CardClock::stepped)
-                library.stepCard(10000);
+                studio.library.stepCard(10000);
             else
                 during(mixer.mixingRun().framesDone());
             mixer.mixingRun().Timer1_Timer();
         }
         return {readFile(dir / name), mixer.run().failure, card};
     }
-    static void switchEverythingOn(Mixer& mixer) {
-        Settings& s = mixer.settings();
+    // With every knob turned.
+    Outcome mix(CardClock clock, std::uint32_t blockFrames, const std::string& name,
+                const std::function<void(std::int64_t)>& during = napAt) const {
+        Studio studio(clock, blockFrames);
+        Settings& s = studio.mixer->settings();
         s.volume = {90, 70};
         s.balanceValue = {-30, 20};
         s.toneValue = {20, 70, 40, 90};
         s.currentPreset = 9;
         for (std::size_t i = 0; i < 4; ++i) s.EffectState[i] = {-1, 0, 60};
-        mixer.run().key = 1.5;
-        mixer.run().syncOffset = -0.1F;
+        studio.mixer->run().key = 1.5;
+        studio.mixer->run().syncOffset = -0.1F;
+        return run(studio, clock, name, during);
     }
     void makeSources(std::size_t frames) {
         song = dir.write("song.wav", wavFile(noise16(frames, 1)));
@@ -95,57 +114,43 @@ struct ClocksFixture : testing::Test {
     std::string voice;
 };
 
-TEST_F(ClocksFixture, TheBlockSizeDoesNotMatter) {
-    makeSources(200000);
-    const std::string reference = mix(CardClock::stepped, 4096, "a.mp3").pcm;
-    ASSERT_EQ(reference.size(), 44 + 200000U * 4);
-    for (const std::uint32_t block : {64U, 441U})
-        EXPECT_TRUE(mix(CardClock::stepped, block, "b.mp3").pcm == reference) << block;
-}
-
-TEST_F(ClocksFixture, AMidiSongIsTheSameOnEveryClock) {
+TEST_F(ClocksFixture, EveryClockGivesTheSameSamplesUnderLoad) {
     SoundServerProcess server;
     ASSERT_TRUE(server.ready());
-    voice = dir.write("voice.wav", wavFile(noise16(kSampleRate, 2)));
-    song = dir.write("song.mid", midiSong());
-    const std::string reference = mix(CardClock::stepped, 4096, "a.mp3").pcm;
-    ASSERT_GT(reference.size(), 5 * kSampleRate * 4U);
-    EXPECT_TRUE(mix(CardClock::stepped, 64, "b.mp3").pcm == reference);
-    auto machine = std::async(std::launch::async, [this] { return mix(CardClock::machine, 441, "machine.mp3"); });
-    const Outcome device = mix(CardClock::device, 441, "device.mp3");
-    EXPECT_TRUE(device.card.deviceOpen);
-    EXPECT_TRUE(device.pcm == reference);
-    EXPECT_TRUE(machine.get().pcm == reference);
+    Child load({"stress-ng", "--quiet", "--cpu", "4", "--timeout", "60"});
+    makeSources(3 * kSampleRate + 1234);
+    for (const std::string& source : {song, dir.write("song.mid", midiSong())}) {
+        song = source;
+        const std::string reference = mix(CardClock::stepped, 4096, "a.mp3").file;
+        ASSERT_GT(reference.size(), 3 * kSampleRate * 4U);
+        for (const std::uint32_t block : {64U, 441U})
+            EXPECT_TRUE(mix(CardClock::stepped, block, "b.mp3").file == reference) << source << block;
+        auto machine = std::async(std::launch::async, [this] { return mix(CardClock::machine, 441, "machine.mp3"); });
+        const Outcome device = mix(CardClock::device, 441, "device.mp3");
+        EXPECT_TRUE(device.card.deviceOpen);
+        EXPECT_TRUE(device.file == reference) << source;
+        EXPECT_TRUE(machine.get().file == reference) << source;
+    }
 }
 
-TEST_F(ClocksFixture, AMinuteUnderLoadIsTheSameOnEveryClock) {
-    SoundServerProcess server;
-    ASSERT_TRUE(server.ready());
-    makeSources(60 * kSampleRate + 1234);
-    const std::string reference = mix(CardClock::stepped, 4096, "stepped.mp3").pcm;
-    Child load({"stress-ng", "--quiet", "--cpu", "4", "--timeout", "120"});
-    auto machine = std::async(std::launch::async, [this] { return mix(CardClock::machine, 441, "machine.mp3"); });
-    const Outcome device = mix(CardClock::device, 441, "device.mp3");
-    EXPECT_TRUE(device.card.deviceOpen);
-    EXPECT_TRUE(device.pcm == reference);
-    EXPECT_TRUE(machine.get().pcm == reference);
-    RecordProperty("device_underruns", static_cast<int>(device.card.deviceUnderruns));
-}
-
-TEST_F(ClocksFixture, AServerThatVanishesOrFreezesDoesNotStopTheRecording) {
-    makeSources(4 * kSampleRate);
-    const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").pcm;
+TEST_F(ClocksFixture, AServerThatVanishesFreezesOrIsNotThereDoesNotStopTheRecording) {
+    makeSources(5 * kSampleRate / 2);
+    const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").file;
+    EXPECT_EQ(reference.size(), 44 + 5U * kSampleRate / 2 * 4);
     for (const auto lose : {&SoundServerProcess::vanish, &SoundServerProcess::freeze}) {
         SoundServerProcess server;
         ASSERT_TRUE(server.ready());
-        const Outcome run = mix(CardClock::device, 441, "device.mp3", [&](std::int64_t frames) {
+        const Outcome made = mix(CardClock::device, 441, "device.mp3", [&](std::int64_t frames) {
             nap();
-            if (frames > kSampleRate) (server.*lose)();
+            if (frames > kSampleRate / 2) (server.*lose)();
         });
-        EXPECT_EQ(run.failure, RunFailure::none);
-        EXPECT_TRUE(run.pcm == reference);
-        EXPECT_FALSE(run.card.deviceOpen);
+        EXPECT_EQ(made.failure, RunFailure::none);
+        EXPECT_TRUE(made.file == reference);
+        EXPECT_FALSE(made.card.deviceOpen);
     }
+    setenv("PULSE_SERVER", "unix:/nonexistent", 1);
+    EXPECT_TRUE(mix(CardClock::device, 441, "device.mp3").file == reference);
+    unsetenv("PULSE_SERVER");
 }
 
 TEST_F(ClocksFixture, AFrozenServerLeavesTheCardsMix) {
@@ -158,26 +163,34 @@ TEST_F(ClocksFixture, AFrozenServerLeavesTheCardsMix) {
     EXPECT_EQ(library.BASS_RecordGetInputName(1), nullptr);
 }
 
-TEST_F(ClocksFixture, WithoutAServerTheCardRunsSilently) {
-    setenv("PULSE_SERVER", "unix:/nonexistent", 1);
+TEST_F(ClocksFixture, TheDeviceIsHeldWhileSomethingPlaysAndTheCardEndsInTheMidstOfIt) {
+    SoundServerProcess server;
+    ASSERT_TRUE(server.ready());
     makeSources(kSampleRate);
-    const std::string reference = mix(CardClock::stepped, 441, "stepped.mp3").pcm;
-    const Outcome run = mix(CardClock::device, 441, "device.mp3");
-    unsetenv("PULSE_SERVER");
-    EXPECT_TRUE(run.pcm == reference);
+    engine::Library library({});
+    library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+    const Handle channel = library.BASS_StreamCreateFile(false, song.c_str(), 0, 0, BASS_SAMPLE_LOOP);
+    const auto plays = [&] {
+        library.BASS_ChannelPlay(channel, true);
+        return comesTrue(
+            [&] { return library.cardStatus().deviceOpen && library.BASS_ChannelGetPosition(channel) > 0; });
+    };
+    EXPECT_FALSE(library.cardStatus().deviceOpen);
+    EXPECT_TRUE(plays());
+    library.BASS_ChannelStop(channel);
+    EXPECT_TRUE(comesTrue([&] { return !library.cardStatus().deviceOpen; })) << "nothing plays any more";
+    EXPECT_TRUE(plays());
 }
 
-// The null sink's monitor, forced as the mixing input, records what the device plays.
-TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
+// The null sink's monitor, forced as the mixing input, records what the device plays. Once it is lost, the rest is
+// silent.
+TEST_F(ClocksFixture, AForcedDeviceIsReallyRecordedUntilItIsLost) {
     SoundServerProcess server;
     ASSERT_TRUE(server.ready());
     song = dir.write("song.wav", wavFile(sine(1000, 0.5, 3 * kSampleRate)));
     voice = dir.write("voice.wav", wavFile(silence(kSampleRate)));
-    const TempDir beside;
-    beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
-    engine::Library library({CardClock::device, 441, beside.path()});
-    library.BASS_RecordInit(-1);
-    library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+    Studio studio(CardClock::device, 441);
+    const auto& library = studio.library;
     int monitor = 1;
     while (library.BASS_RecordGetInputName(monitor) &&
            std::string(library.BASS_RecordGetInputName(monitor)).find("Monitor") == std::string::npos)
@@ -185,24 +198,17 @@ TEST_F(ClocksFixture, AForcedDeviceIsReallyRecorded) {
     ASSERT_TRUE(library.BASS_RecordGetInputName(monitor));
     EXPECT_NE(library.BASS_RecordGetInput(monitor) & BASS_INPUT_TYPE_MASK, BASS_INPUT_TYPE_ANALOG);
     EXPECT_FALSE(library.BASS_RecordGetInput(monitor) & BASS_INPUT_OFF) << "the server's default source is on";
-    const LocalFileNames names;
-    ConsoleDialogs dialogs;
-    ConsoleShell shell;
-    modLang language;
-    const music::Music music = music::createMusic(library, {.devicePorts = false});
-    Mixer mixer({library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
-    mixer.Form_Load(nullptr);
-    mixer.settings().forceMixDevice = 1;
-    mixer.settings().mixDevice = static_cast<std::int16_t>(monitor);
-    mixer.fields() = {song, voice, dir / "forced.mp3"};
-    mixer.mixingRun().mi_button_Click();
-    while (mixer.run().isMixing) {
+    studio.mixer->settings().forceMixDevice = 1;
+    studio.mixer->settings().mixDevice = static_cast<std::int16_t>(monitor);
+    const Outcome forced = run(studio, CardClock::device, "forced.mp3", [&](std::int64_t frames) {
         nap();
-        mixer.mixingRun().Timer1_Timer();
-    }
-    const Sound recorded = soundOfWav(readFile(dir / "forced.mp3"));
-    ASSERT_GT(recorded.size() / 2, 2U * kSampleRate);
-    EXPECT_NEAR(levelAt(recorded, 1000, kSampleRate, 32768), 0.5, 0.02);
+        if (frames > 2 * kSampleRate) server.vanish();
+    });
+    EXPECT_EQ(forced.failure, RunFailure::none);
+    const Sound recorded = soundOfWav(forced.file);
+    ASSERT_EQ(recorded.size() / 2, 3U * kSampleRate);
+    EXPECT_NEAR(levelAt(recorded, 1000, kSampleRate / 2, kSampleRate), 0.5, 0.02);
+    EXPECT_EQ(levelAt(recorded, 1000, 3 * kSampleRate - 8192, 8192), 0);
 }
 
 }  // namespace

@@ -47,11 +47,15 @@ class FakeShell : public Shell {
 public:
     bool opens = true;
     std::vector<std::string> addresses;
+    double progress = -1;  // as shown last
+    std::string language;  // as told last
 
     bool open(const std::string& address) override {
         addresses.push_back(address);
         return opens;
     }
+    void showProgress(double done) override { progress = done; }
+    void useLanguage(const std::string& code) override { language = code; }
 };
 
 class FakeFileNames : public FileNames {

@@ -16,7 +16,8 @@ SHARED = ["base", "platform"]  # All that an island sees beside itself.
 HEADERS_ONLY = ["base", "platform", "state"]
 UNBOUND = ["tests", "benchmarks"]  # May include from everywhere.
 CHOOSERS = ["app/main.cpp", "tools/*main*.cpp"]  # May include from the islands.
-QT_USERS = ["controls/*", "app/frm*", "app/MixerStart*", "app/main.cpp", "effects/frm*", "midi/frm*", "player/frm*",
+QT_USERS = ["controls/*", "app/frm*", "app/MixerStart*", "app/main.cpp", "app/program.cpp",
+            "effects/frm*", "midi/frm*", "player/frm*",
             "settings/mnuHelp*", "settings/window_zoom*", "desktop/*", "tools/reporter.cpp", "tests/*"]
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(?:"([^"]+)"|<(Q[^>]*)>)')

@@ -97,22 +97,21 @@ TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {
 
 struct SourceFilesFixture : testing::Test {
     TempDir dir;
-    RunState run;
-    PathFields fields;
-    Settings settings;
+    MixState state;
+    PathFields& fields = state.fields;
     modLang language;
     FakeDialogs dialogs;
     FakeFileNames names;
     FakeMusic music;
     FakeSystemMixer systemMixer;
-    MidiBackground midi{music, systemMixer, run, settings, names, dialogs, [] {}};
-    SourceFiles files{run, fields, settings, midi, language, dialogs};
+    MidiBackground midi{music, systemMixer, state.run, state.settings, names, dialogs, [] {}};
+    SourceFiles files{state, midi, language, dialogs};
 
     SourceFilesFixture() { language.InitLanguage("", "en"); }
 };
 
 TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination) {
-    settings.recDirectory = dir.path();
+    state.settings.recDirectory = dir.path();
     const std::string vocal = dir.write("song.wav", "");
     fields = {"", "/old.wav", "/old.mp3"};
     dialogs.nextFile = "/music/song.mp3";
@@ -182,47 +181,42 @@ TEST(SourceFiles, KnowsOneFileByAllItsNames) {
 
 TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     const auto parse = [](std::vector<const char*> words) { return parseOptions(words); };
-    const MixOptions options = parse({"a.mp3", "--volume", "80,0", "b.wav", "--quiet", "--", "-c.mp3"});
+    const MixOptions options = parse({"a.mp3", "--volume", "80,0", "b.wav", "--quiet", "--tone=0,10,50,100",
+                                      "--balance", "-100,5", "--effects", "1,40;0,0;1,100;0,7", "--preset", "soft rock",
+                                      "--key", "-2.5", "--sync", "+0.25", "--", "-c.mp3"});
     Settings settings;
     for (const auto& change : options.changes) change(settings);
     EXPECT_EQ(settings.volume, (std::array<std::int16_t, 2>{80, 0}));
-    EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
-    EXPECT_EQ(options.destination, "-c.mp3");
-    for (const auto& change : parse({"--volume=1,2", "--tone", "0,10,50,100", "--balance", "-100,5", "--effects",
-                                     "1,40;0,0;1,100;0,7", "--preset", "soft rock", "a", "b", "c"})
-                                  .changes)
-        change(settings);
-    EXPECT_EQ(settings.volume[1], 2);
     EXPECT_EQ(settings.toneValue, (std::array<std::int16_t, 4>{0, 10, 50, 100}));
     EXPECT_EQ(settings.balanceValue, (std::array<std::int32_t, 2>{-100, 5}));
     EXPECT_EQ(settings.EffectState[2], (EffectSwitch{-1, 0, 100}));
     EXPECT_EQ(settings.currentPreset, 12);
-    const MixOptions moved = parse({"--key", "-2.5", "--sync", "+0.25", "a", "b", "c"});
-    EXPECT_EQ(moved.key, -2.5);
-    EXPECT_EQ(moved.syncOffset, 0.25F);
+    EXPECT_EQ(options.key, -2.5);
+    EXPECT_EQ(options.syncOffset, 0.25F);
+    EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
+    EXPECT_EQ(options.destination, "-c.mp3");
     EXPECT_TRUE(parse({"--help"}).help);
     const struct {
         std::vector<const char*> words;
         const char* fault;
-    } faults[] = {
-        {{"a", "b"}, "DESTINATION"},
-        {{"a", "b", "c", "d"}, "DESTINATION"},
-        {{"--loud", "a", "b", "c"}, "--loud"},
-        {{"a", "b", "c", "--volume"}, "value"},
-        {{"--quiet=1", "a", "b", "c"}, "no value"},
-        {{"--volume", "101,0", "a", "b", "c"}, "0 to 100"},
-        {{"--volume", "50", "a", "b", "c"}, "0 to 100"},
-        {{"--volume", "5,x", "a", "b", "c"}, "0 to 100"},
-        {{"--volume", "99999999999,1", "a", "b", "c"}, "0 to 100"},
-        {{"--volume", "50.5,1", "a", "b", "c"}, "0 to 100"},
-        {{"--key", "5.1", "a", "b", "c"}, "-5 to 5"},
-        {{"--key", "nan", "a", "b", "c"}, "-5 to 5"},
-        {{"--sync", "0.7", "a", "b", "c"}, "-0.6"},
-        {{"--tone", "1,2,3", "a", "b", "c"}, "100"},
-        {{"--balance", "0,101", "a", "b", "c"}, "-100"},
-        {{"--effects", "2,0;0,0;0,0;0,0", "a", "b", "c"}, "0 or 1"},
-        {{"--preset", "14", "a", "b", "c"}, "0 to 13"},
-    };
+    } faults[] = {{{"a", "b"}, "DESTINATION"},
+                  {{"a", "b", "c", "d"}, "DESTINATION"},
+                  {{"--loud"}, "--loud"},
+                  {{"a", "b", "c", "--volume"}, "value"},
+                  {{"--quiet=1"}, "no value"},
+                  {{"--volume", "101,0"}, "0 to 100"},
+                  {{"--volume", "-1,0"}, "0 to 100"},
+                  {{"--volume", "50"}, "0 to 100"},
+                  {{"--volume", "5,x"}, "0 to 100"},
+                  {{"--volume", "99999999999,1"}, "0 to 100"},
+                  {{"--volume", "50.5,1"}, "0 to 100"},
+                  {{"--key", "5.1"}, "-5 to 5"},
+                  {{"--key", "nan"}, "-5 to 5"},
+                  {{"--sync", "0.7"}, "-0.6"},
+                  {{"--tone", "1,2,3"}, "100"},
+                  {{"--balance", "0,101"}, "-100"},
+                  {{"--effects", "2,0;0,0;0,0;0,0"}, "0 or 1"},
+                  {{"--preset", "14"}, "0 to 13"}};
     for (const auto& f : faults) {
         try {
             parse(f.words);

@@ -78,6 +78,15 @@ def wait_until(condition):
         time.sleep(0.01)
 
 
+def at_rest(pid):
+    """True when the process hardly works for a while."""
+    def worked():
+        return sum(map(int, Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()[11:13]))
+    before = worked()
+    time.sleep(0.5)
+    return worked() - before < 5  # hundredths of a second
+
+
 class ToolTest(unittest.TestCase):
     """A directory for each test, the current one of the mixer."""
 
@@ -193,16 +202,6 @@ class MixTest(ToolTest):
                                              voice=self.wav("one.wav", pcm=clicks(self.FRAMES, [self.FIRST], 1))), 1)
         self.assertEqual(echoes[:2], [self.FIRST, self.FIRST + round(0.266 * RATE)])
 
-    def test_two_loud_sources_do_not_clip(self):
-        song, voice = self.wav("song.wav", pcm=self.loud(110)), self.wav("voice.wav", pcm=self.loud(131))
-        loudest = max(map(abs, array.array("h", self.mixed_pcm(song=song, voice=voice))))
-        self.assertTrue(20000 < loudest < 32400, loudest)
-
-    @staticmethod
-    def loud(hertz):
-        wave = [round(32000 * math.sin(2 * math.pi * hertz * i / RATE)) for i in range(RATE)]
-        return array.array("h", (s for sample in wave for s in (sample, sample))).tobytes()
-
     def test_encoder_gets_exactly_the_song(self):
         song = self.wav("song.wav", 100003)
         voice = self.wav("voice.wav", 5000)
@@ -214,17 +213,6 @@ class MixTest(ToolTest):
             with self.subTest(song=song.name):
                 self.expect_mixed("--overwrite", song, voice, "mix.mp3", path=path)
                 self.assertEqual((self.dir / "mix.mp3").stat().st_size, len(STREAMED_HEADER) + self.FRAMES * 4)
-
-    def test_voice_loops_to_the_end_of_the_song(self):
-        frames = 20001
-        song = self.wav("song.wav", frames)
-        path = self.encoder()
-        for length in (1, 777, 4096, frames - 1, frames, frames + 1, 3 * frames):
-            with self.subTest(length=length):
-                voice = self.wav("voice.wav", length)
-                self.expect_mixed("--overwrite", "--volume", "0,100", song, voice, "mix.mp3", path=path)
-                wanted = noise(length, "voice.wav") * (frames // length + 1)
-                self.assertEqual((self.dir / "mix.mp3").read_bytes(), STREAMED_HEADER + wanted[:frames * 4])
 
     def test_names_pass_as_they_are(self):
         path = self.encoder()
@@ -250,56 +238,32 @@ class EncoderTest(ToolTest):
         super().setUp()
         self.sources = self.wav("song.wav", RATE), self.wav("voice.wav", 1000)
 
-    def test_encoder_is_never_taken_from_here(self):
-        for name in ("lame", "lame.exe"):
-            self.encoder(folder=".", name=name)
-        self.encoder(folder="sub")
-        for path in ("", ".", ":", "sub", "./sub:"):
+    def test_encoder_is_taken_from_the_path_and_never_from_here(self):
+        for folder, name in ((".", "lame"), (".", "lame.exe"), ("sub", "lame.exe"), ("linux", "lame")):
+            self.encoder(folder=folder, name=name)
+        for path in ("", ".", "./sub:"):
             with self.subTest(path=path):
                 self.expect_refused(*self.sources, "mix.mp3", path=path, says="encoder.*lame")
                 self.assertFalse((self.dir / "mix.mp3").exists())
-        for path in (":/usr/bin:/bin", ".:/usr/bin:/bin", "sub::/usr/bin:/bin:"):
-            with self.subTest(path=path):
-                self.expect_mixed("--overwrite", *self.sources, "mix.mp3", path=path)
-        self.assertFalse((self.dir / "call").exists() or (self.dir / "sub/call").exists())
-
-    def test_which_encoder_runs(self):
-        self.folder("directory").joinpath("lame").mkdir()
-        self.encoder(folder="plain", name="lame")
-        (self.dir / "plain/lame").chmod(0o644)
-        self.encoder(folder="linux", name="lame")
-        self.encoder(folder="windows")
-        for folders, runs in (("linux windows", "windows"), ("directory plain linux", "linux")):
-            with self.subTest(folders=folders):
-                path = ":".join(str(self.dir / folder) for folder in folders.split())
-                self.expect_mixed("--overwrite", *self.sources, "mix.mp3", path=path + ":/usr/bin:/bin")
-                self.assertEqual([str(call.parent) for call in self.dir.glob("*/call")], [str(self.dir / runs)])
-                (self.dir / runs / "call").unlink()
+        self.expect_mixed(*self.sources, "mix.mp3", path=f".:sub::{self.dir / 'linux'}:/usr/bin:/bin")
+        self.assertEqual([call.parent.name for call in self.dir.rglob("call")], ["linux"])
 
     def test_failing_encoder_is_reported(self):
-        short = self.wav("short.wav", 100)
-        part = "head -c 100000 > "
-        for body, keeps in (("exit 0", 0), ("exit 1", 0), ("kill -9 $$", 0), ('rm "$last"; exit 1', 0),
-                            (part + "/dev/null; exit 0", 0), (part + "/dev/null; exit 1", 0),
-                            (part + '"$last"; exit 0', 100000), (part + '"$last"; kill -9 $$', 100000),
-                            (part + '"$last"; kill -15 $$', 100000),
-                            ('cat > "$last"; exit 3', RATE * 4 + len(STREAMED_HEADER))):
-            for song in self.sources[:1] if keeps else (self.sources[0], short):
-                with self.subTest(body=body, song=song.name):
-                    mix = self.dir / "mix.mp3"
-                    mix.unlink(missing_ok=True)
-                    path = self.encoder(body)
-                    self.expect_refused(song, self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
-                    self.assertTrue(gone(self.call()[0]))
-                    self.assertEqual(mix.stat().st_size if mix.exists() else 0, keeps)
-
-    def test_deaf_encoder_is_given_up(self):
-        path = self.encoder(f"exec <&-; exec sleep {HANG + 10}")
-        self.expect_refused(self.wav("long.wav", LONG), self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
-        self.assertTrue(gone(self.call()[0]))
-
-    def test_strange_program_is_no_encoder(self):
-        path = self.encoder()
+        short, long = self.wav("short.wav", 100), self.wav("long.wav", LONG)
+        part = 'head -c 100000 > "$last"; '
+        whole = RATE * 4 + len(STREAMED_HEADER)
+        for song, body, keeps in ((self.sources[0], "exit 0", 0), (short, "kill -9 $$", 0),
+                                  (short, 'rm "$last"; exit 1', 0), (self.sources[0], part + "exit 0", 100000),
+                                  (self.sources[0], part + "kill -15 $$", 100000),
+                                  (self.sources[0], 'cat > "$last"; exit 3', whole),
+                                  (long, f"exec <&-; exec sleep {HANG + 10}", 0)):
+            with self.subTest(body=body):
+                mix = self.dir / "mix.mp3"
+                mix.unlink(missing_ok=True)
+                path = self.encoder(body)
+                self.expect_refused(song, self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
+                self.assertTrue(gone(self.call()[0]))
+                self.assertEqual(mix.stat().st_size if mix.exists() else 0, keeps)
         (self.dir / "fake/lame.exe").write_text("no program\n")
         self.expect_refused(*self.sources, "mix.mp3", path=path, says="encoder")
         self.assertFalse((self.dir / "mix.mp3").exists())
@@ -312,7 +276,7 @@ class EncoderTest(ToolTest):
         wait_until(lambda: (self.dir / "fake/call").read_bytes().endswith(b".mp3\0"))
         pid = self.call()[0]
         wait_until(lambda: Path(f"/proc/{pid}/stat").read_text().split(")")[1].split()[0] == "T")
-        time.sleep(5)
+        wait_until(lambda: at_rest(process.pid))
         waits = process.poll() is None
         os.kill(pid, signal.SIGCONT)
         self.assertTrue(waits)
@@ -342,16 +306,13 @@ class BadInputTest(ToolTest):
         self.song, self.voice = self.wav("song.wav", 20000), self.wav("voice.wav", 1000)
 
     def make_bad_files(self):
-        header = self.wav("whole.wav", 1000).read_bytes()[:44]
-        contents = {"empty.mp3": b"", "text.mp3": b"La la la\n" * 5000, "random.mp3": noise(50000, 3),
-                    "random.wav": noise(50000, 4), "bare.wav": header, "riff.wav": header[:12],
-                    "cut.ogg": b"OggS" + bytes(500), "id3.mp3": b"ID3\x04\0\0\x7f\x7f\x7f\x7f" + bytes(100)}
+        contents = {"empty.mp3": b"", "text.mp3": b"La la la\n" * 5000, "random.wav": noise(50000, 4),
+                    "bare.wav": self.wav("whole.wav", 1000).read_bytes()[:44]}
         for name, content in contents.items():
             (self.dir / name).write_bytes(content)
         self.folder("folder.mp3")
         os.mkfifo(self.dir / "pipe.mp3")
-        (self.dir / "loop.mp3").symlink_to("loop.mp3")
-        return [*contents, "missing.mp3", "folder.mp3", "pipe.mp3", "loop.mp3", "/dev/null", "song.wav/under.mp3"]
+        return [*contents, "missing.mp3", "folder.mp3", "pipe.mp3", "/dev/null"]
 
     def digests(self):
         return {file.name: hashlib.sha256(file.read_bytes()).digest() for file in self.dir.iterdir() if file.is_file()}
@@ -365,28 +326,10 @@ class BadInputTest(ToolTest):
                     self.expect_refused(*sources, "mix.mp3", says=f"{role}.*{re.escape(name)}$")
                     self.assertEqual(self.digests(), before)
 
-    @unittest.skipIf(os.geteuid() == 0, "root may do everything")
-    def test_forbidden_files_are_named(self):
-        self.wav("own.mp3", 10).chmod(0o444)
-        self.folder("closed").chmod(0o555)
-        for name in ("own.mp3", "closed/mix.mp3"):
-            self.expect_refused("--overwrite", self.song, self.voice, name, says=f"destination.*{name}$")
-        self.voice.chmod(0)
-        self.expect_refused(self.song, self.voice, "mix.mp3", says="vocal.*voice.wav$")
-        self.assertFalse((self.dir / "mix.mp3").exists())
-
-    def test_truncated_song_is_mixed_as_far_as_it_goes(self):
-        lame("-b", "128", self.wav("whole.wav", 5 * RATE), self.dir / "song.mp3")
-        whole = (self.dir / "song.mp3").read_bytes()
-        (self.dir / "song.mp3").write_bytes(whole[:len(whole) // 2])
-        self.expect_mixed("song.mp3", self.voice, "mix.mp3")
-        self.assertAlmostEqual(len(self.decode(self.dir / "mix.mp3")) / 4 / RATE, 2.5, delta=0.1)
-
     def test_destination_is_no_source(self):
-        (self.dir / "link.wav").symlink_to("song.wav")
         (self.dir / "hard.wav").hardlink_to(self.voice)
         before = self.digests()
-        for name in ("song.wav", "./song.wav", "home/../song.wav", self.song, "link.wav", "voice.wav", "hard.wav"):
+        for name in ("song.wav", "home/../song.wav", "hard.wav"):
             for options, says in ((["--overwrite"], "destination is one of the source files"), ([], "exists already")):
                 with self.subTest(name=name, options=options):
                     self.expect_refused(*options, "song.wav", "voice.wav", name, says=says)
@@ -396,7 +339,7 @@ class BadInputTest(ToolTest):
         self.folder("taken.mp3")
         (self.dir / "full.mp3").symlink_to("/dev/full")
         os.mkfifo(self.dir / "pipe.mp3")
-        for name in ("nowhere/mix.mp3", "taken.mp3", "full.mp3", "pipe.mp3", "song.wav/mix.mp3", "x" * 300, "home/"):
+        for name in ("nowhere/mix.mp3", "taken.mp3", "full.mp3", "pipe.mp3", "x" * 300, "home/", ""):
             with self.subTest(name=name):
                 self.expect_refused("--overwrite", self.song, self.voice, name, says=re.escape(name) + "$")
         self.assertEqual(list((self.dir / "taken.mp3").iterdir()) + list(self.home.iterdir()), [])
@@ -404,10 +347,8 @@ class BadInputTest(ToolTest):
     def test_existing_destination_is_replaced_only_on_request(self):
         mix = self.dir / "mix.mp3"
         mix.write_bytes(b"precious")
-        self.expect_refused(self.song, self.voice, mix, says="mix.mp3 exists.*--overwrite")
-        self.assertEqual(mix.read_bytes(), b"precious")
-        for options in (["missing.mp3", self.voice], [self.song, "missing.wav"]):
-            self.expect_refused("--overwrite", *options, mix, says="missing")
+        for options, says in ((["song.wav"], "mix.mp3 exists.*--overwrite"), (["--overwrite", "none.mp3"], "none.mp3")):
+            self.expect_refused(*options, self.voice, mix, says=says)
             self.assertEqual(mix.read_bytes(), b"precious")
         self.expect_mixed("--overwrite", self.song, self.voice, mix)
         self.assertAlmostEqual(len(self.decode(mix)) // 4, 20000, delta=1152)
@@ -441,24 +382,12 @@ class InterruptTest(ToolTest):
 
 class CommandLineTest(ToolTest):
     def test_wrong_usage_is_explained(self):
-        files = ["song.wav", "voice.wav", "mix.mp3"]
-        cases = [(["--volume", value, *files], "--volume .*0 to 100") for value in
-                 ("101,0", "0,101", "-1,0", "50", "1,2,3", "a,b", "", ",", "50, 50", "1e1,5", "99999999999,1", "+5,5")]
-        cases += [([*files, "--volume"], "--volume needs a value"), (["--volume=101,1", *files], "0 to 100"),
-                  (["--louder", *files], "--louder"), (["-q", *files], "-q"), (["--quiet=1", *files], "--quiet"),
-                  ([], "BACKGROUND, VOCAL and DESTINATION"), (files[:2], "DESTINATION"),
-                  ([*files, "more"], "DESTINATION"), (["--", "--help"], "BACKGROUND")]
-        for arguments, says in cases:
+        for arguments, says in ((["--volume=101,1", "song.wav", "voice.wav", "mix.mp3"], "--volume .*0 to 100"),
+                                ([], "BACKGROUND, VOCAL and DESTINATION"), (["--", "--help"], "BACKGROUND")):
             with self.subTest(arguments=arguments):
                 status, errors = self.mix(*arguments)
                 self.assertEqual(status, 2)
                 self.assertRegex(errors, r"\Amelvane-mix: [^\n]*" + says + r"[^\n]*\nTry melvane-mix --help\.\n\Z")
-
-    def test_empty_names_are_refused(self):
-        song, voice = self.wav("song.wav", 100), self.wav("voice.wav", 100)
-        for names in (("", voice, "mix.mp3"), (song, "", "mix.mp3"), (song, voice, "")):
-            with self.subTest(names=names):
-                self.expect_refused(*names, says=".")
 
     def test_help_and_version(self):
         for option, says in (("--help", r"\AUsage: .*--volume.*0 to 100.*--overwrite.*--json"),

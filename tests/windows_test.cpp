@@ -1,86 +1,54 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
 #include <QAbstractButton>
 #include <QImage>
-#include <QProgressBar>
 #include <QSignalSpy>
 #include <functional>
 
-#include "app/MixerStart.h"
-#include "app/frmMain.h"
-#include "app/main_knobs.h"
 #include "app/run_messages.h"
-#include "desktop/registry_file.h"
-#include "tests/fake_audio_library.h"
-#include "tests/fake_music.h"
-#include "tests/fake_platform.h"
+#include "controls/level_meter.h"
+#include "controls/window_layout.h"
 #include "tests/file_accesses.h"
-#include "tests/temp_dir.h"
-#include "tests/window_events.h"
+#include "tests/program_fixture.h"
 
 namespace melvane {
 namespace {
 
 using namespace melvane::test;
 
-const std::vector<const char*> kButtons = {"BR0",    "BR1",   "BR2",      "mi_button", "b_STOP",
-                                           "b_midi", "b_eff", "b_listen", "bHelp",     "bClose"};
-
-struct WindowFixture : testing::Test {
-    TempDir dir;
-    FakeAudioLibrary library;
-    FakeFileNames names;
-    FakeMusic music;
-    FakeSystemMixer systemMixer;
-    FakeDialogs dialogs;
-    FakeShell shell;
-    modLang language;
-    RegistryFile registry{dir / "registry.json"};
-    SettingsStore store{registry};
-    std::function<void()> duringEvents = frmMain::processWindowEvents;
-    Environment environment{library, music, systemMixer, names, dialogs, shell, language, [this] { duringEvents(); }};
-    Mixer mixer{environment};
-    frmMain window{mixer, environment, store};
-
-    WindowFixture() {
-        language.InitLanguage("", "en");
-        show();
+struct WindowFixture : testing::Test, SilentProgram {
+    void browse(const char* button, const std::string& chosen) {
+        dialogs.nextFile = chosen;
+        press(button);
     }
-
-    void show() {
-        window.DoRest();
-        window.show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    void chooseFiles() {
+        mixer().fields() = {"/song.mp3", "/voice.wav", dir / "mix.mp3"};
+        main().SetMainLanguage();
     }
-    QAbstractButton& button(const char* name) { return *window.findChild<QAbstractButton*>(QLatin1String(name)); }
-    void click(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
-    std::string whole(const char* label) {
-        return window.findChild<QLabel*>(QLatin1String(label))->toolTip().toStdString();
-    }
-    std::string title() { return window.windowTitle().toStdString(); }
+    std::string whole(const char* label) { return find<QLabel>(main(), label).toolTip().toStdString(); }
+    std::string title() { return main().windowTitle().toStdString(); }
     // Names of the buttons that are switched on.
     std::string enabled() {
         std::string list;
-        for (const char* name : kButtons)
-            if (button(name).isEnabled()) list += name + std::string(" ");
+        for (const char* name :
+             {"BR0", "BR1", "BR2", "mi_button", "b_STOP", "b_midi", "b_eff", "b_listen", "bHelp", "bClose"})
+            if (find<QWidget>(main(), name).isEnabled()) list += name + std::string(" ");
         return list;
     }
     std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
-    int filledPixels() {
-        auto& progress = *window.findChild<QProgressBar*>();
-        EXPECT_EQ(progress.width(), 176);
-        const QImage bar = progress.grab().toImage().scaledToWidth(176);
-        const auto isFilled = [&](int x) { return bar.pixelColor(x, bar.height() / 2) == QColor(0xF2A541); };
-        int pixels = 0;
-        while (pixels < bar.width() && isFilled(pixels)) ++pixels;
-        for (int x = pixels; x < bar.width(); ++x) EXPECT_FALSE(isFilled(x));
-        return pixels;
+    // The bar of progress and overview, a pixel for each column.
+    QImage bar() { return find<OverviewBar>(main(), "progress").grab().toImage().scaledToWidth(OverviewBar::kColumns); }
+    int mixedPixels() {
+        const QImage image = bar();
+        int mixed = 0;
+        for (int x = 0; x < image.width(); ++x) mixed += image.pixelColor(x, image.height() / 2) == QColor(skin::kSong);
+        return mixed;
     }
-    void chooseFiles() {
-        mixer.fields() = {"/song.mp3", "/voice.wav", dir / "mix.mp3"};
-        window.SetMainLanguage();
-    }
-    bool waitFor(const std::string& status) {
-        return QTest::qWaitFor([&] { return whole("status") == status; });
+    std::vector<std::string> recentFiles() {
+        QMenu* menu = main().findChild<frmMenu*>()->recentMenu();
+        Q_EMIT menu->aboutToShow();
+        std::vector<std::string> entries;
+        for (const QAction* entry : menu->actions()) entries.push_back(entry->text().toStdString());
+        return entries;
     }
 };
 
@@ -88,265 +56,277 @@ const std::string kIdle = "BR0 BR1 BR2 mi_button b_midi b_eff bHelp bClose ";
 const std::string kMixed = "BR0 BR1 BR2 mi_button b_midi b_eff b_listen bHelp bClose ";
 
 TEST_F(WindowFixture, BrowsingFillsTheFields) {
-    mixer.settings().recDirectory = dir.path();
-    const std::string vocal = dir.write("a song <b>with a very long name, longer than any field.wav", "");
-    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path0"))->text(), QStringLiteral("Drop a song here"));
-    dialogs.nextFile = "/music/a song <b>with a very long name, longer than any field.mp3";
-    click("BR0");
-    EXPECT_EQ(QString::fromStdString(whole("path0")), QString::fromStdString(dialogs.nextFile).toHtmlEscaped());
-    EXPECT_EQ(QString::fromStdString(whole("path1")), QString::fromStdString(vocal).toHtmlEscaped());
-    EXPECT_TRUE(window.findChild<QLabel*>(QStringLiteral("path1"))->text().contains(u'…'));
-    dialogs.nextFile = dir / "mix";
-    click("BR2");
-    EXPECT_EQ(dialogs.lastProposal, "/music/a song <b>with a very long name, longer than any field.mp3");
-    EXPECT_EQ(whole("path2"), dir / "mix.mp3");
-    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("path2"))->accessibleName().toStdString(),
+    const std::string name = "a song <b>with a very long name, longer than any field";
+    EXPECT_EQ(find<QLabel>(main(), "path0").text(), QStringLiteral("Drop a song here"));
+    browse("BR0", "/music/" + name + ".mp3");
+    EXPECT_EQ(whole("path0"), "/music/a song &lt;b&gt;with a very long name, longer than any field.mp3");
+    EXPECT_TRUE(find<QLabel>(main(), "path0").text().contains(u'…'));
+    browse("BR1", "/voice.wav");
+    browse("BR2", dir / "mix");
+    EXPECT_EQ(dialogs.lastProposal, "/music/" + name + ".mp3");
+    EXPECT_EQ(find<QLabel>(main(), "path2").accessibleName().toStdString(),
               "Mixing destination: " + dir.path() + "/mix.mp3");
-    expectTidy(window);
+    expectTidy(main());
 }
 
-TEST_F(WindowFixture, ChosenFilesComeBackFromTheMenuAndCostOneAccess) {
-    const std::string song = dir.write("a & b.mp3", "");
+TEST_F(WindowFixture, FilesThatWereChosenComeBackInTheMenuAtOneAccessAnAction) {
+    const std::string stored = dir / "registry.json";
+    const std::string song = dir.write("you & me.mp3", "");
     const std::string voice = dir.write("voice.wav", "");
-    const std::string file = dir / "registry.json";
-    EXPECT_EQ(accessesTo(file, [&] { window.takeFiles({voice, song}); }), Accesses(0, 1)) << "none is there yet";
-    dialogs.nextFile = dir / "other.mp3";
-    EXPECT_EQ(accessesTo(file, [&] { click("BR0"); }), Accesses(1, 1));
-    QMenu* recent = window.findChild<frmMenu*>()->recentMenu();
-    EXPECT_EQ(accessesTo(file, [&] { Q_EMIT recent->aboutToShow(); }), Accesses(1, 0));
-    std::vector<std::string> names;
-    for (const QAction* action : recent->actions()) names.push_back(action->text().toStdString());
-    EXPECT_EQ(names, (std::vector<std::string>{dir / "other.mp3", dir / "voice.wav", dir / "a && b.mp3"}));
-    recent->actions().back()->trigger();
-    EXPECT_EQ(mixer.fields().background, song);
-    click("b_eff");
-    EXPECT_EQ(accessesTo(file, [&] { click("bClose"); }), Accesses(1, 1)) << "settings and places";
+    EXPECT_EQ(recentFiles(), std::vector<std::string>{"(none)"});
+    EXPECT_EQ(accessesTo(stored, [&] { main().takeFiles({voice, dir / "missing.mp3", song}); }), Accesses(0, 1));
+    EXPECT_EQ(dialogs.boxes.size(), 1U) << "what is missing is told";
+    EXPECT_EQ(accessesTo(stored, [&] { browse("BR0", dir / "other.mp3"); }), Accesses(1, 1));
+    EXPECT_EQ(accessesTo(stored, [&] { recentFiles(); }), Accesses(1, 0));
+    browse("BR1", voice);
+    press("b_eff");
+    EXPECT_EQ(accessesTo(stored, [&] { press("bClose"); }), Accesses(1, 1)) << "settings and places";
+    restart();
+    EXPECT_EQ(recentFiles(), (std::vector<std::string>{voice, dir / "other.mp3", dir / "you && me.mp3"}));
+    main().findChild<frmMenu*>()->recentMenu()->actions().back()->trigger();
+    EXPECT_EQ(mixer().fields().background, song);
 }
 
 TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
-    EXPECT_EQ(whole("status"), "Ready");
+    EXPECT_EQ(status(), "Ready");
     EXPECT_EQ(enabled(), kIdle);
     chooseFiles();
-    button("mi_button").setFocus();
-    QTest::keyClick(&window, Qt::Key_Return);
+    find<QWidget>(main(), "mi_button").setFocus();
+    QTest::keyClick(&main(), Qt::Key_Return);
     EXPECT_EQ(enabled(), "b_STOP b_midi b_eff bHelp bClose ");
     EXPECT_EQ(focused(), "b_STOP");
-    EXPECT_EQ(whole("status"), "Mixing…");
+    EXPECT_EQ(status(), "Mixing…");
 
     library.position = library.length / 2 + 1;
     EXPECT_TRUE(QTest::qWaitFor([&] { return title() == "50 % – Melvane"; })) << title();
-    EXPECT_EQ(filledPixels(), 88);
+    EXPECT_EQ(mixedPixels(), 88);
+    EXPECT_NEAR(shell.progress, 0.5, 0.001) << "in the taskbar";
     library.card.deviceOpen = false;
     EXPECT_TRUE(waitFor("No sound device: the mix cannot be heard, but it is recorded."));
 
-    for (const auto& [code, text] : {std::pair("en", "Zakończ miksowanie."), {"pl", "You must stop mixing first."}}) {
-        language.SetLanguage(code);
-        click("bClose");
+    for (const auto& [code, text] : {std::pair("pl", "You must stop mixing first."), {"en", "Zakończ miksowanie."}}) {
+        chooseLanguage(code);
+        press("bClose");
         EXPECT_EQ(dialogs.boxes.back(), std::string("Melvane: ") + text);
-        EXPECT_TRUE(window.isVisible() && mixer.run().isMixing);
+        EXPECT_TRUE(main().isVisible() && mixer().run().isMixing);
     }
-    EXPECT_FALSE(window.close()) << "as from the window manager";
-    language.SetLanguage("en");
-    button("b_STOP").setFocus();
+    EXPECT_FALSE(main().close()) << "as from the window manager";
 
     std::string whileFinishing;
-    library.encoderFinishes = 1;
-    duringEvents = [&] {
-        if (!whileFinishing.empty() || !mixer.run().isMixing) return;
-        EXPECT_TRUE(waitFor("Finishing the MP3 file…"));
-        click("b_STOP");
+    library.encoderFinishes = 200;
+    QTimer look;
+    look.callOnTimeout([&] {
+        if (!whileFinishing.empty() || status() != "Finishing the MP3 file…") return;
+        press("b_STOP");
         whileFinishing = enabled();
-    };
+    });
+    look.start(20);
     library.position = library.length;
-    EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << whole("status");
+    EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << status();
     EXPECT_EQ(whileFinishing, "b_midi b_eff bHelp bClose ");
     EXPECT_EQ(enabled(), kMixed);
-    EXPECT_EQ(focused(), "mi_button");
     EXPECT_EQ(title(), "Melvane");
-    EXPECT_EQ(filledPixels(), 176);
-    EXPECT_FALSE(window.findChild<QTimer*>()->isActive());
+    EXPECT_EQ(mixedPixels(), OverviewBar::kColumns);
+    EXPECT_EQ(shell.progress, -1);
+    library.calls.clear();
+    QTest::qWait(200);
+    EXPECT_TRUE(library.calls.empty()) << "no timer goes on";
 }
 
 TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
     chooseFiles();
-    button("mi_button").setFocus();
+    find<QWidget>(main(), "mi_button").setFocus();
     QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
-    QApplication::sendEvent(&window, &repeated);
-    EXPECT_FALSE(mixer.run().isMixing);
-    click("mi_button");
-    EXPECT_TRUE(mixer.run().isMixing);
-    QApplication::sendEvent(&window, &repeated);
-    EXPECT_TRUE(mixer.run().isMixing);
-    click("b_STOP");
-    EXPECT_FALSE(mixer.run().isMixing);
-    EXPECT_EQ(whole("status"), "Stopped");
+    QApplication::sendEvent(&main(), &repeated);
+    EXPECT_FALSE(mixer().run().isMixing);
+    press("mi_button");
+    EXPECT_TRUE(mixer().run().isMixing);
+    QApplication::sendEvent(&main(), &repeated);
+    EXPECT_TRUE(mixer().run().isMixing);
+    press("b_STOP");
+    EXPECT_FALSE(mixer().run().isMixing);
+    EXPECT_EQ(status(), "Stopped");
     EXPECT_EQ(enabled(), kMixed);
-    EXPECT_TRUE(window.findChild<frmPlayer*>()->isVisible()) << "the mix can be listened to";
+    EXPECT_TRUE(main().findChild<frmPlayer*>()->isVisible()) << "the mix can be listened to";
+}
+
+TEST_F(WindowFixture, MetersStandBesideWhatTheyShowAndMoveInARunAlone) {
+    const auto place = [this](const char* name) { return find<QWidget>(main(), name).geometry(); };
+    for (const auto& [slider, meter, next] :
+         {std::tuple("volm0", "songLevel", "volm1"), {"volm1", "voiceLevel", "snc"}}) {
+        EXPECT_GT(place(meter).left(), place(slider).right()) << meter;
+        EXPECT_LT(place(meter).right(), place(next).left()) << meter;
+        EXPECT_LE(std::abs(place(meter).center().y() - place(slider).center().y()), 2) << meter;
+    }
+    EXPECT_GT(place("mixLevel").left(), place("progress").right());
+    EXPECT_LE(std::abs(place("mixLevel").center().y() - place("progress").center().y()), 2);
+
+    chooseFiles();
+    library.peaks = {{0, {0.01F, 0}}, {2, {0.01F, 0}}, {3, {0.01F, 0}}};
+    main().SetMainLanguage();
+    EXPECT_EQ(library.peaks.size(), 3U) << "nothing runs";
+    press("mi_button");
+    library.peaks = {{0, {0.5F, 0.9F}}, {2, {0.125F, 0}}, {3, {0.25F, 0.25F}}};
+    EXPECT_TRUE(QTest::qWaitFor([&] { return library.peaks.empty(); }));
+    for (const auto& [meter, decibels] : {std::pair("mixLevel", -1), {"songLevel", -18}, {"voiceLevel", -12}})
+        EXPECT_NEAR(find<LevelMeter>(main(), meter).level(), decibels, 3) << meter;
+}
+
+TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
+    const auto isTall = [this](int column) { return bar().pixelColor(column, 4) != QColor(skin::kInset); };
+    std::vector<float> peaks(OverviewBar::kColumns);
+    std::fill_n(peaks.begin(), 40, 1.0F);
+    library.scan = {0.5, false, peaks};
+    browse("BR0", "/one.mp3");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isTall(20); }));
+    EXPECT_FALSE(isTall(60));
+    EXPECT_TRUE(isTall(OverviewBar::kColumns / 2)) << "the line that shows how far it was read";
+    browse("BR0", "/two.mp3");
+    EXPECT_EQ(library.scansAlive, 1) << "the other one was given up";
+    library.scan = {1, true, peaks};
+    EXPECT_TRUE(QTest::qWaitFor([&] { return library.scansAlive == 0; }));
+    EXPECT_TRUE(isTall(20));
+    EXPECT_FALSE(isTall(OverviewBar::kColumns / 2));
+    library.unreadable = {"/three.mp3"};
+    browse("BR0", "/three.mp3");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return library.scansAlive == 0; }));
+    EXPECT_FALSE(isTall(20)) << "what is no sound has no shape";
 }
 
 TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
-    const struct {
-        RunFailure failure;
-        std::function<void()> cause;
-    } cases[] = {
-        {RunFailure::pathsMissing, [this] { mixer.fields().vocal.clear(); }},
-        {RunFailure::midiUnplayable, [this] { mixer.fields().background = "/song.kar"; }},
-        {RunFailure::destinationIsSource, [this] { mixer.fields().destination = "/song.mp3"; }},
-        {RunFailure::destinationNotWritable, [this] { mixer.fields().destination = dir.path(); }},
-        {RunFailure::backgroundUnreadable, [this] { library.unreadable = {"/song.mp3"}; }},
-        {RunFailure::vocalUnreadable, [this] { library.unreadable = {"/voice.wav"}; }},
-        {RunFailure::captureNotStarted, [this] { library.captureStarts = false; }},
-        {RunFailure::encoderNotStarted,
-         [this] {
-             library.encoderStarts = false;
-             library.captureStarts = true;
-         }},
-        {RunFailure::encoderFailed,
-         [this] {
-             library.encoderStarts = true;
-             library.encoderAlive = false;
-             library.encoder = EncoderState::failed;
-         }},
-    };
-    for (const auto& [failure, cause] : cases) {
-        chooseFiles();
-        library.unreadable.clear();
-        cause();
-        click("mi_button");
-        // A mix that an encoder left behind may be listened to all the same.
-        EXPECT_TRUE(QTest::qWaitFor([&] { return enabled() == kIdle || enabled() == kMixed; })) << enabled();
-        EXPECT_EQ(mixer.run().failure, failure);
-        std::string before;
-        for (const char* code : {"pl", "en"}) {
-            language.SetLanguage(code);
-            window.SetMainLanguage();
-            EXPECT_EQ(whole("status"), runMessage(language, mixer.run()));
-            EXPECT_NE(whole("status"), before);
-            before = whole("status");
-        }
+    chooseFiles();
+    library.unreadable = {"/voice.wav"};
+    press("mi_button");
+    EXPECT_EQ(enabled(), kIdle);
+    for (const char* code : {"pl", "en"}) {
+        chooseLanguage(code);
+        modLang language;
+        language.InitLanguage("", code);
+        EXPECT_EQ(status(), runMessage(language, mixer().run()));
+        EXPECT_EQ(shell.language, code);
     }
-    const std::vector<std::string> boxes = {"Melvane: Source or destiny files not defined.",
-                                            "Melvane: Error playing Midi file"};
-    EXPECT_EQ(dialogs.boxes, boxes) << "the others have no box";
+    library.inputs.resize(0x8001, library.inputs.front());
+    press("mi_button");
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: overflow"}) << "an error ends in a box";
+    EXPECT_EQ(dialogs.lastIcon, BoxIcon::critical);
+    EXPECT_EQ(enabled(), kIdle);
 }
 
-TEST_F(WindowFixture, SlidersStandForValues) {
-    const auto volume = [this](std::size_t i) { return [this, i] { return double{1} * mixer.settings().volume[i]; }; };
-    const auto sync = [this] { return std::round(mixer.run().syncOffset * 1e4) / 1e4; };
-    const auto key = [this] { return mixer.run().key; };
+// A song goes on with the port that it was begun with.
+TEST_F(WindowFixture, AnotherPortIsOpenedOnceTheRunIsOver) {
+    music->ports = {"Synthesiser", "Keys"};
+    names.temporaryMidi = dir / "tmp.mid";
+    main().takeFiles({MELVANE_SAMPLES "/evening-ferry.kar"});
+    mixer().fields().vocal = "/voice.wav";
+    mixer().fields().destination = dir / "mix.mp3";
+    press("mi_button");
+    ASSERT_TRUE(mixer().run().isMixing) << status();
+    press("bHelp");
+    music->calls.clear();
+    auto& list = find<QWidget>(main(), "MidiDev");
+    const auto opened = [this] {
+        return std::ranges::count_if(music->calls, [](const std::string& call) { return call.starts_with("setPort"); });
+    };
+    QTest::keyClick(&list, Qt::Key_End);
+    EXPECT_EQ(opened(), 0);
+    press("b_STOP");
+    EXPECT_EQ(opened(), 1);
+    main().SetMainLanguage();
+    EXPECT_EQ(opened(), 1) << "once";
+    QTest::keyClick(&list, Qt::Key_Home);
+    QTest::keyClick(&list, Qt::Key_End);
+    EXPECT_EQ(opened(), 3) << "without a run it is at once";
+}
+
+TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
+    Settings& settings = mixer().settings();
+    settings.volume = {80, 50};
+    mixer().run().syncOffset = 0.12F;
+    mixer().run().key = -2.5;
+    main().DoRest();
+    const auto position = [this](const char* slider) { return find(main(), slider).position(); };
+    EXPECT_EQ((std::array{position("volm0"), position("volm1"), position("snc"), position("tone")}),
+              (std::array{76, 94, 88, 324}));
+    chooseFiles();
+    press("mi_button");
+    const auto volume = [&](std::size_t i) { return [&, i] { return double{1} * settings.volume[i]; }; };
+    const auto sync = [this] { return std::round(mixer().run().syncOffset * 1e4) / 1e4; };
+    const auto key = [this] { return mixer().run().key; };
     const struct {
         const char* slider;
         int to;
         double value;
         std::function<double()> stored;
-        const char* shown;  // of the key
+        const char* heard;
     } steps[] = {
-        {"volm0", 65, 98, volume(0), "0"},   {"volm1", 500, 0, volume(1), "0"}, {"snc", 96, -0.04, sync, "0"},
-        {"snc", 94, -0.04, sync, "0"},       {"snc", 500, -0.6, sync, "0"},     {"tone", 500, 5, key, "+5.0"},
-        {"tone", 341, 1 / 6.4, key, "+0.2"}, {"tone", 340, 0, key, "0"},        {"tone", 0, -5, key, "-5.0"},
+        {"volm0", 94, 50, volume(0), "BASS_ChannelSetAttributes 2 44100 50 0"},
+        {"volm0", 500, 0, volume(0), "BASS_ChannelSetAttributes 2 44100 0 0"},
+        {"volm0", 65, 98, volume(0), "BASS_ChannelSetAttributes 2 44100 98 0"},
+        {"volm1", 0, 100, volume(1), "BASS_ChannelSetAttributes 3 44100 100 0"},
+        {"snc", 96, -0.04, sync, "setChannelOffset 3 -7056"},
+        {"snc", 94, -0.04, sync, "setChannelOffset 3 -7056"},
+        {"snc", 0, 0.6, sync, "setChannelOffset 3 105840"},
+        {"snc", 500, -0.6, sync, "setChannelOffset 3 -105840"},
+        {"tone", 0, -5, key, "BASS_FX_TempoSet 2 -100.000000 0.000000 -5.000000"},
+        {"tone", 500, 5, key, "BASS_FX_TempoSet 2 -100.000000 0.000000 5.000000"},
+        {"tone", 341, 1 / 6.4, key, "BASS_FX_TempoSet 2 -100.000000 0.000000 0.156250"},
     };
-    for (const auto& [slider, to, value, stored, shown] : steps) {
-        drag(find(window, slider), to);
-        EXPECT_EQ(stored(), value) << slider << " " << to;
-        EXPECT_EQ(find<QLabel>(window, "par").text().toStdString(), shown);
-    }
-    EXPECT_EQ(find(window, "snc").valueText(), QStringLiteral("-0.60 s"));
-    for (const char* slider : {"volm0", "volm1", "snc", "tone"}) doubleClick(find(window, slider));
-    EXPECT_EQ(mixer.settings().volume, (std::array<std::int16_t, 2>{100, 100}));
-    EXPECT_EQ(sync(), 0);
-    EXPECT_EQ(find(window, "snc").position(), 94);
-    EXPECT_EQ(key(), 0);
-    EXPECT_EQ(find<QLabel>(window, "par").text(), QStringLiteral("0"));
-}
-
-TEST_F(WindowFixture, SlidersStandAsStoredAndAreHeardInARun) {
-    mixer.settings().volume = {80, 50};
-    mixer.run().syncOffset = 0.12F;
-    mixer.run().key = -2.5;
-    show();
-    std::string positions;
-    for (const char* slider : {"volm0", "volm1", "snc", "tone"})
-        positions += std::to_string(find(window, slider).position()) + " ";
-    EXPECT_EQ(positions, "76 94 88 324 ");
-    EXPECT_EQ(find<QLabel>(window, "par").text(), QStringLiteral("-2.5"));
-    chooseFiles();
-    click("mi_button");
-    const struct {
-        const char* slider;
-        const char* call;
-    } cases[] = {{"volm0", "BASS_ChannelSetAttributes"},
-                 {"volm1", "BASS_ChannelSetAttributes"},
-                 {"snc", "setChannelOffset"},
-                 {"tone", "BASS_FX_TempoSet"}};
-    for (const auto& [slider, call] : cases) {
+    for (const auto& [slider, to, value, stored, heard] : steps) {
         library.calls.clear();
-        drag(find(window, slider), find(window, slider).position() + 5);
-        const auto called = [&, name = std::string(call)] {
-            return std::any_of(library.calls.begin(), library.calls.end(),
-                               [&](const std::string& line) { return line.starts_with(name); });
-        };
-        EXPECT_TRUE(QTest::qWaitFor(called)) << slider;
+        drag(find(main(), slider), to);
+        EXPECT_EQ(stored(), value) << slider << " " << to;
+        EXPECT_EQ(std::ranges::count(library.calls, heard) > 0, true) << slider << " " << to;
     }
-    click("b_STOP");
+    EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("+0.2"));
+    EXPECT_EQ(find(main(), "snc").valueText(), QStringLiteral("-0.60 s"));
+    for (const char* slider : {"volm0", "volm1", "snc", "tone"}) doubleClick(find(main(), slider));
+    EXPECT_EQ(settings.volume, (std::array<std::int16_t, 2>{100, 100}));
+    EXPECT_EQ(sync(), 0);
+    EXPECT_EQ(position("snc"), 94);
+    EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("0"));
 }
 
 TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
-    const auto effects = [this] { return window.findChild<frmEff*>(); };
+    const auto effects = [this] { return main().findChild<frmEff*>(); };
     EXPECT_EQ(effects(), nullptr) << "made when it is first opened";
-    click("b_eff");
+    press("b_eff");
     frmEff* const first = effects();
     ASSERT_TRUE(first && first->isVisible());
     drag(find(*first, "eq_song0"), 70);
-    EXPECT_EQ(mixer.settings().toneValue[0], 0);
+    EXPECT_EQ(mixer().settings().toneValue[0], 0);
     QTest::keyClick(first, Qt::Key_Escape);
     EXPECT_FALSE(first->isVisible());
-    language.SetLanguage("pl");
-    window.SetMainLanguage();
-    click("b_eff");
+    chooseLanguage("pl");
+    press("b_eff");
     EXPECT_EQ(effects(), first);
     EXPECT_EQ(first->windowTitle(), QStringLiteral("Efekty – Melvane"));
-    click("bClose");
+    press("bClose");
     EXPECT_FALSE(first->isVisible());
 
-    Mixer next{environment};
-    next.Form_Load(&store);
-    frmMain nextWindow{next, environment, store};
-    nextWindow.DoRest();
-    nextWindow.show();
-    const auto* reopened = nextWindow.findChild<frmEff*>();
-    ASSERT_TRUE(reopened && reopened->isVisible());
-    EXPECT_EQ(find(*reopened, "eq_song0").position(), 70);
-}
-
-TEST_F(WindowFixture, ErrorsEndInABoxNotInTheEventLoop) {
-    library.inputs.resize(0x8001, library.inputs.front());
-    chooseFiles();
-    click("mi_button");
-    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: overflow"});
-    EXPECT_EQ(dialogs.lastIcon, BoxIcon::critical);
-    EXPECT_EQ(enabled(), kIdle);
+    restart();
+    ASSERT_TRUE(effects() && effects()->isVisible());
+    EXPECT_EQ(effects()->windowTitle(), QStringLiteral("Efekty – Melvane"));
+    EXPECT_EQ(find(*effects(), "eq_song0").position(), 70);
+    EXPECT_EQ(shell.language, "pl");
 }
 
 TEST_F(WindowFixture, MovesByItsTop) {
-    window.move(100, 100);
-    const auto drag = [this](int y, Qt::MouseButton mouseButton) {
-        const QPoint before = window.pos();
-        QTest::mousePress(&window, mouseButton, {}, QPoint(150, y));
-        QTest::mouseMove(&window, QPoint(160, y + 5));
-        QTest::mouseRelease(&window, mouseButton, {}, QPoint(150, y));
-        const QPoint moved = window.pos() - before;
-        QTest::mouseMove(&window, QPoint(10, 10));
-        EXPECT_EQ(window.pos() - before, moved) << "released";
-        return moved;
-    };
-    EXPECT_EQ(drag(0, Qt::LeftButton), QPoint(10, 5));
-    EXPECT_EQ(drag(20, Qt::LeftButton), QPoint(10, 5));
-    EXPECT_EQ(drag(21, Qt::LeftButton), QPoint());
-    EXPECT_EQ(drag(10, Qt::RightButton), QPoint());
+    main().move(100, 100);
+    for (const auto& [y, mouseButton, moves] : {std::tuple(0, Qt::LeftButton, true),
+                                                {20, Qt::LeftButton, true},
+                                                {21, Qt::LeftButton, false},
+                                                {10, Qt::RightButton, false}}) {
+        const QPoint before = main().pos();
+        QTest::mousePress(&main(), mouseButton, {}, QPoint(150, y));
+        QTest::mouseMove(&main(), QPoint(160, y + 5));
+        QTest::mouseRelease(&main(), mouseButton, {}, QPoint(150, y));
+        QTest::mouseMove(&main(), QPoint(10, 10));
+        EXPECT_EQ(main().pos() - before, moves ? QPoint(10, 5) : QPoint()) << y;
+    }
 }
 
 TEST_F(WindowFixture, ComesBackWhereItWasButOnTheScreen) {
-    const QRect screen = window.screen()->availableGeometry();
+    const QRect screen = main().screen()->availableGeometry();
     const WindowPosition farthest{static_cast<float>(std::max(0, screen.right() + 1 - 460)),
                                   static_cast<float>(screen.bottom() + 1 - 196)};
     const std::pair<WindowPosition, WindowPosition> cases[] = {{{33, 44.7F}, {std::min(33.0F, farthest.left), 44}},
@@ -354,52 +334,24 @@ TEST_F(WindowFixture, ComesBackWhereItWasButOnTheScreen) {
                                                                {{1e30F, 1e30F}, farthest},
                                                                {{farthest.left + 50, farthest.top + 50}, farthest}};
     for (const auto& [stored, restored] : cases) {
-        mixer.settings().position = stored;
-        show();
-        click("bClose");
-        EXPECT_FALSE(window.isVisible());
+        mixer().settings().position = stored;
+        main().DoRest();
+        main().show();
+        press("bClose");
+        EXPECT_FALSE(main().isVisible());
         Settings saved;
-        store.load(saved);
+        SettingsStore(registry).load(saved);
         EXPECT_EQ(saved.position, restored);
     }
 }
 
-TEST_F(WindowFixture, EverythingIsReachedByKeyboardAndNamedInBothLanguages) {
-    mixer.run().isMixing = true;  // so that the stop button is on, and then the others
-    std::string order;
-    for (const bool running : {true, false}) {
-        mixer.run().isMixing = running;
-        window.SetMainLanguage();
-        button("bClose").setFocus();
-        do {
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-            order += focused() + " ";
-        } while (focused() != "bClose" && order.size() < 200);
-    }
-    EXPECT_EQ(order,
-              "volm0 volm1 snc tone b_STOP b_midi b_eff b_menu bHelp bClose "
-              "BR0 BR1 BR2 volm0 volm1 snc tone mi_button b_midi b_eff b_menu bHelp bClose ");
-
-    std::map<std::string, std::string> texts[2];
-    for (const int polish : {0, 1}) {
-        language.SetLanguage(polish ? "pl" : "en");
-        window.SetMainLanguage();
-        for (const char* name : {"BR0", "BR1", "BR2", "mi_button", "b_STOP", "b_eff", "bHelp", "bClose", "progress",
-                                 "path0", "path1", "path2", "status", "volm0", "volm1", "snc", "tone"})
-            texts[polish][name] = window.findChild<QWidget*>(QLatin1String(name))->accessibleName().toStdString();
-        for (const char* name : {"BR0", "BR1", "BR2", "bClose", "volm0", "volm1", "snc", "tone"})
-            EXPECT_EQ(find<QWidget>(window, name).toolTip().toStdString(), texts[polish][name]);
-        drag(find(window, "tone"), polish ? kKeyTrack.first : kKeyTrack.last);
-        expectTidy(window);
-    }
-    for (const auto& [name, text] : texts[0]) {
-        EXPECT_FALSE(text.empty()) << name;
-        EXPECT_EQ(text == texts[1][name], name == "b_STOP") << name;
-    }
-    EXPECT_EQ(texts[1]["BR1"], "Wskaż plik z vocalem");
-    EXPECT_EQ(texts[0]["BR2"], "Browse for  mixing destination file");
-    EXPECT_EQ(texts[0]["volm0"] + ", " + texts[0]["volm1"] + ", " + texts[1]["snc"] + ", " + texts[0]["tone"],
-              "Song volume, Vocal volume, Synchronizacja, Karaoke background key");
+TEST_F(WindowFixture, WithoutALibraryTheStartWindowIsTheLast) {
+    libraryFile.files.clear();
+    program.reset();
+    program.emplace(Foundation{libraryFile, nullptr, registry, names, dialogs, shell}, std::vector<std::string>());
+    QTimer::singleShot(0, [this] { click(program->startWindow(), "CON"); });
+    EXPECT_EQ(QApplication::exec(), Program::kCannotStart);
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: Audio library does not exists."});
 }
 
 TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
@@ -408,15 +360,13 @@ TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
     MixerStart start(language);
     start.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&start));
-    EXPECT_EQ(start.size(), QSize(274, 174));
-    auto* button = start.findChild<Ed_Button*>(QStringLiteral("CON"));
-    EXPECT_EQ(button->Caption(), QStringLiteral("D A L E J"));
+    auto& button = find<Ed_Button>(start, "CON");
+    EXPECT_EQ(button.Caption(), QStringLiteral("D A L E J"));
     QSignalSpy continued(&start, &MixerStart::continued);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    QTest::mouseClick(button, Qt::LeftButton);
+    click(button);
     EXPECT_EQ(continued.count(), 1);
-    for (const auto* label : start.findChildren<QLabel*>())
-        EXPECT_LE(label->sizeHint().width(), label->width()) << label->text().toStdString();
+    expectTidy(start);
     QTest::keyClick(&start, Qt::Key_Escape);
     EXPECT_FALSE(start.isVisible());
 }

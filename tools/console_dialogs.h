@@ -19,6 +19,8 @@ public:
 class ConsoleShell : public Shell {
 public:
     bool open(const std::string&) override { return false; }
+    void showProgress(double) override {}
+    void useLanguage(const std::string&) override {}
 };
 
 }  // namespace melvane

@@ -1,0 +1,64 @@
+// The program with its windows: the start window, the start checks, the main window and all that these need.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/MixerStart.h"
+#include "app/frmMain.h"
+#include "app/mixer.h"
+#include "platform/audio_library_file.h"
+#include "platform/registry.h"
+#include "settings/window_zoom.h"
+
+namespace melvane {
+
+struct Instruments {
+    std::unique_ptr<MusicSystem> music;
+    std::unique_ptr<SystemMixer> mixer;
+};
+
+// What the program stands on; everything outlives it.
+struct Foundation {
+    AudioLibraryFile& libraryFile;
+    std::function<Instruments(AudioLibrary&)> createMusic;
+    Registry& registry;
+    const FileNames& names;
+    Dialogs& dialogs;
+    Shell& shell;
+};
+
+class Program {
+public:
+    static constexpr int kCannotStart = 1;
+
+    // Shows the start window. Its button opens the main window, which takes `files` (absolute paths, UTF-8) as if they
+    // were dropped on it; when it can't be opened, the event loop ends with kCannotStart.
+    Program(const Foundation& foundation, std::vector<std::string> files);
+
+    MixerStart& startWindow() { return start_; }
+    // These are there once the main window was opened.
+    frmMain& mainWindow() { return main_.value(); }
+    Mixer& mixer() { return mixer_.value(); }
+
+private:
+    void openMainWindow();
+    bool startLibrary();
+
+    const Foundation on_;
+    const std::vector<std::string> files_;
+    // In this order, so that each goes before what it uses.
+    SettingsStore store_;
+    WindowZoom zoom_;
+    modLang language_;
+    std::unique_ptr<AudioLibrary> library_;
+    Instruments instruments_;
+    std::optional<Mixer> mixer_;
+    std::optional<frmMain> main_;
+    MixerStart start_;
+};
+
+}  // namespace melvane
