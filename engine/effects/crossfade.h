@@ -2,6 +2,8 @@
 // transpose the sound on their way from one length to another.
 #pragma once
 
+#include <array>
+
 #include "engine/effects/ramp.h"
 
 namespace melvane::engine {
@@ -12,31 +14,34 @@ public:
     // The first setting holds at once. One that comes while two are heard waits until the newer is heard alone.
     void aim(const Setting& setting) {
         wanted_ = setting;
-        if (!started_) from_ = to_ = setting;
+        if (!started_) heard_ = {setting, setting};
         started_ = true;
     }
     // Goes on by one frame.
     void advance() {
-        if (frame_ == kRampFrames) {
-            if (wanted_ == to_) return;
-            from_ = to_;
-            to_ = wanted_;
+        if (!fading()) {
+            if (resting()) return;
+            heard_ = {heard_[1], wanted_};
             frame_ = 0;
         }
         share_ = static_cast<float>(glide(++frame_));
     }
-    // What `hear(setting)` gives for the settings, each by its share. Two only while there are two.
+    bool fading() const { return frame_ < kRampFrames; }
+    // Whether the next frames are like this one, until another setting comes.
+    bool resting() const { return !fading() && wanted_ == heard_[1]; }
+    // The older one is number 0, the newer one number 1.
+    const Setting& operator[](std::size_t number) const { return heard_[number]; }
+    // What `hear(number)` gives for the settings, each by its share. Two only while there are two.
     template <typename Hear>
     float heard(Hear hear) const {
-        if (frame_ == kRampFrames) return hear(to_);
-        return (1 - share_) * hear(from_) + share_ * hear(to_);
+        if (!fading()) return hear(1);
+        return (1 - share_) * hear(0) + share_ * hear(1);
     }
 
 private:
     bool started_ = false;
     Setting wanted_{};
-    Setting from_{};
-    Setting to_{};
+    std::array<Setting, 2> heard_{};
     int frame_ = kRampFrames;
     float share_ = 1;
 };

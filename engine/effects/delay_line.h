@@ -2,9 +2,11 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
+#include <utility>
 #include <vector>
+
+#include "engine/effects/chunk.h"
 
 namespace melvane::engine {
 
@@ -13,36 +15,27 @@ inline float bounded(float sample) {
     return std::clamp(sample, -8.0F, 8.0F);
 }
 
+// The samples lie in a row, without a seam to watch for when they are read. At its end the newest are carried to the
+// front, seldom enough to cost little.
 class DelayLine {
 public:
     // Keeps at least the newest `frames` samples.
-    explicit DelayLine(std::size_t frames) : samples_(std::bit_ceil(frames)), mask_(samples_.size() - 1) {}
+    explicit DelayLine(std::size_t frames)
+        : kept_(frames), samples_(2 * frames + 16 * kChunk), end_(samples_.data() + frames) {}
 
-    void push(float sample) { samples_[++newest_ & mask_] = sample; }
-    float& newest() { return samples_[newest_ & mask_]; }
-    // Age 0 is the newest.
-    float operator[](std::size_t age) const { return samples_[(newest_ - age) & mask_]; }
-
-    // The samples that come out `delay` frames late during the next `count` <= delay pushes.
-    void read(std::size_t delay, float* out, std::size_t count) const {
-        const std::size_t start = (newest_ + 1 - delay) & mask_;
-        const std::size_t straight = std::min(count, samples_.size() - start);
-        std::copy_n(samples_.data() + start, straight, out);
-        std::copy_n(samples_.data(), count - straight, out + straight);
+    // Where the next `count` <= kChunk samples go. Those that came before lie before them.
+    float* append(std::size_t count) {
+        if (end_ + count > samples_.data() + samples_.size()) end_ = std::copy_n(end_ - kept_, kept_, samples_.data());
+        return std::exchange(end_, end_ + count);
     }
-    void push(const float* in, std::size_t count) {
-        const std::size_t start = (newest_ + 1) & mask_;
-        const std::size_t straight = std::min(count, samples_.size() - start);
-        std::copy_n(in, straight, samples_.data() + start);
-        std::copy_n(in + straight, count - straight, samples_.data());
-        newest_ += count;
-    }
-    void clear() { std::fill(samples_.begin(), samples_.end(), 0.0F); }
+    // The last that was given to write to.
+    float* newest(std::size_t count) { return end_ - count; }
+    void clear() { std::ranges::fill(samples_, 0.0F); }
 
 private:
+    std::size_t kept_;
     std::vector<float> samples_;
-    std::size_t mask_;
-    std::size_t newest_ = 0;
+    float* end_;
 };
 
 }  // namespace melvane::engine

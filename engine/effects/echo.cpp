@@ -23,21 +23,40 @@ EchoValues Echo::goalOf(const EchoRecord& record) {
 }
 
 void Echo::render(float* block, std::size_t frames, const EchoValues& values) {
-    const auto [mix, feedback, swap] = values;
-    for (float* frame = block; frame != block + frames * 2; frame += 2) {
+    for (std::size_t count = 0; frames > 0; frames -= count, block += 2 * count) {
         delays_.advance();
-        std::array<float, 2> repeats;
-        for (std::size_t side = 0; side < 2; ++side) {
-            lines_[side].push(frame[side]);
-            repeats[side] =
-                delays_.heard([&](const Delays& delays) { return delays[side] == 0 ? 0 : lines_[side][delays[side]]; });
-        }
-        for (std::size_t side = 0; side < 2; ++side) {
-            const float dry = frame[side];
-            const float undelayed = delays_.heard([&](const Delays& delays) { return delays[side] == 0 ? dry : 0; });
-            const float back = (1 - swap) * repeats[side] + swap * repeats[1 - side];
-            lines_[side].newest() = bounded(dry + feedback * back);
-            if (mix > 0) frame[side] = (1 - mix) * dry + mix * (repeats[side] + undelayed);
+        count = delays_.resting() ? std::min(frames, straightFrames()) : 1;
+        renderChunk(block, count, values);
+    }
+}
+
+// How many frames repeat nothing of one another.
+std::size_t Echo::straightFrames() const {
+    std::size_t frames = kChunk;
+    for (const std::size_t delay : delays_[1])
+        if (delay > 0) frames = std::min(frames, delay);
+    return frames;
+}
+
+void Echo::renderChunk(float* block, std::size_t frames, const EchoValues& values) {
+    const auto [mix, feedback, swap] = values;
+    std::array<float*, 2> lines;
+    std::array<Row<float>, 2> repeats;
+    for (std::size_t side = 0; side < 2; ++side) {
+        lines[side] = lines_[side].append(frames);
+        for (std::size_t f = 0; f < frames; ++f)
+            repeats[side][f] = delays_.heard([&](std::size_t i) {
+                const std::size_t delay = delays_[i][side];
+                return delay == 0 ? 0 : *(lines[side] + f - delay);
+            });
+    }
+    for (std::size_t side = 0; side < 2; ++side) {
+        const float undelayed = delays_.heard([&](std::size_t i) { return delays_[i][side] == 0 ? 1.0F : 0.0F; });
+        for (std::size_t f = 0; f < frames; ++f) {
+            float& sample = block[2 * f + side];
+            const float back = (1 - swap) * repeats[side][f] + swap * repeats[1 - side][f];
+            lines[side][f] = bounded(sample + feedback * back);
+            if (mix > 0) sample = (1 - mix) * sample + mix * (repeats[side][f] + undelayed * sample);
         }
     }
 }

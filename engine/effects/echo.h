@@ -26,6 +26,8 @@ private:
 
     EchoValues goalOf(const EchoRecord& record) override;
     void render(float* block, std::size_t frames, const EchoValues& values) override;
+    std::size_t straightFrames() const;
+    void renderChunk(float* block, std::size_t frames, const EchoValues& values);
 
     std::array<DelayLine, 2> lines_;
     Crossfade<Delays> delays_;

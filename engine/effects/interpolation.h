@@ -4,8 +4,9 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
-#include "engine/effects/delay_line.h"
+#include "engine/effects/chunk.h"
 
 namespace melvane::engine {
 
@@ -20,31 +21,51 @@ inline Weights sixPoints(float t) {
             upper * d * (1.0F / 12),   upper * c * (-1.0F / 24), outer * a * (1.0F / 120)};
 }
 
-// The same through the inner four.
+// For the place `t` between the second and the third, through the first four.
 inline Weights fourPoints(float t) {
     const float b = t + 1, c = t - 1, d = t - 2;
-    return {0, t * c * d * (-1.0F / 6), b * c * d * 0.5F, b * t * d * -0.5F, b * t * c * (1.0F / 6), 0};
+    return {t * c * d * (-1.0F / 6), b * c * d * 0.5F, b * t * d * -0.5F, b * t * c * (1.0F / 6), 0, 0};
 }
 
-struct Between {
-    float value;    // of the line
-    float current;  // the weight that the newest sample has in it
+// How a line is read in each frame of a chunk.
+class Taps {
+public:
+    // `ages` >= 2, in frames before the one that reads.
+    void aim(const Row<double>& ages, std::size_t frames) {
+        for (std::size_t f = 0; f < frames; ++f) {
+            const auto whole = static_cast<std::int32_t>(ages[f]);
+            youngest_[f] = static_cast<std::int32_t>(f) + 2 - whole;
+            set(f, sixPoints(static_cast<float>(ages[f] - whole)), 1);
+        }
+    }
+    // For ages >= 1 in a loop with `feedback`. Below 2 there are only four neighbours, and below 3 the newest sample is
+    // one of them, in which its own feedback is still missing.
+    void aimInLoop(const Row<double>& ages, std::size_t frames, float feedback) {
+        aim(ages, frames);
+        for (std::size_t f = 0; f < frames; ++f) {
+            if (ages[f] >= 3) continue;
+            const bool close = ages[f] < 2;
+            const auto t = static_cast<float>(ages[f] - (close ? 1 : 2));
+            const Weights weights = close ? fourPoints(t) : sixPoints(t);
+            youngest_[f] = static_cast<std::int32_t>(f);
+            set(f, weights, 1 / (1 - weights[0] * feedback));
+        }
+    }
+    // What frame `f` reads; the chunk begins at `line`.
+    float read(const float* line, std::size_t f) const {
+        const float* youngest = line + youngest_[f];
+        float sum = 0;
+        for (std::size_t i = 0; i < weights_.size(); ++i) sum += weights_[i][f] * *(youngest - i);
+        return sum;
+    }
+
+private:
+    void set(std::size_t frame, const Weights& weights, float gain) {
+        for (std::size_t i = 0; i < weights.size(); ++i) weights_[i][frame] = gain * weights[i];
+    }
+
+    Row<std::int32_t> youngest_;  // of the neighbours, in frames from the beginning of the chunk
+    std::array<Row<float>, 6> weights_;
 };
-
-// The neighbours of `age` have the ages whole - 2 and so on.
-inline float weightedSum(const DelayLine& line, std::size_t whole, const Weights& weights) {
-    float sum = 0;
-    for (std::size_t i = 0; i < weights.size(); ++i) sum += weights[i] * line[whole + i - 2];
-    return sum;
-}
-
-// `age` >= 1. Below 2 there are only four neighbours.
-inline Between readBetween(const DelayLine& line, double age) {
-    const auto whole = static_cast<std::size_t>(age);
-    const auto t = static_cast<float>(age - static_cast<double>(whole));
-    if (whole > 2) return {weightedSum(line, whole, sixPoints(t)), 0};
-    const Weights weights = whole < 2 ? fourPoints(t) : sixPoints(t);
-    return {weightedSum(line, whole, weights), weights[2 - whole]};
-}
 
 }  // namespace melvane::engine

@@ -11,6 +11,8 @@
 
 #include "engine/effects/crossfade.h"
 #include "engine/effects/delay_line.h"
+#include "engine/effects/interpolation.h"
+#include "engine/effects/oscillator.h"
 #include "engine/effects/record_effect.h"
 
 namespace melvane::engine {
@@ -23,7 +25,7 @@ struct ModulatedDelayValues {
 struct Sweep {
     double delay;  // frames
     double depth;  // 0..1
-    double ahead;  // turns of the right side, -0.5..0.5
+    Phase ahead;   // of the right side
     bool sine;     // or triangle
 
     bool operator==(const Sweep&) const = default;
@@ -37,13 +39,15 @@ public:
 
 private:
     ModulatedDelayValues goalOf(const Record& record) override;
-    // Takes the next dry sample of a side and gives the wet one.
-    float goThrough(std::size_t side, float dry, float feedback);
     void render(float* block, std::size_t frames, const ModulatedDelayValues& values) override;
+    void push(const float* block, std::size_t frames);
+    void aim(const Row<Phase>& phases, std::size_t frames, float feedback);
+    void goThrough(float* block, std::size_t frames, float mix, float feedback);
 
     std::array<DelayLine, 2> lines_;
     Crossfade<Sweep> sweep_;
-    double phase_ = 0;  // turns, 0..1
+    Turning turning_;
+    std::array<std::array<Taps, 2>, 2> taps_;  // of the chunk in work: for each sweep that is heard, for each side
 };
 
 using Chorus = ModulatedDelay<ChorusRecord>;

@@ -1,14 +1,37 @@
 // The slow oscillators that move delays.
 #pragma once
 
+#include <cmath>
+#include <cstdint>
+
+#include "engine/effects/chunk.h"
+
 namespace melvane::engine {
 
-// -1..1; begins at 0 and rises. `turns` >= -1.
-inline double triangle(double turns) {
-    const double shifted = turns + 1.25;
-    const double place = shifted - static_cast<double>(static_cast<long>(shifted));
-    const double distance = place < 0.5 ? 0.5 - place : place - 0.5;
-    return 1 - 4 * distance;
+// A part of a turn, 2^32 to the turn; wraps around by itself.
+using Phase = std::uint32_t;
+inline constexpr Phase kQuarterTurn = 1U << 30;
+
+// Counts 2^64 to the turn: sums of whole numbers are exact for every frame, wherever a block ends.
+class Turning {
+public:
+    explicit Turning(Phase start = 0) : place_(std::uint64_t{start} << 32) {}
+
+    // Goes on by `count` frames of `rate` turns each, 0 <= rate < 0.5, and writes their phases.
+    void advance(double rate, std::size_t count, Row<Phase>& phases) {
+        const auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(rate * 0x1p64));
+        for (std::size_t f = 0; f < count; ++f) phases[f] = static_cast<Phase>((place_ + f * step) >> 32);
+        place_ += count * step;
+    }
+
+private:
+    std::uint64_t place_;
+};
+
+// -1..1; begins at 0 and rises.
+inline double triangle(Phase phase) {
+    const auto behindPeak = static_cast<std::int32_t>(phase - kQuarterTurn);
+    return 1 - 0x1p-30 * std::abs(static_cast<double>(behindPeak));
 }
 
 // The sine of the same phase: sin(pi/2 x) by its power series, which is within 4e-6 for -1 <= x <= 1.

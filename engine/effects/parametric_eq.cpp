@@ -64,25 +64,25 @@ void ParametricEq::render(float* block, std::size_t frames, const Biquad& band) 
     if (count == 0) return;
     filter(block, count, band);
     flatFrames_ += count;
-    if (flatFrames_ == kRestFrames) state_ = {};
+    if (flatFrames_ == kRestFrames) state_ = State{};
 }
 
+// The states follow from the sound alone, not from what comes out, so that a frame waits as shortly as possible for the
+// one before it: first' = (b1 - a1 b0) in + second - a1 first.
 void ParametricEq::filter(float* block, std::size_t frames, const Biquad& band) {
     const auto [b0, b1, b2, a1, a2] = band;
-    auto [left1, right1, left2, right2] = state_;
+    const double c1 = b1 - a1 * b0, c2 = b2 - a2 * b0;
+    auto [first, second] = state_;
     for (std::size_t i = 0; i < frames; ++i) {
-        const auto left = static_cast<double>(block[2 * i]);
-        const auto right = static_cast<double>(block[2 * i + 1]);
-        const double newLeft = b0 * left + left1;
-        const double newRight = b0 * right + right1;
-        left1 = b1 * left + left2 - a1 * newLeft;
-        right1 = b1 * right + right2 - a1 * newRight;
-        left2 = b2 * left - a2 * newLeft;
-        right2 = b2 * right - a2 * newRight;
-        block[2 * i] = static_cast<float>(newLeft);
-        block[2 * i + 1] = static_cast<float>(newRight);
+        const Sides in = {static_cast<double>(block[2 * i]), static_cast<double>(block[2 * i + 1])};
+        const Sides out = b0 * in + first;
+        const Sides next = c1 * in + second - a1 * first;
+        second = c2 * in - a2 * first;
+        first = next;
+        block[2 * i] = static_cast<float>(out[0]);
+        block[2 * i + 1] = static_cast<float>(out[1]);
     }
-    state_ = {left1, right1, left2, right2};
+    state_ = {first, second};
 }
 
 }  // namespace melvane::engine

@@ -3,7 +3,6 @@
 #include <numbers>
 
 #include "engine/effects/interpolation.h"
-#include "engine/effects/oscillator.h"
 #include "platform/audio_library.h"
 
 namespace melvane::engine {
@@ -18,6 +17,8 @@ constexpr float kDiffusion = 0.6F;
 constexpr std::array<std::size_t, 4> kMovedLines = {3, 6, 9, 12};
 constexpr std::array<double, 4> kMoveRates = {0.47, 0.61, 0.73, 0.89};  // Hz
 constexpr double kMove = 12;                                            // frames to each side
+
+constexpr std::size_t kTogether = 4;
 
 constexpr double kSmear = 0.008;        // s; by how much the allpasses lengthen every decay, as measured
 constexpr double kShortestTime = 0.01;  // s; what is shorter is heard as one reflection anyway
@@ -142,54 +143,59 @@ void Reverb::renderChunk(float* block, std::size_t frames, const ReverbValues& v
 }
 
 void Reverb::diffuse(std::size_t side, std::size_t frames, const ReverbValues& values) {
+    Row<float>& sound = diffused_[side];
     for (std::size_t i = side * kDiffusers; i < (side + 1) * kDiffusers; ++i) {
-        Row late;
-        Row in;
-        diffusers_[i].read(kDiffuserLengths[i], late.data(), frames);
+        float* const in = diffusers_[i].append(frames);
+        const float* const late = in - kDiffuserLengths[i];
         const float gain = values.diffusion[i];
         for (std::size_t f = 0; f < frames; ++f) {
-            in[f] = diffused_[side][f] + gain * late[f];
-            diffused_[side][f] = late[f] - gain * in[f];
+            in[f] = sound[f] + gain * late[f];
+            sound[f] = late[f] - gain * in[f];
         }
-        diffusers_[i].push(in.data(), frames);
     }
 }
 
 void Reverb::readLines(std::size_t frames, const ReverbValues& values) {
-    for (std::size_t i = 0; i < kReverbLines; ++i) lines_[i].read(kLengths[i], rows_[i].data(), frames);
+    for (std::size_t i = 0; i < kReverbLines; ++i)
+        std::copy_n(lines_[i].append(frames) - kLengths[i], frames, rows_[i].data());
     for (std::size_t i = 0; i < kMovedLines.size(); ++i) readMoved(i, frames);
-    for (std::size_t i = 0; i < kReverbLines; ++i) absorb(i, frames, values);
+    for (std::size_t i = 0; i < kReverbLines; i += kTogether) absorb(i, frames, values);
 }
 
-void Reverb::absorb(std::size_t line, std::size_t frames, const ReverbValues& values) {
-    const float b0 = values.b0[line], b1 = values.b1[line], a1 = values.a1[line];
-    auto [in1, out1] = filters_[line];
-    for (std::size_t f = 0; f < frames; ++f) {
-        const float in = rows_[line][f];
-        out1 = b0 * in + b1 * in1 - a1 * out1;
-        in1 = in;
-        rows_[line][f] = out1;
-    }
-    filters_[line] = {in1, out1};
+// Some lines side by side: each frame has to wait for the one before it.
+void Reverb::absorb(std::size_t first, std::size_t frames, const ReverbValues& values) {
+    std::array<FilterState, kTogether> states;
+    std::copy_n(&filters_[first], kTogether, states.data());
+    for (std::size_t f = 0; f < frames; ++f)
+        for (std::size_t i = 0; i < kTogether; ++i) {
+            const std::size_t line = first + i;
+            auto& [in1, out1] = states[i];
+            float& sample = rows_[line][f];
+            out1 = values.b0[line] * sample + values.b1[line] * in1 - values.a1[line] * out1;
+            in1 = std::exchange(sample, out1);
+        }
+    std::copy_n(states.data(), kTogether, &filters_[first]);
 }
 
 void Reverb::readMoved(std::size_t moved, std::size_t frames) {
     const std::size_t line = kMovedLines[moved];
-    double& phase = phases_[moved];
-    for (std::size_t f = 0; f < frames; ++f) {
-        const double delay = static_cast<double>(kLengths[line]) + kMove * sineOfTriangle(triangle(phase));
-        rows_[line][f] = readBetween(lines_[line], delay - 1 - static_cast<double>(f)).value;
-        phase += kMoveRates[moved] / kSampleRate;
-        if (phase >= 1) phase -= 1;
-    }
+    const auto length = static_cast<double>(kLengths[line]);
+    Row<Phase> phases;
+    turnings_[moved].advance(kMoveRates[moved] / kSampleRate, frames, phases);
+    Row<double> ages;
+    for (std::size_t f = 0; f < frames; ++f) ages[f] = length + kMove * sineOfTriangle(triangle(phases[f]));
+    Taps taps;
+    taps.aim(ages, frames);
+    const float* const in = lines_[line].newest(frames);
+    for (std::size_t f = 0; f < frames; ++f) rows_[line][f] = taps.read(in, f);
 }
 
 // The sides share the even lines and get the odd ones in opposite phase, which makes them independent of each other.
 void Reverb::addWet(float* block, std::size_t frames, const ReverbValues& values) const {
-    Row even{};
-    Row odd{};
+    Row<float> even{};
+    Row<float> odd{};
     for (std::size_t i = 0; i < kReverbLines; ++i) {
-        Row& sum = i % 2 == 0 ? even : odd;
+        Row<float>& sum = i % 2 == 0 ? even : odd;
         for (std::size_t f = 0; f < frames; ++f) sum[f] += sign(i) * rows_[i][f];
     }
     for (std::size_t f = 0; f < frames; ++f) {
@@ -211,7 +217,7 @@ void Reverb::writeLines(std::size_t frames) {
     for (std::size_t i = 0; i < kReverbLines; ++i) {
         for (std::size_t f = 0; f < frames; ++f)
             rows_[i][f] = 0.25F * (rows_[i][f] + sign(i) * diffused_[sideInto(i)][f]);
-        lines_[i].push(rows_[i].data(), frames);
+        std::copy_n(rows_[i].data(), frames, lines_[i].newest(frames));
     }
 }
 

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "engine/effects/delay_line.h"
+#include "engine/effects/oscillator.h"
 #include "engine/effects/record_effect.h"
 
 namespace melvane::engine {
@@ -35,10 +36,6 @@ public:
     Reverb();
 
 private:
-    // Less than the shortest delay, so that what goes into a line within a chunk does not come out in it.
-    static constexpr std::size_t kChunk = 64;
-    using Row = std::array<float, kChunk>;
-
     struct FilterState {
         float in1, out1;  // of the last frame
     };
@@ -49,7 +46,7 @@ private:
     void diffuse(std::size_t side, std::size_t frames, const ReverbValues& values);
     void readLines(std::size_t frames, const ReverbValues& values);
     void readMoved(std::size_t moved, std::size_t frames);
-    void absorb(std::size_t line, std::size_t frames, const ReverbValues& values);
+    void absorb(std::size_t first, std::size_t frames, const ReverbValues& values);
     void addWet(float* block, std::size_t frames, const ReverbValues& values) const;
     void writeLines(std::size_t frames);
     void clear();
@@ -57,9 +54,10 @@ private:
     std::vector<DelayLine> lines_;
     std::array<FilterState, kReverbLines> filters_{};
     std::vector<DelayLine> diffusers_;  // four of the left side, four of the right
-    std::array<double, 4> phases_{0, 0.25, 0.5, 0.75};
-    std::array<Row, kReverbLines> rows_{};  // of the chunk in work: what the lines give, then what they take
-    std::array<Row, 2> diffused_{};
+    std::array<Turning, 4> turnings_{Turning(0), Turning(kQuarterTurn), Turning(2 * kQuarterTurn),
+                                     Turning(3 * kQuarterTurn)};
+    std::array<Row<float>, kReverbLines> rows_{};  // of the chunk in work: what the lines give, then what they take
+    std::array<Row<float>, 2> diffused_{};
     bool empty_ = true;
 };
 
