@@ -95,13 +95,14 @@ def spread(values, width):
     return text.ljust(width)
 
 
-def print_table(results, base, wall_limit, memory_limit):
-    """Medians, also in relation to those of the program `base`."""
-    relation = f"of {base}"
-    print(f"{'':14}{'wall, s':22}{relation:16}{'CPU, s':22}{relation:16}{'memory, MB':12}")
-    bases = [statistics.median(run[column] for run in results[base]) for column in (0, 1)]
+def print_table(results, base, limits, memory_limit):
+    """Medians, also in relation to those of another program: `limits` has (that program, the most in wall time) for
+    some of the names; all others are related to `base`."""
+    print(f"{'':18}{'wall, s':22}{'relation':28}{'CPU, s':22}{'relation':10}memory, MB (limit {memory_limit})")
     for name, runs in results.items():
+        other, limit = limits.get(name, (base, None))
         wall, cpu, memory = zip(*runs)
-        print(f"{name:14}{spread(wall, 22)}{statistics.median(wall) / bases[0]:<16.2f}"
-              f"{spread(cpu, 22)}{statistics.median(cpu) / bases[1]:<16.2f}{max(memory):<12.1f}")
-    print(f"{'limit':14}{'':22}{wall_limit:<54.2f}{memory_limit:<12.1f}")
+        other_wall, other_cpu, _ = (statistics.median(column) for column in zip(*results[other]))
+        relation = f"{statistics.median(wall) / other_wall:.2f}" + (f" of {other} ({limit})" if limit else "")
+        print(f"{name:18}{spread(wall, 22)}{relation:28}{spread(cpu, 22)}{statistics.median(cpu) / other_cpu:<10.2f}"
+              f"{max(memory):.1f}")

@@ -34,7 +34,7 @@ public:
     // Ends the child at once.
     void kill();
 
-    // Any thread.
+    // Any thread. An end that nobody asked for shows within 10 ms.
     bool running();
     EncoderState state();
 
@@ -46,6 +46,7 @@ private:
     int pipe_ = -1;
     bool inputClosed_ = false;
     EncoderState state_ = EncoderState::none;
+    std::chrono::steady_clock::time_point asked_;
 };
 
 // The header of a 44100 Hz 16-bit stereo WAV stream whose length is not known yet.

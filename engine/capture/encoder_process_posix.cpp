@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -16,7 +15,14 @@ namespace melvane::engine {
 
 namespace {
 
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
 constexpr int kKillPatience = 200;  // ms
+// A second and a half of sound.
+constexpr int kPipeBytes = 1 << 18;
+constexpr auto kRoomPoll = 2ms;
+constexpr auto kAskInterval = 10ms;
 
 struct SpawnSettings {
     SpawnSettings() {
@@ -51,6 +57,7 @@ EncoderProcess::~EncoderProcess() {
 bool EncoderProcess::start(const std::vector<std::string>& words) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return false;
+    fcntl(ends[1], F_SETPIPE_SZ, kPipeBytes);  // a smaller one will do too
     SpawnSettings settings;
     posix_spawn_file_actions_adddup2(&settings.files, ends[0], STDIN_FILENO);
     posix_spawn_file_actions_addopen(&settings.files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
@@ -82,14 +89,16 @@ void EncoderProcess::prepareWritingThread() {
 }
 
 std::size_t EncoderProcess::write(std::span<const std::byte> bytes, std::chrono::milliseconds patience) {
+    const auto limit = Clock::now() + patience;
     std::size_t done = 0;
     while (pipe_ >= 0 && done < bytes.size()) {
         const ssize_t taken = ::write(pipe_, bytes.data() + done, bytes.size() - done);
         if (taken > 0) {
             done += static_cast<std::size_t>(taken);
         } else if (errno == EAGAIN) {
-            pollfd room{pipe_, POLLOUT, 0};
-            if (poll(&room, 1, static_cast<int>(patience.count())) == 0) break;
+            if (Clock::now() >= limit) break;
+            // poll() would have the encoder wake this thread for every page that it takes.
+            std::this_thread::sleep_for(kRoomPoll);
         } else if (errno != EINTR) {
             // It has gone, or lives on without an input: either way nothing more will reach its file.
             kill();
@@ -132,7 +141,12 @@ bool EncoderProcess::running() {
 
 EncoderState EncoderProcess::state() {
     const std::lock_guard lock(mutex_);
-    reap();
+    // Not for every block that is written.
+    const auto now = Clock::now();
+    if (inputClosed_ || now - asked_ >= kAskInterval) {
+        asked_ = now;
+        reap();
+    }
     return state_;
 }
 

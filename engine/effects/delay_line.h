@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "engine/effects/chunk.h"
@@ -20,22 +19,25 @@ inline float bounded(float sample) {
 class DelayLine {
 public:
     // Keeps at least the newest `frames` samples.
-    explicit DelayLine(std::size_t frames)
-        : kept_(frames), samples_(2 * frames + 16 * kChunk), end_(samples_.data() + frames) {}
+    explicit DelayLine(std::size_t frames) : kept_(frames), samples_(2 * frames + 16 * kChunk), end_(frames) {}
 
     // Where the next `count` <= kChunk samples go. Those that came before lie before them.
     float* append(std::size_t count) {
-        if (end_ + count > samples_.data() + samples_.size()) end_ = std::copy_n(end_ - kept_, kept_, samples_.data());
-        return std::exchange(end_, end_ + count);
+        if (end_ + count > samples_.size()) {
+            std::copy_n(newest(kept_), kept_, samples_.data());
+            end_ = kept_;
+        }
+        end_ += count;
+        return newest(count);
     }
-    // The last that was given to write to.
-    float* newest(std::size_t count) { return end_ - count; }
+    // The last that were given to write to.
+    float* newest(std::size_t count) { return samples_.data() + end_ - count; }
     void clear() { std::ranges::fill(samples_, 0.0F); }
 
 private:
     std::size_t kept_;
     std::vector<float> samples_;
-    float* end_;
+    std::size_t end_;
 };
 
 }  // namespace melvane::engine

@@ -1,6 +1,7 @@
 #include "engine/effects/reverb.h"
 
 #include <numbers>
+#include <utility>
 
 #include "engine/effects/interpolation.h"
 #include "platform/audio_library.h"
@@ -215,9 +216,8 @@ void Reverb::writeLines(std::size_t frames) {
                     rows_[i + half][f] = a - b;
                 }
     for (std::size_t i = 0; i < kReverbLines; ++i) {
-        for (std::size_t f = 0; f < frames; ++f)
-            rows_[i][f] = 0.25F * (rows_[i][f] + sign(i) * diffused_[sideInto(i)][f]);
-        std::copy_n(rows_[i].data(), frames, lines_[i].newest(frames));
+        float* const line = lines_[i].newest(frames);
+        for (std::size_t f = 0; f < frames; ++f) line[f] = 0.25F * (rows_[i][f] + sign(i) * diffused_[sideInto(i)][f]);
     }
 }
 
