@@ -168,7 +168,8 @@ def measure(build, folder, seconds):
 def start_display(**quiet):
     """An X server on a display that is free, once it is ready."""
     answer, tell = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(tell), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(tell), "-screen", "0", "1280x800x24", "-noreset",
+                               "-nolisten", "tcp"],
                               pass_fds=[tell], **quiet)
     os.close(tell)
     with open(answer, encoding="ascii") as line:
