@@ -127,7 +127,7 @@ void frmMain::perform(const std::function<void()>& action) {
 }
 
 void frmMain::addMenu() {
-    menu_ = new frmMenu(mixer_.midi().state, environment_.language, this);
+    menu_ = new frmMenu(mixer_.midi().state(), environment_.language, this);
     const auto on = [this](auto signal, std::function<void()> action) {
         connect(menu_, signal, this, [this, action = std::move(action)] { perform(action); });
     };
@@ -137,7 +137,7 @@ void frmMain::addMenu() {
     on(&frmMenu::closeWanted, [this] { close(); });
     on(&frmMenu::listen, [this] { listen(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
-    on(&frmMenu::restoreMidi, [this] { mixer_.midi().channels.MidiRestore(); });
+    on(&frmMenu::restoreMidi, [this] { mixer_.midi().MidiRestore(); });
     connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentFiles);
 }
 
@@ -182,7 +182,7 @@ void frmMain::useLanguage(const std::string& code) {
 void frmMain::usePort(bool running) {
     if (!portChosen_ || choosing_ || running) return;
     portChosen_ = false;
-    guarded(environment_.dialogs, [this] { mixer_.midi().playback.reopen(); });
+    guarded(environment_.dialogs, [this] { mixer_.midi().reopen(); });
 }
 
 void frmMain::BR_Click(int index) {

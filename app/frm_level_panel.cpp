@@ -27,7 +27,7 @@ LevelPanel::LevelPanel(QWidget* window, Mixer& mixer, const Environment& environ
 
 void LevelPanel::show(bool running) {
     const RunState& run = mixer_.run();
-    const Handle song = run.isMidiBackground ? mixer_.midi().playback.stream() : run.backgroundChannel;
+    const Handle song = run.isMidiBackground ? mixer_.midi().stream() : run.backgroundChannel;
     const std::pair<LevelMeter*, Handle> rows[] = {{song_, song}, {voice_, run.vocalChannel}, {mix_, kWholeMix}};
     for (const auto& [meter, channel] : rows) {
         const bool sounds = running && (channel != 0 || meter == mix_);

@@ -51,7 +51,7 @@ SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const En
       environment_(environment),
       places_(store),
       preferenceCalls_(std::move(preferenceCalls)) {
-    mixer_.midi().channels.updateChannels = [this] { updateChannels(); };
+    mixer_.midi().updateChannels = [this] { updateChannels(); };
 }
 
 void SecondaryWindows::showEffects() {
@@ -67,8 +67,7 @@ void SecondaryWindows::showChannels() {
 
 void SecondaryWindows::openChannels(const frmChann::StartFlags& flags) {
     if (!channels_)
-        channels_ = new frmChann(mixer_.midi().channels, mixer_.midi().state, mixer_.settings(), environment_.language,
-                                 environment_.dialogs, main_);
+        channels_ = new frmChann(mixer_.midi(), mixer_.settings(), environment_.language, environment_.dialogs, main_);
     place(channels_, freePlace(*main_));
     channels_->startFlags = flags;
     channels_->open();
@@ -77,8 +76,8 @@ void SecondaryWindows::openChannels(const frmChann::StartFlags& flags) {
 void SecondaryWindows::showPreferences() {
     if (!preferences_) {
         const auto midiPorts = [this] {
-            mixer_.midi().playback.ReadMap();
-            return mixer_.midi().state.midiPorts;
+            mixer_.midi().ReadMap();
+            return mixer_.midi().state().midiPorts;
         };
         const auto inputs = [this] { return recordingInputs(environment_.library, mixer_.isRunning()); };
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,

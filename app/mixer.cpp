@@ -6,7 +6,7 @@ Mixer::Mixer(const Environment& with)
     : input_(with.library, state_.run, state_.settings),
       midi_(with.music, with.systemMixer, state_.run, state_.settings, with.names, with.dialogs, with.doEvents),
       sourceFiles_(state_, midi_, with.language, with.dialogs),
-      effects_(with.library, state_.run, state_.settings, midi_.lines),
+      effects_(with.library, state_.run, state_.settings, midi_.lines()),
       mixingRun_(with, state_, input_, effects_, midi_),
       sliders_(state_.run, state_.settings, mixingRun_) {}
 

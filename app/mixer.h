@@ -4,7 +4,7 @@
 
 #include "app/environment.h"
 #include "app/main_sliders.h"
-#include "app/midi_background.h"
+#include "midi/midi_background.h"
 #include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"

@@ -99,7 +99,7 @@ bool MixingRun::canRun() {
     if (!readPaths()) return false;
     run_.isMidiBackground = isMidiFile(run_.backgroundPath);
     // An older mix is not emptied for want of an encoder or of a song.
-    if (run_.isMidiBackground && !midi_.playback.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
+    if (run_.isMidiBackground && !midi_.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
     if (isFile(run_.destinationPath) && !with_.library.encoderFound(kEncoderCommand))
         run_.failure = RunFailure::encoderNotStarted;
     return run_.failure == RunFailure::none;
@@ -144,7 +144,7 @@ void MixingRun::start() {
         run_.failure = RunFailure::destinationNotWritable;
         return stopRec();
     }
-    if (run_.isMidiBackground && !midi_.playback.PlayMidi()) {
+    if (run_.isMidiBackground && !midi_.PlayMidi()) {
         refuse(RunFailure::midiUnplayable, BoxIcon::critical);
         return stopRec();
     }
@@ -167,7 +167,7 @@ void MixingRun::applyKey() {
     if (run_.backgroundChannel != 0)
         with_.library.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
                                        static_cast<float>(run_.key));
-    midi_.channels.transpose(run_.key);
+    midi_.transpose(run_.key);
 }
 
 // A place on the vocal's own time, so that setting it again changes nothing.
@@ -186,7 +186,7 @@ bool MixingRun::openSources() {
     run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP);
     const bool background = run_.isMidiBackground || run_.backgroundChannel != 0;
     if (!abandoned_ && background && run_.vocalChannel != 0) {
-        framesTotal_ = run_.isMidiBackground ? toFrames(midi_.playback.length())
+        framesTotal_ = run_.isMidiBackground ? toFrames(midi_.length())
                                              : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
         return true;
     }
@@ -240,7 +240,7 @@ void MixingRun::stopRec() {
         with_.library.BASS_ChannelStop(*channel);
         with_.library.BASS_MusicFree(*channel);
     }
-    midi_.playback.StopMidi();
+    midi_.StopMidi();
     midi_.restoreTone();
     run_.vocalChannel = 0;
     run_.backgroundChannel = 0;
@@ -249,13 +249,13 @@ void MixingRun::stopRec() {
 
 std::int64_t MixingRun::framesDone() const {
     if (!run_.isMixing) return framesAtEnd_;
-    return run_.isMidiBackground ? toFrames(midi_.playback.position())
+    return run_.isMidiBackground ? toFrames(midi_.position())
                                  : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
 }
 
 // A MIDI song may fade sooner than at its full length.
 bool MixingRun::backgroundEnded() const {
-    return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playback.playing());
+    return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playing());
 }
 
 double MixingRun::done() const {

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "app/environment.h"
-#include "app/midi_background.h"
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
+#include "midi/midi_background.h"
 #include "state/mix_state.h"
 
 namespace melvane {

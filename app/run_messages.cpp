@@ -45,6 +45,8 @@ std::string midiMessage(const modLang& language, MidiFailure failure) {
             return language.lang(LangEntry::midiNotInitialised);
         case MidiFailure::fileNotPlayable:
             return language.lang(LangEntry::midiFileNotPlayed);
+        case MidiFailure::operationNotApplied:
+            return language.lang(LangEntry::midiNotApplied);
     }
     return "";
 }

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "midi/playback.h"
+#include "midi/midi_background.h"
 #include "settings/modLang.h"
 #include "state/run_state.h"
 

@@ -87,9 +87,10 @@ bool SourceFiles::take(const std::string& path) {
 }
 
 void SourceFiles::openMidi() {
-    midi_.open(fields_.background);
-    if (!midi_.playback.loaded())
-        dialogs_.messageBox(midiMessage(language_, midi_.playback.failure()), kProductCaption, BoxIcon::critical,
+    std::string song = fields_.background;
+    midi_.OpenMidi(song);
+    if (!midi_.loaded())
+        dialogs_.messageBox(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical,
                             BoxButtons::ok);
 }
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "app/midi_background.h"
+#include "midi/midi_background.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
 #include "state/mix_state.h"

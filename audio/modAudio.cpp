@@ -70,7 +70,7 @@ std::string lowerCase(std::string text) {
 
 bool isMidiFile(const std::string& path) {
     const std::string extension = lowerCase(GetFileExtension(path));
-    // "midi", by its last letters.
+    // Not "midi" alone: "rmidi" and its like hold songs too.
     return extension == "kar" || extension == "mid" || extension.ends_with("idi");
 }
 

@@ -1,18 +1,11 @@
 #include "midi/channel_reader.h"
 
 #include <cstddef>
-#include <exception>
-#include <string_view>
-
-#include "midi/file_bytes.h"
-#include "platform/music_performance.h"
 
 namespace melvane {
 
 namespace {
 
-constexpr std::int16_t kTrue = -1;
-constexpr std::int16_t kUnused = -1;
 constexpr std::int16_t kUsedState = 2;
 constexpr std::int16_t kDefaultVolume = 100;
 constexpr std::int16_t kCentre = 64;
@@ -75,10 +68,10 @@ char status(int kind, std::int16_t channel) {
 }
 
 void readChannel(std::string_view bytes, std::int16_t c, ChannelSettings& channel) {
-    channel.channelNumber = kUnused;
-    if (bytes.find(status(0x90, c)) == std::string_view::npos) return;
+    channel.channelNumber = kUnusedChannel;
+    if (bytes.find(status(kNoteOn, c)) == std::string_view::npos) return;
     channel.channelNumber = static_cast<std::int16_t>(c + 1);
-    const char program[] = {status(0xC0, c)};
+    const char program[] = {status(kProgramChange, c)};
     const char volume[] = {status(kControlChange, c), kVolumeController};
     const char balance[] = {status(kControlChange, c), kBalanceController};
     readInstrument({bytes, {program, sizeof program}}, channel);
@@ -88,23 +81,14 @@ void readChannel(std::string_view bytes, std::int16_t c, ChannelSettings& channe
 
 }  // namespace
 
-void ReadFile(const std::string& fileName, MidiState& state, const DoEvents& doEvents) {
-    try {
-        state.midiBytes = fileBytes(fileName);
-    } catch (const std::exception&) {
-        state.midiBytes.clear();
-    }
-    readChannels(state, doEvents);
-}
-
-void readChannels(MidiState& state, const DoEvents& doEvents) {
-    for (std::int16_t c = 0; c < kMidiChannels; ++c) readChannel(state.midiBytes, c, state.ChannelInfo[c]);
+void readChannels(std::string_view bytes, MidiState& state, const DoEvents& doEvents) {
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) readChannel(bytes, c, state.ChannelInfo[c]);
 
     for (std::int16_t c = 0; c < kMidiChannels; ++c) {
         ChannelSettings& channel = state.ChannelInfo[c];
         channel.instrumentChanged = channel.volumeChanged = channel.balanceChanged = 0;
         if (channel.channelNumber >= 0) channel.state = kUsedState;
-        channel.shown = channel.switchedOn = kTrue;
+        channel.shown = channel.switchedOn = asFlag(true);
         state.InitialChannel[c] = {channel.volume, channel.balance, channel.instrument};
         doEvents();
         if (channel.channelNumber < 0) channel.shown = channel.switchedOn = 0;

@@ -1,113 +1,110 @@
-#include "midi/channel_settings.h"
-
-#include <exception>
-
+// What MidiBackground does with the channels and the volume of a song.
+#include "midi/midi_background.h"
 #include "state/errors.h"
 
 namespace melvane {
 
 namespace {
 
-constexpr std::int16_t kTrue = -1;
-constexpr std::int16_t kUnused = -1;
+// A moment behind the patch that is sent with it, which may reset the volume.
 constexpr std::int64_t kVolumeTime = 10;
 constexpr std::int32_t kVolumeStep = 42;  // hundredths of a decibel for each percent
-constexpr std::int32_t kSilence = -3000;
+constexpr std::int32_t kLowestVolume = -3000;
 
 std::uint8_t lowByte(std::int16_t value) {
     return static_cast<std::uint8_t>(value);
 }
 
-template <typename Action>
-void untilFailure(Action action) {
-    try {
-        action();
-    } catch (const std::exception&) {
-    }
-}
-
 }  // namespace
 
-MusicPerformance& MidiChannels::performance() {
-    if (!device_.performance) throw MusicError("no song is loaded");
-    return *device_.performance;
+// Without a performance there is nobody to tell; the table is what the next one starts from.
+template <typename Message>
+void MidiBackground::tell(Message message) {
+    attempt(MidiFailure::operationNotApplied, [&] {
+        if (performance_) message(*performance_);
+    });
 }
 
-void MidiChannels::sendInstrument(std::int16_t channel) {
-    performance().sendPatch(0, kReferenceTime, lowByte(channel), lowByte(state_.ChannelInfo[channel].instrument), 0, 0);
+void MidiBackground::sendInstrument(std::int16_t channel) {
+    const std::uint8_t instrument = lowByte(state_.ChannelInfo[channel].instrument);
+    if (performance_) performance_->sendPatch(0, kReferenceTime, lowByte(channel), instrument, 0, 0);
 }
 
-void MidiChannels::sendVolume(std::int16_t channel) {
-    performance().sendMidi(kVolumeTime, kReferenceTime, lowByte(channel), kControlChange, kVolumeController,
-                           lowByte(state_.ChannelInfo[channel].volume));
+void MidiBackground::sendController(std::int64_t time, std::int16_t channel, std::uint8_t controller,
+                                    std::int16_t value) {
+    if (performance_)
+        performance_->sendMidi(time, kReferenceTime, lowByte(channel), kControlChange, controller, lowByte(value));
 }
 
-void MidiChannels::sendBalance(std::int16_t channel) {
-    performance().sendMidi(0, kReferenceTime, lowByte(channel), kControlChange, kBalanceController,
-                           lowByte(state_.ChannelInfo[channel].balance));
+void MidiBackground::sendVolume(std::int16_t channel) {
+    sendController(kVolumeTime, channel, kVolumeController, state_.ChannelInfo[channel].volume);
 }
 
-void MidiChannels::setChannelInstrument(std::int16_t channel, std::int16_t instrument) {
-    untilFailure([&] {
+void MidiBackground::sendBalance(std::int16_t channel) {
+    sendController(0, channel, kBalanceController, state_.ChannelInfo[channel].balance);
+}
+
+void MidiBackground::setChannelInstrument(std::int16_t channel, std::int16_t instrument) {
+    attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].instrument = instrument;
         sendInstrument(channel);
     });
 }
 
-void MidiChannels::setChannelVolume(std::int16_t channel, std::int16_t volume) {
-    untilFailure([&] {
+void MidiBackground::setChannelVolume(std::int16_t channel, std::int16_t volume) {
+    attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].volume = volume;
         sendVolume(channel);
     });
 }
 
-void MidiChannels::setChannelBalance(std::int16_t channel, std::int16_t balance) {
-    untilFailure([&] {
+void MidiBackground::setChannelBalance(std::int16_t channel, std::int16_t balance) {
+    attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].balance = balance;
         sendBalance(channel);
     });
 }
 
-void MidiChannels::switchChannel(std::int16_t channel, std::int16_t volume, bool on) {
+void MidiBackground::switchChannel(std::int16_t channel, std::int16_t volume, bool on) {
     setChannelVolume(channel, volume);
-    state_.ChannelInfo[channel].switchedOn = on ? kTrue : std::int16_t{0};
+    state_.ChannelInfo[channel].switchedOn = asFlag(on);
 }
 
-std::int16_t MidiChannels::GetInstrument(std::int16_t channel) const {
+std::int16_t MidiBackground::GetInstrument(std::int16_t channel) const {
     return state_.ChannelInfo[channel].instrument;
 }
 
-void MidiChannels::SetMidiVolume() {
+void MidiBackground::SetMidiVolume() {
     const auto loud = checkedCast<std::int16_t>(std::int32_t{settings_.volume[0]} * kVolumeStep);
-    const auto master = checkedCast<std::int16_t>(loud + kSilence);
-    untilFailure([&] { performance().setMasterVolume(master); });
+    const auto master = checkedCast<std::int16_t>(loud + kLowestVolume);
+    tell([&](MusicPerformance& performance) { performance.setMasterVolume(master); });
 }
 
-void MidiChannels::transpose(double key) {
-    untilFailure([&] {
+void MidiBackground::transpose(double key) {
+    tell([&](MusicPerformance& performance) {
         const int semitones = roundedCast<int>(key);
         for (std::int16_t c = 0; c < kMidiChannels; ++c)
-            if (c != kPercussionChannel && state_.ChannelInfo[c].channelNumber != kUnused)
-                performance().sendTranspose(0, kReferenceTime, lowByte(c), semitones);
+            if (c != kPercussionChannel && state_.ChannelInfo[c].channelNumber != kUnusedChannel)
+                performance.sendTranspose(0, kReferenceTime, lowByte(c), semitones);
     });
 }
 
-void MidiChannels::SetSingleChannel(std::int16_t channel, bool on, std::int16_t volume, std::int16_t balance,
-                                    std::int16_t instrument) {
+void MidiBackground::SetSingleChannel(std::int16_t channel, bool on, std::int16_t volume, std::int16_t balance,
+                                      std::int16_t instrument) {
     ChannelSettings& row = state_.ChannelInfo[channel];
-    if (row.channelNumber == kUnused) return;
-    row.instrumentChanged = row.volumeChanged = row.balanceChanged = kTrue;
+    if (row.channelNumber == kUnusedChannel) return;
+    row.instrumentChanged = row.volumeChanged = row.balanceChanged = asFlag(true);
     row.instrument = instrument;
     row.volume = on ? volume : std::int16_t{0};
     row.balance = balance;
-    row.switchedOn = on ? kTrue : std::int16_t{0};
+    row.switchedOn = asFlag(on);
 }
 
-void MidiChannels::ApplyChannelSettings() {
-    untilFailure([&] {
+void MidiBackground::ApplyChannelSettings() {
+    attempt(MidiFailure::operationNotApplied, [&] {
         for (std::int16_t c = 0; c < kMidiChannels; ++c) {
             const ChannelSettings& row = state_.ChannelInfo[c];
-            if (row.channelNumber == kUnused) continue;
+            if (row.channelNumber == kUnusedChannel) continue;
             if (row.instrumentChanged) sendInstrument(c);
             if (row.volumeChanged) {
                 sendVolume(c);
@@ -118,17 +115,32 @@ void MidiChannels::ApplyChannelSettings() {
     });
 }
 
-void MidiChannels::MidiRestore() {
+void MidiBackground::MidiRestore() {
     if (!state_.midiLoaded) return;
     for (std::int16_t c = 0; c < kMidiChannels; ++c) {
         ChannelSettings& row = state_.ChannelInfo[c];
-        if (row.channelNumber == kUnused) continue;
+        if (row.channelNumber == kUnusedChannel) continue;
         const InitialSettings& initial = state_.InitialChannel[c];
-        row.shown = kTrue;
+        row.shown = asFlag(true);
         SetSingleChannel(c, true, initial.volume, initial.balance, initial.instrument);
     }
-    untilFailure([&] { performance().liftChannelSettings(); });
+    tell([](MusicPerformance& performance) { performance.liftChannelSettings(); });
     updateChannels();
+}
+
+void MidiBackground::applyVolumeAndBalance() {
+    SetMidiVolume();
+    lines_.SetSynthBalance();
+}
+
+void MidiBackground::setTone() {
+    lines_.SetSpeakerBass();
+    lines_.SetSpeakerTreble();
+}
+
+void MidiBackground::restoreTone() {
+    lines_.RestoreSpeakerBass();
+    lines_.RestoreSpeakerTreble();
 }
 
 }  // namespace melvane

@@ -15,7 +15,6 @@ namespace melvane {
 
 namespace {
 
-constexpr std::int16_t kPercussionName = 128;
 constexpr QRect kTitle(kLeft, 1, 100, 20);
 constexpr QRect kHint(114, 1, 304, 20);
 constexpr QRect kNoSong(kLeft, 90, kRight - kLeft, 30);
@@ -50,11 +49,10 @@ QString switchOffHint(const modLang& language) {
 
 }  // namespace
 
-frmChann::frmChann(MidiChannels& channels, MidiState& state, Settings& settings, const modLang& language,
-                   Dialogs& dialogs, QWidget* owner)
+frmChann::frmChann(MidiBackground& midi, Settings& settings, const modLang& language, Dialogs& dialogs, QWidget* owner)
     : FramelessWindow(kWideRegion, kGripHeight, owner),
-      channels_(channels),
-      state_(state),
+      midi_(midi),
+      state_(midi.state()),
       settings_(settings),
       language_(language),
       dialogs_(dialogs),
@@ -90,7 +88,7 @@ void frmChann::addStrip(std::int16_t channel) {
     bl_[c] = addKnob("bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
                      channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
                      [this, channel](std::int16_t value) {
-                         guarded(dialogs_, [&] { channels_.setChannelBalance(channel, value); });
+                         guarded(dialogs_, [&] { midi_.setChannelBalance(channel, value); });
                      });
     vol_[c] = addKnob("vol", channel,
                       {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
@@ -142,13 +140,13 @@ void frmChann::onoff_Click(std::int16_t channel) {
 
 // A knob that is moved is heard, so its channel is on again.
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
-    guarded(dialogs_, [&] { channels_.switchChannel(channel, volume, on); });
+    guarded(dialogs_, [&] { midi_.switchChannel(channel, volume, on); });
     onoff_[static_cast<std::size_t>(channel)]->setChecked(on);
 }
 
 void frmChann::ins_DblClick(std::int16_t channel) {
     if (!picker_) {
-        picker_ = new frmIns(channels_, language_, dialogs_, this);
+        picker_ = new frmIns(midi_, language_, dialogs_, this);
         connect(picker_, &frmIns::picked, this, &frmChann::showInstrument);
     }
     picker_->editedChannel = channel;
@@ -183,7 +181,8 @@ void frmChann::updateChannels() {
 void frmChann::showStrip(std::int16_t channel) {
     const auto c = static_cast<std::size_t>(channel);
     const ChannelSettings& row = state_.ChannelInfo[channel];
-    showInstrument(channel, toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionName : row.instrument)));
+    showInstrument(channel,
+                   toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionInstrument : row.instrument)));
     // The volume of a channel that is off is 0: its knob stays where it will be switched on again.
     if (row.switchedOn != 0)
         vol_[c]->setPosition(kChannelVolumeScale.positionOf(row.volume));

@@ -11,9 +11,9 @@
 #include "controls/frameless_window.h"
 #include "controls/navButton.h"
 #include "controls/slider.h"
-#include "midi/channel_settings.h"
 #include "midi/frmIns.h"
 #include "midi/frm_strip_parts.h"
+#include "midi/midi_background.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
 #include "state/scale.h"
@@ -34,8 +34,7 @@ public:
 
     // Everything passed in outlives the window; `owner` owns it. While it is shown, and after it was hidden by
     // another than its user, Settings::channelsWindowOpen is on.
-    frmChann(MidiChannels& channels, MidiState& state, Settings& settings, const modLang& language, Dialogs& dialogs,
-             QWidget* owner);
+    frmChann(MidiBackground& midi, Settings& settings, const modLang& language, Dialogs& dialogs, QWidget* owner);
 
     StartFlags startFlags;
     void open();
@@ -62,8 +61,8 @@ private:
     void showInstrument(std::int16_t channel, const QString& name);
     void showStrip(std::int16_t channel);
 
-    MidiChannels& channels_;
-    MidiState& state_;
+    MidiBackground& midi_;
+    const MidiState& state_;
     Settings& settings_;
     const modLang& language_;
     Dialogs& dialogs_;

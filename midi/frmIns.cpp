@@ -21,9 +21,9 @@ constexpr int kGap = 8;
 
 }  // namespace
 
-frmIns::frmIns(MidiChannels& channels, const modLang& language, Dialogs& dialogs, FramelessWindow* owner)
+frmIns::frmIns(MidiBackground& midi, const modLang& language, Dialogs& dialogs, FramelessWindow* owner)
     : FramelessWindow(kStartRegion, kGripHeight, owner),
-      channels_(channels),
+      midi_(midi),
       language_(language),
       dialogs_(dialogs),
       List3_(new QListWidget(this)),
@@ -52,7 +52,7 @@ void frmIns::List3_Click() {
     const QListWidgetItem* item = List3_->currentItem();
     if (!item) return;
     guarded(dialogs_, [&] {
-        channels_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->currentRow()));
+        midi_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->currentRow()));
         Q_EMIT picked(editedChannel, item->text());
     });
 }

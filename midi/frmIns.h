@@ -5,7 +5,7 @@
 
 #include "controls/Ed_Button.h"
 #include "controls/frameless_window.h"
-#include "midi/channel_settings.h"
+#include "midi/midi_background.h"
 #include "platform/dialogs.h"
 #include "settings/modLang.h"
 
@@ -16,7 +16,7 @@ class frmIns : public FramelessWindow {
 
 public:
     // Everything passed in outlives the window; `owner` owns it.
-    frmIns(MidiChannels& channels, const modLang& language, Dialogs& dialogs, FramelessWindow* owner);
+    frmIns(MidiBackground& midi, const modLang& language, Dialogs& dialogs, FramelessWindow* owner);
 
     std::int16_t editedChannel = 0;  // 0..15; set before the picker is shown
 
@@ -36,7 +36,7 @@ protected:
 private:
     void List3_Click();
 
-    MidiChannels& channels_;
+    MidiBackground& midi_;
     const modLang& language_;
     Dialogs& dialogs_;
 

@@ -6,14 +6,10 @@
 // numbers with commas between them: on (1), tone, volume, balance, instrument.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
-
-#include "midi/channel_settings.h"
-#include "platform/file_names.h"
-#include "state/midi_state.h"
 
 namespace melvane {
 
@@ -26,14 +22,17 @@ struct KaraokeContainer {
 // None where a marker is missing. Throws InvalidArgumentError when the end marker comes first.
 std::optional<KaraokeContainer> splitContainer(std::string_view bytes);
 
-// The file to play (UTF-8): the temporary one with the song that was cut out, or `fileName` itself when it is no
-// container. Sets midiSettingsBlock. Throws FileError when the file can't be read or the song can't be written, and as
-// splitContainer.
-std::string ExtractMidi(const std::string& fileName, MidiState& state, const FileNames& names);
+// What a line says.
+struct StoredChannel {
+    std::int16_t channel;
+    bool on;
+    double tone;
+    std::int16_t volume;
+    std::int16_t balance;
+    std::int16_t instrument;
+};
 
-// Hands the lines of a block, with both its markers, to SetSingleChannel, all but those of the percussion channel, and
-// the tone of each to `setTone`. Ends silently at the first line that is wrong.
-void ReadMidi(std::string_view block, MidiState& state, MidiChannels& channels,
-              const std::function<void(double)>& setTone);
+// Hands the lines of a block, with both its markers, to `take`. Throws at the first one that is wrong.
+void readStoredChannels(std::string_view block, const std::function<void(const StoredChannel&)>& take);
 
 }  // namespace melvane

@@ -4,24 +4,17 @@
 
 namespace melvane::music {
 
-namespace {
-
-std::uint8_t withChannel(std::uint8_t status, int channel) {
-    return static_cast<std::uint8_t>(status | channel);
-}
-
-}  // namespace
-
 void sendPatch(MidiSink& sink, std::int64_t frame, int channel, const Patch& patch) {
-    sink.send(frame, withChannel(kControlChange, channel), kBankHigh, patch.bankHigh);
-    sink.send(frame, withChannel(kControlChange, channel), kBankLow, patch.bankLow);
-    sink.send(frame, withChannel(kProgramChange, channel), patch.program, 0);
+    sink.send(frame, onChannel(kControlChange, channel), kBankHigh, patch.bankHigh);
+    sink.send(frame, onChannel(kControlChange, channel), kBankLow, patch.bankLow);
+    sink.send(frame, onChannel(kProgramChange, channel), patch.program, 0);
 }
 
 void sendMasterVolume(MidiSink& sink, std::int64_t frame, int value) {
     const auto low = static_cast<std::uint8_t>(value & 0x7F);
     const auto high = static_cast<std::uint8_t>(value >> 7);
-    sink.sendSysex(frame, std::array<std::uint8_t, 8>{0xF0, 0x7F, 0x7F, 0x04, 0x01, low, high, 0xF7});
+    sink.sendSysex(frame,
+                   std::array<std::uint8_t, 8>{kSystemExclusive, 0x7F, 0x7F, 0x04, 0x01, low, high, kExclusiveEnd});
 }
 
 void LiveChannels::keep(const LiveMessage& message) {
@@ -29,7 +22,7 @@ void LiveChannels::keep(const LiveMessage& message) {
                    [&](const PatchMessage& m) { channels_[m.channel].patch = m.patch; },
                    [&](const ShortMessage& m) { keepShort(m); },
                    [&](const TransposeMessage& m) {
-                       if (m.channel != kPercussion) channels_[m.channel].semitones = m.semitones;
+                       if (m.channel != kPercussionChannel) channels_[m.channel].semitones = m.semitones;
                    },
                    [&](const LiftMessage&) {
                        for (Channel& channel : channels_) channel = {.semitones = channel.semitones};
@@ -68,14 +61,14 @@ bool LiveChannels::overrides(const SongEvent& event) const {
 
 void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame, int index) const {
     const Channel& channel = channels_[static_cast<std::size_t>(index)];
-    const std::uint8_t control = withChannel(kControlChange, index);
+    const std::uint8_t control = onChannel(kControlChange, index);
     if (channel.patch) sendPatch(sink, frame, index, *channel.patch);
     if (channel.volume) sink.send(frame, control, kVolumeController, *channel.volume);
     if (channel.balance) sink.send(frame, control, kBalanceController, *channel.balance);
 }
 
 void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame) const {
-    for (int channel = 0; channel < kChannels; ++channel) sendSettings(sink, frame, channel);
+    for (int channel = 0; channel < kMidiChannels; ++channel) sendSettings(sink, frame, channel);
     if (masterVolume_) sendMasterVolume(sink, frame, *masterVolume_);
 }
 

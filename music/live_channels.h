@@ -64,7 +64,7 @@ private:
 
     void keepShort(const ShortMessage& message);
 
-    std::array<Channel, kChannels> channels_;
+    std::array<Channel, kMidiChannels> channels_;
     std::optional<int> masterVolume_;
 };
 

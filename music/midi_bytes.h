@@ -11,7 +11,6 @@ class MidiBytes {
 public:
     explicit MidiBytes(std::span<const std::uint8_t> bytes) : rest_(bytes) {}
 
-    std::span<const std::uint8_t> rest() const { return rest_; }
     bool empty() const { return rest_.empty(); }
     // More was asked for than there was; what was given then counts for nothing.
     bool overrun() const { return overrun_; }

@@ -1,40 +1,22 @@
-// The messages of MIDI 1.0 by name.
+// What messages are and how they are put together.
 #pragma once
 
-#include <cstdint>
 #include <span>
 
-#include "platform/music_performance.h"
+#include "platform/midi_messages.h"
 
 namespace melvane::music {
 
-inline constexpr int kChannels = 16;
-inline constexpr int kPercussion = 9;  // the channel
+inline constexpr std::uint8_t kReleaseVelocity = 64;  // of a note off that no player chose
 
-// Status bytes, the channel in the low four bits. The interface names kControlChange.
-inline constexpr std::uint8_t kNoteOff = 0x80;
-inline constexpr std::uint8_t kNoteOn = 0x90;
-inline constexpr std::uint8_t kKeyPressure = 0xA0;
-inline constexpr std::uint8_t kProgramChange = 0xC0;
-inline constexpr std::uint8_t kChannelPressure = 0xD0;
-inline constexpr std::uint8_t kPitchBend = 0xE0;
-inline constexpr std::uint8_t kSystemExclusive = 0xF0;
+constexpr std::uint8_t onChannel(std::uint8_t status, int channel) {
+    return static_cast<std::uint8_t>(status | channel);
+}
 
-// Behind the programs 0..127: the drums, on a channel of the synthesiser other than theirs.
-inline constexpr std::uint8_t kPercussionKit = 128;
-
-// Controllers beside those that the interface names.
-inline constexpr std::uint8_t kBankHigh = 0;
-inline constexpr std::uint8_t kFine = 32;  // added to a controller: the low seven bits of it
-inline constexpr std::uint8_t kBankLow = kBankHigh + kFine;
-inline constexpr std::uint8_t kSustain = 64;
-inline constexpr std::uint8_t kSostenuto = 66;
-inline constexpr std::uint8_t kAllSoundOff = 120;
-inline constexpr std::uint8_t kResetControllers = 121;
-inline constexpr std::uint8_t kAllNotesOff = 123;  // and those behind it, which change the mode
-
-inline bool isBankSelect(std::uint8_t controller) {
-    return controller == kBankHigh || controller == kBankLow;
+// How many data bytes a channel message has, 1 or 2.
+constexpr std::size_t dataBytes(std::uint8_t status) {
+    const int kind = status & 0xF0;
+    return kind == kProgramChange || kind == kChannelPressure ? 1 : 2;
 }
 
 // Whether a system exclusive message is the universal one that sets the volume of a whole device.

@@ -7,22 +7,18 @@ namespace melvane::music {
 
 namespace {
 
-class Loader : public MusicLoader {
-public:
-    std::shared_ptr<MusicSegment> loadSegment(const std::string& fileName) override {
-        return std::make_shared<Segment>(readSongFile(fileName));
-    }
-};
-
 class System : public MusicSystem {
 public:
     System(AudioLibrary& library, const MusicOptions& options, std::shared_ptr<SynthBus> bus)
         : library_(library),
           soundFont_(options.soundFont),
-          ports_(std::make_shared<PortList>(options.devicePorts)),
+          ports_(std::make_shared<OutputPorts>(options.devicePorts)),
           bus_(std::move(bus)) {}
 
-    std::unique_ptr<MusicLoader> createLoader() override { return std::make_unique<Loader>(); }
+    std::vector<std::string> listPorts() override { return ports_->list(); }
+    std::shared_ptr<MusicSegment> loadSegment(std::string_view file) override {
+        return std::make_shared<Segment>(readSong({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()}));
+    }
     std::unique_ptr<MusicPerformance> createPerformance() override {
         return std::make_unique<Performance>(library_, soundFont_, ports_, bus_);
     }
@@ -30,7 +26,7 @@ public:
 private:
     AudioLibrary& library_;
     const std::string soundFont_;
-    const std::shared_ptr<PortList> ports_;
+    const std::shared_ptr<OutputPorts> ports_;
     const std::shared_ptr<SynthBus> bus_;
 };
 

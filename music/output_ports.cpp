@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/patience.h"
-#include "music/midi_port.h"
 
 namespace melvane::music {
 
@@ -37,19 +36,21 @@ std::vector<FoundPort> findPorts() {
 
 }  // namespace
 
-std::vector<std::string> OutputPorts::descriptions() const {
-    std::vector<std::string> descriptions;
-    for (FoundPort& port : findPorts()) descriptions.push_back(std::move(port.description));
-    return descriptions;
+const std::vector<std::string>& OutputPorts::list() {
+    descriptions_ = {"Melvane synthesizer"};
+    if (devices_)
+        for (FoundPort& port : findPorts()) descriptions_.push_back(std::move(port.description));
+    return descriptions_;
 }
 
-std::unique_ptr<PortSink> OutputPorts::open(const std::string& description) const {
+std::shared_ptr<PortInstrument> OutputPorts::open(std::size_t index) {
+    if (descriptions_.empty()) list();
+    if (index == 0 || index >= descriptions_.size()) return nullptr;
     const auto ports = findPorts();
-    const auto wanted = std::ranges::find(ports, description, &FoundPort::description);
+    const auto wanted = std::ranges::find(ports, descriptions_[index], &FoundPort::description);
     if (wanted == ports.end()) return nullptr;
-    auto port =
-        withPatience(kPatience, [from = wanted->from, index = wanted->index] { return MidiPort::open(from, index); });
-    return port && *port ? std::make_unique<PortSink>(std::move(*port)) : nullptr;
+    auto port = withPatience(kPatience, [from = wanted->from, at = wanted->index] { return MidiPort::open(from, at); });
+    return port && *port ? std::make_shared<PortInstrument>(std::move(*port)) : nullptr;
 }
 
 }  // namespace melvane::music

@@ -1,22 +1,29 @@
-// The MIDI output ports of the machine.
+// The ports that a performance can play on: the built-in synthesiser and those of the machine.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "music/port_sink.h"
+#include "music/port_instrument.h"
 
 namespace melvane::music {
 
-// Any thread. The machine is asked anew each time; a server that doesn't answer within a second counts as none, and
-// none is ever started.
+// One thread at a time. The machine is asked anew each time; a server that doesn't answer within a second counts as
+// none, and none is ever started.
 class OutputPorts {
 public:
-    // Each is different from the others.
-    std::vector<std::string> descriptions() const;
-    // nullptr when the port has gone.
-    std::unique_ptr<PortSink> open(const std::string& description) const;
+    // Without `devices` the synthesiser is the only port.
+    explicit OutputPorts(bool devices) : devices_(devices) {}
+
+    // Descriptions, each different from the others; the first one is the synthesiser's.
+    const std::vector<std::string>& list();
+    // `index` as listed last. nullptr for the synthesiser, and for a port that has gone.
+    std::shared_ptr<PortInstrument> open(std::size_t index);
+
+private:
+    const bool devices_;
+    std::vector<std::string> descriptions_;
 };
 
 }  // namespace melvane::music

@@ -17,7 +17,7 @@ int portVolume(std::int32_t hundredthsOfDecibel) {
 }
 
 std::uint8_t checkedChannel(int channel) {
-    if (channel < 0 || channel >= kChannels) throw MusicError("There is no such channel.");
+    if (channel < 0 || channel >= kMidiChannels) throw MusicError("There is no such channel.");
     return static_cast<std::uint8_t>(channel);
 }
 
@@ -31,7 +31,7 @@ double Segment::length() const {
     return static_cast<double>(song_->endFrame + kTailFrames) / kSampleRate;
 }
 
-Performance::Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<PortList> ports,
+Performance::Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<OutputPorts> ports,
                          std::shared_ptr<SynthBus> bus)
     : library_(library), soundFont_(std::move(soundFont)), ports_(std::move(ports)), bus_(std::move(bus)) {}
 
@@ -39,31 +39,9 @@ Performance::~Performance() {
     stop();
 }
 
-// --- ports ---
-
-int Performance::portCount() const {
-    ports_->refresh();
-    return static_cast<int>(ports_->descriptions().size());
-}
-
-std::string Performance::portDescription(int port) const {
-    const auto& descriptions = ports_->descriptions();
-    if (port < 1 || static_cast<std::size_t>(port) > descriptions.size()) throw MusicError("There is no such port.");
-    return descriptions[static_cast<std::size_t>(port - 1)];
-}
-
-void Performance::init() {
-    if (initialised_) throw MusicError("The performance is initialized already.");
-    initialised_ = true;
-}
-
 void Performance::setPort(int port, int channelGroups) {
-    if (!initialised_) throw MusicError("The performance is not initialized.");
     closeDown(channelGroups);
-    if (port > 0) {
-        if (ports_->descriptions().empty()) ports_->refresh();
-        port_ = ports_->open(static_cast<std::size_t>(port));
-    }
+    if (port > 0) port_ = ports_->open(static_cast<std::size_t>(port));
     if (!port_) {
         font_ = soundFont_.empty() ? findSoundFont() : soundFont_;
         nextSynth();
@@ -115,11 +93,10 @@ void Performance::stop() {
     if (stream_) {
         stoppedAt_ = position();
         library_.BASS_StreamFree(stream_);
+        if (port_) port_->stop();
     }
     stream_ = 0;
     source_.reset();
-    if (portInstrument_) portInstrument_->stop();
-    portInstrument_.reset();
 }
 
 // The card reads ahead: at the end of the song some of it has still to sound.
@@ -143,7 +120,7 @@ Synth& Performance::nextSynth() {
 }
 
 std::shared_ptr<Instrument> Performance::takeInstrument() {
-    if (port_) return portInstrument_ = std::make_shared<PortInstrument>(port_, secondsAhead());
+    if (port_) return port_ = std::make_shared<PortInstrument>(*port_, secondsAhead());
     held_ = nextSynth().held();
     return std::move(nextSynth_);
 }
@@ -170,9 +147,9 @@ void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, s
                             std::uint8_t bankHigh, std::uint8_t bankLow) {
     checkedChannel(channel);
     checkOpen();
-    if (port_ && instrument == kPercussionKit) return;  // no device has them there
+    if (port_ && instrument == kPercussionInstrument) return;  // no device has them there
     const Patch patch{dataByte(bankHigh), dataByte(bankLow),
-                      instrument == kPercussionKit ? instrument : dataByte(instrument)};
+                      instrument == kPercussionInstrument ? instrument : dataByte(instrument)};
     if (!port_) nextSynth().hold(channel, patch);
     tell(PatchMessage{channel, patch});
 }

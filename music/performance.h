@@ -5,8 +5,7 @@
 #include <string>
 
 #include "music/live_channels.h"
-#include "music/port_instrument.h"
-#include "music/port_list.h"
+#include "music/output_ports.h"
 #include "music/song_source.h"
 #include "music/synth.h"
 #include "music/synth_bus.h"
@@ -29,13 +28,10 @@ private:
 class Performance : public MusicPerformance {
 public:
     // `soundFont` is the file to use, the best one installed when empty.
-    Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<PortList> ports,
+    Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<OutputPorts> ports,
                 std::shared_ptr<SynthBus> bus);
     ~Performance() override;
 
-    int portCount() const override;
-    std::string portDescription(int port) const override;
-    void init() override;
     void setPort(int port, int channelGroups) override;
     void download(const std::shared_ptr<MusicSegment>& segment) override;
     void unload() override;
@@ -65,12 +61,11 @@ private:
 
     AudioLibrary& library_;
     const std::string soundFont_;
-    const std::shared_ptr<PortList> ports_;
+    const std::shared_ptr<OutputPorts> ports_;
     const std::shared_ptr<SynthBus> bus_;
-    bool initialised_ = false;
     bool open_ = false;
-    std::shared_ptr<PortSink> port_;  // none: the synthesiser plays
-    std::string font_;                // of the synthesiser
+    std::shared_ptr<PortInstrument> port_;  // none: the synthesiser plays
+    std::string font_;                      // of the synthesiser
     std::unique_ptr<Synth> nextSynth_;
     HeldSounds held_;  // what the next synthesiser is to hold, while there is none
     std::shared_ptr<const Song> song_;
@@ -80,7 +75,6 @@ private:
     // What plays or has played to its end.
     Handle stream_ = 0;
     std::shared_ptr<SongSource> source_;
-    std::shared_ptr<PortInstrument> portInstrument_;
     double streamTempo_ = 1;
     double stoppedAt_ = 0;
 };

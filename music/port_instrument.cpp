@@ -1,41 +1,172 @@
 #include "music/port_instrument.h"
 
+#include <pthread.h>
+
 #include <algorithm>
+#include <array>
+#include <bitset>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "music/heard_clock.h"
+#include "music/message_queue.h"
+#include "music/midi_messages.h"
 
 namespace melvane::music {
 
-PortInstrument::PortInstrument(std::shared_ptr<PortSink> port, double secondsAhead)
-    : port_(std::move(port)), secondsAhead_(secondsAhead) {}
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = HeardClock::Clock;
+constexpr auto kPatience = 200ms;
+constexpr std::size_t kUsualSysex = 4096;
+// Pedal up, all notes off, all sound off.
+constexpr std::array<std::uint8_t, 3> kEndingControllers{kSustain, kAllNotesOff, kAllSoundOff};
+
+// Where it isn't permitted, the thread goes on as it is.
+void askForRealTime() {
+    sched_param parameters{};
+    parameters.sched_priority = sched_get_priority_min(SCHED_FIFO) + 10;
+    pthread_setschedparam(pthread_self(), SCHED_FIFO, &parameters);
+}
+
+}  // namespace
+
+// Belongs to the instrument that plays now; those that are still rendered find themselves left out.
+struct PortInstrument::Sender {
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable changed;  // `ending` or `finished`
+    MessageQueue queue;
+    HeardClock clock;
+    const PortInstrument* owner;
+    bool stopped = false;
+    bool ending = false;  // all notes are to be ended
+    bool quit = false;
+    bool finished = false;
+
+    // The sending thread's own.
+    std::unique_ptr<MidiPort> port;
+    std::array<std::bitset<128>, kMidiChannels> sounding;
+    std::vector<std::uint8_t> message;
+
+    Sender(std::unique_ptr<MidiPort> to, const PortInstrument* by) : owner(by), port(std::move(to)) {
+        message.reserve(kUsualSysex);
+    }
+
+    bool playedBy(const PortInstrument* instrument) const { return owner == instrument && !stopped; }
+
+    void push(const PortInstrument* by, std::int64_t frame, std::span<const std::uint8_t> bytes) {
+        const std::lock_guard lock(mutex);
+        if (!playedBy(by)) return;
+        const bool idle = queue.empty();
+        if (queue.push(frame, bytes) && idle) wake.notify_one();
+    }
+
+    void run() {
+        askForRealTime();
+        std::unique_lock lock(mutex);
+        while (!quit) {
+            if (ending)
+                endNotes(lock);
+            else if (queue.empty())
+                wake.wait(lock);
+            else if (const auto due = clock.heard(queue.firstFrame()); Clock::now() < due)
+                wake.wait_until(lock, due);
+            else
+                sendFirst(lock);
+        }
+        lock.unlock();
+        port.reset();
+        lock.lock();
+        finished = true;
+        changed.notify_all();
+    }
+
+    void sendFirst(std::unique_lock<std::mutex>& lock) {
+        queue.pop(message);
+        lock.unlock();
+        port->send(message);
+        const int kind = message[0] & 0xF0;
+        if (kind == kNoteOn || kind == kNoteOff)
+            sounding[message[0] & 0x0FU][message[1] & 0x7FU] = kind == kNoteOn && message[2];
+        lock.lock();
+    }
+
+    void endNotes(std::unique_lock<std::mutex>& lock) {
+        queue.clear();
+        lock.unlock();
+        for (int channel = 0; channel < kMidiChannels; ++channel) {
+            auto& keys = sounding[static_cast<std::size_t>(channel)];
+            for (std::size_t key = 0; key < keys.size(); ++key)
+                if (keys[key])
+                    sendShort(onChannel(kNoteOff, channel), static_cast<std::uint8_t>(key), kReleaseVelocity);
+            for (const std::uint8_t controller : kEndingControllers)
+                sendShort(onChannel(kControlChange, channel), controller, 0);
+            keys.reset();
+        }
+        lock.lock();
+        ending = false;
+        changed.notify_all();
+    }
+
+    void sendShort(std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
+        port->send(std::array{status, data1, data2});
+    }
+};
+
+PortInstrument::PortInstrument(std::unique_ptr<MidiPort> port)
+    : sender_(std::make_shared<Sender>(std::move(port), this)) {
+    std::thread([sender = sender_] { sender->run(); }).detach();
+}
+
+PortInstrument::PortInstrument(const PortInstrument& before, double secondsAhead)
+    : sender_(before.sender_), secondsAhead_(secondsAhead) {
+    const std::lock_guard lock(sender_->mutex);
+    sender_->owner = this;
+    sender_->stopped = false;
+}
+
+PortInstrument::~PortInstrument() {
+    std::unique_lock lock(sender_->mutex);
+    if (sender_->owner != this) return;
+    sender_->quit = true;
+    sender_->wake.notify_one();
+    sender_->changed.wait_for(lock, kPatience, [this] { return sender_->finished; });
+}
 
 void PortInstrument::stop() {
-    {
-        const std::lock_guard lock(mutex_);
-        stopped_ = true;
-    }
-    port_->allNotesOff();
+    std::unique_lock lock(sender_->mutex);
+    if (!sender_->playedBy(this)) return;
+    sender_->stopped = sender_->ending = true;
+    sender_->wake.notify_one();
+    sender_->changed.wait_for(lock, kPatience, [this] { return !sender_->ending; });
 }
 
 void PortInstrument::begin() {
     rendered_ = 0;
-    const std::lock_guard lock(mutex_);
-    if (!stopped_) port_->begin(secondsAhead_);
+    const std::lock_guard lock(sender_->mutex);
+    if (!sender_->playedBy(this)) return;
+    sender_->clock.begin(Clock::now(), secondsAhead_);
+    sender_->wake.notify_one();
 }
 
 void PortInstrument::render(float* out) {
     std::fill_n(out, kPieceFrames * 2, 0.0F);
     rendered_ += static_cast<std::int64_t>(kPieceFrames);
-    const std::lock_guard lock(mutex_);
-    if (!stopped_) port_->mixedUpTo(rendered_);
+    const std::lock_guard lock(sender_->mutex);
+    if (sender_->playedBy(this) && sender_->clock.mixedUpTo(rendered_, Clock::now())) sender_->wake.notify_one();
 }
 
 void PortInstrument::send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
-    const std::lock_guard lock(mutex_);
-    if (!stopped_) port_->send(frame, status, data1, data2);
+    const std::array message{status, data1, data2};
+    sender_->push(this, frame, std::span(message).first(1 + dataBytes(status)));
 }
 
 void PortInstrument::sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) {
-    const std::lock_guard lock(mutex_);
-    if (!stopped_) port_->sendSysex(frame, message);
+    if (!message.empty()) sender_->push(this, frame, message);
 }
 
 }  // namespace melvane::music

@@ -2,19 +2,26 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 
 #include "music/instrument.h"
-#include "music/port_sink.h"
+#include "music/midi_port.h"
 
 namespace melvane::music {
 
+// A thread of its own sends each message when the card plays its frame. Nothing here waits for the port: where it has
+// stopped answering, messages are dropped.
 class PortInstrument final : public Instrument {
 public:
-    // `secondsAhead` as in PortSink::begin.
-    PortInstrument(std::shared_ptr<PortSink> port, double secondsAhead);
+    // Until it begins, messages are due at once.
+    explicit PortInstrument(std::unique_ptr<MidiPort> port);
+    // Takes over the port of `before`, which sends nothing any more, for a play of its own. `secondsAhead` is the
+    // card's latency, from the mixing of a frame to its hearing while the card's buffers are full; where they are empty
+    // at first that is seen from the speed at which they are filled.
+    PortInstrument(const PortInstrument& before, double secondsAhead);
+    ~PortInstrument() override;
 
-    // Any thread: ends all notes, and whatever is still rendered sends nothing any more.
+    // Any thread: forgets what isn't due yet, ends the notes that sound and resets pedals and sound on all channels.
+    // Has happened at its return, unless that takes longer than 200 ms. What is still rendered sends nothing any more.
     void stop();
 
     void begin() override;
@@ -25,11 +32,10 @@ public:
     void sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) override;
 
 private:
-    const std::shared_ptr<PortSink> port_;
-    const double secondsAhead_;
-    std::mutex mutex_;
-    bool stopped_ = false;
-    std::int64_t rendered_ = 0;
+    struct Sender;
+    const std::shared_ptr<Sender> sender_;  // outlives this where the port hangs
+    const double secondsAhead_ = 0;
+    std::int64_t rendered_ = 0;  // frames
 };
 
 }  // namespace melvane::music

@@ -146,12 +146,11 @@ void Sequencer::forgetNotes(int channel) {
 void Sequencer::releaseAll() {
     const std::int64_t frame = endFrame();
     if (!sounding_.empty() || std::ranges::find(pedals_, true) != pedals_.end()) lastRelease_ = frame;
-    for (const Sounding& s : sounding_)
-        sink_.send(frame, static_cast<std::uint8_t>(kNoteOff | s.channel), s.sentKey, 64);
+    for (const Sounding& s : sounding_) sink_.send(frame, onChannel(kNoteOff, s.channel), s.sentKey, kReleaseVelocity);
     sounding_.clear();
-    for (int channel = 0; channel < kChannels; ++channel)
+    for (int channel = 0; channel < kMidiChannels; ++channel)
         for (const std::uint8_t pedal : {kSustain, kSostenuto})
-            sink_.send(frame, static_cast<std::uint8_t>(kControlChange | channel), pedal, 0);
+            sink_.send(frame, onChannel(kControlChange, channel), pedal, 0);
 }
 
 }  // namespace melvane::music

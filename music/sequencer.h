@@ -53,8 +53,8 @@ private:
     MidiSink& sink_;
     LiveChannels live_;
     std::size_t next_ = 0;
-    std::vector<Sounding> sounding_;        // the oldest first
-    std::array<bool, kChannels> pedals_{};  // those that keep notes sounding
+    std::vector<Sounding> sounding_;            // the oldest first
+    std::array<bool, kMidiChannels> pedals_{};  // those that keep notes sounding
     std::int64_t lastRelease_ = 0;
     bool finished_ = false;
 };

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace melvane::music {
@@ -26,7 +25,5 @@ struct Song {
 // division by beats or by SMPTE frames. What can be read of a damaged file is read. Throws MusicError when that holds
 // no note.
 Song readSong(std::span<const std::uint8_t> file);
-// The same of a file; `fileName` is UTF-8. Files beyond 64 MiB are refused.
-Song readSongFile(const std::string& fileName);
 
 }  // namespace melvane::music

@@ -1,12 +1,10 @@
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string_view>
 
-#include "base/paths.h"
 #include "music/midi_bytes.h"
+#include "music/midi_messages.h"
 #include "music/song.h"
 #include "music/song_clock.h"
 #include "music/track_reader.h"
@@ -18,7 +16,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::size_t kLargestFile = std::size_t{64} << 20;
 // Damaged files neither fill the memory nor play for days.
 constexpr std::size_t kMostEvents = std::size_t{1} << 20;
 constexpr std::int64_t kLongestSong = std::int64_t{3 * 60 * 60} * kSampleRate;
@@ -77,19 +74,19 @@ bool append(std::vector<TrackEvent>& events, SongClock clock, Song& song) {
         if (event.kind == TrackEventKind::kTempo) clock.setTempo(event.value);
         if (event.kind == TrackEventKind::kChannel)
             song.events.push_back({song.endFrame, event.status, event.data1, event.data2});
-        if (event.kind == TrackEventKind::kSysex) song.events.push_back({song.endFrame, 0xF0, 0, 0, event.value});
+        if (event.kind == TrackEventKind::kSysex)
+            song.events.push_back({song.endFrame, kSystemExclusive, 0, 0, event.value});
     }
     return true;
 }
 
 bool isNote(const SongEvent& event) {
-    return (event.status & 0xF0) == 0x90 && event.data2 > 0;
+    return (event.status & 0xF0) == kNoteOn && event.data2 > 0;
 }
 
 }  // namespace
 
 Song readSong(std::span<const std::uint8_t> file) {
-    if (file.size() > kLargestFile) throw MusicError("The MIDI file is too large.");
     // The header may stand behind that of a RIFF file, or behind junk.
     Bytes rest = file.subspan(find(file, kHeaderName));
     MidiBytes header(rest);
@@ -114,18 +111,6 @@ Song readSong(std::span<const std::uint8_t> file) {
     append(events, clock, song);
     if (std::none_of(song.events.begin(), song.events.end(), isNote)) throw MusicError("The MIDI file holds no note.");
     return song;
-}
-
-Song readSongFile(const std::string& fileName) {
-    const std::filesystem::path path = toPath(fileName);
-    std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
-    if (error || size > kLargestFile) throw MusicError("The MIDI file can't be read.");
-    std::ifstream file(path, std::ios::binary);
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-    return readSong(bytes);
 }
 
 }  // namespace melvane::music

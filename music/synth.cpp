@@ -74,12 +74,13 @@ Synth::~Synth() = default;
 
 // Lets the messages choose the sounds as they will, and begins anew.
 void Synth::hold(const Song& song) {
-    for (int channel = 0; channel < kChannels; ++channel) holdSoundOf(channel);
+    for (int channel = 0; channel < kMidiChannels; ++channel) holdSoundOf(channel);
     for (const SongEvent& event : song.events) {
         const int kind = event.status & 0xF0;
         if (event.status == kSystemExclusive) {
             sendSysex(0, song.sysex[event.sysex]);
-        } else if (kind == kProgramChange || (kind == kControlChange && isBankSelect(event.data1))) {
+        } else if (kind == kProgramChange ||
+                   (kind == kControlChange && (event.data1 == kBankHigh || event.data1 == kBankLow))) {
             send(0, event.status, event.data1, event.data2);
             if (kind == kProgramChange) holdSoundOf(event.status & 0x0F);
         }
@@ -141,7 +142,7 @@ void Synth::send(std::int64_t, std::uint8_t status, std::uint8_t data1, std::uin
             fluid_synth_cc(synth, channel, data1, data2);
             break;
         case kProgramChange:
-            if (data1 == kPercussionKit)
+            if (data1 == kPercussionInstrument)
                 fluid_synth_program_select(synth, channel, engine_->fontId, kPercussionBank, 0);
             else
                 fluid_synth_program_change(synth, channel, data1);

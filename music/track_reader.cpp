@@ -3,12 +3,11 @@
 #include <algorithm>
 
 #include "music/midi_bytes.h"
+#include "music/midi_messages.h"
 
 namespace melvane::music {
 namespace {
 
-constexpr std::uint8_t kSysexBegin = 0xF0;
-constexpr std::uint8_t kSysexEnd = 0xF7;
 constexpr std::uint8_t kMeta = 0xFF;
 constexpr std::uint8_t kMetaEndOfTrack = 0x2F;
 constexpr std::uint8_t kMetaTempo = 0x51;
@@ -42,9 +41,9 @@ private:
         const std::uint8_t status = bytes_.byte();
         if (status == kMeta) {
             readMeta();
-        } else if (status == kSysexBegin || status == kSysexEnd) {
+        } else if (status == kSystemExclusive || status == kExclusiveEnd) {
             readSysex(status);
-        } else if (status >= 0x80 && status < kSysexBegin) {
+        } else if (status >= kNoteOff && status < kSystemExclusive) {
             runningStatus_ = status;
             readChannelEvent();
         }
@@ -52,9 +51,8 @@ private:
 
     void readChannelEvent() {
         endMessage();
-        const int kind = runningStatus_ & 0xF0;
         const std::uint8_t data1 = bytes_.byte();
-        const std::uint8_t data2 = kind == 0xC0 || kind == 0xD0 ? std::uint8_t{0} : bytes_.byte();
+        const std::uint8_t data2 = dataBytes(runningStatus_) == 1 ? std::uint8_t{0} : bytes_.byte();
         if (bytes_.overrun() || data1 >= 0x80 || data2 >= 0x80) return;
         events_.push_back({tick_, 0, TrackEventKind::kChannel, runningStatus_, data1, data2});
     }
@@ -78,21 +76,21 @@ private:
             message_.clear();
             return;
         }
-        if (status == kSysexBegin) {
+        if (status == kSystemExclusive) {
             endMessage();
-            message_.push_back(kSysexBegin);
-        } else if (message_.empty() && (content.empty() || content.front() != kSysexBegin)) {
+            message_.push_back(kSystemExclusive);
+        } else if (message_.empty() && (content.empty() || content.front() != kSystemExclusive)) {
             return;
         }
         message_.insert(message_.end(), content.begin(), content.end());
         messageTick_ = tick_;
-        if (message_.back() == kSysexEnd) endMessage();
+        if (message_.back() == kExclusiveEnd) endMessage();
     }
 
     // Some files leave out the last byte of a message.
     void endMessage() {
         if (message_.empty()) return;
-        if (message_.back() != kSysexEnd) message_.push_back(kSysexEnd);
+        if (message_.back() != kExclusiveEnd) message_.push_back(kExclusiveEnd);
         const bool whole = std::all_of(message_.begin() + 1, message_.end() - 1, [](auto byte) { return byte < 0x80; });
         if (whole && message_.size() > 2) {
             events_.push_back({messageTick_, static_cast<std::uint32_t>(sysex_.size()), TrackEventKind::kSysex});

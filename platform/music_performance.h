@@ -1,14 +1,19 @@
-// Music as the program sees it: a song is loaded as a segment and played by a performance on one of the MIDI
+// Music as the program sees it: the bytes of a song become a segment, which a performance plays on one of the MIDI
 // ports. The built-in synthesiser, always the first port, sounds on the audio library's card; the others are devices of
 // the machine.
 //
-// All operations are called on the user-interface thread and do not wait for sound. Those that fail throw MusicError.
+// All but loadSegment is called on the user-interface thread. Listing and opening ports ask the machine's servers and
+// wait up to a second for each answer; opening the synthesiser, a download and a patch read sounds from a file;
+// stopping a port's song waits up to 200 ms until its notes have ended. Nothing else waits. What fails throws
+// MusicError.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/audio_library.h"
 
@@ -21,11 +26,6 @@ struct MusicError : std::runtime_error {
 // The time of a message is given as reference time.
 inline constexpr std::uint32_t kReferenceTime = 1;
 
-// The message that sets a controller of a channel, and the controllers that are the user's: volume and balance 0..127.
-inline constexpr std::uint8_t kControlChange = 0xB0;
-inline constexpr std::uint8_t kVolumeController = 7;
-inline constexpr std::uint8_t kBalanceController = 10;
-
 // A song in memory.
 class MusicSegment {
 public:
@@ -34,28 +34,16 @@ public:
     virtual double length() const = 0;
 };
 
-class MusicLoader {
-public:
-    virtual ~MusicLoader() = default;
-    // Reads a MIDI song; `fileName` is UTF-8. Throws MusicError when it holds no song.
-    virtual std::shared_ptr<MusicSegment> loadSegment(const std::string& fileName) = 0;
-};
-
 // Channels count from 0 to 15, 9 is percussion. Messages take effect at once, before the song begins at its first
 // frame; `time` and `flags` (kReferenceTime) say when one was meant and change nothing here.
 class MusicPerformance {
 public:
     virtual ~MusicPerformance() = default;
 
-    // How many output ports there are, and the description of `port`, 1 to that number.
-    virtual int portCount() const = 0;
-    virtual std::string portDescription(int port) const = 0;
-
-    // Must come first; once.
-    virtual void init() = 0;
     // Opens a port for `channelGroups` groups of 16 channels, of which the first is used. Port 0 is the default one,
-    // the built-in synthesiser; `port` n is the one described as n + 1; one that has gone is replaced by the default
-    // one. Throws MusicError when it can't be opened, as when there are no sounds for the synthesiser.
+    // the built-in synthesiser; `port` n is the one that was listed as n + 1; one that has gone is replaced by the
+    // default one. Must come first. Fails when the port can't be opened, as when there are no sounds for the
+    // synthesiser.
     virtual void setPort(int port, int channelGroups) = 0;
 
     // Makes the sounds that the segment needs ready, and lets go of them.
@@ -97,7 +85,10 @@ public:
 class MusicSystem {
 public:
     virtual ~MusicSystem() = default;
-    virtual std::unique_ptr<MusicLoader> createLoader() = 0;
+    // The descriptions of the output ports, which the machine is asked for anew; the first stands for port 1.
+    virtual std::vector<std::string> listPorts() = 0;
+    // A song from the bytes of a MIDI file. Any thread. Fails when they hold none.
+    virtual std::shared_ptr<MusicSegment> loadSegment(std::string_view file) = 0;
     virtual std::unique_ptr<MusicPerformance> createPerformance() = 0;
 };
 

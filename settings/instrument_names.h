@@ -3,10 +3,9 @@
 
 #include <string>
 
-namespace melvane {
+#include "platform/midi_messages.h"
 
-// Stands behind the 128 General MIDI programs: the drum channel.
-inline constexpr int kPercussionInstrument = 128;
+namespace melvane {
 
 // Name of program 0..127 or kPercussionInstrument; empty for any other number.
 std::string GetInstrumentName(int program);

@@ -30,6 +30,7 @@ enum class LangEntry : int {
     online = 25,
     helpPage = 26,
     overwrite = 27,
+    midiNotApplied = 29,
     midiFileNotPlayed = 30,
     midiNotInitialised = 31,
     mixingNotInitialised = 32,

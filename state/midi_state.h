@@ -6,19 +6,23 @@
 #include <string>
 #include <vector>
 
+#include "platform/midi_messages.h"
 #include "state/errors.h"
 
 namespace melvane {
 
-inline constexpr std::int16_t kMidiChannels = 16;
-inline constexpr std::int16_t kPercussionChannel = 9;
+inline constexpr std::int16_t kUnusedChannel = -1;  // as a channel's number
+
+constexpr std::int16_t asFlag(bool on) {
+    return static_cast<std::int16_t>(on ? -1 : 0);
+}
 
 struct ChannelSettings {
     std::int16_t instrumentChanged = 0;
     std::int16_t volumeChanged = 0;
     std::int16_t balanceChanged = 0;
     std::int16_t instrument = 0;     // General MIDI program, 0..127
-    std::int16_t channelNumber = 0;  // from 1; -1: the channel plays no notes
+    std::int16_t channelNumber = 0;  // from 1; kUnusedChannel: it plays no notes
     std::int16_t volume = 0;         // controller 7, 0..127
     std::int16_t balance = 0;        // controller 10, 0..127; 64 is the centre
     std::int16_t state = 0;          // 2: used
@@ -52,9 +56,9 @@ private:
 struct MidiState {
     ChannelTable<ChannelSettings> ChannelInfo;
     ChannelTable<InitialSettings> InitialChannel;
-    std::string midiBytes;          // the song's file
-    std::string midiSettingsBlock;  // of the karaoke container it came in
-    bool fileSettingsFound = false;
+    std::string midiBytes;               // the song's file
+    std::string midiSettingsBlock;       // of the karaoke container it came in
+    bool fileSettingsFound = false;      // such a block was read; nothing asks for it yet
     std::vector<std::string> midiPorts;  // descriptions; the first stands for port 1
     std::int16_t midiLoaded = 0;
     bool deviceOpen = false;  // a song is loaded into the performance

@@ -162,12 +162,11 @@ struct AppliedLook {
 // All windows, with every control that they can have.
 struct AccessibilityFixture : testing::TestWithParam<Look>, AppliedLook, SilentProgram {
     AccessibilityFixture() : AppliedLook(GetParam()) {
-        MidiState& song = mixer().midi().state;
-        for (std::int16_t c = 0; c < kMidiChannels; ++c)
-            song.ChannelInfo[c] = {0, 0,  0, static_cast<std::int16_t>(c * 8), static_cast<std::int16_t>(c + 1), 90, 64,
-                                   2, -1, -1};
-        song.deviceOpen = true;
-        song.midiLoaded = -1;
+        std::string channels;
+        for (int c = 0; c < kMidiChannels; ++c)
+            channels += {static_cast<char>(0x90 + c), static_cast<char>(0xC0 + c), static_cast<char>(c * 8)};
+        std::string song = dir.write("song.mid", songOf(channels));
+        mixer().midi().OpenMidi(song);
         mixer().run().lastMixPath = dir.write("mix.mp3", "");
         main().SetMainLanguage();
     }

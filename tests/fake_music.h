@@ -10,6 +10,7 @@
 
 namespace melvane::test {
 
+// Refuses, as the real thing does, whatever comes before its port is open or its song is there.
 class FakeMusic : public MusicSystem {
 public:
     // Of all performances, in order, as "sendMidi 10 1 3 176 7 90"; questions are not written down.
@@ -20,54 +21,42 @@ public:
     bool songLoads = true;
     bool plays = true;
     int messagesLeft = 1000;  // until sending fails
-    double length = 3;
-    double position = 0;
-    bool isPlaying = false;
-    Handle stream = 50;  // of what plays
+    int openPorts = 0;
 
-    std::unique_ptr<MusicLoader> createLoader() override { return std::make_unique<Loader>(*this); }
+    std::vector<std::string> listPorts() override { return ports; }
+    std::shared_ptr<MusicSegment> loadSegment(std::string_view file) override {
+        note("loadSegment " + std::to_string(file.size()), songLoads);
+        return std::make_shared<Segment>();
+    }
     std::unique_ptr<MusicPerformance> createPerformance() override { return std::make_unique<Performance>(*this); }
 
 private:
     struct Segment : MusicSegment {
-        explicit Segment(double seconds) : seconds_(seconds) {}
-        double length() const override { return seconds_; }
-        double seconds_;
-    };
-
-    struct Loader : MusicLoader {
-        explicit Loader(FakeMusic& music) : music_(music) {}
-        std::shared_ptr<MusicSegment> loadSegment(const std::string& fileName) override {
-            music_.note("loadSegment " + fileName, music_.songLoads);
-            return std::make_shared<Segment>(music_.length);
-        }
-        FakeMusic& music_;
+        double length() const override { return 3; }
     };
 
     class Performance : public MusicPerformance {
     public:
         explicit Performance(FakeMusic& music) : music_(music) {}
-        int portCount() const override { return static_cast<int>(music_.ports.size()); }
-        std::string portDescription(int port) const override {
-            return music_.ports.at(static_cast<std::size_t>(port - 1));
+        void setPort(int port, int groups) override {
+            music_.note(words("setPort", port, groups), music_.portOpens && !open_);
+            open_ = ++music_.openPorts > 0;
         }
-        void init() override { music_.note("init"); }
-        void setPort(int port, int groups) override { music_.note(words("setPort", port, groups), music_.portOpens); }
-        void download(const std::shared_ptr<MusicSegment>&) override { music_.note("download"); }
-        void unload() override { music_.note("unload"); }
+        void download(const std::shared_ptr<MusicSegment>& segment) override {
+            note("download");
+            ready_ = segment != nullptr;
+        }
+        void unload() override { note("unload"), ready_ = false; }
         void playSegment() override {
-            music_.note("playSegment", music_.plays);
-            music_.isPlaying = true;
+            note("playSegment", ready_ && music_.plays);
+            playing_ = true;
         }
-        void stop() override {
-            music_.note("stop");
-            music_.isPlaying = false;
-        }
-        bool playing() const override { return music_.isPlaying; }
-        Handle stream() const override { return music_.isPlaying ? music_.stream : 0; }
-        double position() const override { return music_.position; }
-        void setMasterTempo(double factor) override { music_.note(words("setMasterTempo", factor)); }
-        void setMasterVolume(std::int32_t volume) override { music_.note(words("setMasterVolume", volume)); }
+        void stop() override { note("stop"), playing_ = false; }
+        bool playing() const override { return playing_; }
+        Handle stream() const override { return playing_ ? 50 : 0; }
+        double position() const override { return 0; }
+        void setMasterTempo(double factor) override { note(words("setMasterTempo", factor)); }
+        void setMasterVolume(std::int32_t volume) override { note(words("setMasterVolume", volume)); }
         void sendPatch(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t instrument,
                        std::uint8_t bankHigh, std::uint8_t bankLow) override {
             send(words("sendPatch", time, flags, channel, instrument, bankHigh, bankLow));
@@ -79,69 +68,65 @@ private:
         void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) override {
             send(words("sendTranspose", time, flags, channel, semitones));
         }
-        void liftChannelSettings() override { music_.note("liftChannelSettings"); }
-        void closeDown(int groups) override { music_.note(words("closeDown", groups)); }
+        void liftChannelSettings() override { note("liftChannelSettings"); }
+        void closeDown(int groups) override {
+            note(words("closeDown", groups), !ready_);
+            open_ = --music_.openPorts < 0;
+        }
 
     private:
         template <typename... Numbers>
         static std::string words(const char* name, Numbers... numbers) {
             return (std::string(name) + ... + (" " + std::to_string(numbers)));
         }
-        void send(const std::string& message) { music_.note(message, music_.messagesLeft-- > 0); }
+        void note(const std::string& call, bool succeeds = true) { music_.note(call, open_ && succeeds); }
+        void send(const std::string& message) { note(message, music_.messagesLeft-- > 0); }
         FakeMusic& music_;
+        bool open_ = false;
+        bool ready_ = false;
+        bool playing_ = false;
     };
 
-    void note(const std::string& call, bool succeeds = true) {
+    void note(const std::string& call, bool succeeds) {
         if (!succeeds) throw MusicError("refused: " + call);
         calls.push_back(call);
     }
 };
 
+// A song of the 21 bytes that are not searched for messages, and what follows them.
+inline std::string songOf(const std::string& bytes) {
+    return std::string("MThd\0\0\0\6\0\1\0\2\1\xE0MTrk\0\0\0", 21) + bytes;
+}
+
+// Keeps what is written into a control; its type is also its identifier.
 class FakeSystemMixer : public SystemMixer {
 public:
     bool opens = true;
-    std::map<std::uint32_t, std::vector<std::uint32_t>> values = {
-        {MIXERCONTROL_CONTROLTYPE_VOLUME, {0}},  // by type, which is also the control's identifier
-        {MIXERCONTROL_CONTROLTYPE_BASS, {1000}},
-        {MIXERCONTROL_CONTROLTYPE_TREBLE, {2000}}};
+    std::map<std::uint32_t, std::vector<std::uint32_t>> values;
 
-    std::uint32_t mixerOpen(MixerHandle& handle, std::uint32_t device, std::uint32_t, std::uint32_t,
-                            std::uint32_t) override {
-        if (!opens || device != 0) return kFailed;
-        handle = kHandle;
-        return kMixerNoError;
+    std::uint32_t mixerOpen(MixerHandle& handle, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override {
+        handle = opens ? kHandle : 0;
+        return opens ? kMixerNoError : 1;
     }
-    std::uint32_t mixerGetLineInfoA(MixerHandle handle, MIXERLINE& line, std::uint32_t flags) override {
-        line.dwLineID = line.dwComponentType + 1;
-        return handle == kHandle && line.cbStruct == 168 && flags == 3 ? kMixerNoError : kFailed;
+    std::uint32_t mixerGetLineInfoA(MixerHandle handle, MIXERLINE&, std::uint32_t) override {
+        return handle == kHandle ? kMixerNoError : 1;
     }
-    std::uint32_t mixerGetLineControlsA(MixerHandle handle, MIXERLINECONTROLS& wanted, std::uint32_t flags) override {
-        const bool sizesFit = wanted.cbStruct == 24 && wanted.cbmxctrl == 148 && wanted.cControls == 1;
-        const auto line = wanted.dwControlType == MIXERCONTROL_CONTROLTYPE_VOLUME ? 0x1005U : 5U;
-        if (handle != kHandle || !sizesFit || flags != 2 || wanted.dwLineID != line) return kFailed;
+    std::uint32_t mixerGetLineControlsA(MixerHandle, MIXERLINECONTROLS& wanted, std::uint32_t) override {
         *wanted.pamxctrl = {148, wanted.dwControlType, wanted.dwControlType};
-        return values.contains(wanted.dwControlType) ? kMixerNoError : kFailed;
+        return kMixerNoError;
     }
     std::uint32_t mixerGetControlDetailsA(MixerHandle handle, MIXERCONTROLDETAILS& details, std::uint32_t) override {
-        if (!isKnown(handle, details)) return kFailed;
-        details.paDetails[0] = values[details.dwControlID][0];
-        return kMixerNoError;
+        details.paDetails[0] = 1000;
+        return handle == kHandle ? kMixerNoError : 1;
     }
     std::uint32_t mixerSetControlDetails(MixerHandle handle, const MIXERCONTROLDETAILS& details,
                                          std::uint32_t) override {
-        if (!isKnown(handle, details)) return kFailed;
         values[details.dwControlID].assign(details.paDetails, details.paDetails + details.cChannels);
-        return kMixerNoError;
+        return handle == kHandle ? kMixerNoError : 1;
     }
 
 private:
-    static constexpr std::uint32_t kFailed = 1;
     static constexpr MixerHandle kHandle = 77;
-
-    bool isKnown(MixerHandle handle, const MIXERCONTROLDETAILS& details) const {
-        return handle == kHandle && details.cbStruct == 24 && details.cbDetails == 4 &&
-               values.contains(details.dwControlID);
-    }
 };
 
 }  // namespace melvane::test

@@ -8,7 +8,6 @@ import statistics
 import subprocess
 import sys
 import unittest
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import tool_test
@@ -51,7 +50,7 @@ def note_level(pcm, note, semitones=0):
 
 
 def loudness(samples):
-    return math.sqrt(sum(sample * sample for sample in samples) / len(samples))
+    return math.hypot(*samples) / math.sqrt(len(samples))
 
 
 def strokes(pcm):
@@ -96,7 +95,9 @@ class PlayTest(MidiTest):
         self.assertTrue(SONG_SECONDS - 0.01 < len(left) / RATE < SONG_SECONDS + LINGERS + 0.1, len(left) / RATE)
 
     def test_notes_sound_when_they_should(self):
-        mixed, wanted = strokes(self.play()), strokes(fluidsynth(SONG, self.dir / "wanted.raw", RATE))
+        pcm, reference = self.play(), fluidsynth(SONG, self.dir / "wanted.raw", RATE, "-g", "0.1")
+        self.assertAlmostEqual(loudness(pcm) / loudness(reference[:len(pcm)]), 10 ** (-0.6 / 20), delta=0.05)
+        mixed, wanted = strokes(pcm), strokes(reference)
         count = round(SONG_SECONDS * 100) - 10  # the fade stays out
         likeness = {lag: statistics.correlation(mixed[5 + lag:count + lag], wanted[5:count]) for lag in range(-5, 6)}
         self.assertEqual(max(likeness, key=likeness.get), 0, likeness)
@@ -118,88 +119,65 @@ class PlayTest(MidiTest):
         self.assertGreater(loudness(self.play(song="half.kar")), 10, "what can be read is played")
 
     def test_unusable_sounds_are_named(self):
-        for font in ("missing.sf2", self.silence):
-            with self.subTest(font=font):
-                self.expect_refused("--soundfont", font, SONG, self.silence, "mix.mp3", says=Path(font).name)
-                self.assertFalse((self.dir / "mix.mp3").exists())
+        self.expect_refused("--soundfont", "missing.sf2", SONG, self.silence, "mix.mp3", says="missing.sf2")
+        self.assertFalse((self.dir / "mix.mp3").exists())
 
     def test_container_and_names_change_nothing(self):
         wanted = self.play()
         container = SONG.read_bytes() + b"#VEXMidi\r\n0004,1,0,20,0,56\r\n#End VEXMidi\r\n"
-        for name, content in (("with  two blanks.kar", container), ("it's \"quoted\".mid", SONG.read_bytes()),
-                              ("zażółć gęślą jaźń.kar", container), ("カラオケの歌.MIDI", container), ("-o.KAR", container)):
+        for name, content in (("-カラオケの歌.KAR", container), ("it's  \"żółty\".mid", SONG.read_bytes())):
             with self.subTest(name=name):
                 (self.dir / name).write_bytes(content)
                 self.assertEqual(self.play(song=name), wanted)
                 (self.dir / name).unlink()
-        self.play()
         self.assertEqual(sorted(file.name for file in self.dir.iterdir()), ["fake", "home", "mix.mp3", "silence.wav"])
         self.assertFalse(Path(tool_test.MIX).with_name("tmp.mid").exists(), "the song of a container stays behind")
 
     def test_songs_of_others_have_their_length(self):
-        files = subprocess.run(["dpkg", "-L", "openttd-openmsx"], capture_output=True, text=True).stdout.splitlines()
-        songs = [Path(file) for file in files if file.endswith(".mid")]
+        files = subprocess.run(["dpkg", "-L", "openttd-openmsx"], capture_output=True, text=True).stdout.split()
+        songs = sorted(Path(file) for file in files if file.endswith(".mid"))[::16]
         if not songs:
             self.skipTest("openttd-openmsx is not installed")
-        path = self.encoder()
-
-        def lengths(song):
-            mix = self.dir / (song.stem + ".mp3")
-            result = self.mix("--soundfont", FONT, song, self.silence, mix, path=path)
-            samples = fluidsynth(song, mix.with_suffix(".raw"), 8000, "-R", "0", "-C", "0")
-            size = mix.stat().st_size if mix.exists() else 0
-            mix.unlink(missing_ok=True)
-            silent = max(map(abs, samples)) * SILENT
-            heard = next(i for i in range(len(samples) - 1, 0, -1) if abs(samples[i]) > silent)
-            return result, size / 4 / RATE, heard / 2 / 8000, len(samples) / 2 / 8000
-
-        with ThreadPoolExecutor(2) as pool:
-            for song, (result, mixed, heard, played) in zip(songs, pool.map(lengths, songs)):
-                with self.subTest(song=song.name):
-                    self.assertEqual(result, (0, ""))
-                    # fluidsynth goes on until its last voice is quite silent, which takes up to half a minute.
-                    self.assertLess(heard - 0.1, mixed)
-                    self.assertLess(mixed, played + 0.1)
+        for song in songs:
+            with self.subTest(song=song.name):
+                mixed = len(self.play(song=song)) / 2 / RATE
+                samples = fluidsynth(song, self.dir / "wanted.raw", 8000, "-R", "0", "-C", "0")
+                silent = max(map(abs, samples)) * SILENT
+                heard = next(i for i in range(len(samples) - 1, 0, -1) if abs(samples[i]) > silent) / 2 / 8000
+                # fluidsynth goes on until its last voice is quite silent, which takes up to half a minute.
+                self.assertTrue(heard - 0.1 < mixed < len(samples) / 2 / 8000 + 0.1, (heard, mixed))
 
 
 class ChannelTest(MidiTest):
-    def test_melody_can_be_muted(self):
-        whole, without = self.play(), self.play("--mute", MELODY)
-        for note in (note for note in tune.MELODY if note.start in ALONE):
-            self.assertGreater(note_level(whole, note), 10 * note_level(without, note), note)
-
     def test_key_moves_melody_but_not_drums(self):
         plain, moved = (self.play("--mute", ONLY_MELODY, "--key", key) for key in ("0", "2"))
         self.assertLess(max(map(abs, plain[:2 * round(RATE * (seconds_of(tune.MELODY[0]) - 0.1))])), 10)
-        for note in tune.MELODY:
+        for note in tune.MELODY[::2]:
             for pcm, here, elsewhere in ((plain, 0, 2), (moved, 2, 0)):
                 self.assertGreater(note_level(pcm, note, here), 2 * note_level(pcm, note, elsewhere), (note, here))
         drums, same = (self.play("--mute", ONLY_DRUMS, "--key", key) for key in ("0", "2"))
         self.assertGreater(loudness(drums), 10)
         self.assertLess(loudness([a - b for a, b in zip(drums, same, strict=True)]), loudness(drums) / 20)
 
-    def test_channel_settings_are_heard(self):
-        only = ("--mute", ONLY_MELODY)
-        plain, xylophone = self.play(*only), self.play(*only, "--program", "4=13")
+    def test_settings_are_heard(self):
+        plain = self.play()
+        low = next(note for note in tune.BASS if note.pitch == tune.key_number("G2"))
+        alone = [note for note in tune.MELODY if note.start in ALONE]
+        muted = self.play("--mute", MELODY, "--tone", "0,50,50,50")
+        self.assertGreater(note_level(muted, low), 1.4 * note_level(plain, low))
+        for note in alone:
+            self.assertGreater(note_level(plain, note), 10 * note_level(muted, note), note)
+        melody = self.play("--mute", ONLY_MELODY)
+        for options, near in ((("--channel-balance", "4=0"), 0), (("--channel-balance", "4=127"), 1),
+                              (("--balance", "-100,0"), 0), (("--balance", "100,0"), 1)):
+            pcm = self.play("--mute", ONLY_MELODY, "--channel-volume", "4=26", *options)
+            self.assertGreater(loudness(pcm[near::2]), 3 * loudness(pcm[1 - near::2]), options)
+            self.assertLess(loudness(pcm), loudness(melody) / 4)
+        xylophone = self.play("--mute", ONLY_MELODY, "--program", "4=13")
         note = max(tune.MELODY, key=lambda note: note.length)
         held = slice(2 * round(RATE * (seconds_of(note) + 1)), 2 * round(RATE * (seconds_of(note) + 1.2)))
         self.assertGreater(loudness(xylophone), 10)
-        self.assertGreater(loudness(plain[held]), 10 * loudness(xylophone[held]), "a flute holds its notes")
-        self.assertLess(loudness(self.play(*only, "--channel-volume", "4=26")), loudness(plain) / 4)
-        for value, near, far in (("4=0", 0, 1), ("4=127", 1, 0)):
-            pcm = self.play(*only, "--channel-balance", value)
-            self.assertGreater(loudness(pcm[near::2]), 3 * loudness(pcm[far::2]), value)
-
-    def test_tone_and_balance_act_on_the_background(self):
-        plain, boosted = (self.play("--tone", tone + ",50,50,50") for tone in ("50", "0"))
-        low = next(note for note in tune.BASS if note.pitch == tune.key_number("G2"))
-        self.assertGreater(note_level(boosted, low), 1.4 * note_level(plain, low))
-        high = next(note for note in tune.BELL if note.pitch == tune.key_number("F#6"))
-        self.assertAlmostEqual(note_level(boosted, high) / note_level(plain, high), 1, delta=0.2)
-        for balance, silent in (("-100,0", 1), ("100,0", 0)):
-            pcm = self.play("--balance", balance)
-            self.assertEqual(max(map(abs, pcm[silent::2])), 0, balance)
-            self.assertGreater(loudness(pcm[1 - silent::2]), 100, balance)
+        self.assertGreater(loudness(melody[held]), 10 * loudness(xylophone[held]), "a flute holds its notes")
 
 
 if __name__ == "__main__":

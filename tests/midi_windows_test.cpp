@@ -7,6 +7,7 @@
 #include "midi/frmMenu.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
+#include "tests/temp_dir.h"
 #include "tests/window_events.h"
 
 namespace melvane {
@@ -15,28 +16,40 @@ namespace {
 using namespace melvane::test;
 using Words = std::vector<std::string>;
 
+// Each channel with its own number as its instrument.
+std::string songWith(std::initializer_list<int> channels) {
+    std::string messages;
+    for (const int c : channels)
+        for (const int byte : {0x90 + c, 0xC0 + c, c, 0xB0 + c, 7, 90}) messages += static_cast<char>(byte);
+    return songOf(messages);
+}
+
 struct ChannelsFixture : testing::Test {
+    TempDir dir;
     FakeMusic music;
+    FakeSystemMixer systemMixer;
     FakeDialogs dialogs;
+    FakeFileNames names;
+    RunState run;
     Settings settings;
-    MidiState state;
-    MidiDevice device;
-    MidiChannels channels{state, device, settings, [] {}};
+    MidiBackground midi{music, systemMixer, run, settings, names, dialogs, [] {}};
+    const MidiState& state = midi.state();
     modLang language;
     QWidget owner;
     frmChann* window = nullptr;
 
     ChannelsFixture() {
-        device.performance = music.createPerformance();
         language.InitLanguage("", "en");
-        for (const std::int16_t c : std::initializer_list<std::int16_t>{0, 2, 3, 5, 8, 15})
-            state.ChannelInfo[c] = {0, 0, 0, c, c, 90, 64, 2, -1, -1};
-        state.deviceOpen = true;
-        state.midiLoaded = -1;
-        window = new frmChann(channels, state, settings, language, dialogs, &owner);
-        channels.updateChannels = [this] { window->updateChannels(); };
+        openSong(songWith({0, 2, 3, 5, 8, 15}));
+        window = new frmChann(midi, settings, language, dialogs, &owner);
+        midi.updateChannels = [this] { window->updateChannels(); };
         window->open();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    void openSong(const std::string& bytes) {
+        std::string song = dir.write("song.mid", bytes);
+        midi.OpenMidi(song);
+        music.calls.clear();
     }
     Slider& slider(const char* name) { return find(*window, name); }
     ChannelToggle& onoff(const char* name) { return find<ChannelToggle>(*window, name); }
@@ -81,32 +94,27 @@ TEST_F(ChannelsFixture, ShowsTheTableAsItIs) {
         return std::count_if(toggles.begin(), toggles.end(), [](const auto* toggle) { return toggle->isVisible(); });
     };
     EXPECT_EQ(shown(), 6);
-    state.ChannelInfo[3].shown = 0;
-    state.InitialChannel[3] = {127, 64, 3};
-    state.ChannelInfo[5] = {0, 0, 0, 128, 6, 0, 127, 2, -1, 0};
-    state.InitialChannel[5] = {32, 64, 3};
-    channels.updateChannels();
-    EXPECT_EQ(shown(), 5);
+    midi.SetSingleChannel(5, false, 1, 127, 128);
+    midi.updateChannels();
     EXPECT_EQ(ins("ins5").text(), QStringLiteral("Percussion"));
-    EXPECT_EQ(slider("vol5").position(), 105) << "where the song has it";
-    channels.MidiRestore();
+    EXPECT_EQ(slider("bl5").position(), 125 + 48);
+    EXPECT_EQ(slider("vol5").position(), 78) << "where the song has it";
+    midi.MidiRestore();
     EXPECT_TRUE(onoff("onoff5").isChecked());
-    EXPECT_EQ(ins("ins5").text(), QStringLiteral("Honky-Tonk"));
-    EXPECT_EQ(slider("vol3").position(), 61);
+    EXPECT_EQ(ins("ins5").text(), QStringLiteral("Electric Piano 2"));
 
-    state.deviceOpen = false;
-    channels.updateChannels();
+    midi.close();
     EXPECT_EQ(shown(), 0);
     window->hide();
     EXPECT_EQ(settings.channelsWindowOpen, -1);
     window->startFlags = {true, false};
     window->open();
     EXPECT_FALSE(window->isVisible()) << "waits for a song";
-    state.deviceOpen = true;
-    channels.updateChannels();
+    openSong(songWith({9}));
     EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(shown(), 1);
     window->close();
-    channels.updateChannels();
+    midi.updateChannels();
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(settings.channelsWindowOpen, 0);
 }
@@ -143,16 +151,15 @@ TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
 
 TEST_F(ChannelsFixture, IsTidyAndNamedInBothLanguages) {
     EXPECT_EQ(window->size(), QSize(460, frmChann::kHeight));
-    for (std::int16_t c = 0; c < kMidiChannels; ++c) state.ChannelInfo[c].shown = -1;
-    const char* names[] = {
+    const std::string song = songWith({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+    const char* texts[] = {
         "Channel 4 volume, Channel 16 balance, Switch on/off channel 1, Instrument of channel 9: Celesta",
         "Głośność kanału 4, Balans kanału 16, Wł/wył kanał 1, Instrument kanału 9: Celesta"};
     for (const std::size_t polish : {0U, 1U}) {
         language.SetLanguage(polish ? "pl" : "en");
         window->GetChannelsLanguage();
         for (const bool loaded : {false, true}) {
-            state.deviceOpen = loaded;
-            window->updateChannels();
+            loaded ? openSong(song) : midi.close();
             expectTidy(*window);
         }
         QStringList found;
@@ -160,7 +167,7 @@ TEST_F(ChannelsFixture, IsTidyAndNamedInBothLanguages) {
             found << find<QWidget>(*window, id).accessibleName();
             EXPECT_EQ(found.back(), find<QWidget>(*window, id).toolTip());
         }
-        EXPECT_EQ(found.join(QStringLiteral(", ")).toStdString(), names[polish]);
+        EXPECT_EQ(found.join(QStringLiteral(", ")).toStdString(), texts[polish]);
     }
 }
 
@@ -172,22 +179,15 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
     frmMenu menu(state, language, &owner);
     owner.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&owner));
-    const auto captions = [&](QMenu* from) {
-        QString all;
-        std::set<QChar> letters;
-        for (const QAction* action : from->actions()) {
-            if (action->isSeparator()) continue;
-            EXPECT_TRUE(letters.insert(action->text().section(u'&', 1).at(0).toLower()).second) << "taken";
-            all += action->text().remove(u'&') + QStringLiteral("|");
-        }
-        return all.toStdString();
-    };
-    EXPECT_EQ(captions(menu.mnuMidi()), "Restore midi settings|MIDI channels|Close|");
     language.SetLanguage("pl");
     menu.SetMenuLanguage();
-    EXPECT_EQ(captions(menu.mnuKar()),
-              "Otwórz podkład karaoke...|Otwórz plik z vocalem..|Wybierz plik docelowy miksowania...|"
-              "Odsłuchaj ostatni miks|Ostatnie pliki|MIDI|Ustawienia|Pomoc online|Zamknij|");
+    EXPECT_EQ(menu.mnuMidi()->actions().at(2)->text().remove(u'&'), QStringLiteral("Zamknij"));
+    for (const QMenu* each : {menu.mnuKar(), menu.mnuMidi()}) {
+        std::set<QChar> letters;
+        for (const QAction* action : each->actions())
+            EXPECT_TRUE(action->isSeparator() ||
+                        letters.insert(action->text().section(u'&', 1).at(0).toLower()).second);
+    }
 
     std::string chosen;
     const auto note = [&](auto signal, char letter) {

@@ -261,7 +261,7 @@ TEST_F(ProgramFixture, AKaraokeSongIsPlayedInterruptedAndHeard) {
     auto& channels = opened<frmChann>();
     ASSERT_TRUE(mixedUpTo(1));
     click(channels, "onoff3");
-    const ChannelSettings& melody = mixer().midi().state.ChannelInfo[3];
+    const ChannelSettings& melody = mixer().midi().state().ChannelInfo[3];
     EXPECT_EQ(melody.switchedOn, 0);
     EXPECT_EQ(melody.volume, 0);
     auto& instrument = find<InstrumentLabel>(channels, "ins0");
@@ -271,7 +271,7 @@ TEST_F(ProgramFixture, AKaraokeSongIsPlayedInterruptedAndHeard) {
     auto& list = find<QListWidget>(picker, "List3");
     list.scrollToTop();
     clickAt(picker, list.viewport()->mapTo(&picker, list.visualItemRect(list.item(2)).center()));
-    EXPECT_EQ(mixer().midi().state.ChannelInfo[0].instrument, 2);
+    EXPECT_EQ(mixer().midi().state().ChannelInfo[0].instrument, 2);
     EXPECT_EQ(instrument.text(), list.item(2)->text());
 
     press("b_eff");

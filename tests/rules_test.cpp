@@ -215,6 +215,9 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
                   {{"--sync", "0.7"}, "-0.6"},
                   {{"--tone", "1,2,3"}, "100"},
                   {{"--balance", "0,101"}, "-100"},
+                  {{"--balance", "-101,0"}, "-100"},
+                  {{"--mute", "17"}, "16"},
+                  {{"--channel-balance", "1=128"}, "127"},
                   {{"--effects", "2,0;0,0;0,0;0,0"}, "0 or 1"},
                   {{"--preset", "14"}, "0 to 13"}};
     for (const auto& f : faults) {

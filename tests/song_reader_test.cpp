@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,10 +12,10 @@
 #include "platform/music_performance.h"
 #include "tests/temp_dir.h"
 
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
 namespace melvane::music {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::int64_t kSecond = 44100;
 constexpr std::int64_t kMinute = 60 * kSecond;
@@ -81,34 +80,6 @@ std::vector<Note> notes(const std::string& bytes) {
 
 using Notes = std::vector<Note>;
 
-// In order, on channels, within three hours, and with messages that a port may take.
-void expectSound(const Song& song) {
-    std::int64_t last = 0;
-    for (const SongEvent& event : song.events) {
-        ASSERT_GE(event.frame, last);
-        last = event.frame;
-        ASSERT_TRUE(event.status >= 0x80 && event.status <= 0xF0);
-        ASSERT_TRUE(event.data1 < 0x80 && event.data2 < 0x80);
-        if (event.status != 0xF0) continue;
-        ASSERT_LT(event.sysex, song.sysex.size());
-        const auto& message = song.sysex[event.sysex];
-        ASSERT_TRUE(message.size() > 2 && message.front() == 0xF0 && message.back() == 0xF7);
-        ASSERT_TRUE(std::all_of(message.begin() + 1, message.end() - 1, [](auto byte) { return byte < 0x80; }));
-    }
-    ASSERT_GE(song.endFrame, last);
-    ASSERT_LE(song.endFrame, 180 * kMinute);
-}
-
-// Reads what may be damaged; false where it holds no song.
-bool survives(const std::string& bytes) {
-    try {
-        expectSound(read(bytes));
-        return true;
-    } catch (const MusicError&) {
-        return false;
-    }
-}
-
 TEST(SongReader, tempoChangesStayOnTheFrame) {
     constexpr unsigned kDivision = 192;
     std::string tempos = at(0, tempo(0));
@@ -169,7 +140,6 @@ TEST(SongReader, exclusiveMessagesAreMadeWhole) {
                    at(0, {0xF0, 1, 8}) + note + at(0, {0xF7, 2, 1, 0xF7}) +  // no end
                    at(0, {0xF0, 3, 9, 0x90, 0xF7}) + at(0, {0xF0, 0}) + at(0, {0xF0, 1, 0xF7}) + note));
     EXPECT_EQ(song.sysex, (Messages{{0xF0, 1, 2, 0xF7}, {0xF0, 3, 4, 5, 6, 0xF7}, {0xF0, 7, 0xF7}, {0xF0, 8, 0xF7}}));
-    expectSound(song);
     ASSERT_EQ(song.events.size(), 6U);
     EXPECT_EQ(song.events[1].frame, 2 * kSecond);
 }
@@ -220,74 +190,51 @@ TEST(SongReader, filesWithoutASongAreRefused) {
          {std::string(), std::string(9, '\0'), note, header(0, 96), header(0, 0) + note, header(0, 0xE700) + note,
           header(0, 0xE001) + note, header(0, 96) + track(at(0, {0x90, 60, 0}) + at(0, {0x80, 60, 1}))})
         EXPECT_THROW(read(bytes), MusicError);
-
-    const test::TempDir dir;
-    EXPECT_EQ(readSongFile(dir.write("good.mid", header(0, 96) + note)).events.size(), 1U);
-    const std::string large = dir.write("large.mid", header(0, 96) + note);
-    fs::resize_file(large, (64U << 20) + 1);
-    for (const std::string& name : {large, dir / "none.mid", dir.path(), std::string("/dev/zero")})
-        EXPECT_THROW(readSongFile(name), MusicError);
 }
 
 TEST(SongReader, largeRubbishStaysSmall) {
     const std::size_t size = 20U << 20;
-    EXPECT_FALSE(survives(std::string(size, '\0')));
-    const std::string start = header(1, 96) + "MTrk" + big(0xFFFFFFFF, 4);
-    EXPECT_LE(read(start + at(0, {0x90, 1, 1}) + std::string(size, '\1')).events.size(), 1U << 20);
-    EXPECT_LE(read(start + at(0, {0x90, 1, 1}) + std::string(size, '\0')).events.size(), 1U << 20);
+    EXPECT_THROW(read(std::string(size, '\0')), MusicError);
+    for (const char filling : {'\0', '\1'}) {
+        const std::string rubbish = header(1, 96) + "MTrk" + big(0xFFFFFFFF, 4) + at(0, {0x90, 1, 1});
+        EXPECT_LE(read(rubbish + std::string(size, filling)).events.size(), 1U << 20);
+    }
     for (const unsigned format : {1U, 2U}) {
         std::string tracks = header(format, 96, 65535) + track(at(0, {0x90, 60, 1}));
         while (tracks.size() < size) tracks += track("") + chunk("MTrk", kEnd) + "MTrk";
-        EXPECT_TRUE(survives(tracks));
+        EXPECT_EQ(read(tracks).events.size(), 1U);
     }
 }
 
-class SongCorpus : public testing::Test {
-protected:
-    void SetUp() override {
-        for (const auto& entry : fs::directory_iterator(fs::path(__FILE__).parent_path() / "fuzz" / "corpus"))
-            files_.push_back(test::readFile(entry.path().string()));
-        std::sort(files_.begin(), files_.end());
-        ASSERT_GE(files_.size(), 12U);
-    }
-
-    std::vector<std::string> files_;
-};
-
-TEST_F(SongCorpus, seedsAreSongsAndMayEndAnywhere) {
-    for (const std::string& file : files_) {
-        EXPECT_TRUE(survives(file));
-        for (std::size_t size = 0; size < file.size(); ++size) survives(file.substr(0, size));
-    }
+// The fuzzing's own check: it ends the program where a song is not what a player may rely on.
+void check(const std::string& file) {
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(file.data()), file.size());
 }
 
-TEST_F(SongCorpus, mutationsDoNoHarm) {
+TEST(SongReader, damagedSongsDoNoHarm) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(MELVANE_CORPUS))
+        files.push_back(test::readFile(entry.path().string()));
+    std::ranges::sort(files);
+    ASSERT_GE(files.size(), 12U);
+    for (const std::string& file : files) {
+        EXPECT_NO_THROW(read(file));
+        for (std::size_t size = 0; size < file.size(); ++size) check(file.substr(0, size));
+    }
     std::mt19937 random(1);
     const auto below = [&](std::size_t limit) { return limit == 0 ? 0 : random() % limit; };
-    int songs = 0;
     for (int i = 0; i < 20000; ++i) {
-        std::string file = files_[below(files_.size())];
+        std::string file = files[below(files.size())];
         for (auto changes = 1 + below(8); changes > 0; --changes) {
             const std::size_t place = below(file.size());
-            switch (below(4)) {
-                case 0:
-                    file[place] = static_cast<char>(random());
-                    break;
-                case 1:
-                    file.erase(place, below(16));
-                    break;
-                case 2:
-                    file.insert(place, file.substr(below(file.size()), below(64)));
-                    break;
-                case 3:
-                    file[place] ^= static_cast<char>(1U << below(8));
-                    break;
-            }
+            const std::size_t kind = below(4);
+            if (kind == 0) file[place] = static_cast<char>(random());
+            if (kind == 1) file.erase(place, below(16));
+            if (kind == 2) file.insert(place, file.substr(below(file.size()), below(64)));
+            if (kind == 3) file[place] ^= static_cast<char>(1U << below(8));
         }
-        songs += survives(file) ? 1 : 0;
-        if (HasFatalFailure()) FAIL() << "mutation " << i;
+        check(file);
     }
-    EXPECT_GT(songs, 5000);
 }
 
 }  // namespace

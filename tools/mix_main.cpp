@@ -69,8 +69,8 @@ bool prepare(const MixOptions& options, Mixer& mixer) {
     mixer.run().key = options.key;
     mixer.run().syncOffset = options.syncOffset;
     mixer.sourceFiles().chooseBackground(options.background);
-    if (mixer.run().isMidiBackground && !mixer.midi().playback.loaded()) return false;
-    for (const auto& change : options.channelChanges) change(mixer.midi().channels);
+    if (mixer.run().isMidiBackground && !mixer.midi().loaded()) return false;
+    for (const auto& change : options.channelChanges) change(mixer.midi());
     mixer.fields().vocal = options.vocal;
     mixer.fields().destination = options.destination;
     return true;
@@ -80,7 +80,7 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     std::error_code error;
     const bool existed = std::filesystem::exists(std::filesystem::symlink_status(toPath(options.destination), error));
     if (!prepare(options, mixer)) {
-        const MidiPlayback& midi = mixer.midi().playback;
+        const MidiBackground& midi = mixer.midi();
         reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
         return kCouldNot;
     }

@@ -110,11 +110,11 @@ std::int16_t channelIndex(const std::string& text, const std::string& fault) {
 void takeMute(MixOptions& o, const std::string& text) {
     for (const std::string& field : split(text, ',')) {
         const auto channel = channelIndex(field, "--mute takes MIDI channels from 1 to 16, joined by commas");
-        o.channelChanges.push_back([channel](MidiChannels& channels) { channels.setChannelVolume(channel, 0); });
+        o.channelChanges.push_back([channel](MidiBackground& midi) { midi.setChannelVolume(channel, 0); });
     }
 }
 
-using ChannelSetter = void (MidiChannels::*)(std::int16_t channel, std::int16_t value);
+using ChannelSetter = void (MidiBackground::*)(std::int16_t channel, std::int16_t value);
 
 template <ChannelSetter setter>
 void takeChannel(MixOptions& o, const std::string& text) {
@@ -123,7 +123,7 @@ void takeChannel(MixOptions& o, const std::string& text) {
     if (fields.size() != 2) throw UsageError(fault);
     const auto channel = channelIndex(fields[0], fault);
     const auto value = number<std::int16_t>(fields[1], 0, 127, fault);
-    o.channelChanges.push_back([channel, value](MidiChannels& channels) { (channels.*setter)(channel, value); });
+    o.channelChanges.push_back([channel, value](MidiBackground& midi) { (midi.*setter)(channel, value); });
 }
 
 constexpr Option kOptions[] = {
@@ -136,11 +136,11 @@ constexpr Option kOptions[] = {
     {"--preset", "NAME", "equaliser preset of the vocal, by name or number (0 to 13)", takePreset},
     {"--mute", "CH,CH...", "MIDI background: channels to silence, 1 to 16", takeMute},
     {"--program", "CH=N", "MIDI background: instrument of a channel, 0 to 127",
-     takeChannel<&MidiChannels::setChannelInstrument>},
+     takeChannel<&MidiBackground::setChannelInstrument>},
     {"--channel-volume", "CH=N", "MIDI background: volume of a channel, 0 to 127",
-     takeChannel<&MidiChannels::setChannelVolume>},
+     takeChannel<&MidiBackground::setChannelVolume>},
     {"--channel-balance", "CH=N", "MIDI background: balance of a channel, 0 left, 64 centre, 127 right",
-     takeChannel<&MidiChannels::setChannelBalance>},
+     takeChannel<&MidiBackground::setChannelBalance>},
     {"--soundfont", "FILE", "MIDI background: play with the sounds of this file",
      [](MixOptions& o, const std::string& text) { o.soundFont = text; }},
     {"--settings", "", "start from what the window program saved",

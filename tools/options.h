@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "midi/channel_settings.h"
+#include "midi/midi_background.h"
 #include "state/settings.h"
 
 namespace melvane {
@@ -21,7 +21,7 @@ struct MixOptions {
     // What the other options change in the settings, in their order.
     std::vector<std::function<void(Settings&)>> changes;
     // What they change on the channels of a MIDI background.
-    std::vector<std::function<void(MidiChannels&)>> channelChanges;
+    std::vector<std::function<void(MidiBackground&)>> channelChanges;
     std::string soundFont;  // "": the best that is installed
     bool storedSettings = false;
     bool overwrite = false;

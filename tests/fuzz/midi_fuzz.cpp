@@ -1,16 +1,16 @@
 // Everything that a MIDI or karaoke file's bytes are given to.
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <span>
 #include <string>
 
 #include "midi/channel_reader.h"
-#include "midi/channel_settings.h"
 #include "midi/karaoke_container.h"
 #include "music/song.h"
 #include "platform/music_performance.h"
-#include "state/errors.h"
-#include "state/settings.h"
 
 namespace {
 
@@ -27,8 +27,12 @@ void readNotes(std::span<const std::uint8_t> bytes) {
         for (const music::SongEvent& event : song.events) {
             require(event.frame >= last && event.status >= 0x80 && event.status <= 0xF0);
             require(event.data1 < 0x80 && event.data2 < 0x80);
-            require(event.status < 0xF0 || song.sysex.at(event.sysex).back() == 0xF7);
+            require(event.status < 0xF0 || event.sysex < song.sysex.size());
             last = event.frame;
+        }
+        for (const auto& message : song.sysex) {
+            require(message.size() > 2 && message.front() == 0xF0 && message.back() == 0xF7);
+            require(std::all_of(message.begin() + 1, message.end() - 1, [](auto byte) { return byte < 0x80; }));
         }
         require(song.endFrame >= last && song.endFrame <= std::int64_t{3} * 60 * 60 * 44100);
     } catch (const MusicError&) {
@@ -37,17 +41,12 @@ void readNotes(std::span<const std::uint8_t> bytes) {
 
 void readKaraoke(const std::string& bytes) {
     MidiState state;
-    state.midiBytes = bytes;
-    readChannels(state, [] {});
-    MidiDevice device;
-    const Settings settings;
-    MidiChannels channels(state, device, settings, [] {});
-    ReadMidi(bytes, state, channels, [](double) {});
-    channels.ApplyChannelSettings();
+    readChannels(bytes, state, [] {});
     try {
         if (const auto container = splitContainer(bytes))
             require(container->song.size() + container->settings.size() < bytes.size());
-    } catch (const InvalidArgumentError&) {
+        readStoredChannels(bytes, [](const StoredChannel& stored) { require(!std::isnan(stored.tone)); });
+    } catch (const std::exception&) {
     }
 }
 

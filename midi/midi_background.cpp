@@ -1,0 +1,203 @@
+#include "midi/midi_background.h"
+
+#include <cctype>
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+#include "base/paths.h"
+#include "midi/channel_reader.h"
+#include "midi/karaoke_container.h"
+#include "midi/song_file.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr std::int32_t kAutomaticPort = -5;
+constexpr std::int32_t kNoPort = -1;
+constexpr int kDefaultPort = 0;
+// More than any song uses: a port that counts them refuses no channel.
+constexpr int kChannelGroups = 80;
+constexpr std::string_view kPreferredPorts[] = {"MICROSOFT GS WAVETABLE", "MICROSOFT MIDI MAPPER"};
+
+std::string upperCase(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::int32_t automaticPort(const std::vector<std::string>& descriptions) {
+    for (const std::string_view wanted : kPreferredPorts)
+        for (std::size_t i = 0; i < descriptions.size(); ++i)
+            if (upperCase(descriptions[i]).find(wanted) != std::string::npos) return static_cast<std::int32_t>(i + 1);
+    return kNoPort;
+}
+
+}  // namespace
+
+MidiBackground::MidiBackground(MusicSystem& music, SystemMixer& systemMixer, const RunState& run, Settings& settings,
+                               const FileNames& names, Dialogs& dialogs, const DoEvents& doEvents)
+    : music_(music),
+      run_(run),
+      settings_(settings),
+      names_(names),
+      doEvents_(doEvents),
+      lines_(systemMixer, settings, dialogs) {}
+
+void MidiBackground::prepare() {
+    lines_.OpenMixer();
+    lines_.keepSpeakerTone();
+    ReadMap();
+}
+
+void MidiBackground::ReadMap() {
+    state_.midiPorts.clear();
+    attempt(MidiFailure::interfaceNotInitialised, [&] { state_.midiPorts = music_.listPorts(); });
+    if (settings_.midiPort > std::ssize(state_.midiPorts) || settings_.midiPort == kAutomaticPort)
+        settings_.midiPort = automaticPort(state_.midiPorts);
+}
+
+void MidiBackground::Initialize() {
+    auto performance = music_.createPerformance();
+    const bool known = settings_.midiPort >= 1 && settings_.midiPort <= std::ssize(state_.midiPorts);
+    performance->setPort(known ? settings_.midiPort : kDefaultPort, kChannelGroups);
+    performance_ = std::move(performance);
+}
+
+void MidiBackground::OpenMidi(std::string& fileName) {
+    const unsigned generation = ++generation_;
+    const auto current = [&] { return generation == generation_; };
+    openFile_ = fileName;
+    failure_ = MidiFailure::none;
+    closeSong();
+    if (!current()) return;
+    state_.midiLength = 0;
+    if (!attempt(MidiFailure::fileNotPlayable, [&] { fileName = ExtractMidi(fileName); }) ||
+        !attempt(MidiFailure::interfaceNotInitialised, [&] { Initialize(); }))
+        return;
+    doEvents_();
+    if (current()) ReadFile(fileName);
+    if (!current()) return;
+    attempt(MidiFailure::fileNotPlayable, [&] { loadSegment(); });
+    applySettings();
+    if (!current()) return;
+    state_.midiLoaded = asFlag(true);
+    if (!loaded()) closeSong();  // nothing to hold the port for
+}
+
+std::string MidiBackground::ExtractMidi(const std::string& fileName) {
+    state_.midiSettingsBlock.clear();
+    SongFile song{fileName, readSongFile(fileName)};
+    const auto container = splitContainer(song.bytes);
+    const std::string temporary = names_.temporaryMidiFile();
+    std::error_code error;
+    // Who opens the temporary file itself keeps it; a player does not mind what stands behind a song.
+    const bool isTemporary = std::filesystem::equivalent(toPath(fileName), toPath(temporary), error);
+    if (container) {
+        state_.midiSettingsBlock = container->settings;
+        song.name = temporary;
+        if (!isTemporary) {
+            song.bytes.resize(container->song.size());
+            writeSongFile(temporary, song.bytes);
+        }
+    } else if (!isTemporary) {
+        removeSongFile(temporary);
+    }
+    extracted_ = std::move(song);
+    return extracted_.name;
+}
+
+void MidiBackground::ReadFile(const std::string& fileName) {
+    SongFile song = std::exchange(extracted_, {});
+    if (song.name != fileName) {
+        song.bytes.clear();
+        attempt(MidiFailure::fileNotPlayable, [&] { song.bytes = readSongFile(fileName); });
+    }
+    state_.midiBytes = std::move(song.bytes);
+    readChannels(state_.midiBytes, state_, doEvents_);
+}
+
+void MidiBackground::ReadMidi(std::string_view block, const std::function<void(double)>& setTone) {
+    attempt(MidiFailure::operationNotApplied, [&] {
+        readStoredChannels(block, [&](const StoredChannel& stored) {
+            setTone(stored.tone);
+            state_.fileSettingsFound = true;
+            if (stored.channel != kPercussionChannel)
+                SetSingleChannel(stored.channel, stored.on, stored.volume, stored.balance, stored.instrument);
+        });
+    });
+}
+
+void MidiBackground::loadSegment() {
+    const auto segment = music_.loadSegment(state_.midiBytes);
+    performance_->download(segment);
+    state_.midiLength = static_cast<float>(segment->length());
+    state_.deviceOpen = true;
+}
+
+void MidiBackground::applySettings() {
+    const auto apply = [this](auto action) { attempt(MidiFailure::operationNotApplied, action); };
+    apply([&] { performance_->setMasterTempo(1.0); });
+    // The container's settings are not applied: the channels are as the song itself sets them.
+    ReadMidi({}, [](double) {});
+    ApplyChannelSettings();
+    apply([&] { SetMidiVolume(); });
+    apply(updateChannels);
+    transpose(run_.key);
+}
+
+void MidiBackground::reopen() {
+    if (openFile_.empty()) return;
+    auto wanted = state_.ChannelInfo;
+    std::string fileName = openFile_;
+    const unsigned generation = generation_ + 1;
+    OpenMidi(fileName);
+    if (generation != generation_) return;
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
+        const InitialSettings& initial = state_.InitialChannel[c];
+        wanted[c].instrumentChanged = asFlag(wanted[c].instrument != initial.instrument);
+        wanted[c].volumeChanged = asFlag(wanted[c].volume != initial.volume);
+        wanted[c].balanceChanged = asFlag(wanted[c].balance != initial.balance);
+    }
+    state_.ChannelInfo = wanted;
+    ApplyChannelSettings();
+    updateChannels();
+}
+
+bool MidiBackground::PlayMidi() {
+    failure_ = MidiFailure::none;
+    return loaded() && attempt(MidiFailure::fileNotPlayable, [&] { performance_->playSegment(); });
+}
+
+void MidiBackground::StopMidi() {
+    if (loaded()) attempt(MidiFailure::operationNotApplied, [&] { performance_->stop(); });
+}
+
+void MidiBackground::CloseDevice() {
+    ++generation_;
+    openFile_.clear();
+    closeSong();
+}
+
+void MidiBackground::close() {
+    CloseDevice();
+    updateChannels();
+}
+
+// Taken out first: what a window event opens meanwhile is not closed.
+void MidiBackground::closeSong() {
+    if (!performance_) return;
+    auto performance = std::move(performance_);
+    state_.deviceOpen = false;
+    const auto apply = [this](auto action) {
+        attempt(MidiFailure::operationNotApplied, action);
+        doEvents_();
+    };
+    apply([&] { performance->stop(); });
+    doEvents_();
+    apply([&] { performance->unload(); });
+    apply([&] { performance->closeDown(kChannelGroups); });
+    apply([&] { performance.reset(); });
+}
+
+}  // namespace melvane
