@@ -4,11 +4,11 @@
 
 #include "app/environment.h"
 #include "app/main_sliders.h"
-#include "midi/midi_background.h"
 #include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
+#include "midi/midi_background.h"
 #include "settings/settings_store.h"
 #include "state/mix_state.h"
 

@@ -85,11 +85,10 @@ void frmChann::addStrip(std::int16_t channel) {
     onoff_[c]->setObjectName(QStringLiteral("onoff%1").arg(c));
     connect(onoff_[c], &ChannelToggle::clicked, this, [this, channel] { onoff_Click(channel); });
     const Track balance = channelBalanceTrack(channel);
-    bl_[c] = addKnob("bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
-                     channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
-                     [this, channel](std::int16_t value) {
-                         guarded(dialogs_, [&] { midi_.setChannelBalance(channel, value); });
-                     });
+    bl_[c] = addKnob(
+        "bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
+        channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
+        [this, channel](std::int16_t value) { guarded(dialogs_, [&] { midi_.setChannelBalance(channel, value); }); });
     vol_[c] = addKnob("vol", channel,
                       {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
                       kChannelVolumeScale, &ChannelSettings::volume, kNeutralVolume,

@@ -10,6 +10,7 @@ namespace melvane::engine {
 
 namespace {
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 // How long an encoder may take nothing, once its input was ended, before it is ended itself.
 constexpr auto kFinishPatience = 30s;
 // How often the patience is looked at.
@@ -156,21 +157,32 @@ void Capture::feedEncoder(std::span<const std::byte> bytes) {
         headerWritten_ = true;
         feedEncoder(streamedWavHeader());
     }
-    auto lastProgress = std::chrono::steady_clock::now();
+    auto lastProgress = Clock::now();
     while (!bytes.empty() && encoder_.running()) {
         const std::size_t taken = encoder_.write(bytes, kWritePatience);
         bytes = bytes.subspan(taken);
-        const auto now = std::chrono::steady_clock::now();
+        const auto now = Clock::now();
         if (taken > 0 || capturing_) lastProgress = now;
         if (now - lastProgress > kFinishPatience) encoder_.kill();
     }
 }
 
+// An encoder that goes before it has read everything shows as failed only while its input is open.
+void Capture::waitUntilRead() {
+    auto limit = Clock::now() + kFinishPatience;
+    for (std::size_t unread = encoder_.unread(); unread > 0 && encoder_.running() && Clock::now() < limit;) {
+        std::this_thread::sleep_for(1ms);
+        if (encoder_.unread() < unread) limit = Clock::now() + kFinishPatience;
+        unread = encoder_.unread();
+    }
+}
+
 void Capture::finishEncoder() {
     if (!headerWritten_) feedEncoder({});
+    waitUntilRead();
     encoder_.closeInput();
-    const auto limit = std::chrono::steady_clock::now() + kFinishPatience;
-    while (encoder_.running() && std::chrono::steady_clock::now() < limit) std::this_thread::sleep_for(1ms);
+    const auto limit = Clock::now() + kFinishPatience;
+    while (encoder_.running() && Clock::now() < limit) std::this_thread::sleep_for(1ms);
     encoder_.kill();
 }
 

@@ -64,6 +64,7 @@ private:
     void closeDevices();
     void deliver(const std::vector<float>& block);
     void feedEncoder(std::span<const std::byte> bytes);
+    void waitUntilRead();
     void finishEncoder();
 
     Handle handle_ = 0;

@@ -29,7 +29,10 @@ public:
     // Capture thread. Waits for the child to take the bytes; returns how many it took when `patience` is over
     // or it has gone. A child that has closed its input is ended.
     std::size_t write(std::span<const std::byte> bytes, std::chrono::milliseconds patience);
-    // Capture thread: the child sees the end of its input.
+    // Capture thread: how many of the bytes written the child hasn't read yet.
+    std::size_t unread() const;
+    // Capture thread: the child sees the end of its input. What it hadn't read by then, it may leave unread and still
+    // be taken for finished.
     void closeInput();
     // Ends the child at once.
     void kill();

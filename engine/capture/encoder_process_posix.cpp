@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -106,6 +107,11 @@ std::size_t EncoderProcess::write(std::span<const std::byte> bytes, std::chrono:
         }
     }
     return done;
+}
+
+std::size_t EncoderProcess::unread() const {
+    int bytes = 0;
+    return pipe_ >= 0 && ioctl(pipe_, FIONREAD, &bytes) == 0 ? static_cast<std::size_t>(bytes) : 0;
 }
 
 void EncoderProcess::closeInput() {
