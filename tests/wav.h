@@ -8,27 +8,20 @@
 
 namespace melvane::test {
 
-inline void appendNumber(std::string& bytes, std::uint32_t value, int size) {
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+inline std::string little(std::uint64_t value, int bytes) {
+    std::string text;
+    for (; bytes > 0; --bytes, value >>= 8) text.push_back(static_cast<char>(value & 0xFF));
+    return text;
 }
 
 // 44100 Hz, 16-bit, stereo.
 inline std::string wavFile(const Sound& sound) {
-    const auto size = static_cast<std::uint32_t>(sound.size() * 2);
-    std::string bytes = "RIFF";
-    appendNumber(bytes, size + 36, 4);
-    bytes += "WAVEfmt ";
-    appendNumber(bytes, 16, 4);
-    appendNumber(bytes, 1, 2);
-    appendNumber(bytes, 2, 2);
-    appendNumber(bytes, kSampleRate, 4);
-    appendNumber(bytes, kSampleRate * 4, 4);
-    appendNumber(bytes, 4, 2);
-    appendNumber(bytes, 16, 2);
-    bytes += "data";
-    appendNumber(bytes, size, 4);
+    const std::uint64_t size = sound.size() * 2;
+    std::string bytes = "RIFF" + little(size + 36, 4) + "WAVEfmt " + little(16, 4) + little(1, 2) + little(2, 2) +
+                        little(kSampleRate, 4) + little(kSampleRate * 4, 4) + little(4, 2) + little(16, 2) + "data" +
+                        little(size, 4);
     for (const float sample : sound)
-        appendNumber(bytes, static_cast<std::uint32_t>(std::lrint(static_cast<double>(sample) * 32768)), 2);
+        bytes += little(static_cast<std::uint64_t>(std::lrint(static_cast<double>(sample) * 32768)), 2);
     return bytes;
 }
 
