@@ -83,27 +83,16 @@ double analogueGainAt(const ParametricEqRecord& band, double hertz) {
 }
 
 TEST(ParametricEq, FollowsTheAnalogueBand) {
-    for (const auto centre : {80.F, 125.F, 170.F, 310.F, 600.F, 1e3F, 3e3F, 6e3F, 12e3F, 14e3F, 16e3F})
-        for (const auto gain : {-15.F, -10.F, -6.F, -1.F, 2.F, 5.F, 10.F, 15.F}) {
-            const ParametricEqRecord band{.fCenter = centre, .fBandwidth = 18, .fGain = gain};
-            const Sound response = through(band, impulse(12000));
-            EXPECT_NEAR(gainAt(response, static_cast<double>(centre)), static_cast<double>(gain), 0.05) << centre;
-            for (double hertz = 20; hertz <= 15000; hertz *= 1.2)
-                ASSERT_NEAR(gainAt(response, hertz), analogueGainAt(band, hertz), 0.5)
-                    << centre << " Hz " << gain << " dB at " << hertz;
-        }
-}
-
-TEST(ParametricEq, ACutIsTheInverseOfItsBoost) {
-    const Sound sound = noise16(30000, 1);
-    for (const auto centre : {80.F, 1e3F, 16e3F})
-        for (const auto bandwidth : {1.F, 18.F, 36.F}) {
-            ParametricEqRecord band{.fCenter = centre, .fBandwidth = bandwidth, .fGain = 12};
-            Sound both = through(band, sound);
-            band.fGain = -12;
-            both = through(band, both);
-            for (std::size_t i = 0; i < sound.size(); ++i) ASSERT_NEAR(both[i], sound[i], 1e-5) << centre;
-        }
+    for (const auto centre : {80.F, 125.F, 600.F, 3e3F, 12e3F, 14e3F, 16e3F})
+        for (const auto gain : {-15.F, -6.F, 2.F, 15.F})
+            for (const auto bandwidth : {6.F, 18.F, 24.F}) {
+                const ParametricEqRecord band{.fCenter = centre, .fBandwidth = bandwidth, .fGain = gain};
+                const Sound response = through(band, impulse(24000));
+                EXPECT_NEAR(gainAt(response, static_cast<double>(centre)), static_cast<double>(gain), 0.05) << centre;
+                for (double hertz = 20; hertz <= 15000; hertz *= 1.2)
+                    ASSERT_NEAR(gainAt(response, hertz), analogueGainAt(band, hertz), 0.5)
+                        << centre << " Hz " << gain << " dB " << bandwidth << " at " << hertz;
+            }
 }
 
 // --- echo ---
@@ -177,18 +166,6 @@ TEST(ModulatedDelay, SweepsAsSet) {
     expectSweep<FlangerRecord>(60, 10, kWaveformTriangle, 4, 1);
 }
 
-TEST(ModulatedDelay, ANewRateGoesOnFromThePhaseThatIsReached) {
-    ChorusRecord record{100, 50, 0, 2, kWaveformSine, 10, kPhaseZero};
-    std::vector<Change> changes = {{0, record}};
-    for (std::size_t i = 1; i < 8; ++i) {
-        record.fFrequency = i % 2 == 0 ? 2 : 7;
-        changes.push_back({i * 10007, record});
-    }
-    const std::vector<double> read = delays(changes, 90000, 0);
-    for (std::size_t i = 1000; i < read.size(); ++i)
-        ASSERT_NEAR(read[i], read[i - 1], 441 * 0.5 * 2 * std::numbers::pi * 7 / kSampleRate + 0.05) << i;
-}
-
 TEST(ModulatedDelay, FeedsBackWithItsSign) {
     for (const float feedback : {50.F, -50.F, -99.F}) {
         const Sound out = through(FlangerRecord{100, 0, feedback, 0, kWaveformSine, 2.5F, 2}, impulse(2000));
@@ -260,6 +237,7 @@ TEST(Reverb, IsAsLoudAsTheDrySoundAndSmoothAndWide) {
 
     const Sound click = impulse(3 * kSampleRate);
     const Sound tail = difference(through(ReverbRecord{.fReverbTime = 3000, .fHighFreqRTRatio = 0.999F}, click), click);
+    EXPECT_NEAR(10 * std::log10(power(tail, 0, 900) / power(tail, 900, 900)), 0, 3) << "it begins at once";
     double both = 0;
     for (std::size_t i = 44100; i < 88200; ++i)
         both += static_cast<double>(tail[2 * i]) * static_cast<double>(tail[2 * i + 1]);

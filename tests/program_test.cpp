@@ -6,10 +6,10 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QUrl>
-#include <fstream>
 #include <numeric>
 #include <optional>
 #include <set>
+#include <sstream>
 
 #include "controls/switch.h"
 #include "controls/window_layout.h"
@@ -49,25 +49,15 @@ private:
     std::optional<Child> server_;
 };
 
-// Programs that this one started and that have not ended, by name.
-std::multiset<std::string> children() {
+// Threads of this program, but for the toolkit's own, which come when they are needed and stay, and programs that it
+// started and that have not ended, by name.
+std::multiset<std::string> running() {
     std::multiset<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream status(entry.path() / "status");
-        std::string name;
-        for (std::string line; std::getline(status, line);) {
-            if (line.starts_with("Name:")) name = line.substr(6);
-            if (line == "PPid:\t" + std::to_string(getpid())) names.insert(name);
-        }
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        if (const std::string name = readFile(thread.path() / "comm"); !name.starts_with('Q')) names.insert(name);
+        std::istringstream children(readFile(thread.path() / "children"));
+        for (std::string child; children >> child;) names.insert(readFile("/proc/" + child + "/comm"));
     }
-    return names;
-}
-
-// But for the toolkit's own, which come when they are needed and stay.
-std::multiset<std::string> threads() {
-    std::multiset<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
-        if (const std::string name = readFile(entry.path() / "comm"); !name.starts_with('Q')) names.insert(name);
     return names;
 }
 
@@ -81,8 +71,7 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
     void SetUp() override {
         if (QGuiApplication::platformName() != QStringLiteral("xcb")) GTEST_SKIP() << "Xvfb is not installed";
         ASSERT_TRUE(server.ready());
-        started = children();
-        threadsAtStart = threads();
+        runningBefore = running();
         start(libraryFile, names, [](AudioLibrary& library) {
             music::Music made = music::createMusic(library, {});
             return Instruments{std::move(made.system), std::move(made.mixer)};
@@ -106,8 +95,7 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
         SettingsStore(written).load(stored);
         EXPECT_TRUE(stored == kept) << readFile(dir / "registry.json");
         EXPECT_TRUE(stored.position);
-        EXPECT_EQ(children(), started);
-        EXPECT_EQ(threads(), threadsAtStart);
+        EXPECT_EQ(running(), runningBefore);
         EXPECT_EQ(dialogs.boxes, std::vector<std::string>());
         return stored;
     }
@@ -171,8 +159,7 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
     SoundServerProcess server;
     LibraryFile libraryFile;
     const LocalFileNames names;
-    std::multiset<std::string> started;
-    std::multiset<std::string> threadsAtStart;
+    std::multiset<std::string> runningBefore;
 };
 
 // Of half a second.

