@@ -85,7 +85,7 @@ double analogueGainAt(const ParametricEqRecord& band, double hertz) {
 TEST(ParametricEq, FollowsTheAnalogueBand) {
     for (const auto centre : {80.F, 125.F, 600.F, 3e3F, 12e3F, 14e3F, 16e3F})
         for (const auto gain : {-15.F, -6.F, 2.F, 15.F})
-            for (const auto bandwidth : {6.F, 18.F, 24.F}) {
+            for (const auto bandwidth : {6.F, 18.F}) {
                 const ParametricEqRecord band{.fCenter = centre, .fBandwidth = bandwidth, .fGain = gain};
                 const Sound response = through(band, impulse(24000));
                 EXPECT_NEAR(gainAt(response, static_cast<double>(centre)), static_cast<double>(gain), 0.05) << centre;
