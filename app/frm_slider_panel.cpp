@@ -38,37 +38,44 @@ void SliderPanel::addVolumes(QWidget* window) {
         addText(window, kSourceTexts[i], kColumnName.translated(centre, 0), kSources[i]);
         const SliderPlace place{Qt::Vertical, kVolumeTrack, centre, kFader, kVolumeTrack.last};
         const SliderValue value{kVolumeScale, [](double percent) { return QStringLiteral("%1 %").arg(percent); }};
-        volm_[i] = add(new Slider(window, place, kSources[i], value), i == 0 ? "volm0" : "volm1", [this, i](int top) {
-            mixer_.sliders().setVolume(i, static_cast<std::int16_t>(kVolumeScale(top)));
-        });
+        volm_[i] =
+            add(new Slider(window, place, kSources[i], value), i == 0 ? "volm0" : "volm1",
+                [this, i](double top) { mixer_.sliders().setVolume(i, static_cast<std::int16_t>(kVolumeScale(top))); });
     }
 }
 
 void SliderPanel::addSync(QWidget* window) {
     addText(window, OwnText::syncColumn, kColumnName.translated(kSyncCentre, 0), Accent::voice);
     const SliderPlace place{Qt::Vertical, kSyncTrack, kSyncCentre, kFader, kSyncTrack.neutral};
-    const auto offset = [this](int top) { return syncAt(top, mixer_.run().syncOffset); };
+    const auto offset = [this](double top) { return syncAt(top, mixer_.run().syncOffset); };
     const SliderValue value{offset, [](double seconds) { return signedText(seconds, 2) + QStringLiteral(" s"); }};
     // Only a reset leads back to no offset, as the track's centre leaves the offset alone.
     snc_ = add(
         new Slider(window, place, Accent::voice, value), "snc",
-        [this, offset](int top) { mixer_.sliders().setSync(offset(top)); }, [this] { mixer_.sliders().setSync(0); });
+        [this, offset](double top) { mixer_.sliders().setSync(offset(top)); }, [this] { mixer_.sliders().setSync(0); });
 }
 
 void SliderPanel::addKey(QWidget* window) {
-    const SliderPlace place{Qt::Horizontal, kKeyTrack, kKeyCentre, kKeyKnob, kKeyTrack.neutral};
-    const SliderValue value{kKeyScale, [](double semitones) { return signedText(semitones, 1); }};
+    const SliderPlace place{Qt::Horizontal,
+                            kKeyTrack,
+                            kKeyCentre,
+                            kKeyKnob,
+                            kKeyTrack.neutral,
+                            true,
+                            {kSemitone, kTenthOfSemitone, kKeyPage}};
+    const SliderValue value{keyAt, [](double semitones) { return signedText(semitones, 1); }};
     tone_ = add(new Slider(window, place, Accent::song, value), "tone",
-                [this](int left) { mixer_.sliders().setKey(kKeyScale(left)); });
+                [this](double left) { mixer_.sliders().setKey(keyAt(left)); });
     addText(window, OwnText::keyColumn, kKeyName, Accent::song);
     par_ = addCaption(window, kKeyReadout, Accent::song);
     par_->setObjectName(QStringLiteral("par"));
 }
 
-Slider* SliderPanel::add(Slider* slider, const char* name, std::function<void(int)> move, std::function<void()> reset) {
+Slider* SliderPanel::add(Slider* slider, const char* name, std::function<void(double)> move,
+                         std::function<void()> reset) {
     slider->setObjectName(QLatin1String(name));
     if (!reset) reset = [move, neutral = slider->track().neutral] { move(neutral); };
-    connect(slider, &Slider::moved, this, [this, move = std::move(move)](int position) {
+    connect(slider, &Slider::moved, this, [this, move = std::move(move)](double position) {
         guarded(environment_.dialogs, [&] { move(position); });
         showKey();
     });
@@ -87,7 +94,7 @@ void SliderPanel::place() {
     for (std::size_t i = 0; i < volm_.size(); ++i)
         volm_[i]->setPosition(kVolumeScale.positionOf(mixer_.settings().volume[i]));
     snc_->setPosition(kSyncScale.positionOf(mixer_.run().syncOffset));
-    tone_->setPosition(kKeyScale.positionOf(mixer_.run().key));
+    tone_->setPosition(kKeyScale.exactPositionOf(mixer_.run().key));
     showKey();
 }
 

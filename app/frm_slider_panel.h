@@ -26,7 +26,7 @@ private:
     void addVolumes(QWidget* window);
     void addSync(QWidget* window);
     void addKey(QWidget* window);
-    Slider* add(Slider* slider, const char* name, std::function<void(int)> move, std::function<void()> reset = {});
+    Slider* add(Slider* slider, const char* name, std::function<void(double)> move, std::function<void()> reset = {});
     void addText(QWidget* window, OwnText text, const QRect& place, Accent accent);
     void showKey();
 

@@ -25,13 +25,21 @@ constexpr int kLighter = 118;  // percent
 constexpr int kDarker = 115;
 constexpr int kBubbleGap = 6;
 constexpr int kReadMs = 1500;
-constexpr int kPage = 10;
 constexpr int kWholeTrack = 1 << 16;
+constexpr double kPull = 1;  // units around a whole step, at which a drag rests on it
+constexpr double kSamePlace = 1e-6;
 
-// Units up or to the right.
-constexpr std::pair<int, int> kSteps[] = {
-    {Qt::Key_Up, 1},         {Qt::Key_Right, 1},         {Qt::Key_Down, -1},         {Qt::Key_Left, -1},
-    {Qt::Key_PageUp, kPage}, {Qt::Key_PageDown, -kPage}, {Qt::Key_End, kWholeTrack}, {Qt::Key_Home, -kWholeTrack}};
+// Steps up or to the right.
+constexpr std::pair<int, int> kKeys[] = {{Qt::Key_Up, 1},    {Qt::Key_Right, 1},         {Qt::Key_Down, -1},
+                                         {Qt::Key_Left, -1}, {Qt::Key_End, kWholeTrack}, {Qt::Key_Home, -kWholeTrack}};
+
+int stepsOf(const QKeyEvent& event, int page) {
+    if (event.key() == Qt::Key_PageUp) return page;
+    if (event.key() == Qt::Key_PageDown) return -page;
+    const auto* found =
+        std::find_if(std::begin(kKeys), std::end(kKeys), [&](const auto& row) { return row.first == event.key(); });
+    return found == std::end(kKeys) ? 0 : found->second;
+}
 
 }  // namespace
 
@@ -43,9 +51,10 @@ Slider::Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderV
       position_(place.track.neutral),
       bubble_(new QLabel(window)) {
     installSliderAccess();
-    layOut(
-        this,
-        knobAt(place.track.first).united(knobAt(place.track.last)).marginsAdded({kMargin, kMargin, kMargin, kMargin}));
+    layOut(this, knobAt(place.track.first)
+                     .united(knobAt(place.track.last))
+                     .toRect()
+                     .marginsAdded({kMargin, kMargin, kMargin, kMargin}));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     bubble_->setObjectName(QStringLiteral("bubble"));
@@ -56,11 +65,11 @@ Slider::Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderV
     connect(&hideBubble_, &QTimer::timeout, bubble_, &QWidget::hide);
 }
 
-void Slider::setPosition(int position) {
+void Slider::setPosition(double position) {
     if (place(position)) tellValue();
 }
 
-bool Slider::place(int position) {
+bool Slider::place(double position) {
     position = onTrack(place_.track, position);
     if (position == position_) return false;
     position_ = position;
@@ -74,15 +83,26 @@ void Slider::tellValue() {
     QAccessible::updateAccessibility(&change);
 }
 
-void Slider::moveTo(int position) {
+void Slider::moveTo(double position) {
     if (!place(position)) return;
     Q_EMIT moved(position_);
     tellValue();
 }
 
-void Slider::step(int units) {
-    moveTo(position_ + (isVertical() ? -units : units));
+// To the step that is so many away from the last one on the way there.
+void Slider::step(int steps, bool fine) {
+    const double length = fine ? place_.steps.fine : place_.steps.whole;
+    const double at = (position_ - place_.track.neutral) / length;
+    const int along = isVertical() ? -steps : steps;
+    const double from = along > 0 ? std::floor(at + kSamePlace) : std::ceil(at - kSamePlace);
+    moveTo(place_.track.neutral + (from + along) * length);
     showValue(true);
+}
+
+double Slider::rested(double position) const {
+    const double length = place_.steps.whole;
+    const double whole = place_.track.neutral + std::round((position - place_.track.neutral) / length) * length;
+    return std::abs(position - whole) < kPull ? whole : position;
 }
 
 void Slider::reset() {
@@ -92,14 +112,14 @@ void Slider::reset() {
     showValue(true);
 }
 
-QRect Slider::knobAt(int position) const {
-    const int edge = place_.centre - (isVertical() ? place_.knob.width() : place_.knob.height()) / 2;
-    return {isVertical() ? QPoint(edge, position) : QPoint(position, edge), place_.knob};
+QRectF Slider::knobAt(double position) const {
+    const double edge = place_.centre - (isVertical() ? place_.knob.width() : place_.knob.height()) / 2;
+    return {isVertical() ? QPointF(edge, position) : QPointF(position, edge), place_.knob};
 }
 
-QRectF Slider::grooveBetween(int one, int other) const {
-    const QPointF from = QRectF(knobAt(one)).center();
-    const QPointF to = QRectF(knobAt(other)).center();
+QRectF Slider::grooveBetween(double one, double other) const {
+    const QPointF from = knobAt(one).center();
+    const QPointF to = knobAt(other).center();
     constexpr qreal kHalf = kGroove / 2;
     return QRectF(from, to).normalized().adjusted(-kHalf, -kHalf, kHalf, kHalf);
 }
@@ -130,7 +150,8 @@ void Slider::drawGroove(QPainter& painter) const {
 
 void Slider::drawKnob(QPainter& painter) const {
     const PartColours colours = partColours(*this, accent_, grip_.has_value());
-    const QRectF knob = knobAt(position_);
+    // Edges are sharp on whole pixels.
+    const QRectF knob = knobAt(std::round(position_ * zoomFactor()) / zoomFactor());
     const QRectF face = knob.adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0, 0, 0, kShadow));
@@ -169,7 +190,8 @@ void Slider::mousePressEvent(QMouseEvent* event) {
 
 void Slider::mouseMoveEvent(QMouseEvent* event) {
     if (!grip_) return;
-    moveTo(static_cast<int>(std::lround(along(unzoomed(event->position())) - *grip_)));
+    const double to = std::round(along(unzoomed(event->position())) - *grip_);
+    if (to != std::round(position_)) moveTo(rested(to));
     showValue(false);
 }
 
@@ -185,14 +207,12 @@ void Slider::wheelEvent(QWheelEvent* event) {
     wheel_ += event->angleDelta().y();
     const int steps = wheel_ / QWheelEvent::DefaultDeltasPerStep;
     wheel_ -= steps * QWheelEvent::DefaultDeltasPerStep;
-    if (steps != 0) step(steps);
+    if (steps != 0) step(steps, event->modifiers().testFlag(Qt::ShiftModifier));
 }
 
 void Slider::keyPressEvent(QKeyEvent* event) {
-    const auto* found =
-        std::find_if(std::begin(kSteps), std::end(kSteps), [&](const auto& row) { return row.first == event->key(); });
-    if (found != std::end(kSteps))
-        step(found->second);
+    if (const int steps = stepsOf(*event, place_.steps.page); steps != 0)
+        step(steps, event->modifiers().testFlag(Qt::ShiftModifier));
     else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace)
         reset();
     else
@@ -217,7 +237,7 @@ void Slider::release() {
 void Slider::showValue(bool briefly) {
     bubble_->setText(valueText());
     bubble_->adjustSize();
-    const QRect knob = zoomed(knobAt(position_));
+    const QRect knob = zoomed(knobAt(position_).toRect());
     const int gap = zoomed(kBubbleGap);
     QRect bubble = bubble_->rect();
     bubble.moveCenter(knob.center());

@@ -12,6 +12,14 @@
 
 namespace melvane {
 
+// How far a slider goes at a time, in units from its neutral position on. A drag goes by units, and rests on the whole
+// steps that it passes.
+struct SliderSteps {
+    double whole = 1;  // an arrow key, a notch of the wheel
+    double fine = 1;   // the same with Shift
+    int page = 10;     // steps of Page Up and Down
+};
+
 // Where a slider is; everything in units of its window.
 struct SliderPlace {
     Qt::Orientation direction;
@@ -20,11 +28,12 @@ struct SliderPlace {
     QSize knob;
     int zero;            // position that stands for nothing: the groove is filled from there to the knob
     bool groove = true;  // false: the window draws what lies behind the knob
+    SliderSteps steps = {};
 };
 
 // What the positions stand for.
 struct SliderValue {
-    std::function<double(int position)> at;  // rises or falls along the track
+    std::function<double(double position)> at;  // rises or falls along the track
     std::function<QString(double value)> text;
 };
 
@@ -36,21 +45,22 @@ public:
     Slider(QWidget* window, const SliderPlace& place, Accent accent, SliderValue value);
 
     const Track& track() const { return place_.track; }
+    const SliderSteps& steps() const { return place_.steps; }
     // Of the knob's top or left edge in the window.
-    int position() const { return position_; }
+    double position() const { return position_; }
     // Goes there, or to the nearer end of the track; tells nobody.
-    void setPosition(int position);
+    void setPosition(double position);
     // The same as from the user: tells when the position changed.
-    bool place(int position);
+    bool place(double position);
     void tellValue();
-    void moveTo(int position);
+    void moveTo(double position);
 
-    double valueAt(int position) const { return value_.at(position); }
+    double valueAt(double position) const { return value_.at(position); }
     QString valueText() const { return value_.text(value_.at(position_)); }
 
 Q_SIGNALS:
     // The user moved the knob. Only when the position changed.
-    void moved(int position);
+    void moved(double position);
     // The user asked for the neutral value; the knob is at its neutral position already.
     void resetWanted();
 
@@ -69,12 +79,13 @@ protected:
 private:
     bool isVertical() const { return place_.direction == Qt::Vertical; }
     double along(const QPointF& point) const { return isVertical() ? point.y() : point.x(); }
-    QRect knobAt(int position) const;
-    QRectF grooveBetween(int one, int other) const;
+    QRectF knobAt(double position) const;
+    QRectF grooveBetween(double one, double other) const;
     void drawGroove(QPainter& painter) const;
     void drawKnob(QPainter& painter) const;
     void drawGrip(QPainter& painter, const QRectF& knob, const QColor& colour) const;
-    void step(int units);
+    double rested(double position) const;
+    void step(int steps, bool fine);
     void reset();
     void release();
     void showValue(bool briefly);
@@ -82,7 +93,7 @@ private:
     SliderPlace place_;
     Accent accent_;
     SliderValue value_;
-    int position_;
+    double position_;
     std::optional<double> grip_;  // while dragged: where the mouse is, seen from the position
     int wheel_ = 0;               // turned, but not yet a whole step
     QLabel* bubble_;              // shows the value beside the knob

@@ -26,17 +26,20 @@ public:
     QVariant minimumValue() const override { return std::min(atFirst(), atLast()); }
     QVariant maximumValue() const override { return std::max(atFirst(), atLast()); }
     QVariant minimumStepSize() const override {
-        return std::abs(atLast() - atFirst()) / (slider_.track().last - slider_.track().first);
+        return std::abs(atLast() - atFirst()) / (slider_.track().last - slider_.track().first) * slider_.steps().fine;
     }
     void setCurrentValue(const QVariant& value) override { slider_.moveTo(nearest(value.toDouble())); }
 
 private:
     double atFirst() const { return slider_.valueAt(slider_.track().first); }
     double atLast() const { return slider_.valueAt(slider_.track().last); }
-    int nearest(double value) const {
-        int best = slider_.track().first;
-        for (int position = best; position <= slider_.track().last; ++position)
-            if (std::abs(slider_.valueAt(position) - value) < std::abs(slider_.valueAt(best) - value)) best = position;
+    double nearest(double value) const {
+        const auto [first, last, neutral] = slider_.track();
+        const double fine = slider_.steps().fine;
+        double best = first;
+        for (double step = std::round((first - neutral) / fine); neutral + step * fine < last + fine / 2; ++step)
+            if (std::abs(slider_.valueAt(neutral + step * fine) - value) < std::abs(slider_.valueAt(best) - value))
+                best = neutral + step * fine;
         return best;
     }
 

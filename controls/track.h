@@ -12,8 +12,8 @@ struct Track {
     int neutral;  // where a double click puts the slider
 };
 
-inline int onTrack(const Track& track, int position) {
-    return std::clamp(position, track.first, track.last);
+inline double onTrack(const Track& track, double position) {
+    return std::clamp<double>(position, track.first, track.last);
 }
 
 }  // namespace melvane

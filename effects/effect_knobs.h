@@ -1,9 +1,10 @@
 // The knobs of the effects window: where they go, and the values that their positions stand for.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
-#include <cstdlib>
 
 #include "controls/track.h"
 #include "state/scale.h"
@@ -27,8 +28,8 @@ constexpr Scale balanceReadout(std::size_t index) {
     return {kBalanceTracks[index].neutral, 10, 32, Fraction::kept};
 }
 // Red of the bar behind the knob, 0..255.
-inline int balanceRed(std::size_t index, int left) {
-    return std::min(255, 8 * std::abs(left - kBalanceTracks[index].neutral));
+inline int balanceRed(std::size_t index, double left) {
+    return std::min(255, static_cast<int>(8 * std::abs(left - kBalanceTracks[index].neutral)));
 }
 
 }  // namespace melvane

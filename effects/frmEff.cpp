@@ -107,7 +107,7 @@ void frmEff::addEffects() {
             "ef", i + 1,
             {Qt::Vertical, kLevelTrack, kEffectName.x() + kEffectStep / 2 + step, kLevelKnob, kLevelTrack.first},
             Accent::voice, {kLevelScale, [](double level) { return QStringLiteral("%1 %").arg(level); }},
-            [this, i](int top) { effects_.setEffectLevel(i, static_cast<std::int16_t>(kLevelScale(top))); });
+            [this, i](double top) { effects_.setEffectLevel(i, static_cast<std::int16_t>(kLevelScale(top))); });
     }
 }
 
@@ -115,13 +115,13 @@ void frmEff::addTone(std::size_t index) {
     const std::size_t source = index / 2;
     const bool treble = index % 2 == 1;
     const int middle = kMiddles[source] + (treble ? kToneMiddle : -kToneMiddle);
-    const auto value = [](int top) { return static_cast<std::int16_t>(kToneScale(top)); };
+    const auto value = [](double top) { return static_cast<std::int16_t>(kToneScale(top)); };
     addText(treble ? OwnText::treble : OwnText::bass, kToneName.translated(middle, 0), kSources[source]);
     eq_song_[index] =
         addSlider("eq_song", index, {Qt::Vertical, kToneTrack, middle, kToneKnob, kToneTrack.neutral}, kSources[source],
-                  {[value](int top) { return toneGain(value(top)); },
+                  {[value](double top) { return toneGain(value(top)); },
                    [](double gain) { return signedText(gain, 1) + QStringLiteral(" dB"); }},
-                  [this, index, value](int top) { effects_.setTone(index, value(top)); });
+                  [this, index, value](double top) { effects_.setTone(index, value(top)); });
 }
 
 void frmEff::addBalance(std::size_t index) {
@@ -135,16 +135,17 @@ void frmEff::addBalance(std::size_t index) {
     bbg_[index]->setObjectName(QStringLiteral("bbg%1").arg(index));
     layOut(bbg_[index], kBalanceBar.translated(middle, 0));
     bbg_[index]->setAutoFillBackground(true);
-    bal_[index] = addSlider(
-        "bal", index, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral, false}, kSources[index],
-        {balanceReadout(index), [](double value) { return QString::number(value, 'f', 1); }}, [this, index](int left) {
-            effects_.setBalance(index, static_cast<std::int32_t>(balanceScale(index)(left)));
-            showBalance(index);
-        });
+    bal_[index] =
+        addSlider("bal", index, {Qt::Horizontal, track, kBalanceCentre, kBalanceKnob, track.neutral, false},
+                  kSources[index], {balanceReadout(index), [](double value) { return QString::number(value, 'f', 1); }},
+                  [this, index](double left) {
+                      effects_.setBalance(index, static_cast<std::int32_t>(balanceScale(index)(left)));
+                      showBalance(index);
+                  });
 }
 
 Slider* frmEff::addSlider(const char* name, std::size_t number, const SliderPlace& place, Accent accent,
-                          SliderValue value, std::function<void(int)> move) {
+                          SliderValue value, std::function<void(double)> move) {
     auto* slider = new Slider(this, place, accent, std::move(value));
     slider->setObjectName(QLatin1String(name) + QString::number(number));
     const auto apply = [this, slider, move = std::move(move)] { guarded(dialogs_, [&] { move(slider->position()); }); };
@@ -179,7 +180,7 @@ void frmEff::showPreset() {
 }
 
 void frmEff::showBalance(std::size_t index) {
-    const int left = bal_[index]->position();
+    const double left = bal_[index]->position();
     par_[index]->setText(bal_[index]->valueText());
     QPalette palette = bbg_[index]->palette();
     palette.setColor(QPalette::Window, QColor(balanceRed(index, left), 0, 0));

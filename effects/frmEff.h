@@ -42,7 +42,7 @@ private:
     void addTone(std::size_t index);
     void addBalance(std::size_t index);
     Slider* addSlider(const char* name, std::size_t number, const SliderPlace& place, Accent accent, SliderValue value,
-                      std::function<void(int)> move);
+                      std::function<void(double)> move);
     QLabel* addText(OwnText text, const QRect& place, Accent accent, Qt::Alignment alignment = Qt::AlignCenter);
     void choosePreset(int row);
     void showPreset();

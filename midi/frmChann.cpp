@@ -101,14 +101,14 @@ void frmChann::addStrip(std::int16_t channel) {
 Slider* frmChann::addKnob(const char* name, std::int16_t channel, const SliderPlace& place, const Scale& scale,
                           std::int16_t ChannelSettings::*set, std::int16_t neutral,
                           std::function<void(std::int16_t)> change) {
-    const auto value = [this, channel, scale, set, track = place.track](int position) {
+    const auto value = [this, channel, scale, set, track = place.track](double position) {
         const std::int16_t exact = state_.ChannelInfo[channel].*set;
         return position == onTrack(track, scale.positionOf(exact)) ? exact : scale(position);
     };
     auto* slider = new Slider(this, place, Accent::song, {value, number});
     slider->setObjectName(QLatin1String(name) + QString::number(channel));
     connect(slider, &Slider::moved, this,
-            [scale, change](int position) { change(static_cast<std::int16_t>(scale(position))); });
+            [scale, change](double position) { change(static_cast<std::int16_t>(scale(position))); });
     connect(slider, &Slider::resetWanted, this, [neutral, change = std::move(change)] { change(neutral); });
     addReset(slider);
     return slider;

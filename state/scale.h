@@ -16,14 +16,15 @@ struct Scale {
     Fraction fraction;
 
     // The value of a position.
-    double operator()(int position) const {
-        return whole((position - zero) * units / static_cast<double>(pixels), fraction);
-    }
+    double operator()(double position) const { return whole((position - zero) * units / pixels, fraction); }
     // The position of a value. It is whole, so nothing is kept behind the point; values are far inside an int's range.
     int positionOf(double value) const {
         const Fraction position = fraction == Fraction::cut ? Fraction::cut : Fraction::rounded;
         return zero + static_cast<int>(whole(value * pixels / units, position));
     }
+
+    // Of a knob that may stand between two pixels.
+    double exactPositionOf(double value) const { return zero + value * pixels / units; }
 
 private:
     // Halves are rounded to the even neighbour.

@@ -136,7 +136,7 @@ TEST_F(EffectsFixture, SetEffectsPlacesEverythingAndKeepsItOnTheTracks) {
         std::vector<int> all;
         for (const char* name :
              {"eq_song0", "eq_song1", "eq_song2", "eq_song3", "bal0", "bal1", "ef1", "ef2", "ef3", "ef4"})
-            all.push_back(slider(name).position());
+            all.push_back(static_cast<int>(slider(name).position()));
         return all;
     };
     EXPECT_EQ(positions(), (std::vector{100, 100, 100, 100, 277, 386, 97, 97, 97, 97}));

@@ -75,7 +75,7 @@ TEST_F(ChannelsFixture, KnobsSendWhatTheyStandFor) {
     EXPECT_EQ(sent(), (Words{"sendMidi 10 1 3 176 7 128", "sendMidi 10 1 3 176 7 0", "sendMidi 10 1 3 176 7 129"}));
     drag(slider("bl15"), 0);
     drag(slider("bl15"), 452);
-    for (const char* still : {"bl15", "vol15", "bl0"}) drag(slider(still), slider(still).position());
+    for (const char* still : {"bl15", "vol15", "bl0"}) drag(slider(still), static_cast<int>(slider(still).position()));
     doubleClick(slider("bl15"));
     slider("vol15").actions().at(0)->trigger();
     EXPECT_EQ(sent(), (Words{"sendMidi 0 1 15 176 10 0", "sendMidi 0 1 15 176 10 120", "sendMidi 0 1 15 176 10 64",

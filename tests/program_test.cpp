@@ -62,7 +62,7 @@ std::multiset<std::string> running() {
 }
 
 void turn(Slider& slider) {
-    const int before = slider.position();
+    const int before = static_cast<int>(slider.position());
     drag(slider, before + 10 <= slider.track().last ? before + 10 : before - 10);
     EXPECT_NE(slider.position(), before) << slider.objectName().toStdString();
 }

@@ -38,7 +38,7 @@ TEST_F(SliderFixture, FollowsTheMouseFromWhereItWasTaken) {
     EXPECT_EQ(up.geometry().adjusted(2, 2, -2, -2), QRect(30, 50, 20, 70));
     EXPECT_EQ(across.geometry().adjusted(2, 2, -2, -2), QRect(100, 20, 70, 20));
     for (const auto& [to, reached] : {std::pair(81, 81), {50, 50}, {49, 50}, {200, 110}, {111, 110}, {-90, 50}}) {
-        const int before = up.position();
+        const double before = up.position();
         moved.clear();
         drag(up, to);
         EXPECT_EQ(up.position(), reached);

@@ -27,7 +27,7 @@ inline void clickAt(QWidget& window, const QPoint& point, Qt::MouseButton button
 inline QPoint knobOf(const Slider& slider) {
     constexpr int kInside = 4;
     const QPoint middle = slider.geometry().center();
-    const int inside = zoomed(slider.position() + kInside);
+    const int inside = zoomed(static_cast<int>(slider.position()) + kInside);
     return slider.width() < slider.height() ? QPoint(middle.x(), inside) : QPoint(inside, middle.y());
 }
 
@@ -35,7 +35,7 @@ inline QPoint knobOf(const Slider& slider) {
 inline void drag(Slider& slider, int to, Qt::MouseButton button = Qt::LeftButton) {
     QWindow* window = slider.window()->windowHandle();
     const QPoint from = knobOf(slider);
-    const int way = zoomed(to - slider.position());
+    const int way = zoomed(to - static_cast<int>(slider.position()));
     const QPoint end = from + (slider.width() < slider.height() ? QPoint(0, way) : QPoint(way, 0));
     QTest::mousePress(window, button, {}, from);
     QTest::mouseMove(window, end);
@@ -46,9 +46,9 @@ inline void doubleClick(Slider& slider) {
     QTest::mouseDClick(slider.window()->windowHandle(), Qt::LeftButton, {}, knobOf(slider));
 }
 
-inline void turnWheel(QWidget& widget, int angle) {
+inline void turnWheel(QWidget& widget, int angle, Qt::KeyboardModifiers with = {}) {
     const QPointF middle = QRectF(widget.rect()).center();
-    QWheelEvent event(middle, widget.mapToGlobal(middle), {}, {0, angle}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QWheelEvent event(middle, widget.mapToGlobal(middle), {}, {0, angle}, Qt::NoButton, with, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&widget, &event);
 }
 

@@ -1,8 +1,10 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QImage>
 #include <QSignalSpy>
 #include <functional>
+#include <set>
 
 #include "app/run_messages.h"
 #include "controls/level_meter.h"
@@ -234,7 +236,7 @@ TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
     mixer().run().syncOffset = 0.12F;
     mixer().run().key = -2.5;
     main().DoRest();
-    const auto position = [this](const char* slider) { return find(main(), slider).position(); };
+    const auto position = [this](const char* slider) { return static_cast<int>(find(main(), slider).position()); };
     EXPECT_EQ((std::array{position("volm0"), position("volm1"), position("snc"), position("tone")}),
               (std::array{76, 94, 88, 324}));
     chooseFiles();
@@ -258,6 +260,37 @@ TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
     }
     EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("+0.2"));
     EXPECT_EQ(find(main(), "snc").valueText(), QStringLiteral("-0.60 s"));
+
+    Slider& tone = find(main(), "tone");
+    const auto byKey = [&](Qt::Key which, Qt::KeyboardModifiers with = {}) {
+        QTest::keyClick(&tone, which, with);
+        return key();
+    };
+    EXPECT_EQ(byKey(Qt::Key_Left), 0) << "to the whole semitone beside it";
+    for (const double semitone : {1, 2, 3, 4, 5, 5}) EXPECT_EQ(byKey(Qt::Key_Right), semitone);
+    EXPECT_EQ(library.calls.back(), "BASS_FX_TempoSet 2 -100.000000 0.000000 5.000000");
+    EXPECT_EQ(byKey(Qt::Key_PageDown), 3);
+    EXPECT_EQ(byKey(Qt::Key_Left, Qt::ShiftModifier), 2.9);
+    EXPECT_EQ(byKey(Qt::Key_Down), 2);
+    turnWheel(tone, -360);
+    EXPECT_EQ(key(), -1);
+    turnWheel(tone, 120, Qt::ShiftModifier);
+    EXPECT_EQ(key(), -0.9);
+    EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("-0.9"));
+    main().DoRest();
+    EXPECT_NEAR(tone.position(), 340 - 0.9 * 6.4, 1e-9);
+    QAccessible::queryAccessibleInterface(&tone)->valueInterface()->setCurrentValue(1.9);
+    EXPECT_EQ(key(), 1.9);
+
+    std::set<double> wholes;
+    QTest::mousePress(main().windowHandle(), Qt::LeftButton, {}, knobOf(tone));
+    for (int x = tone.geometry().left() - 9; x < tone.geometry().right() + 9; ++x) {
+        QTest::mouseMove(main().windowHandle(), QPoint(x, knobOf(tone).y()));
+        if (key() == std::round(key())) wholes.insert(key());
+        EXPECT_NEAR(key(), (tone.position() - 340) / 6.4, 1e-6);
+    }
+    QTest::mouseRelease(main().windowHandle(), Qt::LeftButton, {}, knobOf(tone));
+    EXPECT_EQ(wholes, (std::set<double>{-5, -4, -3, -2, -1, 0, 1, 2, 3, 4, 5}));
     for (const char* slider : {"volm0", "volm1", "snc", "tone"}) doubleClick(find(main(), slider));
     EXPECT_EQ(settings.volume, (std::array<std::int16_t, 2>{100, 100}));
     EXPECT_EQ(sync(), 0);
