@@ -330,6 +330,7 @@ void frmMain::refresh() {
         Timer1_.start();
     usePort(running);
     refreshPaths();
+    sliders_->showValues();
     refreshButtons(running);
     refreshStatus(running);
     levels_.show(running);

@@ -82,7 +82,7 @@ void MidiBackground::SetMidiVolume() {
 
 void MidiBackground::transpose(double key) {
     tell([&](MusicPerformance& performance) {
-        const int semitones = roundedCast<int>(key);
+        const int semitones = soundingKey(key);
         for (std::int16_t c = 0; c < kMidiChannels; ++c)
             if (c != kPercussionChannel && state_.ChannelInfo[c].channelNumber != kUnusedChannel)
                 performance.sendTranspose(0, kReferenceTime, lowByte(c), semitones);

@@ -14,6 +14,7 @@
 #include "audio/mod_Mixer.h"
 #include "platform/file_names.h"
 #include "platform/music_performance.h"
+#include "state/errors.h"
 #include "state/midi_state.h"
 #include "state/run_state.h"
 #include "state/settings.h"
@@ -102,6 +103,8 @@ public:
     void MidiRestore();
     // Moves the notes of every used channel but the percussion by `key` semitones, rounded to whole ones.
     void transpose(double key);
+    // What is heard of it.
+    static int soundingKey(double key) { return roundedCast<int>(key); }
 
     // --- volume, balance and tone of the whole ---
 

@@ -21,6 +21,11 @@ enum class OwnText {
     voiceColumn,
     syncColumn,
     keyColumn,
+    voiceEarlier,  // seconds
+    voiceLater,    // seconds
+    earlier,
+    later,
+    midiKey,  // semitones
     dropSongHere,
     dropVoiceHere,
     dropDestinationHere,

@@ -259,7 +259,8 @@ TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
         EXPECT_GT(std::ranges::count(library.calls, heard), 0) << slider << " " << to;
     }
     EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("+0.2"));
-    EXPECT_EQ(find(main(), "snc").valueText(), QStringLiteral("-0.60 s"));
+    EXPECT_EQ(find(main(), "snc").valueText(), QStringLiteral("voice 0.60 s later"));
+    EXPECT_EQ(find<QLabel>(main(), "syncReadout").text(), QStringLiteral("0.60 s\nlater"));
 
     Slider& tone = find(main(), "tone");
     const auto byKey = [&](Qt::Key which, Qt::KeyboardModifiers with = {}) {
@@ -296,6 +297,36 @@ TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
     EXPECT_EQ(sync(), 0);
     EXPECT_EQ(position("snc"), 94);
     EXPECT_EQ(find<QLabel>(main(), "par").text(), QStringLiteral("0"));
+}
+
+TEST_F(WindowFixture, ReadoutsShowWhatIsStoredAndTheKeyWhatSounds) {
+    const auto readout = [this](const char* name) { return find<QLabel>(main(), name).text().toStdString(); };
+    for (std::int16_t percent = 0; percent <= 100; ++percent) {
+        mixer().settings().volume = {percent, static_cast<std::int16_t>(100 - percent)};
+        main().DoRest();
+        EXPECT_EQ(readout("volumeReadout0"), std::to_string(percent) + " %");
+        EXPECT_EQ(readout("volumeReadout1"), std::to_string(100 - percent) + " %");
+    }
+    Slider& sync = find(main(), "snc");
+    QTest::keyClick(&sync, Qt::Key_Up);
+    EXPECT_EQ(readout("syncReadout"), "0.02 s\nearlier");
+    QTest::keyClick(&sync, Qt::Key_Down);
+    EXPECT_EQ(readout("syncReadout"), "0.02 s\nearlier") << "the centre leaves it";
+    chooseLanguage("pl");
+    EXPECT_EQ(readout("syncReadout"), "0.02 s\nwcześniej");
+    EXPECT_EQ(sync.valueText(), QStringLiteral("wokal 0.02 s wcześniej"));
+    expectTidy(main());
+    chooseLanguage("en");
+
+    Slider& tone = find(main(), "tone");
+    QTest::keyClick(&tone, Qt::Key_Right);
+    for (int tenths = 0; tenths < 6; ++tenths) QTest::keyClick(&tone, Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(tone.toolTip(), QStringLiteral("Karaoke background key"));
+    std::string song = dir.write("song.mid", "");
+    mixer().midi().OpenMidi(song);
+    main().SetMainLanguage();
+    EXPECT_EQ(readout("par"), "+1.6");
+    EXPECT_TRUE(tone.toolTip().endsWith(QStringLiteral(": +2 sounds."))) << tone.toolTip().toStdString();
 }
 
 TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
