@@ -29,7 +29,7 @@ constexpr int kWholeTrack = 1 << 16;
 constexpr double kPull = 1;  // units around a whole step, at which a drag rests on it
 constexpr double kSamePlace = 1e-6;
 
-// Steps up or to the right.
+// Steps to a higher value.
 constexpr std::pair<int, int> kKeys[] = {{Qt::Key_Up, 1},    {Qt::Key_Right, 1},         {Qt::Key_Down, -1},
                                          {Qt::Key_Left, -1}, {Qt::Key_End, kWholeTrack}, {Qt::Key_Home, -kWholeTrack}};
 
@@ -93,7 +93,7 @@ void Slider::moveTo(double position) {
 void Slider::step(int steps, bool fine) {
     const double length = fine ? place_.steps.fine : place_.steps.whole;
     const double at = (position_ - place_.track.neutral) / length;
-    const int along = isVertical() ? -steps : steps;
+    const int along = valueAt(place_.track.last) > valueAt(place_.track.first) ? steps : -steps;
     const double from = along > 0 ? std::floor(at + kSamePlace) : std::ceil(at - kSamePlace);
     moveTo(place_.track.neutral + (from + along) * length);
     showValue(true);

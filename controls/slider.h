@@ -55,11 +55,13 @@ public:
     void tellValue();
     void moveTo(double position);
 
+    bool isDragged() const { return grip_.has_value(); }
+
     double valueAt(double position) const { return value_.at(position); }
     QString valueText() const { return value_.text(value_.at(position_)); }
 
 Q_SIGNALS:
-    // The user moved the knob. Only when the position changed.
+    // The user moved the knob, by mouse while isDragged(). Only when the position changed.
     void moved(double position);
     // The user asked for the neutral value; the knob is at its neutral position already.
     void resetWanted();

@@ -69,11 +69,11 @@ void EffectChain::applyEffect(std::size_t index) {
     settings_.EffectState[index].enabled ? EnableEffect(n) : DisableEffect(n);
 }
 
-void EffectChain::setEffectLevel(std::size_t index, std::int16_t level) {
+void EffectChain::setEffectLevel(std::size_t index, std::int16_t level, bool leaveOff) {
     EffectSwitch& effect = settings_.EffectState.at(index);
     effect.level = level;
     effect.parameter = kVocalEffects.at(index).parameter(level);
-    if (run_.isMixing) EnableEffect(static_cast<std::int16_t>(index + 1));
+    if (run_.isMixing && (effect.enabled != 0 || !leaveOff)) EnableEffect(static_cast<std::int16_t>(index + 1));
 }
 
 void EffectChain::setEffectEnabled(std::size_t index, bool on) {

@@ -37,8 +37,8 @@ public:
     // Makes `index` the current preset; in a run its gains go to the bands. An index outside the table is kept
     // and sets nothing.
     void ApplyPreset(std::int16_t index);
-    // Level 0..100 of a vocal effect; in a run the effect is then switched on.
-    void setEffectLevel(std::size_t index, std::int16_t level);
+    // Level 0..100 of a vocal effect. In a run the effect is then switched on, unless `leaveOff` is set and it is off.
+    void setEffectLevel(std::size_t index, std::int16_t level, bool leaveOff);
     // The fifth switch changes only its flag.
     void setEffectEnabled(std::size_t index, bool on);
     // 0..100.

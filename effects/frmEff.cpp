@@ -96,8 +96,9 @@ void frmEff::addEffects() {
     for (std::size_t i = 0; i < efo_.size(); ++i) {
         const bool spare = i >= ef_.size();
         const int step = static_cast<int>(i) * kEffectStep;
-        addText(kEffectTexts[i], spare ? kSpareName : kEffectName.translated(step, 0), Accent::voice,
-                spare ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignCenter);
+        QLabel* name = addText(kEffectTexts[i], spare ? kSpareName : kEffectName.translated(step, 0), Accent::voice,
+                               spare ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignCenter);
+        if (spare) spare_ = name;
         efo_[i] = new Switch(this, spare ? kSpareSwitch : kEffectSwitch.translated(step, 0), Accent::voice);
         efo_[i]->setObjectName(QStringLiteral("efo%1").arg(i + 1));
         connect(efo_[i], &Switch::clicked, this,
@@ -107,7 +108,9 @@ void frmEff::addEffects() {
             "ef", i + 1,
             {Qt::Vertical, kLevelTrack, kEffectName.x() + kEffectStep / 2 + step, kLevelKnob, kLevelTrack.first},
             Accent::voice, {kLevelScale, [](double level) { return QStringLiteral("%1 %").arg(level); }},
-            [this, i](double top) { effects_.setEffectLevel(i, static_cast<std::int16_t>(kLevelScale(top))); });
+            [this, i](double top) {
+                effects_.setEffectLevel(i, static_cast<std::int16_t>(kLevelScale(top)), !ef_[i]->isDragged());
+            });
     }
 }
 
@@ -195,6 +198,9 @@ void frmEff::GetEffectsLanguage() {
         efo_[i]->setAccessibleName(toQt(name));
         if (i < ef_.size()) ef_[i]->setAccessibleName(toQt(language_.ownText(OwnText::effectLevel, name)));
     }
+    const QString unused = toQt(language_.ownText(OwnText::spareHint));
+    for (QWidget* part : std::initializer_list<QWidget*>{efo_.back(), spare_}) part->setToolTip(unused);
+    efo_.back()->setAccessibleDescription(unused);
     for (std::size_t i = 0; i < eq_song_.size(); ++i) setName(eq_song_[i], toQt(language_.lang(kToneEntries[i])));
     // The entries of these two do not say what they are, and a tooltip would be read out as well.
     for (const auto& [knob, text] : {std::pair(eq_song_[2], OwnText::vocalBass), {eq_song_[3], OwnText::vocalTreble}}) {

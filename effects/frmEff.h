@@ -57,6 +57,7 @@ private:
     PresetList* pList_;
     QPushButton* labPreset_;
     std::array<Switch*, 5> efo_{};
+    QLabel* spare_ = nullptr;
     std::array<Slider*, 4> ef_{};
     std::array<Slider*, 4> eq_song_{};
     std::array<Slider*, 2> bal_{};

@@ -50,6 +50,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::chorus, "Chorus", "Chorus"},
     {OwnText::flanger, "Flanger", "Flanger"},
     {OwnText::spareEffect, "Rezerwa", "Spare"},
+    {OwnText::spareHint, "Ten przełącznik nie jest używany.", "This switch is not in use."},
     {OwnText::effectLevel, "%1: poziom", "%1: level"},
     {OwnText::bass, "Niskie", "Bass"},
     {OwnText::treble, "Wysokie", "Treble"},

@@ -49,6 +49,7 @@ enum class OwnText {
     chorus,
     flanger,
     spareEffect,
+    spareHint,
     effectLevel,  // effect
     bass,
     treble,

@@ -239,7 +239,7 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
     EXPECT_EQ(fx[6], EffectRecord(EchoRecord{0, 0, 0, 0, 0}));
     EXPECT_EQ(fx[7], EffectRecord(ChorusRecord{0, 0, 0, 0, kWaveformSine, 20, 0}));
     EXPECT_EQ(fx[8], EffectRecord(FlangerRecord{0, 0, 0, 0, kWaveformSine, 0, 0}));
-    effects.setEffectLevel(0, 0);
+    effects.setEffectLevel(0, 0, false);
     EXPECT_EQ(fx[5], EffectRecord(ReverbRecord{.fReverbMix = -96})) << "a moved knob switches its effect on, at -96 dB";
     effects.setEffectEnabled(4, true);
     EXPECT_EQ(s.EffectState[4].enabled, -1);
