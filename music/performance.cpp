@@ -120,7 +120,11 @@ Synth& Performance::nextSynth() {
 }
 
 std::shared_ptr<Instrument> Performance::takeInstrument() {
-    if (port_) return port_ = std::make_shared<PortInstrument>(*port_, secondsAhead());
+    if (port_) {
+        port_ = std::make_shared<PortInstrument>(*port_, secondsAhead());
+        port_->reset();
+        return port_;
+    }
     held_ = nextSynth().held();
     return std::move(nextSynth_);
 }

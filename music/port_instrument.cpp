@@ -25,6 +25,31 @@ constexpr std::size_t kUsualSysex = 4096;
 // Pedal up, all notes off, all sound off.
 constexpr std::array<std::uint8_t, 3> kEndingControllers{kSustain, kAllNotesOff, kAllSoundOff};
 
+// Registered parameters: bend range in semitones, fine and coarse tuning.
+constexpr std::array<std::uint8_t, 3> kParameterDefaults{2, 64, 64};
+
+// Set anew before each song, whatever was sent; resetting the controllers leaves these.
+bool isBasic(std::uint8_t controller) {
+    return controller == kBankHigh || controller == kBankLow || controller == kVolumeController ||
+           controller == kBalanceController || controller == kExpression;
+}
+
+bool setsParameter(std::uint8_t controller) {
+    return controller == kDataEntry || controller == kDataEntry + kFine ||
+           (controller >= kDataIncrement && controller <= kParameterHigh);
+}
+
+// Of a device without a song, as General MIDI 2 has it.
+std::uint8_t usualValue(std::uint8_t controller) {
+    constexpr std::uint8_t kBalanceOfTwo = 8;
+    constexpr std::uint8_t kReverb = 91;
+    const bool ofSound = controller >= 71 && controller <= 78;
+    if (controller == kVolumeController) return 100;
+    if (controller == kExpression) return 127;
+    if (controller == kBalanceController || controller == kBalanceOfTwo || ofSound) return 64;
+    return controller == kReverb ? 40 : 0;
+}
+
 // Where it isn't permitted, the thread goes on as it is.
 void askForRealTime() {
     sched_param parameters{};
@@ -43,13 +68,15 @@ struct PortInstrument::Sender {
     HeardClock clock;
     const PortInstrument* owner;
     bool stopped = false;
-    bool ending = false;  // all notes are to be ended
+    bool ending = false;     // all notes are to be ended
+    bool resetting = false;  // and then all channels reset
     bool quit = false;
     bool finished = false;
 
     // The sending thread's own.
     std::unique_ptr<MidiPort> port;
     std::array<std::bitset<128>, kMidiChannels> sounding;
+    std::array<std::bitset<128>, kMidiChannels> controllers;  // that were sent since the last reset
     std::vector<std::uint8_t> message;
 
     Sender(std::unique_ptr<MidiPort> to, const PortInstrument* by) : owner(by), port(std::move(to)) {
@@ -71,6 +98,8 @@ struct PortInstrument::Sender {
         while (!quit) {
             if (ending)
                 endNotes(lock);
+            else if (resetting)
+                resetChannels(lock);
             else if (queue.empty())
                 wake.wait(lock);
             else if (const auto due = clock.heard(queue.firstFrame()); Clock::now() < due)
@@ -92,6 +121,7 @@ struct PortInstrument::Sender {
         const int kind = message[0] & 0xF0;
         if (kind == kNoteOn || kind == kNoteOff)
             sounding[message[0] & 0x0FU][message[1] & 0x7FU] = kind == kNoteOn && message[2];
+        if (kind == kControlChange) controllers[message[0] & 0x0FU].set(message[1] & 0x7FU);
         lock.lock();
     }
 
@@ -110,6 +140,36 @@ struct PortInstrument::Sender {
         lock.lock();
         ending = false;
         changed.notify_all();
+    }
+
+    void resetChannels(std::unique_lock<std::mutex>& lock) {
+        resetting = false;
+        lock.unlock();
+        for (int channel = 0; channel < kMidiChannels; ++channel) resetChannel(channel);
+        lock.lock();
+    }
+
+    void resetChannel(int channel) {
+        auto& sent = controllers[static_cast<std::size_t>(channel)];
+        const auto control = [&](std::uint8_t controller, std::uint8_t value) {
+            sendShort(onChannel(kControlChange, channel), controller, value);
+        };
+        control(kResetControllers, 0);
+        for (std::uint8_t controller = 0; controller < kAllSoundOff; ++controller)
+            if (isBasic(controller) || (sent[controller] && !setsParameter(controller)))
+                control(controller, usualValue(controller));
+        // The tuning only where a song may have set it: a cable takes a third of a millisecond for each byte.
+        const std::size_t parameters = sent[kParameterLow] ? kParameterDefaults.size() : 1;
+        control(kParameterHigh, 0);
+        for (std::size_t parameter = 0; parameter < parameters; ++parameter) {
+            control(kParameterLow, static_cast<std::uint8_t>(parameter));
+            control(kDataEntry, kParameterDefaults[parameter]);
+            control(kDataEntry + kFine, 0);
+        }
+        for (const std::uint8_t none : {kParameterHigh, kParameterLow}) control(none, 0x7F);
+        sendShort(onChannel(kPitchBend, channel), 0, 0x40);
+        port->send(std::array{onChannel(kProgramChange, channel), std::uint8_t{0}});
+        sent.reset();
     }
 
     void sendShort(std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
@@ -143,6 +203,13 @@ void PortInstrument::stop() {
     sender_->stopped = sender_->ending = true;
     sender_->wake.notify_one();
     sender_->changed.wait_for(lock, kPatience, [this] { return !sender_->ending; });
+}
+
+void PortInstrument::reset() {
+    const std::lock_guard lock(sender_->mutex);
+    if (!sender_->playedBy(this)) return;
+    sender_->resetting = true;
+    sender_->wake.notify_one();
 }
 
 void PortInstrument::begin() {

@@ -24,6 +24,9 @@ public:
     // Has happened at its return, unless that takes longer than 200 ms. What is still rendered sends nothing any more.
     void stop();
 
+    // Any thread: takes every channel back to how a device is without a song, before the first message of this play.
+    void reset();
+
     void begin() override;
     void render(float* out) override;
     // What an instrument outside does is unknown.

@@ -161,6 +161,24 @@ protected:
     std::shared_ptr<music::PortInstrument> port;
 };
 
+// The channel is as a device has it without a song before anything is played on it.
+void expectReset(const std::vector<Timed>& heard, unsigned char channel, const std::vector<Bytes>& further) {
+    const auto on = [&](int status) { return static_cast<unsigned char>(status | channel); };
+    std::vector<Bytes> wanted{{on(0xB0), 121, 0}};
+    for (const Bytes& control : {Bytes{0, 0}, {7, 100}, {10, 64}, {11, 127}, {32, 0}})
+        wanted.push_back({on(0xB0), control[0], control[1]});
+    wanted.insert(wanted.end(), further.begin(), further.end());
+    for (const Bytes& parameter : {Bytes{101, 0}, {100, 0}, {6, 2}, {38, 0}, {101, 127}, {100, 127}})
+        wanted.push_back({on(0xB0), parameter[0], parameter[1]});
+    wanted.push_back({on(0xE0), 0, 0x40});
+    wanted.push_back({on(0xC0), 0});
+    std::vector<Bytes> first;
+    for (const Timed& message : heard)
+        if ((message.bytes[0] & 0x0F) == channel && message.bytes[0] < 0xF0 && first.size() < wanted.size())
+            first.push_back(message.bytes);
+    EXPECT_EQ(first, wanted);
+}
+
 }  // namespace
 
 TEST_F(MidiPorts, PlayASongWhenTheCardDoes) {
@@ -203,8 +221,11 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     performance->stop();
     library.stepCard(88200);
     std::this_thread::sleep_for(100ms);
-    const auto heard = receiver->heard();
-    ASSERT_EQ(heard.size(), 4U + 1 + 16 * 3);
+    auto heard = receiver->heard();
+    constexpr std::size_t kReset = 14;  // messages for each channel, of a device that has played nothing yet
+    ASSERT_EQ(heard.size(), 16 * kReset + 4U + 1 + 16 * 3);
+    expectReset(heard, 5, {});
+    heard.erase(heard.begin(), heard.begin() + 16 * kReset);
     EXPECT_EQ(heard[0].bytes, (Bytes{0xB5, 7, 90})) << "and not the song's own";
     EXPECT_EQ(heard[1].bytes, (Bytes{0xF0, 0x7F, 0x7F, 4, 1, 0x13, 0x40, 0xF7})) << "half the amplitude, by square law";
     EXPECT_EQ(heard[2].bytes, (Bytes{0x95, 61, 100}));
@@ -212,6 +233,14 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     EXPECT_EQ(heard[4 + 5 * 3].bytes, (Bytes{0x85, 61, 64}));
     EXPECT_EQ(heard[4 + 5 * 3 + 1].bytes, (Bytes{0xB5, 64, 0}));
     EXPECT_EQ(heard.back().bytes, (Bytes{0xBF, 120, 0}));
+
+    const std::size_t first = receiver->heard().size();
+    performance->playSegment();
+    library.stepCard(441);
+    std::this_thread::sleep_for(300ms);
+    heard = receiver->heard();
+    heard.erase(heard.begin(), heard.begin() + static_cast<std::ptrdiff_t>(first));
+    expectReset(heard, 5, {{0xB5, 64, 0}});
 }
 
 TEST_F(MidiPorts, LeaveAServerThatHangs) {
