@@ -47,6 +47,7 @@ void MidiBackground::sendBalance(std::int16_t channel) {
 void MidiBackground::setChannelInstrument(std::int16_t channel, std::int16_t instrument) {
     attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].instrument = instrument;
+        state_.touched[channel].instrument = true;
         sendInstrument(channel);
     });
 }
@@ -54,6 +55,7 @@ void MidiBackground::setChannelInstrument(std::int16_t channel, std::int16_t ins
 void MidiBackground::setChannelVolume(std::int16_t channel, std::int16_t volume) {
     attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].volume = volume;
+        state_.touched[channel].volume = true;
         sendVolume(channel);
     });
 }
@@ -61,6 +63,7 @@ void MidiBackground::setChannelVolume(std::int16_t channel, std::int16_t volume)
 void MidiBackground::setChannelBalance(std::int16_t channel, std::int16_t balance) {
     attempt(MidiFailure::operationNotApplied, [&] {
         state_.ChannelInfo[channel].balance = balance;
+        state_.touched[channel].balance = true;
         sendBalance(channel);
     });
 }
@@ -98,6 +101,11 @@ void MidiBackground::SetSingleChannel(std::int16_t channel, bool on, std::int16_
     row.volume = on ? volume : std::int16_t{0};
     row.balance = balance;
     row.switchedOn = asFlag(on);
+    const InitialSettings& initial = state_.InitialChannel[channel];
+    TouchedSettings& touched = state_.touched[channel];
+    touched.instrument |= row.instrument != initial.instrument;
+    touched.volume |= row.volume != initial.volume;
+    touched.balance |= row.balance != initial.balance;
 }
 
 void MidiBackground::ApplyChannelSettings() {
@@ -124,6 +132,7 @@ void MidiBackground::MidiRestore() {
         row.shown = asFlag(true);
         SetSingleChannel(c, true, initial.volume, initial.balance, initial.instrument);
     }
+    state_.touched = {};
     tell([](MusicPerformance& performance) { performance.liftChannelSettings(); });
     updateChannels();
 }

@@ -42,6 +42,10 @@ QString balanceName(const modLang& language, const QString& channel) {
     return text.startsWith(u' ') ? toQt(language.lang(LangEntry::channelVolume)) + channel + text : text + channel;
 }
 
+QString instrumentOn(std::int16_t channel, int instrument) {
+    return toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionInstrument : instrument));
+}
+
 // What a song without a removable vocal can do instead: the entry's second sentence.
 QString switchOffHint(const modLang& language) {
     return toQt(language.lang(LangEntry::switchOffInstead)).section(u'.', 1).trimmed();
@@ -107,9 +111,14 @@ Slider* frmChann::addKnob(const char* name, std::int16_t channel, const SliderPl
     };
     auto* slider = new Slider(this, place, Accent::song, {value, number});
     slider->setObjectName(QLatin1String(name) + QString::number(channel));
-    connect(slider, &Slider::moved, this,
-            [scale, change](double position) { change(static_cast<std::int16_t>(scale(position))); });
-    connect(slider, &Slider::resetWanted, this, [neutral, change = std::move(change)] { change(neutral); });
+    connect(slider, &Slider::moved, this, [this, channel, scale, change](double position) {
+        change(static_cast<std::int16_t>(scale(position)));
+        nameStrip(channel);
+    });
+    connect(slider, &Slider::resetWanted, this, [this, channel, neutral, change = std::move(change)] {
+        change(neutral);
+        nameStrip(channel);
+    });
     addReset(slider);
     return slider;
 }
@@ -141,6 +150,7 @@ void frmChann::onoff_Click(std::int16_t channel) {
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
     guarded(dialogs_, [&] { midi_.switchChannel(channel, volume, on); });
     onoff_[static_cast<std::size_t>(channel)]->setChecked(on);
+    nameStrip(channel);
 }
 
 void frmChann::ins_DblClick(std::int16_t channel) {
@@ -153,11 +163,36 @@ void frmChann::ins_DblClick(std::int16_t channel) {
     picker_->open();
 }
 
-void frmChann::showInstrument(std::int16_t channel, const QString& name) {
-    InstrumentLabel* label = ins_[static_cast<std::size_t>(channel)];
-    label->setText(name);
-    setName(label, toQt(language_.ownText(OwnText::channelInstrument, std::to_string(channel + 1))) +
-                       QStringLiteral(": ") + name);
+void frmChann::showInstrument(std::int16_t channel) {
+    ins_[static_cast<std::size_t>(channel)]->setText(instrumentOn(channel, state_.ChannelInfo[channel].instrument));
+    nameStrip(channel);
+}
+
+void frmChann::nameStrip(std::int16_t channel) {
+    const auto c = static_cast<std::size_t>(channel);
+    const QString number = QString::number(channel + 1);
+    const TouchedSettings& touched = state_.touched[channel];
+    const SongSettings& songs = state_.songSettings[channel];
+    const auto digits = [](const auto& value) { return value ? QString::number(*value) : QString(); };
+    describe(bl_[c], balanceName(language_, number), touched.balance, digits(songs.balance));
+    describe(
+        vol_[c],
+        toQt(language_.lang(LangEntry::channelVolume)) + number + toQt(language_.lang(LangEntry::channelVolumeEnd)),
+        touched.volume, digits(songs.volume));
+    describe(ins_[c],
+             toQt(language_.ownText(OwnText::channelInstrument, number.toStdString())) + QStringLiteral(": ") +
+                 ins_[c]->text(),
+             touched.instrument, songs.program ? instrumentOn(channel, *songs.program) : QString());
+}
+
+void frmChann::describe(QWidget* control, const QString& name, bool touched, const QString& songs) {
+    setName(control, name);
+    QString said;
+    if (!touched)
+        said = toQt(songs.isEmpty() ? language_.ownText(OwnText::songSetsNothing)
+                                    : language_.ownText(OwnText::songSets, songs.toStdString()));
+    control->setAccessibleDescription(said);
+    if (!touched) control->setToolTip(name + u'\n' + said);
 }
 
 void frmChann::updateChannels() {
@@ -180,8 +215,7 @@ void frmChann::updateChannels() {
 void frmChann::showStrip(std::int16_t channel) {
     const auto c = static_cast<std::size_t>(channel);
     const ChannelSettings& row = state_.ChannelInfo[channel];
-    showInstrument(channel,
-                   toQt(GetInstrumentName(channel == kPercussionChannel ? kPercussionInstrument : row.instrument)));
+    showInstrument(channel);
     // The volume of a channel that is off is 0: its knob stays where it will be switched on again.
     if (row.switchedOn != 0)
         vol_[c]->setPosition(kChannelVolumeScale.positionOf(row.volume));
@@ -202,10 +236,7 @@ void frmChann::GetChannelsLanguage() {
         const auto c = static_cast<std::size_t>(channel);
         const QString name = QString::number(channel + 1);
         setName(onoff_[c], toQt(language_.lang(LangEntry::channelSwitch)) + name);
-        setName(bl_[c], balanceName(language_, name));
-        setName(vol_[c], toQt(language_.lang(LangEntry::channelVolume)) + name +
-                             toQt(language_.lang(LangEntry::channelVolumeEnd)));
-        showInstrument(channel, ins_[c]->text());
+        nameStrip(channel);
     }
     for (QAction* reset : resets_) reset->setText(toQt(language_.lang(LangEntry::reset)));
     setName(b_main_, toQt(language_.ownText(OwnText::backToMain)));

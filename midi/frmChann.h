@@ -58,7 +58,10 @@ private:
     void onoff_Click(std::int16_t channel);
     void setVolume(std::int16_t channel, std::int16_t volume, bool on);
     void ins_DblClick(std::int16_t channel);
-    void showInstrument(std::int16_t channel, const QString& name);
+    void showInstrument(std::int16_t channel);
+    // Says what the knobs and the instrument are, and what the song sets where the user has not.
+    void nameStrip(std::int16_t channel);
+    void describe(QWidget* control, const QString& name, bool touched, const QString& songs);
     void showStrip(std::int16_t channel);
 
     MidiBackground& midi_;

@@ -72,6 +72,8 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     closeSong();
     if (!current()) return;
     state_.midiLength = 0;
+    state_.touched = {};
+    state_.songSettings = {};
     if (!attempt(MidiFailure::fileNotPlayable, [&] { fileName = ExtractMidi(fileName); }) ||
         !attempt(MidiFailure::interfaceNotInitialised, [&] { Initialize(); }))
         return;
@@ -132,6 +134,8 @@ void MidiBackground::loadSegment() {
     const auto segment = music_.loadSegment(state_.midiBytes);
     performance_->download(segment);
     state_.midiLength = static_cast<float>(segment->length());
+    for (std::int16_t c = 0; c < kMidiChannels; ++c)
+        state_.songSettings[c] = segment->settings(static_cast<std::uint8_t>(c));
     state_.deviceOpen = true;
 }
 
@@ -149,17 +153,21 @@ void MidiBackground::applySettings() {
 void MidiBackground::reopen() {
     if (openFile_.empty()) return;
     auto wanted = state_.ChannelInfo;
+    const auto initial = state_.InitialChannel;
+    const auto touched = state_.touched;
     std::string fileName = openFile_;
     const unsigned generation = generation_ + 1;
     OpenMidi(fileName);
     if (generation != generation_) return;
     for (std::int16_t c = 0; c < kMidiChannels; ++c) {
-        const InitialSettings& initial = state_.InitialChannel[c];
-        wanted[c].instrumentChanged = asFlag(wanted[c].instrument != initial.instrument);
-        wanted[c].volumeChanged = asFlag(wanted[c].volume != initial.volume);
-        wanted[c].balanceChanged = asFlag(wanted[c].balance != initial.balance);
+        wanted[c].instrumentChanged = asFlag(touched[c].instrument);
+        wanted[c].volumeChanged = asFlag(touched[c].volume);
+        wanted[c].balanceChanged = asFlag(touched[c].balance);
     }
     state_.ChannelInfo = wanted;
+    // The reader leaves an instrument that it does not find as it is, which is the user's here.
+    state_.InitialChannel = initial;
+    state_.touched = touched;
     ApplyChannelSettings();
     updateChannels();
 }

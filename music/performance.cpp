@@ -31,6 +31,23 @@ double Segment::length() const {
     return static_cast<double>(song_->endFrame + kTailFrames) / kSampleRate;
 }
 
+SongSettings Segment::settings(std::uint8_t channel) const {
+    SongSettings settings;
+    bool played = false;
+    const auto take = [&](std::optional<std::uint8_t>& setting, std::uint8_t value) {
+        if (!played || !setting) setting = value;
+    };
+    for (const SongEvent& event : song_->events) {
+        if (event.status == kSystemExclusive || (event.status & 0x0F) != channel) continue;
+        const int kind = event.status & 0xF0;
+        if (kind == kNoteOn && event.data2 > 0) played = true;
+        if (kind == kProgramChange) take(settings.program, event.data1);
+        if (kind == kControlChange && event.data1 == kVolumeController) take(settings.volume, event.data2);
+        if (kind == kControlChange && event.data1 == kBalanceController) take(settings.balance, event.data2);
+    }
+    return settings;
+}
+
 Performance::Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<OutputPorts> ports,
                          std::shared_ptr<SynthBus> bus)
     : library_(library), soundFont_(std::move(soundFont)), ports_(std::move(ports)), bus_(std::move(bus)) {}

@@ -19,6 +19,7 @@ public:
     explicit Segment(Song song) : song_(std::make_shared<const Song>(std::move(song))) {}
 
     double length() const override;
+    SongSettings settings(std::uint8_t channel) const override;
     const std::shared_ptr<const Song>& song() const { return song_; }
 
 private:

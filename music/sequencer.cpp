@@ -1,7 +1,10 @@
 #include "music/sequencer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <span>
+#include <variant>
 
 #include "music/visitor.h"
 
@@ -12,6 +15,30 @@ namespace {
 int channelOf(const SongEvent& event) {
     return event.status & 0x0F;
 }
+
+// A setting of a channel that the user can take over, in the order in which a device is to get them.
+struct SongSetting {
+    std::uint8_t kind;
+    std::uint8_t controller;  // 0 for a program
+    std::uint8_t usual;       // without a song
+
+    bool isProgram() const { return kind == kProgramChange; }
+    bool isSetBy(const SongEvent& event) const {
+        return (event.status & 0xF0) == kind && (isProgram() || event.data1 == controller);
+    }
+    std::uint8_t of(const SongEvent& event) const { return isProgram() ? event.data1 : event.data2; }
+    SongEvent event(int channel, std::uint8_t value) const {
+        const std::uint8_t status = onChannel(kind, channel);
+        return isProgram() ? SongEvent{0, status, value, 0} : SongEvent{0, status, controller, value};
+    }
+};
+constexpr std::array<SongSetting, 7> kSettings{{{kControlChange, kBankHigh, 0},
+                                                {kControlChange, kBankLow, 0},
+                                                {kProgramChange, 0, 0},
+                                                {kControlChange, kVolumeController, 100},
+                                                {kControlChange, kVolumeController + kFine, 0},
+                                                {kControlChange, kBalanceController, 64},
+                                                {kControlChange, kBalanceController + kFine, 0}}};
 
 }  // namespace
 
@@ -33,6 +60,7 @@ void Sequencer::begin(const LiveChannels& live) {
 }
 
 void Sequencer::take(const LiveMessage& message, std::int64_t frame) {
+    if (std::holds_alternative<LiftMessage>(message)) sendHeldBack(frame);
     live_.keep(message);
     std::visit(Visitor{
                    [&](const PatchMessage& m) { sendPatch(sink_, frame, m.channel, m.patch); },
@@ -42,6 +70,30 @@ void Sequencer::take(const LiveMessage& message, std::int64_t frame) {
                    [](const LiftMessage&) {},
                },
                message);
+}
+
+// What the song has set by now of all that the user's settings have kept from it.
+void Sequencer::sendHeldBack(std::int64_t frame) {
+    std::array<std::array<std::uint8_t, kSettings.size()>, kMidiChannels> values{};
+    const auto forget = [&] {
+        for (auto& channel : values)
+            std::ranges::transform(kSettings, channel.begin(), [](const SongSetting& s) { return s.usual; });
+    };
+    forget();
+    for (const SongEvent& event : std::span(song_->events).first(next_)) {
+        if (event.status == kSystemExclusive) {
+            if (isReset(song_->sysex[event.sysex])) forget();
+            continue;
+        }
+        for (std::size_t i = 0; i < kSettings.size(); ++i)
+            if (kSettings[i].isSetBy(event))
+                values[static_cast<std::size_t>(channelOf(event))][i] = kSettings[i].of(event);
+    }
+    for (int channel = 0; channel < kMidiChannels; ++channel)
+        for (std::size_t i = 0; i < kSettings.size(); ++i) {
+            const SongEvent event = kSettings[i].event(channel, values[static_cast<std::size_t>(channel)][i]);
+            if (live_.overrides(event)) sink_.send(frame, event.status, event.data1, event.data2);
+        }
 }
 
 void Sequencer::playTo(std::int64_t frame) {

@@ -39,6 +39,7 @@ private:
     };
 
     std::int64_t placeOf(std::int64_t songFrame) const;
+    void sendHeldBack(std::int64_t frame);
     void send(const SongEvent& event, std::int64_t frame);
     void sendNote(const SongEvent& event, std::int64_t frame);
     void sendControl(const SongEvent& event, std::int64_t frame);

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -26,12 +27,20 @@ struct MusicError : std::runtime_error {
 // The time of a message is given as reference time.
 inline constexpr std::uint32_t kReferenceTime = 1;
 
+// What a song itself sets a channel to before its first note there, or later; none of what it never sets.
+struct SongSettings {
+    std::optional<std::uint8_t> program;  // 0..127
+    std::optional<std::uint8_t> volume;   // controller 7
+    std::optional<std::uint8_t> balance;  // controller 10
+};
+
 // A song in memory.
 class MusicSegment {
 public:
     virtual ~MusicSegment() = default;
     // Seconds to the last event and, behind it, the longest that the last notes may take to fade.
     virtual double length() const = 0;
+    virtual SongSettings settings(std::uint8_t channel) const = 0;
 };
 
 // Channels count from 0 to 15, 9 is percussion. Messages take effect at once, before the song begins at its first
@@ -74,7 +83,8 @@ public:
                           std::uint8_t data1, std::uint8_t data2) = 0;
     // Moves the notes that begin from now on by `semitones`; percussion is never moved.
     virtual void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) = 0;
-    // From now on the song's own messages count again on every channel; sends nothing.
+    // From now on the song's own messages count again on every channel; while it plays, so do those that were held
+    // back.
     virtual void liftChannelSettings() = 0;
 
     // Stops, unloads and closes the port.

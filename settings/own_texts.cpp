@@ -60,6 +60,8 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::noMidiSong, "Wybierz podkład MIDI, aby zobaczyć jego kanały.",
      "Choose a MIDI background to see its channels."},
     {OwnText::channelInstrument, "Instrument kanału %1", "Instrument of channel %1"},
+    {OwnText::songSets, "Ustawienie z samego utworu: %1", "The song's own setting: %1"},
+    {OwnText::songSetsNothing, "Utwór sam nic tu nie ustawia.", "The song itself sets nothing here."},
     {OwnText::volumeRow, "Głośność", "Volume"},
     {OwnText::balanceRow, "Balans", "Balance"},
     {OwnText::instrumentPicker, "Kanał %1: instrument", "Channel %1: instrument"},

@@ -59,6 +59,8 @@ enum class OwnText {
     // The channels window and the picker of instruments.
     noMidiSong,
     channelInstrument,  // number
+    songSets,           // value
+    songSetsNothing,
     volumeRow,
     balanceRow,
     instrumentPicker,  // number

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/midi_messages.h"
+#include "platform/music_performance.h"
 #include "state/errors.h"
 
 namespace melvane {
@@ -37,6 +38,13 @@ struct InitialSettings {
     std::int16_t instrument = 0;
 };
 
+// What of a channel the user has set, so that it is not the song's any more.
+struct TouchedSettings {
+    bool instrument = false;
+    bool volume = false;
+    bool balance = false;
+};
+
 // A table of the sixteen channels, from 0. Another index throws BoundsError.
 template <typename T>
 class ChannelTable {
@@ -56,6 +64,8 @@ private:
 struct MidiState {
     ChannelTable<ChannelSettings> ChannelInfo;
     ChannelTable<InitialSettings> InitialChannel;
+    ChannelTable<TouchedSettings> touched;
+    ChannelTable<SongSettings> songSettings;
     std::string midiBytes;               // the song's file
     std::string midiSettingsBlock;       // of the karaoke container it came in
     bool fileSettingsFound = false;      // such a block was read; nothing asks for it yet

@@ -33,6 +33,9 @@ public:
 private:
     struct Segment : MusicSegment {
         double length() const override { return 3; }
+        SongSettings settings(std::uint8_t channel) const override {
+            return channel == 2 ? SongSettings{0, 127, {}} : SongSettings{};
+        }
     };
 
     class Performance : public MusicPerformance {

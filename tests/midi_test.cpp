@@ -270,6 +270,16 @@ TEST_F(MidiFixture, WhatFailsIsToldAndTriedAgain) {
     music.plays = false;
     EXPECT_FALSE(midi.PlayMidi());
     EXPECT_EQ(midi.failureText(), "refused: playSegment");
+    music.plays = true;
+    calls();
+    const std::int16_t before = state.InitialChannel[0].instrument;
+    midi.setChannelInstrument(0, 25);
+    midi.reopen();
+    EXPECT_EQ(std::ranges::count(calls(), "sendPatch 0 1 0 25 0 0"), 2) << "also where the song has the first program";
+    midi.MidiRestore();
+    EXPECT_EQ(state.ChannelInfo[0].instrument, before);
+    midi.reopen();
+    for (const std::string& call : calls()) EXPECT_FALSE(call.starts_with("sendPatch")) << "it is the song's again";
     midi.CloseDevice();
     midi.reopen();
     EXPECT_FALSE(midi.loaded()) << "nothing is open";

@@ -402,6 +402,21 @@ TEST(Sequencer, TheUsersSettingsWinUntilTheyAreLiftedAndOutliveAReset) {
     sequencer.playTo(30);
     EXPECT_EQ(notebook.take(), "0 B2 0B 4D|10 F0 7E 06|" + users("10") + "10 F0 01 03|20 B2 79 00|" + users("20"));
     sequencer.take(LiftMessage{}, 25);
+    EXPECT_EQ(notebook.take(), "25 B2 00 00|25 B2 20 00|25 C2 00 00|25 B2 07 64|25 B2 27 00|25 B2 0A 40|25 B2 2A 00|")
+        << "as after the song's reset";
+    sequencer.take(PatchMessage{2, {8, 0, 5}}, 26);
+    sequencer.playTo(40);
+    notebook.take();
+    sequencer.take(LiftMessage{}, 40);
+    EXPECT_EQ(notebook.take(), "40 B2 00 01|40 B2 20 01|40 C2 09 00|") << "what was held back";
+    song->events.push_back(tick(50, 0x92, 60, 1));
+    song->events.push_back(tick(60, 0xC2, 3, 0));
+    const SongSettings own = Segment(*song).settings(2);
+    EXPECT_TRUE(own.program == 9 && own.volume == 99 && own.balance == 1);
+    EXPECT_FALSE(Segment(*song).settings(1).program);
+    sequencer.begin({});
+    sequencer.playTo(30);
+    notebook.take();
     sequencer.playTo(40);
     EXPECT_EQ(std::ranges::count(notebook.take(), '|'), 6);
 }
