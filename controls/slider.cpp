@@ -20,6 +20,7 @@ constexpr qreal kKnobRadius = 3;
 constexpr qreal kMarkGap = 4;  // between the grip on the knob and its edges
 constexpr qreal kGripStep = 2.5;
 constexpr qreal kGripShorter = 1.5;
+constexpr qreal kDimmed = 0.4;
 constexpr int kShadow = 110;   // of 255
 constexpr int kLighter = 118;  // percent
 constexpr int kDarker = 115;
@@ -83,6 +84,12 @@ void Slider::tellValue() {
     QAccessible::updateAccessibility(&change);
 }
 
+void Slider::setDimmed(bool dimmed) {
+    if (dimmed == dimmed_) return;
+    dimmed_ = dimmed;
+    update();
+}
+
 void Slider::moveTo(double position) {
     if (!place(position)) return;
     Q_EMIT moved(position_);
@@ -128,6 +135,7 @@ void Slider::paintEvent(QPaintEvent*) {
     PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(-placeOf(*this).topLeft());
+    if (dimmed_) painter.setOpacity(kDimmed);
     if (place_.groove) drawGroove(painter);
     drawKnob(painter);
 }

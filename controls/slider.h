@@ -57,6 +57,9 @@ public:
 
     bool isDragged() const { return grip_.has_value(); }
 
+    // Fainter: what it sets is not heard.
+    void setDimmed(bool dimmed);
+
     double valueAt(double position) const { return value_.at(position); }
     QString valueText() const { return value_.text(value_.at(position_)); }
 
@@ -96,6 +99,7 @@ private:
     Accent accent_;
     SliderValue value_;
     double position_;
+    bool dimmed_ = false;
     std::optional<double> grip_;  // while dragged: where the mouse is, seen from the position
     int wheel_ = 0;               // turned, but not yet a whole step
     QLabel* bubble_;              // shows the value beside the knob

@@ -93,10 +93,13 @@ void frmChann::addStrip(std::int16_t channel) {
         "bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
         channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
         [this, channel](std::int16_t value) { guarded(dialogs_, [&] { midi_.setChannelBalance(channel, value); }); });
-    vol_[c] = addKnob("vol", channel,
-                      {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
-                      kChannelVolumeScale, &ChannelSettings::volume, kNeutralVolume,
-                      [this, channel](std::int16_t value) { setVolume(channel, value, true); });
+    vol_[c] =
+        addKnob("vol", channel,
+                {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
+                kChannelVolumeScale, &ChannelSettings::volume, kNeutralVolume, [this, channel](std::int16_t value) {
+                    // One that is off is heard with it once it is switched on.
+                    if (onoff_[static_cast<std::size_t>(channel)]->isChecked()) setVolume(channel, value, true);
+                });
     ins_[c] = new InstrumentLabel(this, kInstrument.translated(step, 0));
     ins_[c]->setObjectName(QStringLiteral("ins%1").arg(c));
     connect(ins_[c], &InstrumentLabel::clicked, this, [this, channel] { ins_DblClick(channel); });
@@ -146,10 +149,9 @@ void frmChann::onoff_Click(std::int16_t channel) {
     setVolume(channel, static_cast<std::int16_t>(on ? kSwitchedOnVolumeScale(vol_[c]->position()) : 0), on);
 }
 
-// A knob that is moved is heard, so its channel is on again.
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
     guarded(dialogs_, [&] { midi_.switchChannel(channel, volume, on); });
-    onoff_[static_cast<std::size_t>(channel)]->setChecked(on);
+    showOn(channel, on);
     nameStrip(channel);
 }
 
@@ -204,7 +206,7 @@ void frmChann::updateChannels() {
         if (shown)
             showStrip(c);
         else
-            onoff_[static_cast<std::size_t>(c)]->setChecked(true);
+            showOn(c, true);
     }
     noSong_->setVisible(!any);
     for (QWidget* text : std::initializer_list<QWidget*>{hint_, balanceRow_, volumeRow_}) text->setVisible(any);
@@ -222,7 +224,13 @@ void frmChann::showStrip(std::int16_t channel) {
     else if (onoff_[c]->isChecked())
         vol_[c]->setPosition(kChannelVolumeScale.positionOf(state_.InitialChannel[channel].volume));
     bl_[c]->setPosition(channelBalanceScale(channel).positionOf(row.balance));
-    onoff_[c]->setChecked(row.switchedOn != 0);
+    showOn(channel, row.switchedOn != 0);
+}
+
+void frmChann::showOn(std::int16_t channel, bool on) {
+    const auto c = static_cast<std::size_t>(channel);
+    onoff_[c]->setChecked(on);
+    for (Slider* knob : {bl_[c], vol_[c]}) knob->setDimmed(!on);
 }
 
 void frmChann::GetChannelsLanguage() {

@@ -63,6 +63,7 @@ private:
     void nameStrip(std::int16_t channel);
     void describe(QWidget* control, const QString& name, bool touched, const QString& songs);
     void showStrip(std::int16_t channel);
+    void showOn(std::int16_t channel, bool on);
 
     MidiBackground& midi_;
     const MidiState& state_;

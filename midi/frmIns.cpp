@@ -55,10 +55,18 @@ void frmIns::List3_Click() {
         midi_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->currentRow()));
         Q_EMIT picked(editedChannel, item->text());
     });
+    showTitle();
+}
+
+// Whole, as there is no room for it in the strip.
+void frmIns::showTitle() {
+    const QListWidgetItem* item = List3_->currentItem();
+    const QString channel = toQt(language_.ownText(OwnText::instrumentPicker, std::to_string(editedChannel + 1)));
+    setTitle(item ? channel + QStringLiteral(": ") + item->text() : channel);
 }
 
 void frmIns::GetInstrumentsLanguage() {
-    setTitle(toQt(language_.ownText(OwnText::instrumentPicker, std::to_string(editedChannel + 1))));
+    showTitle();
     List3_->setAccessibleName(toQt(language_.ownText(OwnText::instruments)));
     setButtonText(Command1_, {}, toQt(language_.lang(LangEntry::close)));
 }

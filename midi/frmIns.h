@@ -35,6 +35,7 @@ protected:
 
 private:
     void List3_Click();
+    void showTitle();
 
     MidiBackground& midi_;
     const modLang& language_;

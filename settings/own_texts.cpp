@@ -64,7 +64,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::songSetsNothing, "Utwór sam nic tu nie ustawia.", "The song itself sets nothing here."},
     {OwnText::volumeRow, "Głośność", "Volume"},
     {OwnText::balanceRow, "Balans", "Balance"},
-    {OwnText::instrumentPicker, "Kanał %1: instrument", "Channel %1: instrument"},
+    {OwnText::instrumentPicker, "Kanał %1", "Channel %1"},
     {OwnText::instruments, "Instrumenty", "Instruments"},
     {OwnText::languageAndHelp, "Język i pomoc", "Language and help"},
     {OwnText::zoom, "Wielkość okien", "Size of the windows"},

@@ -83,9 +83,17 @@ TEST_F(ChannelsFixture, KnobsSendWhatTheyStandFor) {
     EXPECT_EQ(slider("vol15").valueText() + slider("bl15").valueText(), QStringLiteral("10064"));
 
     click("onoff0");
+    const auto look = [this] { return slider("vol0").grab().toImage(); };
+    const QImage muted = look();
     drag(slider("vol0"), 90);
-    EXPECT_TRUE(onoff("onoff0").isChecked()) << "it is heard again";
-    EXPECT_EQ(sent(), (Words{"sendMidi 10 1 0 176 7 0", "sendMidi 10 1 0 176 7 64"}));
+    EXPECT_FALSE(onoff("onoff0").isChecked()) << "a touch does not switch it on";
+    doubleClick(slider("vol0"));
+    drag(slider("vol0"), 90);
+    EXPECT_EQ(sent(), Words{"sendMidi 10 1 0 176 7 0"});
+    click("onoff0");
+    EXPECT_EQ(sent(), Words{"sendMidi 10 1 0 176 7 64"});
+    drag(slider("vol0"), 78);
+    EXPECT_NE(look(), muted) << "which is dimmed";
 }
 
 TEST_F(ChannelsFixture, ShowsTheTableAsItIs) {
@@ -104,7 +112,7 @@ TEST_F(ChannelsFixture, ShowsTheTableAsItIs) {
     };
     for (const bool restored : {false, true}) {
         EXPECT_EQ(own("vol2"), "The song's own setting: 127");
-        EXPECT_EQ(own("ins2"), "The song's own setting: Acoustic Grand Piano");
+        EXPECT_EQ(own("ins2"), "The song's own setting: Acoustic Grand");
         EXPECT_EQ(own("bl2"), "The song itself sets nothing here.");
         if (restored) break;
         drag(slider("vol2"), 90);
@@ -142,6 +150,7 @@ TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
     EXPECT_EQ(list().currentItem()->text(), QStringLiteral("Electric Grand"));
     clickAt(*picker(), rowAt(21));
     EXPECT_EQ(ins("ins2").text(), QStringLiteral("Accoridan"));
+    EXPECT_EQ(picker()->windowTitle(), QStringLiteral("Channel 3: Accoridan – Melvane"));
     picker()->SelectInstrument(QStringLiteral("accoridan"));
     EXPECT_EQ(list().currentRow(), 21);
     QTest::mouseDClick(picker()->windowHandle(), Qt::LeftButton, {}, rowAt(128));
