@@ -380,7 +380,10 @@ std::string frmMain::statusText(bool running) const {
     const RunState& run = mixer_.run();
     if (running) {
         if (mixer_.mixingRun().busy()) return language.ownText(OwnText::finishingFile);
+        if (const std::string& input = mixer_.input().missingInput(); !input.empty())
+            return language.ownText(OwnText::inputGone, input);
         if (run.recordsSilence) return language.ownText(OwnText::noMixInput);
+        if (run.isMidiBackground && !portText().empty()) return portText();
         // The device opens with the first frame.
         const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
         return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
@@ -389,7 +392,15 @@ std::string frmMain::statusText(bool running) const {
     if (run.failure != RunFailure::none) return runMessage(language, run);
     if (stopped_) return language.ownText(OwnText::stopped);
     if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);
-    return language.ownText(OwnText::ready);
+    const std::string port = portText();
+    return port.empty() ? language.ownText(OwnText::ready) : port;
+}
+
+std::string frmMain::portText() const {
+    const MidiBackground& midi = mixer_.midi();
+    if (!midi.loaded()) return {};
+    if (!midi.missingPort().empty()) return environment_.language.ownText(OwnText::portGone, midi.missingPort());
+    return midi.onDevice() ? environment_.language.ownText(OwnText::portOutsideMix) : std::string();
 }
 
 void frmMain::processWindowEvents() {

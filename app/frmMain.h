@@ -74,6 +74,8 @@ private:
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
     std::string statusText(bool running) const;
+    // What is to be known of the song's port; empty when there is nothing.
+    std::string portText() const;
     bool canListen() const;
     void setDropLook(bool on);
 

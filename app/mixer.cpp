@@ -16,6 +16,7 @@ void Mixer::Form_Load(const SettingsStore* store) {
         store->load(state_.settings);
         if (!state_.settings.mixDeviceStored) input_.DetectMixDevice();
     }
+    input_.followMixDevice();
     midi_.prepare();
 }
 

@@ -31,6 +31,7 @@ public:
     Settings& settings() { return state_.settings; }
     SourceFiles& sourceFiles() { return sourceFiles_; }
     MidiBackground& midi() { return midi_; }
+    const RecordingInput& input() const { return input_; }
     EffectChain& effects() { return effects_; }
     MixingRun& mixingRun() { return mixingRun_; }
     MainSliders& sliders() { return sliders_; }

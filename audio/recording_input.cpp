@@ -15,6 +15,16 @@ void RecordingInput::forEachInput(Visit visit) const {
     for (std::int16_t n = 0; library_.BASS_RecordGetInputName(n); n = checkedCast<std::int16_t>(n + 1)) visit(n);
 }
 
+std::vector<std::string> RecordingInput::names() const {
+    std::vector<std::string> names;
+    forEachInput([&](int n) { names.push_back(AnsiToString(library_.BASS_RecordGetInputName(n))); });
+    return names;
+}
+
+bool RecordingInput::followMixDevice() {
+    return followDevice(settings_.knownInput, settings_.mixDevice, names());
+}
+
 bool RecordingInput::hasMixName(int input) const {
     const std::string name = AnsiToString(library_.BASS_RecordGetInputName(input));
     return name.find("Stereo") != std::string::npos || name.find("Hear") != std::string::npos;
@@ -40,6 +50,8 @@ void RecordingInput::SaveUserInput() {
         run_.savedInput = n;
         run_.savedLevel = static_cast<std::int32_t>(LoWord(setting));
     });
+    savedInput_ = {};
+    followDevice(savedInput_, run_.savedInput, names());
 }
 
 void RecordingInput::DetectMixDevice() {
@@ -61,9 +73,12 @@ void RecordingInput::DetectMixDevice() {
 }
 
 void RecordingInput::SelectMixInput() {
+    missingInput_.clear();
     if (settings_.forceMixDevice == kForced) {
         forEachInput([this](int n) { disable(n); });
-        return enable(settings_.mixDevice, kFullLevel);
+        if (followMixDevice()) return enable(settings_.mixDevice, kFullLevel);
+        missingInput_ = settings_.knownInput.name;
+        return;
     }
     bool found = false;
     forEachInput([&](int n) {
@@ -90,7 +105,8 @@ bool RecordingInput::anyOn() const {
 
 void RecordingInput::RestoreUserInput() {
     forEachInput([this](int n) { disable(n); });
-    enable(run_.savedInput, static_cast<std::uint32_t>(run_.savedLevel));
+    if (followDevice(savedInput_, run_.savedInput, names()))
+        enable(run_.savedInput, static_cast<std::uint32_t>(run_.savedLevel));
 }
 
 }  // namespace melvane

@@ -53,14 +53,19 @@ void MidiBackground::prepare() {
 void MidiBackground::ReadMap() {
     state_.midiPorts.clear();
     attempt(MidiFailure::interfaceNotInitialised, [&] { state_.midiPorts = music_.listPorts(); });
-    if (settings_.midiPort > std::ssize(state_.midiPorts) || settings_.midiPort == kAutomaticPort)
-        settings_.midiPort = automaticPort(state_.midiPorts);
+    const bool there = followDevice(settings_.knownPort, settings_.midiPort, state_.midiPorts);
+    if (settings_.midiPort <= std::ssize(state_.midiPorts) && settings_.midiPort != kAutomaticPort) return;
+    settings_.midiPort = automaticPort(state_.midiPorts);
+    if (!there) settings_.knownPort.number = settings_.midiPort;  // it may come back
 }
 
 void MidiBackground::Initialize() {
     auto performance = music_.createPerformance();
-    const bool known = settings_.midiPort >= 1 && settings_.midiPort <= std::ssize(state_.midiPorts);
+    const bool there = followDevice(settings_.knownPort, settings_.midiPort, state_.midiPorts);
+    const bool known = there && settings_.midiPort >= 1 && settings_.midiPort <= std::ssize(state_.midiPorts);
     performance->setPort(known ? settings_.midiPort : kDefaultPort, kChannelGroups);
+    const bool replaced = !there || (known && performance->port() == kDefaultPort);
+    missingPort_ = replaced ? settings_.knownPort.name : std::string();
     performance_ = std::move(performance);
 }
 

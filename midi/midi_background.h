@@ -58,6 +58,11 @@ public:
     // The same, and shows that there are no channels.
     void close();
 
+    // The song goes to a device of the machine, whose sound the card does not have.
+    bool onDevice() const { return loaded() && performance_->port() > 0; }
+    // The name of the port that was wanted for the song, when the synthesiser took its place.
+    const std::string& missingPort() const { return missingPort_; }
+
     bool loaded() const { return state_.deviceOpen; }
     bool playing() const { return loaded() && performance_->playing(); }
     Handle stream() const { return loaded() ? performance_->stream() : 0; }      // on the card; 0 when nothing plays
@@ -142,8 +147,9 @@ private:
     mod_Mixer lines_;
     MidiState state_;
     std::unique_ptr<MusicPerformance> performance_;
-    SongFile extracted_;       // what ExtractMidi has read for ReadFile
-    std::string openFile_;     // as it was chosen
+    SongFile extracted_;    // what ExtractMidi has read for ReadFile
+    std::string openFile_;  // as it was chosen
+    std::string missingPort_;
     unsigned generation_ = 0;  // counts what was asked for: an older opening gives up
     MidiFailure failure_ = MidiFailure::none;
     std::string failureText_;

@@ -59,6 +59,7 @@ Performance::~Performance() {
 void Performance::setPort(int port, int channelGroups) {
     closeDown(channelGroups);
     if (port > 0) port_ = ports_->open(static_cast<std::size_t>(port));
+    portNumber_ = port;
     if (!port_) {
         font_ = soundFont_.empty() ? findSoundFont() : soundFont_;
         nextSynth();

@@ -34,6 +34,7 @@ public:
     ~Performance() override;
 
     void setPort(int port, int channelGroups) override;
+    int port() const override { return port_ ? portNumber_ : 0; }
     void download(const std::shared_ptr<MusicSegment>& segment) override;
     void unload() override;
     void playSegment() override;
@@ -66,6 +67,7 @@ private:
     const std::shared_ptr<SynthBus> bus_;
     bool open_ = false;
     std::shared_ptr<PortInstrument> port_;  // none: the synthesiser plays
+    int portNumber_ = 0;                    // of port_
     std::string font_;                      // of the synthesiser
     std::unique_ptr<Synth> nextSynth_;
     HeldSounds held_;  // what the next synthesiser is to hold, while there is none

@@ -50,10 +50,13 @@ public:
     virtual ~MusicPerformance() = default;
 
     // Opens a port for `channelGroups` groups of 16 channels, of which the first is used. Port 0 is the default one,
-    // the built-in synthesiser; `port` n is the one that was listed as n + 1; one that has gone is replaced by the
-    // default one. Must come first. Fails when the port can't be opened, as when there are no sounds for the
-    // synthesiser.
+    // the built-in synthesiser; `port` n is the one that was listed as n + 1; one that has gone, or can't be
+    // opened, is replaced by the default one. Must come first. Fails when the port can't be opened, as when there are
+    // no sounds for the synthesiser.
     virtual void setPort(int port, int channelGroups) = 0;
+
+    // The port that is open, 0 where the default one took the place of another.
+    virtual int port() const = 0;
 
     // Makes the sounds that the segment needs ready, and lets go of them.
     virtual void download(const std::shared_ptr<MusicSegment>& segment) = 0;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr QRect kTab(kLeft, 32, 150, 24);  // the first
 constexpr QRect kPage(kLeft, 56, kRight - kLeft, 112);
+constexpr QRect kNotice(kLeft, 171, 316, 32);  // two lines
 constexpr QRect kOK(kRight - 110, 174, 110, 26);
 
 // On a page: a column of names, and what they name.
@@ -47,14 +48,13 @@ QFrame* addPage(QWidget* window, const char* name) {
     return page;
 }
 
-// Selects the device of `number`, `otherwise` when there is none. A device that got another number keeps being the one.
+// Selects the device of `number`, wherever it stands now; `otherwise` when there is none. False when it has gone.
 template <typename Number>
-void showDevices(DeviceList& list, Number& number, int otherwise) {
-    const int before = list.currentIndex();
-    if (!list.refresh())
-        list.setCurrentIndex(number >= 0 && number < list.count() ? static_cast<int>(number) : otherwise);
-    else if (list.currentIndex() != before)
-        number = static_cast<Number>(list.currentIndex());
+bool showDevices(DeviceList& list, KnownDevice& known, Number& number, int otherwise) {
+    list.refresh();
+    const bool there = followDevice(known, number, list.listed());
+    list.setCurrentIndex(there && number >= 0 && number < list.count() ? static_cast<int>(number) : otherwise);
+    return there;
 }
 
 void setTexts(QAbstractButton* button, const std::string& text) {
@@ -76,6 +76,7 @@ mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dial
     addTitle(kCaption);
     addTabs();
     addAudioPage(std::move(midiPorts), std::move(recordingInputs));
+    addNotice();
     addLanguagePage();
     bOK_ = addButton(this, "bOK", kOK, ButtonLook::plain, Symbol::close, [this] { close(); });
     TABA_[0]->click();
@@ -101,14 +102,20 @@ void mnuHelp::addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs) {
     FM_ = addPage(this, "FM");
     MidiDev_ = addDeviceList("MidiDev", kMidiLabel, std::move(midiPorts));
     connect(MidiDev_, &QComboBox::activated, this, [this](int position) {
-        if (settings_.midiPort == position) return;
+        if (settings_.midiPort == position && !portGone_) return;
+        settings_.knownPort = {};
         settings_.midiPort = position;
+        portGone_ = !followDevice(settings_.knownPort, settings_.midiPort, MidiDev_->listed());
+        showDeviceNotice();
         Q_EMIT midiPortChanged();
     });
     MixDev_ = addDeviceList("MixDev", kMixLabel, std::move(recordingInputs));
     connect(MixDev_, &QComboBox::activated, this, [this](int position) {
         settings_.mixDevice = static_cast<std::int16_t>(position);
         settings_.mixDeviceStored = true;
+        settings_.knownInput = {};
+        inputGone_ = !followDevice(settings_.knownInput, settings_.mixDevice, MixDev_->listed());
+        showDeviceNotice();
     });
     addLabel(kHintLabel, FM_, kHint);
     LB_[kHintLabel]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -118,6 +125,14 @@ void mnuHelp::addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs) {
     layOut(CustMix_, kForce);
     CustMix_->setChecked(settings_.forceMixDevice == kForced);
     connect(CustMix_, &QCheckBox::clicked, this, [this](bool on) { settings_.forceMixDevice = on ? kForced : 0; });
+}
+
+void mnuHelp::addNotice() {
+    deviceNotice_ = new QLabel(this);
+    deviceNotice_->setObjectName(QStringLiteral("deviceNotice"));
+    deviceNotice_->setProperty("hint", true);
+    deviceNotice_->setWordWrap(true);
+    layOut(deviceNotice_, kNotice);
 }
 
 DeviceList* mnuHelp::addDeviceList(const char* name, int label, DeviceNames deviceNames) {
@@ -196,15 +211,29 @@ QPushButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry ad
 
 void mnuHelp::TABA_Click(int page) {
     FM_->setVisible(page == 0);
+    deviceNotice_->setVisible(page == 0);
     languagePage_->setVisible(page == 1);
 }
 
 void mnuHelp::refreshDevices() {
     guarded(dialogs_, [this] {
         // A port that there is not is replaced by the first one wherever it is used.
-        showDevices(*MidiDev_, settings_.midiPort, 0);
-        showDevices(*MixDev_, settings_.mixDevice, -1);
+        portGone_ = !showDevices(*MidiDev_, settings_.knownPort, settings_.midiPort, 0);
+        inputGone_ = !showDevices(*MixDev_, settings_.knownInput, settings_.mixDevice, -1);
+        showDeviceNotice();
     });
+}
+
+void mnuHelp::showDeviceNotice() {
+    std::string notice;
+    if (inputGone_) notice = language_.ownText(OwnText::deviceGone, settings_.knownInput.name);
+    if (portGone_)
+        notice = language_.ownText(OwnText::portGone, settings_.knownPort.name);
+    else if (settings_.midiPort > 0 && settings_.midiPort < MidiDev_->count())
+        notice += (notice.empty() ? "" : "\n") + language_.ownText(OwnText::portOutsideMix);
+    deviceNotice_->setText(toQt(notice));
+    deviceNotice_->setToolTip(deviceNotice_->text());
+    MidiDev_->setAccessibleDescription(deviceNotice_->text());
 }
 
 void mnuHelp::openPage(const std::string& address) {
@@ -227,6 +256,7 @@ void mnuHelp::GetPreferencesLanguage() {
     }
     setName(zoom_, LB_[kZoomLabel]->text());
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
+    showDeviceNotice();
     setTexts(CustMix_, language_.lang(LangEntry::forceMixDevice));
     for (QAbstractButton* button : languages_->buttons()) {
         button->setChecked(button->objectName() == QStringLiteral("language_") + toQt(language_.languageCode()));

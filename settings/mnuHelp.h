@@ -48,12 +48,14 @@ private:
     void addLanguagePage();
     void addLanguages();
     void addZoom();
+    void addNotice();
     DeviceList* addDeviceList(const char* name, int label, DeviceNames deviceNames);
     void addLabel(std::size_t number, QWidget* page, const QRect& place);
     void showZoom();
     QPushButton* addLink(const char* name, const QRect& place, LangEntry address);
     void TABA_Click(int page);
     void refreshDevices();
+    void showDeviceNotice();
     void openPage(const std::string& address);
 
     Settings& settings_;
@@ -67,6 +69,9 @@ private:
     std::array<QLabel*, 6> LB_{};
     DeviceList* MidiDev_;
     DeviceList* MixDev_;
+    QLabel* deviceNotice_;
+    bool portGone_ = false;
+    bool inputGone_ = false;
     QCheckBox* CustMix_;
     QButtonGroup* languages_;
     QComboBox* zoom_;

@@ -7,28 +7,20 @@
 namespace melvane {
 
 DeviceList::DeviceList(QWidget* page, const QRect& place, DeviceNames deviceNames)
-    : QComboBox(page), deviceNames_(std::move(deviceNames)) {
+    : QComboBox(page), askForNames_(std::move(deviceNames)) {
     layOut(this, place);
     setEnabled(false);
 }
 
-bool DeviceList::refresh() {
-    QStringList names;
-    for (const std::string& name : deviceNames_()) names << QString::fromStdString(name);
-    const int before = currentIndex();
-    if (names == names_) return before >= 0;
-
-    // Two devices may have one name: the one that stayed where it was is the same.
-    const QString selected = names_.value(before);
-    const bool stayed = before >= 0 && names.value(before) == selected;
-    const int now = stayed ? before : before >= 0 ? static_cast<int>(names.indexOf(selected)) : -1;
-    names_ = names;
+void DeviceList::refresh() {
+    std::vector<std::string> names = askForNames_();
+    if (names == listed_) return;
+    listed_ = std::move(names);
     clear();
-    addItems(names);
-    setCurrentIndex(now);
-    setEnabled(!names.isEmpty());
+    for (const std::string& name : listed_) addItem(QString::fromStdString(name));
+    setCurrentIndex(-1);
+    setEnabled(!listed_.empty());
     showEmptyText();
-    return now >= 0;
 }
 
 void DeviceList::setEmptyText(const QString& text) {
@@ -38,7 +30,7 @@ void DeviceList::setEmptyText(const QString& text) {
 
 // The text is shown whenever nothing is selected, also from a list that is not empty.
 void DeviceList::showEmptyText() {
-    setPlaceholderText(names_.isEmpty() ? emptyText_ : QString());
+    setPlaceholderText(listed_.empty() ? emptyText_ : QString());
 }
 
 void DeviceList::showPopup() {

@@ -17,9 +17,9 @@ class DeviceList : public QComboBox {
 public:
     DeviceList(QWidget* page, const QRect& place, DeviceNames deviceNames);
 
-    // Lists the devices that there are now. The selected one stays selected, also under another number. False when
-    // it has gone or there was none; then none is selected.
-    bool refresh();
+    // Lists the devices that there are now; when they have changed, none is selected.
+    void refresh();
+    const std::vector<std::string>& listed() const { return listed_; }
     // Shown while there is no device.
     void setEmptyText(const QString& text);
 
@@ -31,8 +31,8 @@ Q_SIGNALS:
 private:
     void showEmptyText();
 
-    DeviceNames deviceNames_;
-    QStringList names_;
+    DeviceNames askForNames_;
+    std::vector<std::string> listed_;
     QString emptyText_;
 };
 

@@ -71,6 +71,7 @@ enum class OwnText {
     homePage,
     cannotOpenPage,  // address
     noDevices,
+    deviceGone,  // device
     // The player.
     play,
     pause,
@@ -85,6 +86,9 @@ enum class OwnText {
     mixFinished,  // file
     stopped,
     playsSilently,
+    portOutsideMix,
+    portGone,   // port
+    inputGone,  // input
     // Why a run did not begin or did not end well.
     cannotOpenBackground,  // file
     cannotOpenVocal,       // file

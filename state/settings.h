@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "state/known_device.h"
+
 namespace melvane {
 
 // Left and top of a window, in pixels of the screen.
@@ -26,13 +28,16 @@ struct EffectSwitch {
 };
 
 struct Settings {
-    std::string recDirectory;                 // UTF-8; empty: unset
-    std::string language = "en";              // UI language code
-    std::optional<WindowPosition> position;   // none: the window's own start position
-    std::int16_t mixDevice = 0;               // recording input number, 0..32767
-    bool mixDeviceStored = false;             // false: nothing usable was stored, the input is to be detected
-    std::int16_t forceMixDevice = 0;          // 1: always use mixDevice
-    std::int32_t midiPort = -5;               // MIDI output port; -5: choose automatically
+    std::string recDirectory;                // UTF-8; empty: unset
+    std::string language = "en";             // UI language code
+    std::optional<WindowPosition> position;  // none: the window's own start position
+    std::int16_t mixDevice = 0;              // recording input number, 0..32767
+    bool mixDeviceStored = false;            // false: nothing usable was stored, the input is to be detected
+    std::int16_t forceMixDevice = 0;         // 1: always use mixDevice
+    std::int32_t midiPort = -5;              // MIDI output port; -5: choose automatically
+    // What these two numbers stand for, in this session; never stored.
+    KnownDevice knownInput;
+    KnownDevice knownPort;
     std::int16_t currentPreset = 0;           // 0..13
     std::array<EffectSwitch, 5> EffectState;  // reverb, echo, chorus, flanger; the fifth is not stored
     // Background bass and treble, vocal bass and treble; 0 (full boost) .. 50 (flat) .. 100 (full cut).

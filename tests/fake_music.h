@@ -18,6 +18,7 @@ public:
 
     std::vector<std::string> ports = {"Built-in synthesiser"};
     bool portOpens = true;
+    bool devicesOpen = true;
     bool songLoads = true;
     bool plays = true;
     int messagesLeft = 1000;  // until sending fails
@@ -44,7 +45,9 @@ private:
         void setPort(int port, int groups) override {
             music_.note(words("setPort", port, groups), music_.portOpens && !open_);
             open_ = ++music_.openPorts > 0;
+            port_ = music_.devicesOpen ? port : 0;
         }
+        int port() const override { return port_; }
         void download(const std::shared_ptr<MusicSegment>& segment) override {
             note("download");
             ready_ = segment != nullptr;
@@ -86,6 +89,7 @@ private:
         void send(const std::string& message) { note(message, music_.messagesLeft-- > 0); }
         FakeMusic& music_;
         bool open_ = false;
+        int port_ = 0;
         bool ready_ = false;
         bool playing_ = false;
     };

@@ -220,6 +220,31 @@ TEST_F(MidiFixture, PortsAreChosenByTheirNames) {
     }
 }
 
+TEST_F(MidiFixture, APortIsTheOneOfItsNameAndMissedWhenItHasGone) {
+    std::string file = dir.write("a.mid", bytes);
+    const auto openedOn = [&](Words ports) {
+        music.ports = std::move(ports);
+        midi.ReadMap();
+        calls();
+        midi.OpenMidi(file);
+        const Words all = calls();
+        return *std::ranges::find_if(all, [](const std::string& call) { return call.starts_with("setPort"); }) + " " +
+               midi.missingPort();
+    };
+    settings.midiPort = 1;
+    EXPECT_EQ(openedOn({"synth", "keys", "piano"}), "setPort 1 80 ");
+    EXPECT_TRUE(midi.onDevice());
+    EXPECT_EQ(openedOn({"synth", "organ", "keys"}), "setPort 2 80 ");
+    EXPECT_EQ(openedOn({"synth", "organ", "piano"}), "setPort 0 80 keys");
+    EXPECT_FALSE(midi.onDevice());
+    EXPECT_EQ(openedOn({"synth"}), "setPort 0 80 keys");
+    EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 ");
+    music.devicesOpen = false;
+    EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 keys");
+    settings.midiPort = 0;
+    EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 0 80 ");
+}
+
 TEST_F(MidiFixture, ASongIsOpenedPlayedAndClosed) {
     EXPECT_FALSE(midi.PlayMidi());
     midi.CloseDevice();

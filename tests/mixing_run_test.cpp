@@ -211,6 +211,20 @@ TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
         EXPECT_EQ(mixer.settings().mixDevice, c.detected);
         EXPECT_EQ(switchedOn(), "");
     }
+
+    // The forced one and the user's own are found again by their names.
+    mixer.settings().forceMixDevice = 1;
+    mixer.settings().mixDevice = 3;
+    library.inputs[1].setting = kMic | 8;
+    mixer.Form_Load(nullptr);
+    for (const bool there : {true, false}) {
+        library.inputs.erase(library.inputs.begin() + (there ? 0 : 2));
+        mixer.mixingRun().mi_button_Click();
+        EXPECT_EQ(switchedOn(), there ? "C 100; " : "");
+        EXPECT_EQ(mixer.input().missingInput(), there ? "" : "C");
+        mixer.mixingRun().stopRec();
+        EXPECT_EQ(switchedOn(), "Stereo Mic 8; ");
+    }
 }
 
 // The handles of a run: 2 background, 3 vocal, 4 capture, then 4 effects, 10 bands and 4 tone bands.

@@ -95,6 +95,14 @@ TEST_F(PreferencesFixture, ListsFollowDevicesThatComeAndGo) {
     EXPECT_EQ(settings.midiPort, 1);
     reopen({"Synthesiser", "Piano", "Piano"});
     EXPECT_EQ(settings.midiPort, 1);
+    const auto notice = [this] { return find<QLabel>(*window, "deviceNotice").text().toStdString(); };
+    EXPECT_EQ(notice(), "The sound of this MIDI port is not in the mix unless an input records it.");
+    reopen({"Synthesiser", "Keys"});
+    EXPECT_EQ(shown("MidiDev"), "Synthesiser") << "and not what has its number now";
+    EXPECT_EQ(notice(), "The MIDI port Piano has gone or cannot be opened: the built-in synthesizer plays.");
+    reopen({"Synthesiser", "Keys", "Piano"});
+    EXPECT_EQ(shown("MidiDev"), "Piano");
+    EXPECT_EQ(settings.midiPort, 2);
     reopen({"Synthesiser"});
     EXPECT_EQ(shown("MidiDev"), "Synthesiser");
     reopen({});
@@ -109,6 +117,18 @@ TEST_F(PreferencesFixture, ListsFollowDevicesThatComeAndGo) {
     EXPECT_EQ(list("MidiDev").count(), 2);
     EXPECT_TRUE(list("MidiDev").isEnabled());
     EXPECT_EQ(list("MixDev").currentIndex(), 7);
+    inputs.back() = "Stereo Mix";
+    QTest::keyClick(&list("MixDev"), Qt::Key_Home);
+    QApplication::sendEvent(window, &activated);
+    QTest::keyClick(&list("MixDev"), Qt::Key_End);
+    inputs.erase(inputs.begin());
+    QApplication::sendEvent(window, &activated);
+    EXPECT_EQ(settings.mixDevice, 6);
+    inputs.pop_back();
+    QApplication::sendEvent(window, &activated);
+    EXPECT_EQ(list("MixDev").currentIndex(), -1);
+    EXPECT_TRUE(
+        find<QLabel>(*window, "deviceNotice").text().contains(QStringLiteral("The device Stereo Mix has gone.")));
 }
 
 TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
