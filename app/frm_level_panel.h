@@ -1,6 +1,8 @@
 // The level meters of the main window: song and voice beside their sliders, the mix beside the progress.
 #pragma once
 
+#include <QLabel>
+
 #include "app/mixer.h"
 #include "controls/level_meter.h"
 
@@ -15,11 +17,15 @@ public:
     void SetMainLanguage();
 
 private:
+    void showLimiter(bool running);
+
     Mixer& mixer_;
     Environment environment_;
     LevelMeter* song_;
     LevelMeter* voice_;
     LevelMeter* mix_;
+    QLabel* limiter_;   // how much is taken away
+    double taken_ = 0;  // dB
 };
 
 }  // namespace melvane

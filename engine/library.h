@@ -29,6 +29,7 @@ public:
     std::uint32_t stepCard(std::uint32_t frames) override;
     CardStatus cardStatus() const override;
     PeakLevels takePeaks(Handle channel) override;
+    float takeReduction() override { return card_.takeReduction(); }
     std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override;
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,

@@ -114,6 +114,9 @@ public:
     // 1.0 where it would have been cut off. Sound is measured as it is mixed, BASS_INFO::latency before it is heard.
     // Never waits for the mixing thread.
     virtual PeakLevels takePeaks(Handle channel) = 0;
+    // The most that the sum of all channels was turned down since this was asked last to keep it within full scale:
+    // 0 for nothing, 0.5 for half. Never waits either.
+    virtual float takeReduction() = 0;
     // Opens and reads a sound file (not a MIDI song) on a thread of its own, at low priority where the system allows
     // that. `columns` is at least 1. BASS_Free ends all scans.
     virtual std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) = 0;

@@ -38,6 +38,8 @@ enum class OwnText {
     songLevel,
     voiceLevel,
     mixLevel,
+    lampMeaning,
+    limiterMeaning,
     menuButton,
     backToMain,
     cannotUseFile,  // file

@@ -206,6 +206,8 @@ TEST(Card, PeaksAreTheHighestSinceAskedLastBehindTheLevelAndBeforeTheLimiter) {
     expectPeaks(first->takePeaks(), 0.8F, 0);
     expectPeaks(second->takePeaks(), 0.3F, 0);
     expectPeaks(session.card.takePeaks(), 1.1F, 0);
+    EXPECT_NEAR(session.card.takeReduction(), 1 - 0.915 / 1.1, 0.02);
+    EXPECT_EQ(session.card.takeReduction(), 0);
     mix(session.card, 200, 7);
     expectPeaks(first->takePeaks(), 0, 0.9F);
     expectPeaks(second->takePeaks(), 0, 0);

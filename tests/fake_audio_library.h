@@ -66,6 +66,8 @@ public:
     void resumeCard() override { note("resumeCard"); }
     void holdCardAtEndOf(Handle channel) override { note("holdCardAtEndOf", channel); }
     std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
+    float reduction = 0;
+    float takeReduction() override { return reduction; }
     CardStatus cardStatus() const override { return card; }
 
     PeakLevels takePeaks(Handle channel) override {

@@ -329,6 +329,22 @@ TEST_F(WindowFixture, ReadoutsShowWhatIsStoredAndTheKeyWhatSounds) {
     EXPECT_TRUE(tone.toolTip().endsWith(QStringLiteral(": +2 sounds."))) << tone.toolTip().toStdString();
 }
 
+TEST_F(WindowFixture, TheLimiterAndTheRedLampExplainThemselves) {
+    const auto& limiter = find<QLabel>(main(), "limiter");
+    library.reduction = 0.5F;
+    EXPECT_EQ(limiter.text(), QString());
+    chooseFiles();
+    press("mi_button");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return limiter.text() == QStringLiteral("-6.0 dB"); }));
+    expectTidy(main());
+    library.reduction = 0;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return limiter.text().isEmpty(); })) << "slowly back";
+    EXPECT_FALSE(limiter.toolTip().isEmpty());
+    for (const char* meter : {"songLevel", "voiceLevel", "mixLevel"})
+        EXPECT_TRUE(find<QWidget>(main(), meter).toolTip().contains(QStringLiteral("\nRed lamp: "))) << meter;
+    mixer().mixingRun().stopRec();
+}
+
 TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
     const auto effects = [this] { return main().findChild<frmEff*>(); };
     EXPECT_EQ(effects(), nullptr) << "made when it is first opened";

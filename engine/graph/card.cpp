@@ -101,7 +101,8 @@ std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) 
         mixed_ += static_cast<std::int64_t>(got);
         ended_ = got < needed;
     }
-    limiter_.process(ahead_.data(), needed);
+    const float taken = limiter_.process(ahead_.data(), needed);
+    reduction_.raise({taken, taken});
     const std::int64_t first = limiterFed_ - kDelay;
     limiterFed_ += static_cast<std::int64_t>(needed);
     const std::int64_t behind = std::min(limiterFed_ - kDelay, mixed_);

@@ -53,6 +53,8 @@ public:
     std::uint64_t framesMixed() const { return framesMixed_; }
     // Any thread: of the channels' sum, before the limiter, since this was asked last.
     PeakLevels takePeaks() { return peaks_.take(); }
+    // Any thread: the most that the limiter has taken away since this was asked last, 0..1.
+    float takeReduction() { return reduction_.take().left; }
 
 private:
     using Channels = std::vector<std::shared_ptr<Channel>>;
@@ -83,6 +85,7 @@ private:
     // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
     Limiter limiter_;
     PeakMeter peaks_;
+    PeakMeter reduction_;  // on both sides the same
     std::vector<float> ahead_;
     std::int64_t limiterFed_ = 0;              // frames given to the limiter,
     std::int64_t mixed_ = 0;                   // how many of them were sound,

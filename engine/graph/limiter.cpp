@@ -59,12 +59,14 @@ void Limiter::reset() {
     heldSum_ = kLookAhead;
 }
 
-void Limiter::process(float* block, std::size_t frames) {
+float Limiter::process(float* block, std::size_t frames) {
+    leastGain_ = 1;
     for (std::size_t i = 0; i < frames; ++i) {
         const Frame out = step({block[2 * i], block[2 * i + 1]});
         block[2 * i] = out.left;
         block[2 * i + 1] = out.right;
     }
+    return 1 - leastGain_;
 }
 
 Limiter::Frame Limiter::step(Frame in) {
@@ -78,6 +80,7 @@ Limiter::Frame Limiter::step(Frame in) {
     heldSum_ += static_cast<double>(held) - static_cast<double>(oldest);
     oldest = held;
     const auto gain = static_cast<float>(heldSum_ / kLookAhead);
+    leastGain_ = std::min(leastGain_, gain);
     const Frame out = at(now_ - kDelay);
     ++now_;
     return {out.left * gain, out.right * gain};

@@ -23,8 +23,9 @@ public:
 
     // As if only silence had been there.
     void reset();
-    // Stereo frames in place; the output is the input of kDelay frames ago.
-    void process(float* block, std::size_t frames);
+    // Stereo frames in place; the output is the input of kDelay frames ago. The most that was taken away: 0 nothing, 1
+    // all.
+    float process(float* block, std::size_t frames);
 
 private:
     static constexpr std::size_t kRing = 256;
@@ -43,6 +44,7 @@ private:
     std::array<Frame, kRing> ring_;
     std::uint64_t now_ = 0;       // frames taken since the start
     std::uint64_t lastOver_ = 0;  // the last one beyond full scale
+    float leastGain_ = 1;         // of the block
     double reduction_ = 0;        // 1 - demanded gain, with its slow release
     // The sliding minimum: candidates in rising order, as a ring.
     struct Candidate {
