@@ -217,8 +217,11 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
 }
 
 void frmMain::mi_button_Click() {
-    stopped_ = false;
-    withButtonsOff([this] { mixer_.mixingRun().mi_button_Click(); });
+    withButtonsOff([this] {
+        if (!mixer_.sourceFiles().mayReplaceDestination()) return;
+        stopped_ = false;
+        mixer_.mixingRun().mi_button_Click();
+    });
 }
 
 void frmMain::withButtonsOff(const std::function<void()>& action) {
@@ -346,7 +349,7 @@ void frmMain::refreshPaths() {
     overview_->show(fields.background);
 }
 
-// The focus goes with the run: from the mix button to the stop button and back, to no other one.
+// The focus goes with the run: from the mix button to the progress, where a stray key does nothing, and back.
 void frmMain::switchButton(Ed_Button* button, bool on) {
     if (!on && focusWidget() == button) button->clearFocus();
     button->setEnabled(on);
@@ -361,7 +364,9 @@ void frmMain::refreshButtons(bool running) {
     switchButton(b_listen_, canListen());
     menu_->setRunning(!idle);
     menu_->setCanListen(canListen());
-    if (!focusWidget() && (canStop || idle)) (canStop ? b_STOP_ : mi_button_)->setFocus();
+    const bool free = !focusWidget() || focusWidget() == progress_;
+    if (free && canStop) progress_->setFocus();
+    if (free && idle) mi_button_->setFocus();
 }
 
 void frmMain::refreshStatus(bool running) {

@@ -71,7 +71,7 @@ bool SourceFiles::take(const std::string& path) {
     if (!isFolder && !isFile(path)) return false;
     if (isFolder) {
         if (fields_.background.empty()) return BR_Click(2), true;
-        fields_.destination = proposedDestination(path + "/" + fileName(fields_.background));
+        chooseDestination(proposedDestination(path + "/" + fileName(fields_.background)));
     } else if (extension == "wav") {
         // Another voice makes another mix.
         if (path != fields_.vocal && fields_.destination == run_.lastMixPath) fields_.destination.clear();
@@ -82,7 +82,7 @@ bool SourceFiles::take(const std::string& path) {
         return false;
     }
     if (fields_.destination.empty() && !fields_.background.empty() && !fields_.vocal.empty())
-        fields_.destination = proposedDestination(fields_.background);
+        chooseDestination(proposedDestination(fields_.background));
     return true;
 }
 
@@ -112,10 +112,35 @@ void SourceFiles::browseDestination() {
                           proposedDestination(fields_.background));
     if (chosen.empty()) return;
     const std::string path = withMp3Extension(chosen);
-    if (exists(path) && dialogs_.messageBox(language_.lang(LangEntry::overwrite), kProductCaption, BoxIcon::question,
-                                            BoxButtons::yesNoCancel) != BoxAnswer::yes)
-        return;
+    if (!exists(path) || agreesToOverwrite()) chooseDestination(path);
+}
+
+bool SourceFiles::agreesToOverwrite() {
+    return dialogs_.messageBox(language_.lang(LangEntry::overwrite), kProductCaption, BoxIcon::question,
+                               BoxButtons::yesNoCancel) == BoxAnswer::yes;
+}
+
+SourceFiles::Standing SourceFiles::standingAt(const std::string& path) {
+    std::error_code error;
+    const auto size = fs::file_size(toPath(path), error);
+    if (error) return std::nullopt;
+    return std::pair(size, fs::last_write_time(toPath(path), error));
+}
+
+void SourceFiles::chooseDestination(const std::string& path) {
     fields_.destination = path;
+    agreedPath_ = path;
+    agreedStanding_ = standingAt(path);
+}
+
+bool SourceFiles::mayReplaceDestination() {
+    const std::string path = fields_.destination;
+    const Standing standing = standingAt(path);
+    const bool known = path != agreedPath_ || !standing || standing == agreedStanding_;
+    if (!known && !agreesToOverwrite()) return false;
+    agreedPath_ = path;
+    agreedStanding_ = standing;
+    return true;
 }
 
 std::string proposedDestination(const std::string& background) {

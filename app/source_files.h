@@ -1,7 +1,11 @@
 // The choice of background, vocal and destination behind the browse buttons.
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "midi/midi_background.h"
 #include "platform/dialogs.h"
@@ -32,7 +36,17 @@ public:
     // mix. With both sources there and no destination yet, proposes one. False when it is none of these.
     bool take(const std::string& path);
 
+    // Asks when something else stands at the destination than when that was chosen, such as a mix that was finished
+    // since. True when a run may replace it.
+    bool mayReplaceDestination();
+
 private:
+    // Tells one file from another that took its place; none where there is no file.
+    using Standing = std::optional<std::pair<std::uintmax_t, std::filesystem::file_time_type>>;
+
+    static Standing standingAt(const std::string& path);
+    void chooseDestination(const std::string& path);
+    bool agreesToOverwrite();
     void browseBackground();
     void openMidi();
     void browseVocal();
@@ -44,6 +58,8 @@ private:
     MidiBackground& midi_;
     const modLang& language_;
     Dialogs& dialogs_;
+    std::string agreedPath_;   // a destination
+    Standing agreedStanding_;  // and what the user knows to stand there
 };
 
 // The background's name as an MP3, numbered from 2 on until no such file exists.

@@ -151,6 +151,28 @@ TEST_F(SourceFilesFixture, TheDestinationNeedsSourcesAndLeaveToOverwrite) {
     EXPECT_EQ(dialogs.boxes.size(), 3U);
 }
 
+TEST_F(SourceFilesFixture, WhatWasFinishedSinceTheDestinationWasChosenIsAskedAbout) {
+    EXPECT_TRUE(files.mayReplaceDestination()) << "none";
+    fields = {dir / "song.ogg", "/v.wav", ""};
+    dialogs.nextFile = dir.write("old.mp3", "old");
+    dialogs.nextAnswer = BoxAnswer::yes;
+    for (const std::string& chosen : {dir / "old.mp3", dir / "song.mp3"}) {
+        dialogs.nextFile = chosen;
+        files.BR_Click(2);
+        dialogs.boxes.clear();
+        EXPECT_TRUE(files.mayReplaceDestination()) << "as it was when it was chosen";
+        dir.write(std::filesystem::path(chosen).filename(), "a finished mix");
+        for (const BoxAnswer answer : {BoxAnswer::no, BoxAnswer::cancel, BoxAnswer::yes}) {
+            dialogs.nextAnswer = answer;
+            EXPECT_EQ(files.mayReplaceDestination(), answer == BoxAnswer::yes);
+        }
+        EXPECT_EQ(dialogs.boxes, std::vector(3, std::string("Melvane: Do you want to overwrite existing file?")));
+        std::filesystem::remove(chosen);
+        EXPECT_TRUE(files.mayReplaceDestination()) << "it has gone";
+    }
+    EXPECT_EQ(dialogs.boxes.size(), 3U);
+}
+
 TEST(SourceFiles, GivesTheDestinationItsExtension) {
     const std::pair<const char*, const char*> cases[] = {
         {"/m/mix", "/m/mix.mp3"},     {"/m/mix.wav", "/m/mix.mp3"}, {"/m/mix.flac", "/m/mix..mp3"},
