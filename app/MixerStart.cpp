@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kGripEverywhere = 174;
 constexpr QRect kContinue(52, 120, 170, 32);
+constexpr QRect kCloseButton(274 - kLeft - 24, 4, 24, 22);
 
 void addLabel(QWidget* parent, const char* name, const QRect& place, const std::string& text = {}) {
     auto* label = new QLabel(toQt(text), parent);
@@ -39,6 +40,8 @@ MixerStart::MixerStart(const modLang& language) : FramelessWindow(kStartRegion, 
     });
     setButtonText(CON_, toQt(language.lang(LangEntry::continueToMixer)),
                   toQt(language.ownText(OwnText::continueToMixer)));
+    bClose_ = addButton(this, "bClose", kCloseButton, ButtonLook::close, Symbol::close, [this] { close(); });
+    setButtonText(bClose_, {}, toQt(language.lang(LangEntry::close)));
     CON_->setFocus();
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());

@@ -22,6 +22,7 @@ protected:
 
 private:
     Ed_Button* CON_;
+    Ed_Button* bClose_;
 };
 
 }  // namespace melvane

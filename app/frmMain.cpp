@@ -135,6 +135,8 @@ void frmMain::addMenu() {
     on(&frmMenu::preferences, [this] { windows_->showPreferences(); });
     on(&frmMenu::help, [this] { environment_.shell.open(environment_.language.lang(LangEntry::helpPage)); });
     on(&frmMenu::closeWanted, [this] { close(); });
+    on(&frmMenu::mix, [this] { mi_button_Click(); });
+    on(&frmMenu::stop, [this] { b_STOP_Click(); });
     on(&frmMenu::listen, [this] { listen(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
     on(&frmMenu::restoreMidi, [this] { mixer_.midi().MidiRestore(); });
@@ -363,6 +365,7 @@ void frmMain::refreshButtons(bool running) {
     switchButton(b_STOP_, canStop);
     switchButton(b_listen_, canListen());
     menu_->setRunning(!idle);
+    menu_->setCanStop(canStop);
     menu_->setCanListen(canListen());
     const bool free = !focusWidget() || focusWidget() == progress_;
     if (free && canStop) progress_->setFocus();

@@ -44,8 +44,8 @@ void Program::openMainWindow() {
     main_.emplace(*mixer_, environment, store_);
     main_->DoRest();
     main_->show();
-    main_->takeFiles(files_);
     start_.close();
+    main_->takeFiles(files_);
 }
 
 bool Program::startLibrary() {

@@ -35,6 +35,7 @@ frmIns::frmIns(MidiBackground& midi, const modLang& language, Dialogs& dialogs, 
     for (int program = 0; program <= kPercussionInstrument; ++program)
         List3_->addItem(toQt(GetInstrumentName(program)));
     connect(List3_, &QListWidget::itemClicked, this, &frmIns::List3_Click);
+    connect(List3_, &QListWidget::itemSelectionChanged, this, &frmIns::List3_Click);
     connect(List3_, &QListWidget::itemDoubleClicked, this, [this] {
         List3_Click();
         close();
@@ -44,15 +45,18 @@ frmIns::frmIns(MidiBackground& midi, const modLang& language, Dialogs& dialogs, 
 }
 
 void frmIns::SelectInstrument(const QString& name) {
+    const QSignalBlocker shownOnly(List3_);
     for (int row = 0; row < List3_->count(); ++row)
         if (List3_->item(row)->text() == name) List3_->setCurrentRow(row);
 }
 
 void frmIns::List3_Click() {
-    const QListWidgetItem* item = List3_->currentItem();
-    if (!item) return;
+    // The current entry follows the selection, and is moved by the focus as well.
+    const QList<QListWidgetItem*> selected = List3_->selectedItems();
+    if (selected.isEmpty()) return;
+    const QListWidgetItem* item = selected.first();
     guarded(dialogs_, [&] {
-        midi_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->currentRow()));
+        midi_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->row(item)));
         Q_EMIT picked(editedChannel, item->text());
     });
     showTitle();

@@ -20,7 +20,7 @@ public:
 
     std::int16_t editedChannel = 0;  // 0..15; set before the picker is shown
 
-    // Selects the entry of exactly this name; without one, the selection stays.
+    // Selects the entry of exactly this name; without one, the selection stays. The channel keeps its instrument.
     void SelectInstrument(const QString& name);
     // Sets all texts from the current language.
     void GetInstrumentsLanguage();
@@ -31,7 +31,7 @@ Q_SIGNALS:
     void picked(std::int16_t channel, const QString& name);
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;  // Enter takes the selected entry and closes
+    void keyPressEvent(QKeyEvent* event) override;  // Enter takes the selected entry again and closes
 
 private:
     void List3_Click();

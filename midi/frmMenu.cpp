@@ -39,6 +39,7 @@ frmMenu::frmMenu(const MidiState& state, const modLang& language, QWidget* owner
     addKaraoke();
     addMidi();
     SetMenuLanguage();
+    setCanStop(false);
     setCanListen(false);
 }
 
@@ -47,13 +48,17 @@ void frmMenu::addKaraoke() {
         if (i == 2) mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar2"));
         QAction* file = add(mnuKar_, QLatin1String(kFiles[i].name), entry(kFiles[i].text), kFiles[i].shortcut);
         connect(file, &QAction::triggered, this, [this, i] { Q_EMIT browse(static_cast<int>(i)); });
-        files_.push_back(file);
+        idle_.push_back(file);
     }
+    idle_.push_back(add(mnuKar_, QStringLiteral("mix"), own(OwnText::mix), Qt::CTRL | Qt::Key_M));
+    connect(idle_.back(), &QAction::triggered, this, &frmMenu::mix);
+    stop_ = add(mnuKar_, QStringLiteral("stop"), own(OwnText::stop), Qt::CTRL | Qt::Key_Period);
+    connect(stop_, &QAction::triggered, this, &frmMenu::stop);
     listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
     connect(listen_, &QAction::triggered, this, &frmMenu::listen);
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar4"));
     recent_ = addMenu(QStringLiteral("mnuKar5"), own(OwnText::recentFiles));
-    files_.push_back(recent_->menuAction());
+    idle_.push_back(recent_->menuAction());
     mnuMidi_ = addMenu(QStringLiteral("mnuMid"), own(OwnText::midiButton));
     connect(add(mnuKar_, QStringLiteral("mnuKar6"), entry(LangEntry::preferences), Qt::CTRL | Qt::Key_Comma),
             &QAction::triggered, this, &frmMenu::preferences);
@@ -114,7 +119,11 @@ void frmMenu::SetMenuLanguage() {
 }
 
 void frmMenu::setRunning(bool running) {
-    for (QAction* file : files_) file->setEnabled(!running);
+    for (QAction* file : idle_) file->setEnabled(!running);
+}
+
+void frmMenu::setCanStop(bool can) {
+    stop_->setEnabled(can);
 }
 
 void frmMenu::setCanListen(bool can) {

@@ -28,12 +28,15 @@ public:
 
     // Sets all texts from the current language.
     void SetMenuLanguage();
-    // During a run no files can be chosen.
+    // During a run no files can be chosen, and no other one begins.
     void setRunning(bool running);
+    void setCanStop(bool can);    // the run
     void setCanListen(bool can);  // to the last mix
 
 Q_SIGNALS:
     void browse(int index);  // 0 background, 1 vocal, 2 destination
+    void mix();
+    void stop();
     void listen();
     void preferences();
     void help();
@@ -57,9 +60,10 @@ private:
     QMenu* mnuKar_;
     QMenu* mnuMidi_ = nullptr;
     QMenu* recent_ = nullptr;
+    QAction* stop_ = nullptr;
     QAction* listen_ = nullptr;
     QAction* restore_ = nullptr;
-    std::vector<QAction*> files_;  // that choose a file
+    std::vector<QAction*> idle_;  // that wait for the end of a run
     std::vector<std::pair<QAction*, Text>> texts_;
 };
 

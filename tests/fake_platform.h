@@ -1,6 +1,7 @@
 // Dialogs, a shell and file names that a test sets and looks at.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,9 @@ namespace melvane::test {
 class FakeDialogs : public Dialogs {
 public:
     BoxAnswer nextAnswer = BoxAnswer::ok;
-    std::string nextFile;  // "": cancelled
+    std::string nextFile;                    // "": cancelled
+    std::function<void()> onBox = [] {};     // while one is open
+    std::function<void()> onDialog = [] {};  // while one for files is
 
     std::vector<std::string> boxes;  // "title: text"
     BoxIcon lastIcon = BoxIcon::none;
@@ -25,6 +28,7 @@ public:
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons) override {
         boxes.push_back(title + ": " + text);
         lastIcon = icon;
+        onBox();
         return nextAnswer;
     }
     std::string openFile(const std::string& title, const std::string& filter,
@@ -32,6 +36,7 @@ public:
         lastTitle = title;
         lastFilter = filter;
         lastDirectory = initialDirectory;
+        onDialog();
         return nextFile;
     }
     std::string saveFile(const std::string& title, const std::string& filter,
@@ -39,6 +44,7 @@ public:
         lastTitle = title;
         lastFilter = filter;
         lastProposal = proposedName;
+        onDialog();
         return nextFile;
     }
 };

@@ -163,9 +163,12 @@ TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
         ins("ins15").setFocus();
         QTest::keyClick(window->windowHandle(), opener);
         ASSERT_TRUE(QTest::qWaitForWindowActive(picker()));
+        EXPECT_TRUE(sent().empty()) << "looking changes nothing";
         QTest::keyClicks(&list(), QStringLiteral("Ocar"));
+        EXPECT_EQ(sent().back(), "sendPatch 0 1 15 79 0 0");
         QTest::keyClick(picker()->windowHandle(), Qt::Key_Down);
-        EXPECT_TRUE(sent().empty());
+        EXPECT_EQ(sent(), Words{"sendPatch 0 1 15 80 0 0"});
+        EXPECT_EQ(ins("ins15").text(), QStringLiteral("Lead 1 (square)"));
         QTest::keyClick(picker()->windowHandle(), closer);
         EXPECT_FALSE(picker()->isVisible());
         EXPECT_EQ(sent(), closer == Qt::Key_Escape ? Words{} : Words{"sendPatch 0 1 15 80 0 0"});
@@ -220,6 +223,8 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
     QObject::connect(&menu, &frmMenu::browse, [&](int index) { chosen += std::to_string(index); });
     note(&frmMenu::help, 'h');
     note(&frmMenu::closeWanted, 'c');
+    note(&frmMenu::mix, 'm');
+    note(&frmMenu::stop, 's');
     note(&frmMenu::listen, 'l');
     note(&frmMenu::restoreMidi, 'r');
     const auto chooseAll = [&] {
@@ -228,16 +233,18 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
             for (QAction* action : each->actions()) action->trigger();
             each->close();
         }
+        for (const Qt::Key key : {Qt::Key_M, Qt::Key_Period}) QTest::keyClick(&owner, key, Qt::ControlModifier);
         QTest::keyClick(&owner, Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
         return std::exchange(chosen, {});
     };
-    EXPECT_EQ(chooseAll(), "012hc1") << "no song, no mix";
+    EXPECT_EQ(chooseAll(), "012mhcm1") << "no song, no mix";
     state.midiLoaded = -1;
     menu.setRunning(true);
+    menu.setCanStop(true);
     menu.setCanListen(true);
-    EXPECT_EQ(chooseAll(), "lhcr");
+    EXPECT_EQ(chooseAll(), "slhcrs");
     state.midiLoaded = 0;
-    EXPECT_EQ(chooseAll(), "lhc");
+    EXPECT_EQ(chooseAll(), "slhcs");
 }
 
 }  // namespace

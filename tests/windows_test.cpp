@@ -131,8 +131,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     EXPECT_EQ(mixedPixels(), OverviewBar::kColumns);
     EXPECT_EQ(shell.progress, -1);
     dir.write("mix.mp3", "the mix");
-    EXPECT_EQ(main().focusWidget()->objectName(), QStringLiteral("mi_button"));
-    QTest::keyClick(&main(), Qt::Key_Return);
+    press("mi_button");
     EXPECT_EQ(dialogs.boxes.back(), "Melvane: Do you want to overwrite existing file?");
     EXPECT_EQ(status(), "Mix finished: " + dir.path() + "/mix.mp3");
     EXPECT_EQ(enabled(), kMixed);
@@ -408,6 +407,22 @@ TEST_F(WindowFixture, ComesBackWhereItWasButOnTheScreen) {
     }
 }
 
+TEST_F(WindowFixture, TheStartWindowHasGoneBeforeNamedFilesAreOpened) {
+    program.reset();
+    program.emplace(
+        Foundation{libraryFile,
+                   [](AudioLibrary&) {
+                       return Instruments{std::make_unique<FakeMusic>(), std::make_unique<FakeSystemMixer>()};
+                   },
+                   registry, names, dialogs, shell},
+        std::vector<std::string>{dir / "missing.wav"});
+    bool startSeen = true;
+    dialogs.onBox = [&] { startSeen = program->startWindow().isVisible(); };
+    click(program->startWindow(), "CON");
+    EXPECT_EQ(dialogs.boxes.size(), 1U);
+    EXPECT_FALSE(startSeen);
+}
+
 TEST_F(WindowFixture, WithoutALibraryTheStartWindowIsTheLast) {
     libraryFile.files.clear();
     program.reset();
@@ -428,6 +443,9 @@ TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
     click(start, "CON");
     EXPECT_EQ(continued.count(), 1);
     QTest::keyClick(&start, Qt::Key_Escape);
+    EXPECT_FALSE(start.isVisible());
+    start.show();
+    click(start, "bClose");
     EXPECT_FALSE(start.isVisible());
 }
 
