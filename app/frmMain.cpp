@@ -29,6 +29,7 @@ namespace {
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
 constexpr double kPercent = 100;
+constexpr int kDestination = 2;
 
 constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row
 constexpr int kRowStep = 28;
@@ -76,6 +77,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     windows_ = new SecondaryWindows(this, mixer_, environment_, store_,
                                     {[this](const std::string& code) { useLanguage(code); }, choosePort});
     addMenu();
+    mixer_.sourceFiles().taken = [this](int index, const std::string& path) { noteTaken(index, path); };
 }
 
 void frmMain::addRow(int index) {
@@ -188,13 +190,18 @@ void frmMain::usePort(bool running) {
 }
 
 void frmMain::BR_Click(int index) {
-    const PathFields before = mixer_.fields();
     withButtonsOff([&] { mixer_.sourceFiles().BR_Click(index); });
-    const PathFields& now = mixer_.fields();
-    std::vector<std::string> chosen;
-    if (now.background != before.background) chosen.push_back(now.background);
-    if (now.vocal != before.vocal) chosen.push_back(now.vocal);
-    recent_.add(chosen);
+    rememberFiles();
+}
+
+// The run before was one of other files.
+void frmMain::noteTaken(int index, const std::string& path) {
+    tellsRun_ = false;
+    if (index != kDestination) chosen_.push_back(path);
+}
+
+void frmMain::rememberFiles() {
+    recent_.add(std::exchange(chosen_, {}));
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
@@ -204,17 +211,13 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
         return isFile(path) ? int{lowerCase(GetFileExtension(path)) == "wav"} : 2;
     });
-    std::vector<std::string> taken;
     withButtonsOff([&] {
-        for (const std::string& path : ordered) {
+        for (const std::string& path : ordered)
             if (!mixer_.sourceFiles().take(path))
                 environment_.dialogs.messageBox(environment_.language.ownText(OwnText::cannotUseFile, path),
                                                 kProductCaption, BoxIcon::information, BoxButtons::ok);
-            else if (isFile(path))
-                taken.push_back(path);
-        }
     });
-    recent_.add(taken);
+    rememberFiles();
     refresh();
 }
 
@@ -222,6 +225,7 @@ void frmMain::mi_button_Click() {
     withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         stopped_ = false;
+        tellsRun_ = true;
         mixer_.mixingRun().mi_button_Click();
     });
 }
@@ -329,7 +333,7 @@ void frmMain::setDropLook(bool on) {
 
 void frmMain::refresh() {
     const bool running = mixer_.isRunning();
-    if (!running)
+    if (!running && !choosing_)
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
@@ -373,30 +377,37 @@ void frmMain::refreshButtons(bool running) {
 }
 
 void frmMain::refreshStatus(bool running) {
-    const double done = mixer_.mixingRun().done();
+    const double done = running || tellsRun_ ? mixer_.mixingRun().done() : 0;
+    const bool failed = !running && tellsRun_ && mixer_.run().failure != RunFailure::none;
     progress_->setProgress(static_cast<int>(done * OverviewBar::kColumns));
     setWindowTitle(
         running ? QStringLiteral("%1 % – %2").arg(static_cast<int>(done * kPercent)).arg(QLatin1String(kProductCaption))
                 : QLatin1String(kProductCaption));
     environment_.shell.showProgress(running ? done : -1);
-    status_->setFullText(toQt(statusText(running)));
-    setStyleState(*status_, "failed", !running && !choosing_ && mixer_.run().failure != RunFailure::none);
+    status_->setFullText(toQt(running ? runText() : endText()));
+    setStyleState(*status_, "failed", failed);
 }
 
-std::string frmMain::statusText(bool running) const {
+std::string frmMain::runText() const {
+    const modLang& language = environment_.language;
+    const MixingRun& mixing = mixer_.mixingRun();
+    if (mixing.opening()) return language.ownText(OwnText::opening);
+    if (mixing.finishing()) return language.ownText(OwnText::finishingFile);
+    if (!mixer_.run().isMixing) return endText();  // refused
+    if (const std::string& input = mixer_.input().missingInput(); !input.empty())
+        return language.ownText(OwnText::inputGone, input);
+    if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
+    if (mixer_.run().isMidiBackground && !portText().empty()) return portText();
+    // The device opens with the first frame.
+    const bool silent = mixing.framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
+    return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
+}
+
+std::string frmMain::endText() const {
     const modLang& language = environment_.language;
     const RunState& run = mixer_.run();
-    if (running) {
-        if (mixer_.mixingRun().busy()) return language.ownText(OwnText::finishingFile);
-        if (const std::string& input = mixer_.input().missingInput(); !input.empty())
-            return language.ownText(OwnText::inputGone, input);
-        if (run.recordsSilence) return language.ownText(OwnText::noMixInput);
-        if (run.isMidiBackground && !portText().empty()) return portText();
-        // The device opens with the first frame.
-        const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
-        return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
-    }
-    if (choosing_) return language.ownText(OwnText::opening);
+    if (mixer_.sourceFiles().opening()) return language.ownText(OwnText::opening);
+    if (!tellsRun_) return language.ownText(OwnText::ready);
     if (run.failure != RunFailure::none) return runMessage(language, run);
     if (stopped_) return language.ownText(OwnText::stopped);
     if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);

@@ -61,6 +61,8 @@ private:
     void listen();
     void Timer1_Timer();
     void Form_Unload();
+    void noteTaken(int index, const std::string& path);
+    void rememberFiles();
     void fillRecentFiles();
     void useLanguage(const std::string& code);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
@@ -73,7 +75,9 @@ private:
     void refreshButtons(bool running);
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
-    std::string statusText(bool running) const;
+    // What the run under way is doing, and how the last one ended.
+    std::string runText() const;
+    std::string endText() const;
     // What is to be known of the song's port; empty when there is nothing.
     std::string portText() const;
     bool canListen() const;
@@ -83,9 +87,11 @@ private:
     Environment environment_;
     const SettingsStore& store_;
     RecentFiles recent_;
-    bool stopped_ = false;     // the last run was ended with the stop button
-    bool choosing_ = false;    // a source is being opened
-    bool portChosen_ = false;  // and not used yet
+    bool stopped_ = false;             // the last run was ended with the stop button
+    bool tellsRun_ = false;            // nothing was chosen since it
+    bool choosing_ = false;            // a file is being chosen or opened
+    bool portChosen_ = false;          // and not used yet
+    std::vector<std::string> chosen_;  // sources, to be remembered
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};

@@ -179,6 +179,7 @@ void MixingRun::applySyncOffset() {
 }
 
 bool MixingRun::openSources() {
+    const Flag opening(opening_);
     if (!run_.isMidiBackground) {
         const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE);
         run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);

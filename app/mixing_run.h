@@ -39,6 +39,9 @@ public:
     // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
     // run may begin.
     bool busy() const { return busy_; }
+    // What of it is going on: song and voice are being opened, or the encoder finishes its file.
+    bool opening() const { return opening_; }
+    bool finishing() const { return stopping_ && run_.isMixing; }
 
 private:
     bool canRun();
@@ -65,6 +68,7 @@ private:
     std::int64_t framesTotal_ = 0;
     std::int64_t framesAtEnd_ = 0;
     bool busy_ = false;
+    bool opening_ = false;
     bool stopping_ = false;
     bool abandoned_ = false;  // stopped before it began
 };

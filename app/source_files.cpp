@@ -29,6 +29,11 @@ std::string currentDirectory() {
     return toText(fs::current_path(error));
 }
 
+struct Opening {
+    bool& going;
+    ~Opening() { going = false; }
+};
+
 std::size_t nameStart(const std::string& path) {
     const auto folderEnd = path.rfind('/');
     return folderEnd == std::string::npos ? 0 : folderEnd + 1;
@@ -55,12 +60,13 @@ void SourceFiles::browseBackground() {
 void SourceFiles::chooseBackground(const std::string& path) {
     fields_.background = path;
     fields_.destination.clear();
+    taken(0, path);
     if (run_.isMidiBackground) midi_.close();
     run_.isMidiBackground = isMidiFile(path);
     if (run_.isMidiBackground) openMidi();
     if (!settings_.recDirectory.empty()) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
-        if (exists(vocal)) fields_.vocal = vocal;
+        if (exists(vocal)) chooseVocal(vocal);
     }
 }
 
@@ -75,7 +81,7 @@ bool SourceFiles::take(const std::string& path) {
     } else if (extension == "wav") {
         // Another voice makes another mix.
         if (path != fields_.vocal && fields_.destination == run_.lastMixPath) fields_.destination.clear();
-        fields_.vocal = path;
+        chooseVocal(path);
     } else if (isMidiFile(path) || extension == "mp3" || extension == "ogg") {
         chooseBackground(path);
     } else {
@@ -88,7 +94,10 @@ bool SourceFiles::take(const std::string& path) {
 
 void SourceFiles::openMidi() {
     std::string song = fields_.background;
-    midi_.OpenMidi(song);
+    {
+        const Opening opening{opening_ = true};
+        midi_.OpenMidi(song);
+    }
     if (!midi_.loaded())
         dialogs_.messageBox(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical,
                             BoxButtons::ok);
@@ -98,7 +107,12 @@ void SourceFiles::browseVocal() {
     const std::string start = settings_.recDirectory.empty() ? currentDirectory() : settings_.recDirectory;
     const std::string path =
         dialogs_.openFile(kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter, start);
-    if (!path.empty()) fields_.vocal = path;
+    if (!path.empty()) chooseVocal(path);
+}
+
+void SourceFiles::chooseVocal(const std::string& path) {
+    fields_.vocal = path;
+    taken(1, path);
 }
 
 void SourceFiles::browseDestination() {
@@ -131,6 +145,7 @@ void SourceFiles::chooseDestination(const std::string& path) {
     fields_.destination = path;
     agreedPath_ = path;
     agreedStanding_ = standingAt(path);
+    taken(2, path);
 }
 
 bool SourceFiles::mayReplaceDestination() {

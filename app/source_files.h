@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -25,6 +26,11 @@ public:
           language_(language),
           dialogs_(dialogs) {}
 
+    // Told of every file that was taken, and for which field: 0 background, 1 vocal, 2 destination.
+    std::function<void(int index, const std::string& path)> taken = [](int, const std::string&) {};
+    // A MIDI song is being opened; window events run meanwhile.
+    bool opening() const { return opening_; }
+
     // 0 background, 1 vocal, 2 destination. A cancelled dialog changes nothing.
     void BR_Click(int index);
 
@@ -45,6 +51,7 @@ private:
     using Standing = std::optional<std::pair<std::uintmax_t, std::filesystem::file_time_type>>;
 
     static Standing standingAt(const std::string& path);
+    void chooseVocal(const std::string& path);
     void chooseDestination(const std::string& path);
     bool agreesToOverwrite();
     void browseBackground();
@@ -58,6 +65,7 @@ private:
     MidiBackground& midi_;
     const modLang& language_;
     Dialogs& dialogs_;
+    bool opening_ = false;
     std::string agreedPath_;   // a destination
     Standing agreedStanding_;  // and what the user knows to stand there
 };

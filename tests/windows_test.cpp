@@ -140,6 +140,41 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     EXPECT_TRUE(library.calls.empty()) << "no timer goes on";
 }
 
+TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
+    std::string shown;
+    dialogs.onBox = dialogs.onDialog = [&] {
+        QTest::qWait(200);
+        shown = status();
+    };
+    chooseFiles();
+    library.unreadable = {"/voice.wav"};
+    library.openingTime = std::chrono::milliseconds(300);
+    QTimer::singleShot(200, [&] { shown = status(); });
+    press("mi_button");
+    EXPECT_EQ(std::exchange(shown, ""), "Opening…");
+    const std::string failed = status();
+    EXPECT_NE(failed, "Ready");
+    browse("BR1", "");
+    EXPECT_EQ(status(), failed) << "nothing was chosen";
+    EXPECT_EQ(shown, failed) << "nothing is opened while a dialog is open";
+    library.unreadable = {};
+    browse("BR1", "/voice.wav");
+    EXPECT_EQ(status(), "Ready") << "also for the same file";
+
+    library.openingTime = {};
+    press("mi_button");
+    library.position = library.length / 2;
+    press("b_STOP");
+    EXPECT_EQ(mixedPixels(), OverviewBar::kColumns / 2);
+    main().takeFiles({dir.write("other.wav", "")});
+    EXPECT_EQ(status(), "Ready");
+    EXPECT_EQ(mixedPixels(), 0);
+    EXPECT_EQ(enabled(), kMixed) << "the mix can still be listened to";
+    mixer().fields().vocal = "";
+    press("mi_button");
+    EXPECT_EQ(shown, "Source or destiny files not defined.");
+}
+
 TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
     chooseFiles();
     find<QWidget>(main(), "mi_button").setFocus();
