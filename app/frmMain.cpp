@@ -108,7 +108,9 @@ void frmMain::addButtons() {
 void frmMain::addProgress() {
     progress_ = new OverviewBar(this, kProgress);
     progress_->setObjectName(QStringLiteral("progress"));
-    overview_ = new SongOverview(progress_, environment_.library);
+    scans_ = {new SongOverview(this, environment_.library, progress_),
+              new SongOverview(this, environment_.library, nullptr)};
+    for (const SongOverview* scan : scans_) connect(scan, &SongOverview::unreadable, this, &frmMain::refresh);
     status_ = new ElidedLabel(this, Qt::ElideRight);
     status_->setObjectName(QStringLiteral("status"));
     layOut(status_, kStatus);
@@ -150,6 +152,7 @@ void frmMain::DoRest() {
         moveOntoScreen(toPixels(*stored));
     else if (screen())
         move(screen()->availableGeometry().center() - rect().center());
+    mixer_.sourceFiles().lastFolder = recent_.folders();
     sliders_->place();
     BR_[0]->setFocus();
     SetMainLanguage();
@@ -197,11 +200,16 @@ void frmMain::BR_Click(int index) {
 // The run before was one of other files.
 void frmMain::noteTaken(int index, const std::string& path) {
     tellsRun_ = false;
-    if (index != kDestination) chosen_.push_back(path);
+    if (index == kDestination) return;
+    chosen_.push_back(path);
+    scans_.at(static_cast<std::size_t>(index))->forget();
 }
 
 void frmMain::rememberFiles() {
+    if (chosen_.empty()) return;
+    const RegistryBatch batch = store_.batch(RegistryAccess::change);
     recent_.add(std::exchange(chosen_, {}));
+    recent_.keepFolders(mixer_.sourceFiles().lastFolder);
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
@@ -352,7 +360,7 @@ void frmMain::refreshPaths() {
         const auto text = [&](OwnText t) { return toQt(environment_.language.ownText(t)); };
         path_[i]->setFullText(toQt(*paths[i]), text(kRowTexts[i]), text(kEmptyTexts[i]));
     }
-    overview_->show(fields.background);
+    for (std::size_t i = 0; i < scans_.size(); ++i) scans_[i]->show(*paths[i]);
 }
 
 // The focus goes with the run: from the mix button to the progress, where a stray key does nothing, and back.
@@ -378,14 +386,13 @@ void frmMain::refreshButtons(bool running) {
 
 void frmMain::refreshStatus(bool running) {
     const double done = running || tellsRun_ ? mixer_.mixingRun().done() : 0;
-    const bool failed = !running && tellsRun_ && mixer_.run().failure != RunFailure::none;
     progress_->setProgress(static_cast<int>(done * OverviewBar::kColumns));
     setWindowTitle(
         running ? QStringLiteral("%1 % – %2").arg(static_cast<int>(done * kPercent)).arg(QLatin1String(kProductCaption))
                 : QLatin1String(kProductCaption));
     environment_.shell.showProgress(running ? done : -1);
     status_->setFullText(toQt(running ? runText() : endText()));
-    setStyleState(*status_, "failed", failed);
+    setStyleState(*status_, "failed", !running && endedBadly());
 }
 
 std::string frmMain::runText() const {
@@ -403,10 +410,18 @@ std::string frmMain::runText() const {
     return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
 }
 
+bool frmMain::endedBadly() const {
+    if (tellsRun_) return mixer_.run().failure != RunFailure::none;
+    return scans_[0]->failed() || scans_[1]->failed();
+}
+
 std::string frmMain::endText() const {
     const modLang& language = environment_.language;
     const RunState& run = mixer_.run();
     if (mixer_.sourceFiles().opening()) return language.ownText(OwnText::opening);
+    if (!tellsRun_ && scans_[0]->failed())
+        return language.ownText(OwnText::cannotOpenBackground, mixer_.fields().background);
+    if (!tellsRun_ && scans_[1]->failed()) return language.ownText(OwnText::cannotOpenVocal, mixer_.fields().vocal);
     if (!tellsRun_) return language.ownText(OwnText::ready);
     if (run.failure != RunFailure::none) return runMessage(language, run);
     if (stopped_) return language.ownText(OwnText::stopped);

@@ -63,6 +63,7 @@ private:
     void Form_Unload();
     void noteTaken(int index, const std::string& path);
     void rememberFiles();
+    bool endedBadly() const;
     void fillRecentFiles();
     void useLanguage(const std::string& code);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
@@ -105,7 +106,7 @@ private:
     Ed_Button* bHelp_;
     Ed_Button* bClose_;
     OverviewBar* progress_;
-    SongOverview* overview_;
+    std::array<SongOverview*, 2> scans_{};  // of song and voice
     LevelPanel levels_;
     ElidedLabel* status_;
     frmMenu* menu_;

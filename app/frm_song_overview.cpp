@@ -1,5 +1,7 @@
 #include "app/frm_song_overview.h"
 
+#include <utility>
+
 #include "audio/modAudio.h"
 
 namespace melvane {
@@ -8,7 +10,8 @@ namespace {
 constexpr int kLookMs = 50;
 }
 
-SongOverview::SongOverview(OverviewBar* bar, AudioLibrary& library) : QObject(bar), bar_(bar), library_(library) {
+SongOverview::SongOverview(QObject* owner, AudioLibrary& library, OverviewBar* bar)
+    : QObject(owner), bar_(bar), library_(library) {
     timer_.setInterval(kLookMs);
     connect(&timer_, &QTimer::timeout, this, &SongOverview::look);
 }
@@ -16,9 +19,9 @@ SongOverview::SongOverview(OverviewBar* bar, AudioLibrary& library) : QObject(ba
 void SongOverview::show(const std::string& file) {
     if (file == file_) return;
     file_ = file;
+    failed_ = false;
     scan_.reset();
-    bar_->setOverview({});
-    bar_->setScanned(1);
+    draw({}, 1);
     // A MIDI song has no waveform before it is played.
     if (!file.empty() && !isMidiFile(file)) scan_ = library_.scanWaveform(file, OverviewBar::kColumns);
     if (scan_)
@@ -28,12 +31,19 @@ void SongOverview::show(const std::string& file) {
 }
 
 void SongOverview::look() {
-    bar_->setOverview(scan_->peaks());
-    bar_->setScanned(scan_->progress());
-    if (!scan_->finished() && !scan_->failed()) return;
-    bar_->setScanned(1);
+    failed_ = scan_->failed();
+    const bool ended = failed_ || scan_->finished();
+    draw(scan_->peaks(), ended ? 1 : scan_->progress());
+    if (!ended) return;
     scan_.reset();
     timer_.stop();
+    if (failed_) Q_EMIT unreadable();
+}
+
+void SongOverview::draw(std::vector<float> peaks, double scanned) {
+    if (!bar_) return;
+    bar_->setOverview(std::move(peaks));
+    bar_->setScanned(scanned);
 }
 
 }  // namespace melvane

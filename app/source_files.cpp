@@ -24,9 +24,8 @@ bool exists(const std::string& path) {
     return fs::exists(toPath(path), error);
 }
 
-std::string currentDirectory() {
-    std::error_code error;
-    return toText(fs::current_path(error));
+std::string folderOf(const std::string& file) {
+    return toText(toPath(file).parent_path());
 }
 
 struct Opening {
@@ -52,14 +51,16 @@ void SourceFiles::BR_Click(int index) {
 }
 
 void SourceFiles::browseBackground() {
-    const std::string path =
-        dialogs_.openFile(kDialogTitle, language_.lang(LangEntry::audioFiles) + kBackgroundFilter, currentDirectory());
+    const std::string path = dialogs_.openFile(
+        {kDialogTitle, language_.lang(LangEntry::audioFiles) + kBackgroundFilter, startFolder(0, fields_.background),
+         language_.ownText(OwnText::openSong), language_.ownText(OwnText::allFiles)});
     if (!path.empty()) chooseBackground(path);
 }
 
 void SourceFiles::chooseBackground(const std::string& path) {
     fields_.background = path;
     fields_.destination.clear();
+    lastFolder[0] = folderOf(path);
     taken(0, path);
     if (run_.isMidiBackground) midi_.close();
     run_.isMidiBackground = isMidiFile(path);
@@ -104,15 +105,25 @@ void SourceFiles::openMidi() {
 }
 
 void SourceFiles::browseVocal() {
-    const std::string start = settings_.recDirectory.empty() ? currentDirectory() : settings_.recDirectory;
+    const std::string start = settings_.recDirectory.empty() ? startFolder(1, fields_.vocal) : settings_.recDirectory;
     const std::string path =
-        dialogs_.openFile(kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter, start);
+        dialogs_.openFile({kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter, start,
+                           language_.ownText(OwnText::openVoice), language_.ownText(OwnText::allFiles)});
     if (!path.empty()) chooseVocal(path);
 }
 
 void SourceFiles::chooseVocal(const std::string& path) {
     fields_.vocal = path;
+    lastFolder[1] = folderOf(path);
     taken(1, path);
+}
+
+// A folder that has gone is none to start in.
+std::string SourceFiles::startFolder(std::size_t kind, const std::string& file) const {
+    std::error_code error;
+    for (const std::string& folder : {folderOf(file), lastFolder.at(kind)})
+        if (fs::is_directory(toPath(folder), error)) return folder;
+    return "";
 }
 
 void SourceFiles::browseDestination() {
@@ -122,8 +133,9 @@ void SourceFiles::browseDestination() {
         return;
     }
     const std::string chosen =
-        dialogs_.saveFile(kDialogTitle, language_.lang(LangEntry::compressedAudio) + kDestinationFilter,
-                          proposedDestination(fields_.background));
+        dialogs_.saveFile({kDialogTitle, language_.lang(LangEntry::compressedAudio) + kDestinationFilter,
+                           proposedDestination(fields_.background), language_.ownText(OwnText::saveMix),
+                           language_.ownText(OwnText::allFiles)});
     if (chosen.empty()) return;
     const std::string path = withMp3Extension(chosen);
     if (!exists(path) || agreesToOverwrite()) chooseDestination(path);

@@ -1,6 +1,7 @@
 // The choice of background, vocal and destination behind the browse buttons.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -28,6 +29,8 @@ public:
 
     // Told of every file that was taken, and for which field: 0 background, 1 vocal, 2 destination.
     std::function<void(int index, const std::string& path)> taken = [](int, const std::string&) {};
+    // Where a song and a voice were taken last; the dialogs start there when there is no better place.
+    std::array<std::string, 2> lastFolder;
     // A MIDI song is being opened; window events run meanwhile.
     bool opening() const { return opening_; }
 
@@ -54,6 +57,7 @@ private:
     void chooseVocal(const std::string& path);
     void chooseDestination(const std::string& path);
     bool agreesToOverwrite();
+    std::string startFolder(std::size_t kind, const std::string& file) const;
     void browseBackground();
     void openMidi();
     void browseVocal();

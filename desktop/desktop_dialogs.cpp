@@ -1,8 +1,11 @@
 #include "desktop/desktop_dialogs.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
+#include <QStandardPaths>
 #include <QStringList>
 
 namespace melvane {
@@ -33,6 +36,21 @@ BoxAnswer answerOf(int button) {
         default:
             return BoxAnswer::cancel;
     }
+}
+
+QString musicFolder() {
+    const QString music = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+    return QFileInfo(music).isDir() ? music : QDir::homePath();
+}
+
+std::string answerTo(const FileQuestion& question, QFileDialog& dialog) {
+    dialog.setWindowTitle(QString::fromStdString(question.title));
+    dialog.setSupportedSchemes({QStringLiteral("file")});
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    dialog.setNameFilters(
+        {nameFilter(question.filter), QString::fromStdString(question.allFiles) + QStringLiteral(" (*)")});
+    dialog.setLabelText(QFileDialog::Accept, QString::fromStdString(question.button));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0).toStdString() : std::string();
 }
 
 }  // namespace
@@ -66,20 +84,21 @@ BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string&
     return question ? answerOf(button) : BoxAnswer::ok;
 }
 
-std::string DesktopDialogs::openFile(const std::string& title, const std::string& filter,
-                                     const std::string& initialDirectory) {
-    return QFileDialog::getOpenFileName(QApplication::activeWindow(), QString::fromStdString(title),
-                                        QString::fromStdString(initialDirectory), nameFilter(filter), nullptr,
-                                        QFileDialog::HideNameFilterDetails)
-        .toStdString();
+std::string DesktopDialogs::openFile(const FileQuestion& question) {
+    QFileDialog dialog(QApplication::activeWindow());
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setDirectory(question.start.empty() ? musicFolder() : QString::fromStdString(question.start));
+    return answerTo(question, dialog);
 }
 
-std::string DesktopDialogs::saveFile(const std::string& title, const std::string& filter,
-                                     const std::string& proposedName) {
-    return QFileDialog::getSaveFileName(QApplication::activeWindow(), QString::fromStdString(title),
-                                        QString::fromStdString(proposedName), nameFilter(filter), nullptr,
-                                        QFileDialog::HideNameFilterDetails | QFileDialog::DontConfirmOverwrite)
-        .toStdString();
+std::string DesktopDialogs::saveFile(const FileQuestion& question) {
+    const QFileInfo proposed(QString::fromStdString(question.start));
+    QFileDialog dialog(QApplication::activeWindow());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setDirectory(proposed.path());
+    dialog.selectFile(proposed.fileName());
+    return answerTo(question, dialog);
 }
 
 }  // namespace melvane

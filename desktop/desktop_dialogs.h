@@ -11,9 +11,8 @@ namespace melvane {
 class DesktopDialogs : public Dialogs {
 public:
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons buttons) override;
-    std::string openFile(const std::string& title, const std::string& filter,
-                         const std::string& initialDirectory) override;
-    std::string saveFile(const std::string& title, const std::string& filter, const std::string& proposedName) override;
+    std::string openFile(const FileQuestion& question) override;
+    std::string saveFile(const FileQuestion& question) override;
 };
 
 // "Sound (*mp3;*ogg)|**mp3;*ogg" as Qt writes it: "Sound (*mp3 *MP3 *ogg *OGG)".

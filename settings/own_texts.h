@@ -43,6 +43,11 @@ enum class OwnText {
     menuButton,
     backToMain,
     cannotUseFile,  // file
+    // The dialogs for files.
+    openSong,
+    openVoice,
+    saveMix,
+    allFiles,
     // Controls of the effects window.
     equaliser,
     equaliserPresets,

@@ -9,6 +9,7 @@ namespace melvane {
 namespace {
 constexpr const char* kKey = R"(software\Tessaro\Melvane\recent files)";
 constexpr const char* kPaths = "paths";
+constexpr std::array kFolders = {"song folder", "voice folder"};
 constexpr char kSeparator = '\n';
 }  // namespace
 
@@ -36,6 +37,15 @@ void RecentFiles::add(const std::vector<std::string>& paths) {
     std::string text;
     for (const std::string& path : files) text += path + kSeparator;
     store_.WriteSetting(kKey, kPaths, text);
+}
+
+RecentFiles::Folders RecentFiles::folders() const {
+    const RegistryBatch batch = store_.batch(RegistryAccess::read);
+    return {store_.ReadSetting(kKey, kFolders[0]), store_.ReadSetting(kKey, kFolders[1])};
+}
+
+void RecentFiles::keepFolders(const Folders& folders) const {
+    for (std::size_t i = 0; i < folders.size(); ++i) store_.WriteSetting(kKey, kFolders.at(i), folders.at(i));
 }
 
 }  // namespace melvane

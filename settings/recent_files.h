@@ -1,6 +1,7 @@
 // The files that were chosen last, from one start to the next, under a key of their own.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,11 @@ public:
     std::vector<std::string> list() const;
     // Puts files in front, the last one foremost; stored at once. Names with line breaks are not kept.
     void add(const std::vector<std::string>& paths);
+
+    // Where a song (0) and a voice (1) were taken last; "" for nowhere.
+    using Folders = std::array<std::string, 2>;
+    Folders folders() const;
+    void keepFolders(const Folders& folders) const;
 
 private:
     const SettingsStore& store_;

@@ -2,8 +2,10 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -111,9 +113,26 @@ TEST_F(DialogsTest, SavingProposesTheNameAndTakesAnExistingOne) {
         dialog.findChild<QLineEdit*>()->setText(QStringLiteral("-pieśń 1.mp3"));
         static_cast<QDialog&>(dialog).accept();
     });
-    EXPECT_EQ(dialogs_.saveFile("melvane", "Files (*mp3;)|*mp3;", proposed), proposed);
-    whenOpen<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
-    EXPECT_EQ(dialogs_.openFile("melvane", "Files *wav;|*wav;", dir.path()), "");
+    EXPECT_EQ(dialogs_.saveFile({"melvane", "Files (*mp3;)|*mp3;", proposed, "Save mix", "All"}), proposed);
+    for (const char* name : {"a.WAV", "b.wav", "c.Wav", "d.txt"}) dir.write(name, "");
+    for (const auto& [start, folder] : {std::pair(dir.path(), dir.path()), {"", dir / "Music"}}) {
+        qputenv("HOME", dir.path().c_str());
+        QDir().mkpath(QString::fromStdString(dir / "Music"));
+        whenOpen<QFileDialog>([&, shown = folder](QFileDialog& dialog) {
+            EXPECT_EQ(dialog.directory().path().toStdString(), shown);
+            EXPECT_EQ(dialog.labelText(QFileDialog::Accept), QStringLiteral("Open voice"));
+            EXPECT_EQ(dialog.nameFilters().value(1), QStringLiteral("All (*)"));
+            const auto* list = dialog.findChild<QListView*>();
+            QElapsedTimer patience;
+            patience.start();
+            const int wanted = shown == dir.path() ? 4 : 0;  // and the folder
+            while (list->model()->rowCount(list->rootIndex()) != wanted && patience.elapsed() < 5000)
+                QCoreApplication::processEvents();
+            EXPECT_EQ(list->model()->rowCount(list->rootIndex()), wanted) << "upper and lower case alike";
+            dialog.reject();
+        });
+        EXPECT_EQ(dialogs_.openFile({"melvane", "Files *wav;|*wav;", start, "Open voice", "All"}), "");
+    }
 }
 
 }  // namespace

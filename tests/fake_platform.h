@@ -20,10 +20,7 @@ public:
 
     std::vector<std::string> boxes;  // "title: text"
     BoxIcon lastIcon = BoxIcon::none;
-    std::string lastTitle;  // these four of the last file dialog
-    std::string lastFilter;
-    std::string lastDirectory;
-    std::string lastProposal;
+    FileQuestion lastQuestion;
 
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons) override {
         boxes.push_back(title + ": " + text);
@@ -31,22 +28,12 @@ public:
         onBox();
         return nextAnswer;
     }
-    std::string openFile(const std::string& title, const std::string& filter,
-                         const std::string& initialDirectory) override {
-        lastTitle = title;
-        lastFilter = filter;
-        lastDirectory = initialDirectory;
+    std::string openFile(const FileQuestion& question) override {
+        lastQuestion = question;
         onDialog();
         return nextFile;
     }
-    std::string saveFile(const std::string& title, const std::string& filter,
-                         const std::string& proposedName) override {
-        lastTitle = title;
-        lastFilter = filter;
-        lastProposal = proposedName;
-        onDialog();
-        return nextFile;
-    }
+    std::string saveFile(const FileQuestion& question) override { return openFile(question); }
 };
 
 class FakeShell : public Shell {

@@ -112,8 +112,8 @@ TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination)
     fields = {"", "/old.wav", "/old.mp3"};
     dialogs.nextFile = "/music/song.mp3";
     files.BR_Click(0);
-    EXPECT_EQ(dialogs.lastTitle, "melvane");
-    EXPECT_EQ(dialogs.lastFilter, "Audio files (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi");
+    EXPECT_EQ(dialogs.lastQuestion.title, "melvane");
+    EXPECT_EQ(dialogs.lastQuestion.filter, "Audio files (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*ogg;*mid;*kar;*midi");
     EXPECT_EQ(fields.background, "/music/song.mp3");
     EXPECT_EQ(fields.vocal, vocal);
     EXPECT_EQ(fields.destination, "");
@@ -127,8 +127,28 @@ TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination)
     EXPECT_EQ(fields.vocal, vocal) << "no such recording: the vocal stays";
     dialogs.nextFile = "/v.wav";
     files.BR_Click(1);
-    EXPECT_EQ(dialogs.lastDirectory, dir.path());
+    EXPECT_EQ(dialogs.lastQuestion.start, dir.path());
     EXPECT_EQ(fields.vocal, "/v.wav");
+}
+
+TEST_F(SourceFilesFixture, DialogsStartWhereTheirKindIsOrWasTakenLast) {
+    const auto startOf = [&](int index, const std::string& chosen) {
+        dialogs.nextFile = chosen;
+        files.BR_Click(index);
+        return dialogs.lastQuestion.start;
+    };
+    for (const char* folder : {"songs", "voices", "gone"}) std::filesystem::create_directory(dir / folder);
+    EXPECT_EQ(startOf(1, ""), "") << "the user's music";
+    startOf(1, dir / "voices/v.wav");
+    EXPECT_EQ(dialogs.lastQuestion.button, "Open voice");
+    startOf(0, dir / "songs/s.mp3");
+    EXPECT_EQ(dialogs.lastQuestion.button, "Open song");
+    EXPECT_EQ(dialogs.lastQuestion.allFiles, "All files");
+    EXPECT_EQ(startOf(1, dir / "gone/v.wav"), dir / "voices");
+    std::filesystem::remove(dir / "gone");
+    EXPECT_EQ(startOf(1, ""), "");
+    fields = {};
+    EXPECT_EQ(startOf(0, ""), dir / "songs") << "with an empty field";
 }
 
 TEST_F(SourceFilesFixture, TheDestinationNeedsSourcesAndLeaveToOverwrite) {
@@ -139,7 +159,7 @@ TEST_F(SourceFilesFixture, TheDestinationNeedsSourcesAndLeaveToOverwrite) {
     dialogs.nextFile = dir / "song2.mp3";
     dialogs.nextAnswer = BoxAnswer::no;
     files.BR_Click(2);
-    EXPECT_EQ(dialogs.lastProposal, dir / "song3.mp3");
+    EXPECT_EQ(dialogs.lastQuestion.start, dir / "song3.mp3");
     EXPECT_EQ(dialogs.boxes.back(), "Melvane: Do you want to overwrite existing file?");
     EXPECT_EQ(fields.destination, "");
     dialogs.nextAnswer = BoxAnswer::yes;

@@ -64,7 +64,7 @@ TEST_F(WindowFixture, BrowsingFillsTheFields) {
     EXPECT_TRUE(find<QLabel>(main(), "path0").text().contains(u'…'));
     browse("BR1", "/voice.wav");
     browse("BR2", dir / "mix");
-    EXPECT_EQ(dialogs.lastProposal, "/music/" + name + ".mp3");
+    EXPECT_EQ(dialogs.lastQuestion.start, "/music/" + name + ".mp3");
     EXPECT_EQ(find<QLabel>(main(), "path2").accessibleName().toStdString(),
               "Mixing destination: " + dir.path() + "/mix.mp3");
     expectTidy(main());
@@ -86,6 +86,8 @@ TEST_F(WindowFixture, FilesThatWereChosenComeBackInTheMenuAtOneAccessAnAction) {
     EXPECT_EQ(recentFiles(), (std::vector<std::string>{voice, dir / "other.mp3", dir / "you && me.mp3"}));
     main().findChild<frmMenu*>()->recentMenu()->actions().back()->trigger();
     EXPECT_EQ(mixer().fields().background, song);
+    browse("BR1", "");
+    EXPECT_EQ(dialogs.lastQuestion.start, dir.path()) << "where a voice was taken before";
 }
 
 TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
@@ -223,6 +225,16 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     browse("BR0", "/three.mp3");
     EXPECT_TRUE(QTest::qWaitFor([&] { return library.scansAlive == 0; }));
     EXPECT_FALSE(isTall(20)) << "what is no sound has no shape";
+    EXPECT_EQ(status(), "The background cannot be opened: /three.mp3");
+    library.unreadable = {"/v.wav"};
+    browse("BR0", "/three.mp3");
+    browse("BR1", "/v.wav");
+    EXPECT_TRUE(waitFor("The vocal recording cannot be opened: /v.wav"));
+    EXPECT_TRUE(find<QWidget>(main(), "status").property("failed").toBool());
+    library.unreadable = {};
+    browse("BR1", "/v.wav");
+    EXPECT_EQ(status(), "Ready");
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>());
 }
 
 TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {

@@ -12,8 +12,8 @@ public:
     BoxAnswer messageBox(const std::string&, const std::string&, BoxIcon, BoxButtons) override {
         return BoxAnswer::cancel;
     }
-    std::string openFile(const std::string&, const std::string&, const std::string&) override { return ""; }
-    std::string saveFile(const std::string&, const std::string&, const std::string&) override { return ""; }
+    std::string openFile(const FileQuestion&) override { return ""; }
+    std::string saveFile(const FileQuestion&) override { return ""; }
 };
 
 class ConsoleShell : public Shell {
