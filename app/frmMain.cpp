@@ -1,5 +1,6 @@
 #include "app/frmMain.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
@@ -21,6 +22,7 @@
 #include "controls/window_region.h"
 #include "controls/zoom.h"
 #include "state/guarded.h"
+#include "state/numbers.h"
 
 namespace melvane {
 
@@ -345,6 +347,7 @@ void frmMain::refresh() {
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
+    if (std::exchange(wasRunning_, running) && !running) QApplication::alert(this);  // unless it is in front
     usePort(running);
     refreshPaths();
     sliders_->showValues();
@@ -392,6 +395,7 @@ void frmMain::refreshStatus(bool running) {
                 : QLatin1String(kProductCaption));
     environment_.shell.showProgress(running ? done : -1);
     status_->setFullText(toQt(running ? runText() : endText()));
+    setStyleState(*status_, "warned", warns(running));
     setStyleState(*status_, "failed", !running && endedBadly());
 }
 
@@ -401,13 +405,23 @@ std::string frmMain::runText() const {
     if (mixing.opening()) return language.ownText(OwnText::opening);
     if (mixing.finishing()) return language.ownText(OwnText::finishingFile);
     if (!mixer_.run().isMixing) return endText();  // refused
+    return clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
+           " – " + soundText();
+}
+
+std::string frmMain::soundText() const {
+    const modLang& language = environment_.language;
     if (const std::string& input = mixer_.input().missingInput(); !input.empty())
         return language.ownText(OwnText::inputGone, input);
     if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
     if (mixer_.run().isMidiBackground && !portText().empty()) return portText();
     // The device opens with the first frame.
-    const bool silent = mixing.framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
+    const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
     return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
+}
+
+bool frmMain::warns(bool running) const {
+    return mixer_.run().recordsSilence && (running ? mixer_.run().isMixing : tellsRun_ && !endedBadly());
 }
 
 bool frmMain::endedBadly() const {
@@ -422,12 +436,17 @@ std::string frmMain::endText() const {
     if (!tellsRun_ && scans_[0]->failed())
         return language.ownText(OwnText::cannotOpenBackground, mixer_.fields().background);
     if (!tellsRun_ && scans_[1]->failed()) return language.ownText(OwnText::cannotOpenVocal, mixer_.fields().vocal);
-    if (!tellsRun_) return language.ownText(OwnText::ready);
+    if (!tellsRun_) return restText();
     if (run.failure != RunFailure::none) return runMessage(language, run);
+    if (run.recordsSilence) return language.ownText(OwnText::mixIsSilent, run.destinationPath);
     if (stopped_) return language.ownText(OwnText::stopped);
     if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);
+    return restText();
+}
+
+std::string frmMain::restText() const {
     const std::string port = portText();
-    return port.empty() ? language.ownText(OwnText::ready) : port;
+    return port.empty() ? environment_.language.ownText(OwnText::ready) : port;
 }
 
 std::string frmMain::portText() const {

@@ -64,6 +64,7 @@ private:
     void noteTaken(int index, const std::string& path);
     void rememberFiles();
     bool endedBadly() const;
+    bool warns(bool running) const;
     void fillRecentFiles();
     void useLanguage(const std::string& code);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
@@ -79,6 +80,9 @@ private:
     // What the run under way is doing, and how the last one ended.
     std::string runText() const;
     std::string endText() const;
+    // What of the run is heard and recorded.
+    std::string soundText() const;
+    std::string restText() const;
     // What is to be known of the song's port; empty when there is nothing.
     std::string portText() const;
     bool canListen() const;
@@ -88,8 +92,9 @@ private:
     Environment environment_;
     const SettingsStore& store_;
     RecentFiles recent_;
-    bool stopped_ = false;             // the last run was ended with the stop button
-    bool tellsRun_ = false;            // nothing was chosen since it
+    bool stopped_ = false;   // the last run was ended with the stop button
+    bool tellsRun_ = false;  // nothing was chosen since it
+    bool wasRunning_ = false;
     bool choosing_ = false;            // a file is being chosen or opened
     bool portChosen_ = false;          // and not used yet
     std::vector<std::string> chosen_;  // sources, to be remembered

@@ -47,6 +47,7 @@ QLabel[accent="mix"] { color: @mix; }
 #bubble { background: @raised; border: 1px solid @edge; border-radius: 3px; padding: 1px 5px; }
 #MixerStart #caption { font-size: 30px; font-weight: bold; }
 #MixerStart #tagLine, #status { color: @muted; }
+#status[warned="true"] { color: @song; }
 #status[failed="true"] { color: @recordingLight; }
 #songStripe { background: @song; }
 #voiceStripe { background: @voice; }

@@ -15,6 +15,7 @@
 #include "controls/window_region.h"
 #include "controls/zoom.h"
 #include "state/guarded.h"
+#include "state/numbers.h"
 
 namespace melvane {
 
@@ -59,9 +60,8 @@ protected:
     }
 };
 
-QString clockText(std::uint64_t bytes) {
-    const auto seconds = bytes / kBytesPerSecond;
-    return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+QString timeText(std::uint64_t bytes) {
+    return QString::fromStdString(clockText(static_cast<std::int64_t>(bytes / kBytesPerSecond)));
 }
 
 }  // namespace
@@ -168,8 +168,8 @@ double frmPlayer::ratio() const {
 void frmPlayer::showPosition() {
     progress_->setValue(static_cast<int>(ratio() * PlayBar::kUnits));
     if (playerStream_ == 0) return;
-    time_->setText(clockText(library_.BASS_ChannelGetPosition(playerStream_)) + QStringLiteral(" / ") +
-                   clockText(length_));
+    time_->setText(timeText(library_.BASS_ChannelGetPosition(playerStream_)) + QStringLiteral(" / ") +
+                   timeText(length_));
 }
 
 void frmPlayer::seek(double position) {

@@ -91,6 +91,7 @@ enum class OwnText {
     mixing,
     finishingFile,
     mixFinished,  // file
+    mixIsSilent,  // file
     stopped,
     playsSilently,
     portOutsideMix,

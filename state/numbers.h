@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -51,6 +52,12 @@ inline std::string numberText(float value) {
     char text[64];
     const auto [end, error] = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
     return error == std::errc() ? std::string(text, end) : std::string();
+}
+
+// "3:05", hours are minutes too.
+inline std::string clockText(std::int64_t seconds) {
+    const std::string rest = std::to_string(seconds % 60);
+    return std::to_string(seconds / 60) + (rest.size() < 2 ? ":0" : ":") + rest;
 }
 
 }  // namespace melvane

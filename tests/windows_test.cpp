@@ -94,19 +94,21 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     EXPECT_EQ(status(), "Ready");
     EXPECT_EQ(enabled(), kIdle);
     chooseFiles();
+    library.length = std::uint64_t{125} * kSampleRate * kBytesPerFrame;
     find<QWidget>(main(), "mi_button").setFocus();
     QTest::keyClick(&main(), Qt::Key_Return);
     EXPECT_EQ(enabled(), "b_STOP b_midi b_eff bHelp bClose ");
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) QTest::keyClick(QApplication::focusWidget(), key);
     EXPECT_TRUE(mixer().run().isMixing) << "no stray key ends it";
-    EXPECT_EQ(status(), "Mixing…");
+    EXPECT_EQ(status(), "0:00 / 2:05 – Mixing…");
 
     library.position = library.length / 2 + 1;
     EXPECT_TRUE(QTest::qWaitFor([&] { return title() == "50 % – Melvane"; })) << title();
+    EXPECT_EQ(status(), "1:02 / 2:05 – Mixing…");
     EXPECT_EQ(mixedPixels(), 88);
     EXPECT_NEAR(shell.progress, 0.5, 0.001) << "in the taskbar";
     library.card.deviceOpen = false;
-    EXPECT_TRUE(waitFor("No sound device: the mix cannot be heard, but it is recorded."));
+    EXPECT_TRUE(waitFor("1:02 / 2:05 – No sound device: the mix cannot be heard, but it is recorded."));
 
     for (const auto& [code, text] : {std::pair("pl", "You must stop mixing first."), {"en", "Zakończ miksowanie."}}) {
         chooseLanguage(code);
@@ -254,6 +256,20 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
     EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: overflow"}) << "an error ends in a box";
     EXPECT_EQ(dialogs.lastIcon, BoxIcon::critical);
     EXPECT_EQ(enabled(), kIdle);
+}
+
+TEST_F(WindowFixture, ARunThatRecordsSilenceSaysSo) {
+    library.inputs.clear();
+    chooseFiles();
+    press("mi_button");
+    const auto warned = [this] { return find<QWidget>(main(), "status").property("warned").toBool(); };
+    EXPECT_NE(status().find("Warning: silence is recorded"), std::string::npos);
+    EXPECT_TRUE(warned());
+    library.position = library.length;
+    EXPECT_TRUE(waitFor("The mix holds nothing but silence, because no input was on: " + dir.path() + "/mix.mp3"));
+    EXPECT_TRUE(warned());
+    browse("BR1", "/other.wav");
+    EXPECT_FALSE(warned());
 }
 
 // A song goes on with the port that it was begun with.
