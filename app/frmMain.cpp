@@ -21,7 +21,6 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
-#include "state/guarded.h"
 #include "state/numbers.h"
 
 namespace melvane {
@@ -127,8 +126,26 @@ Ed_Button* frmMain::add(const char* name, const QRect& place, ButtonLook look, S
     return addButton(this, name, place, look, symbol, [this, click = std::move(click)] { perform(click); });
 }
 
+void frmMain::attempt(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const std::exception& error) {
+        tell(errorMessage(environment_.language, error), BoxIcon::critical);
+    }
+}
+
+void frmMain::tell(const std::string& text, BoxIcon icon) {
+    environment_.dialogs.messageBox(text, kProductCaption, icon, BoxButtons::ok);
+}
+
+void frmMain::openHelp() {
+    const std::string& page = environment_.language.lang(LangEntry::helpPage);
+    if (!environment_.shell.open(page))
+        tell(environment_.language.ownText(OwnText::cannotOpenPage, page), BoxIcon::information);
+}
+
 void frmMain::perform(const std::function<void()>& action) {
-    guarded(environment_.dialogs, action);
+    attempt(action);
     refresh();
 }
 
@@ -139,7 +156,7 @@ void frmMain::addMenu() {
     };
     connect(menu_, &frmMenu::browse, this, [this](int index) { perform([&] { BR_Click(index); }); });
     on(&frmMenu::preferences, [this] { windows_->showPreferences(); });
-    on(&frmMenu::help, [this] { environment_.shell.open(environment_.language.lang(LangEntry::helpPage)); });
+    on(&frmMenu::help, [this] { openHelp(); });
     on(&frmMenu::closeWanted, [this] { close(); });
     on(&frmMenu::mix, [this] { mi_button_Click(); });
     on(&frmMenu::stop, [this] { b_STOP_Click(); });
@@ -191,7 +208,7 @@ void frmMain::useLanguage(const std::string& code) {
 void frmMain::usePort(bool running) {
     if (!portChosen_ || choosing_ || running) return;
     portChosen_ = false;
-    guarded(environment_.dialogs, [this] { mixer_.midi().reopen(); });
+    attempt([this] { mixer_.midi().reopen(); });
 }
 
 void frmMain::BR_Click(int index) {
@@ -245,7 +262,7 @@ void frmMain::withButtonsOff(const std::function<void()>& action) {
     choosing_ = true;
     const QPointer<QWidget> focus = focusWidget();
     refresh();
-    guarded(environment_.dialogs, action);
+    attempt(action);
     choosing_ = false;
     refresh();
     if (focus && focus->isEnabled()) focus->setFocus();
@@ -279,7 +296,7 @@ void frmMain::closeEvent(QCloseEvent* event) {
                                         BoxIcon::information, BoxButtons::ok);
         return;
     }
-    guarded(environment_.dialogs, [this] { Form_Unload(); });
+    attempt([this] { Form_Unload(); });
 }
 
 void frmMain::Form_Unload() {
@@ -382,9 +399,9 @@ void frmMain::refreshButtons(bool running) {
     menu_->setRunning(!idle);
     menu_->setCanStop(canStop);
     menu_->setCanListen(canListen());
-    const bool free = !focusWidget() || focusWidget() == progress_;
-    if (free && canStop) progress_->setFocus();
-    if (free && idle) mi_button_->setFocus();
+    const bool parked = !focusWidget() || focusWidget() == progress_;
+    if (parked && canStop) progress_->setFocus();
+    if (parked && idle) mi_button_->setFocus();
 }
 
 void frmMain::refreshStatus(bool running) {

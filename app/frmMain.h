@@ -53,6 +53,10 @@ private:
     void addMenu();
     // A button whose click is guarded and followed by a refresh.
     Ed_Button* add(const char* name, const QRect& place, ButtonLook look, Symbol symbol, std::function<void()> click);
+    // What an action throws is told in a box, in the language of the window.
+    void attempt(const std::function<void()>& action);
+    void tell(const std::string& text, BoxIcon icon);
+    void openHelp();
     void perform(const std::function<void()>& action);
 
     void BR_Click(int index);

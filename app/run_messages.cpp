@@ -1,5 +1,10 @@
 #include "app/run_messages.h"
 
+#include <new>
+#include <stdexcept>
+
+#include "state/errors.h"
+
 namespace melvane {
 
 namespace {
@@ -35,6 +40,13 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return line(LangEntry::encodingFailed, OwnText::encoderFailed, run.destinationPath);
     }
     return "";
+}
+
+std::string errorMessage(const modLang& language, const std::exception& error) {
+    if (dynamic_cast<const OverflowError*>(&error)) return language.ownText(OwnText::numberTooLarge);
+    if (dynamic_cast<const std::bad_alloc*>(&error)) return language.ownText(OwnText::outOfMemory);
+    if (dynamic_cast<const std::logic_error*>(&error)) return language.ownText(OwnText::internalError);
+    return language.ownText(OwnText::unexpectedError, error.what());
 }
 
 std::string midiMessage(const modLang& language, MidiFailure failure) {

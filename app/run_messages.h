@@ -1,6 +1,7 @@
 // What the user is told about a run that did not begin or did not end well.
 #pragma once
 
+#include <exception>
 #include <string>
 
 #include "midi/midi_background.h"
@@ -13,5 +14,8 @@ namespace melvane {
 std::string runMessage(const modLang& language, const RunState& run);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
+
+// What an error says to the user.
+std::string errorMessage(const modLang& language, const std::exception& error);
 
 }  // namespace melvane

@@ -48,6 +48,11 @@ enum class OwnText {
     openVoice,
     saveMix,
     allFiles,
+    // Errors that end an action.
+    numberTooLarge,
+    outOfMemory,
+    internalError,
+    unexpectedError,  // as the system tells it
     // Controls of the effects window.
     equaliser,
     equaliserPresets,

@@ -253,9 +253,13 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
     }
     library.inputs.resize(0x8001, library.inputs.front());
     press("mi_button");
-    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: overflow"}) << "an error ends in a box";
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: A number is too large."}) << "an error ends in a box";
     EXPECT_EQ(dialogs.lastIcon, BoxIcon::critical);
     EXPECT_EQ(enabled(), kIdle);
+    shell.opens = false;
+    chooseLanguage("pl");
+    main().findChild<QAction*>(QStringLiteral("mnuKar7"))->trigger();
+    EXPECT_EQ(dialogs.boxes.back(), "Melvane: Nie można otworzyć strony: docs/help.pl.md");
 }
 
 TEST_F(WindowFixture, ARunThatRecordsSilenceSaysSo) {
