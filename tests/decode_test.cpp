@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "base/paths.h"
 #include "engine/decode/open_source.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
@@ -236,6 +237,9 @@ TEST_F(Decode, playsTheDataThatAreThere) {
         {"RF64, too long", kUnknown, "RF64", longLengths(1ULL << 33)},
         {"RF64, unknown", kUnknown, "RF64", longLengths(~0ULL)},
         {"RF64 without its own chunk", kUnknown, "RF64"},
+        {"a title without end", 4000, "RIFF", "LIST" + little(12, 4) + "INFOINAM" + little(0xFFFFFFF7, 4)},
+        {"a list without end", 4000, "RIFF", "LIST" + little(0xFFFFFFF7, 4) + "INFO" + std::string(2000, 'x')},
+        {"a title without end behind", 4000, "RIFF", "", "LIST" + little(12, 4) + "INFOINAM" + little(0xFFFFFFF7, 4)},
     };
     std::string sound;
     while (sound.size() < 4000) sound += little(0x4000, 2);
@@ -243,6 +247,31 @@ TEST_F(Decode, playsTheDataThatAreThere) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(decode(dir.write("a.wav", makeWav(c, sound))), Samples(static_cast<std::size_t>(2 * c.frames), 0.5F));
     }
+}
+
+// Counted in 32 bits, the length has begun again at 0 once or twice.
+TEST_F(Decode, readsWavFilesBeyond4GiBToTheirEnd) {
+    const std::string list = "LIST" + little(4, 4) + "INFO";
+    const std::string last = little(0x4000, 2) + little(0x2000, 2);
+    for (const char* magic : {"RIFF", "RF64"})
+        for (const std::uint64_t length : {(1ULL << 32) - 4, 1ULL << 32, (1ULL << 32) + 4000, (1ULL << 33) + 40})
+            for (const std::string& behind : {std::string(), list}) {
+                SCOPED_TRACE(magic + std::to_string(length) + behind);
+                const bool longForm = magic == std::string("RF64");
+                WavHeader header{"", longForm ? 0xFFFFFFFF : length, magic};
+                if (longForm) header.before = longLengths(length);
+                const std::string head = makeWav(header, {});
+                const std::string file = write("a.wav", head);
+                fs::resize_file(toPath(file), head.size() + length - last.size());
+                std::ofstream(file, std::ios::binary | std::ios::app) << last << behind;
+                const auto source = openSource(file);
+                ASSERT_TRUE(source);
+                EXPECT_EQ(source->frames(), static_cast<std::int64_t>(length / 4));
+                Samples end(4);
+                source->seek(source->frames() - 1);
+                EXPECT_EQ(source->read(end.data(), 2), 1U);
+                EXPECT_EQ(end, (Samples{0.5F, 0.25F, 0, 0}));
+            }
 }
 
 TEST_F(Decode, readsMp3FromItsFirstSampleToItsLast) {

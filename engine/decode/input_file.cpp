@@ -20,32 +20,31 @@ InputFile::InputFile(const std::string& utf8Path) {
 }
 
 std::size_t InputFile::read(void* out, std::size_t bytes) {
-    stream_.read(static_cast<char*>(out), static_cast<std::streamsize>(bytes));
-    const std::streamsize got = stream_.gcount();
-    stream_.clear();
-    for (const Overlay& overlay : overlays_) {
-        const std::int64_t from = std::max(overlay.offset, position_);
-        const std::int64_t to = std::min(overlay.offset + std::ssize(overlay.bytes), position_ + got);
-        if (from < to)
-            std::copy_n(overlay.bytes.begin() + (from - overlay.offset), to - from,
-                        static_cast<char*>(out) + (from - position_));
+    char* to = static_cast<char*>(out);
+    bytes = static_cast<std::size_t>(std::clamp<std::int64_t>(size_ - position_, 0, static_cast<std::int64_t>(bytes)));
+    std::size_t done = 0;
+    if (position_ < std::ssize(head_)) done = head_.copy(to, bytes, static_cast<std::size_t>(position_));
+    if (done < bytes) {
+        stream_.seekg(bodyAt_ + position_ + static_cast<std::int64_t>(done) - std::ssize(head_));
+        stream_.read(to + done, static_cast<std::streamsize>(bytes - done));
+        done += static_cast<std::size_t>(stream_.gcount());
+        stream_.clear();
     }
-    position_ += got;
-    return static_cast<std::size_t>(got);
+    position_ += static_cast<std::int64_t>(done);
+    return done;
 }
 
 std::int64_t InputFile::seek(std::int64_t offset, int whence) {
     const std::int64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? position_ : size_;
     if (offset < -base || offset > std::numeric_limits<std::int64_t>::max() - base) return -1;
-    if (base + offset != position_) {
-        position_ = base + offset;
-        stream_.seekg(position_);
-    }
-    return position_;
+    return position_ = base + offset;
 }
 
-void InputFile::overlay(std::int64_t offset, std::string bytes) {
-    overlays_.push_back({offset, std::move(bytes)});
+void InputFile::present(std::string head, std::int64_t from, std::int64_t bytes) {
+    head_ = std::move(head);
+    bodyAt_ = from;
+    size_ = std::ssize(head_) + bytes;
+    position_ = 0;
 }
 
 }  // namespace melvane::decode

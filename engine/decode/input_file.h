@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <fstream>
 #include <string>
-#include <vector>
 
 namespace melvane::decode {
 
@@ -21,19 +20,15 @@ public:
     std::size_t read(void* out, std::size_t bytes);
     // As std::fseek, also beyond the end, where there is nothing to read. The new position; -1 on failure.
     std::int64_t seek(std::int64_t offset, int whence);
-    // From now on read() gives `bytes` in place of what the file holds at `offset`.
-    void overlay(std::int64_t offset, std::string bytes);
+    // From now on the file is `head` and behind it the `bytes` bytes that it holds at `from`. Once; back to the start.
+    void present(std::string head, std::int64_t from, std::int64_t bytes);
 
 private:
-    struct Overlay {
-        std::int64_t offset;
-        std::string bytes;
-    };
-
     std::ifstream stream_;
     std::int64_t size_ = 0;
     std::int64_t position_ = 0;
-    std::vector<Overlay> overlays_;
+    std::string head_;
+    std::int64_t bodyAt_ = 0;  // in the file, what follows the head
 };
 
 }  // namespace melvane::decode

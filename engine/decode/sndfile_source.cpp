@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "engine/decode/wav_lengths.h"
+#include "engine/decode/plain_wav.h"
 
 namespace melvane::decode {
 namespace {
@@ -35,7 +35,7 @@ bool isMpeg(int format) {
 }  // namespace
 
 SndfileSource::SndfileSource(const std::string& utf8Path) : file_(utf8Path) {
-    repairWavLengths(file_);
+    readAsPlainWav(file_);
     const SF_INFO info = open();
     // libsndfile estimates the length of MPEG audio in a WAV file, wrongly.
     if (!handle_ || info.channels < 1 || isMpeg(info.format)) throw NotSound("nothing that libsndfile reads");
