@@ -236,6 +236,7 @@ void MixingRun::stopRec() {
     const CardHold hold(with_.library);
     abandoned_ = true;
     framesAtEnd_ = framesDone();
+    if (const RunFailure lost = lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
     run_.isMixing = capture_.StopMixCapture();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);
@@ -259,6 +260,12 @@ bool MixingRun::backgroundEnded() const {
     return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playing());
 }
 
+RunFailure MixingRun::lostSource() const {
+    if (with_.library.channelFailed(run_.backgroundChannel)) return RunFailure::backgroundLost;
+    if (with_.library.channelFailed(run_.vocalChannel)) return RunFailure::vocalLost;
+    return RunFailure::none;
+}
+
 double MixingRun::done() const {
     if (framesTotal_ == 0) return 0;
     return std::clamp(static_cast<double>(framesDone()) / static_cast<double>(framesTotal_), 0.0, 1.0);
@@ -269,7 +276,8 @@ void MixingRun::Timer1_Timer() {
     const bool ended = backgroundEnded();
     if (ended) framesTotal_ = framesDone();
     applySyncOffset();
-    if (ended || !with_.library.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
+    const bool lost = lostSource() != RunFailure::none;
+    if (ended || lost || !with_.library.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }
 
 }  // namespace melvane

@@ -54,6 +54,8 @@ private:
     bool prepareDestination();
     void applySettings();
     bool backgroundEnded() const;
+    // Which of the sources could no longer be read.
+    RunFailure lostSource() const;
     // Puts the failure down and shows it in a box.
     bool refuse(RunFailure failure, BoxIcon icon);
 

@@ -30,6 +30,10 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return line(LangEntry::mixingNotInitialised, OwnText::cannotOpenBackground, run.backgroundPath);
         case RunFailure::vocalUnreadable:
             return line(LangEntry::mixingNotInitialised, OwnText::cannotOpenVocal, run.vocalPath);
+        case RunFailure::backgroundLost:
+            return language.ownText(OwnText::backgroundLost, run.backgroundPath);
+        case RunFailure::vocalLost:
+            return language.ownText(OwnText::vocalLost, run.vocalPath);
         case RunFailure::captureNotStarted:
             return line(LangEntry::mixingNotInitialised, OwnText::captureFailed);
         case RunFailure::destinationNotWritable:

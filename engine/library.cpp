@@ -151,6 +151,11 @@ ChannelActivity Library::BASS_ChannelIsActive(Handle handle) const {
     return active ? ChannelActivity::playing : ChannelActivity::stopped;
 }
 
+bool Library::channelFailed(Handle handle) const {
+    const auto channel = handles_.find<Channel>(handle);
+    return channel && channel->failed();
+}
+
 std::uint64_t Library::BASS_ChannelGetLength(Handle handle) const {
     const auto channel = handles_.find<Channel>(handle);
     return channel ? toBytes(channel->length()) : 0;

@@ -40,6 +40,7 @@ public:
     bool BASS_ChannelPlay(Handle handle, bool restart) override;
     bool BASS_ChannelStop(Handle handle) override;
     ChannelActivity BASS_ChannelIsActive(Handle handle) const override;
+    bool channelFailed(Handle handle) const override;
     std::uint64_t BASS_ChannelGetLength(Handle handle) const override;
     std::uint64_t BASS_ChannelGetPosition(Handle handle) const override;
     bool BASS_ChannelSetPosition(Handle handle, std::uint64_t position) override;

@@ -57,6 +57,7 @@ void WaveformScans::Work::run() {
     const auto source = decode::openSource(file);
     failed = !source;
     if (source) readColumns(*source);
+    if (source && source->failed()) failed = true;
     finished = true;
 }
 

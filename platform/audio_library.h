@@ -79,7 +79,7 @@ public:
     virtual double progress() const = 0;
     // True when nothing more will come, also when the file can't be read.
     virtual bool finished() const = 0;
-    // True when the file can't be read as sound; its peaks stay 0.
+    // True when the file can't be read as sound, where its peaks stay 0, or could no longer be read.
     virtual bool failed() const = 0;
     // For each column the highest absolute sample of both sides in its share of the frames, 0..1; 0 where the scan has
     // not come to yet. A column without a frame of its own, in a very short file, is like the one before.
@@ -140,6 +140,9 @@ public:
     virtual bool BASS_ChannelPlay(Handle handle, bool restart) = 0;
     virtual bool BASS_ChannelStop(Handle handle) = 0;
     virtual ChannelActivity BASS_ChannelIsActive(Handle handle) const = 0;
+    // True for good once the file that a playback channel plays could no longer be read; a file that is damaged or
+    // ends too soon does not count. What comes behind is not the file's sound.
+    virtual bool channelFailed(Handle handle) const = 0;
 
     virtual std::uint64_t BASS_ChannelGetLength(Handle handle) const = 0;
     virtual std::uint64_t BASS_ChannelGetPosition(Handle handle) const = 0;

@@ -105,6 +105,8 @@ enum class OwnText {
     // Why a run did not begin or did not end well.
     cannotOpenBackground,  // file
     cannotOpenVocal,       // file
+    backgroundLost,        // file
+    vocalLost,             // file
     destinationIsSource,
     cannotWriteDestination,  // file
     noMixInput,

@@ -17,6 +17,8 @@ enum class RunFailure {
     destinationNotWritable,
     backgroundUnreadable,
     vocalUnreadable,
+    backgroundLost,  // it could no longer be read
+    vocalLost,
     midiUnplayable,
     captureNotStarted,
     encoderNotStarted,

@@ -27,6 +27,7 @@ public:
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
     std::set<std::string> unreadable;          // files that no stream is made of
+    std::set<Handle> failedChannels;           // whose files can no longer be read
     std::uint64_t length = 1760;               // of every channel
     std::uint64_t position = 0;                // of every channel
     std::chrono::milliseconds openingTime{0};  // of a file
@@ -93,6 +94,7 @@ public:
     bool BASS_ChannelPlay(Handle handle, bool restart) override { return note("BASS_ChannelPlay", handle, restart); }
     bool BASS_ChannelStop(Handle handle) override { return note("BASS_ChannelStop", handle); }
     ChannelActivity BASS_ChannelIsActive(Handle) const override { return ChannelActivity::playing; }
+    bool channelFailed(Handle handle) const override { return failedChannels.contains(handle); }
     std::uint64_t BASS_ChannelGetLength(Handle) const override { return length; }
     std::uint64_t BASS_ChannelGetPosition(Handle) const override { return position; }
     bool BASS_ChannelSetPosition(Handle handle, std::uint64_t to) override {

@@ -130,6 +130,8 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndSaysSo) {
         {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "lame"},
         {[&] { library.encoderStarts = false; }, Failure::encoderNotStarted, "lame"},
         {[&] { library.encoderAlive = false; }, Failure::none, ""},
+        {[&] { library.failedChannels = {2}; }, Failure::backgroundLost, "/music/song.mp3"},
+        {[&] { library.failedChannels = {3}; }, Failure::vocalLost, "/music/voice.wav"},
         {[&] { library.encoder = EncoderState::failed; }, Failure::encoderFailed, mix},
         {[&] { library.unreadable = {mix}; }, Failure::encoderFailed, mix},
     };

@@ -273,6 +273,12 @@ class BadInputTest(ToolTest):
                     self.expect_refused(*sources, "mix.mp3", says=f"{role}.*{re.escape(name)}$")
                     self.assertEqual(self.digests(), before)
 
+    def test_source_that_can_no_longer_be_read_is_named(self):
+        for broken in ("song.wav", "voice.wav"):
+            song, voice = self.wav("song.wav", LONG), self.wav("voice.wav", LONG)
+            path = self.encoder(f'truncate -s 1200000 "{self.dir / broken}"; exec cat > "$last"')
+            self.expect_refused(song, voice, self.dir / f"{broken}.mp3", path=path, says=broken)
+
     def test_destination_is_no_source(self):
         (self.dir / "hard.wav").hardlink_to(self.voice)
         (self.dir / "link.wav").symlink_to("song.wav")

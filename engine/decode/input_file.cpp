@@ -20,18 +20,25 @@ InputFile::InputFile(const std::string& utf8Path) {
 }
 
 std::size_t InputFile::read(void* out, std::size_t bytes) {
+    if (failed_) return 0;
     char* to = static_cast<char*>(out);
     bytes = static_cast<std::size_t>(std::clamp<std::int64_t>(size_ - position_, 0, static_cast<std::int64_t>(bytes)));
     std::size_t done = 0;
     if (position_ < std::ssize(head_)) done = head_.copy(to, bytes, static_cast<std::size_t>(position_));
-    if (done < bytes) {
-        stream_.seekg(bodyAt_ + position_ + static_cast<std::int64_t>(done) - std::ssize(head_));
-        stream_.read(to + done, static_cast<std::streamsize>(bytes - done));
-        done += static_cast<std::size_t>(stream_.gcount());
-        stream_.clear();
-    }
     position_ += static_cast<std::int64_t>(done);
-    return done;
+    const std::size_t got = readBody(to + done, bytes - done, bodyAt_ + position_ - std::ssize(head_));
+    position_ += static_cast<std::int64_t>(got);
+    return done + got;
+}
+
+// All of it, or the file has failed: where a stream stands after an error, nobody can tell.
+std::size_t InputFile::readBody(char* out, std::size_t bytes, std::int64_t at) {
+    if (bytes == 0) return 0;
+    if (streamAt_ != at) stream_.seekg(at);
+    stream_.read(out, static_cast<std::streamsize>(bytes));
+    failed_ = !stream_;
+    streamAt_ = at + static_cast<std::int64_t>(bytes);
+    return failed_ ? 0 : bytes;
 }
 
 std::int64_t InputFile::seek(std::int64_t offset, int whence) {

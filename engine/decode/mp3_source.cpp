@@ -16,7 +16,9 @@ constexpr int kFramesTried = 64;
 constexpr long kFramesBeforeSeek = 32;
 
 ssize_t readFile(void* file, void* out, std::size_t bytes) {
-    return static_cast<ssize_t>(static_cast<InputFile*>(file)->read(out, bytes));
+    auto& input = *static_cast<InputFile*>(file);
+    const std::size_t got = input.read(out, bytes);
+    return input.failed() ? -1 : static_cast<ssize_t>(got);
 }
 
 off_t seekFile(void* file, off_t offset, int whence) {

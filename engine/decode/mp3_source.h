@@ -18,6 +18,7 @@ class Mp3Source : public NativeSource {
 public:
     // Throws NotSound.
     explicit Mp3Source(const std::string& utf8Path);
+    bool failed() const override { return file_.failed(); }
 
 private:
     struct Delete {

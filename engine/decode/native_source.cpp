@@ -16,13 +16,14 @@ constexpr float kLoudest = 1e6F;
 
 std::size_t NativeSource::read(float* out, std::size_t frames) {
     const auto left = static_cast<std::uint64_t>(frames_ - position_);
-    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(frames, left));
+    auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(frames, left));
     std::size_t done = 0;
     while (done < wanted) {
         const std::size_t got = decode(out + 2 * done, wanted - done);
-        if (got == 0) break;
+        if (got == 0 || failed()) break;
         done += got;
     }
+    if (failed()) wanted = done;
     std::replace_if(
         out, out + 2 * done, [](float sample) { return !(std::abs(sample) <= kLoudest); }, 0.0F);
     std::fill(out + 2 * done, out + 2 * wanted, 0.0F);

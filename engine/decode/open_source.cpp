@@ -62,7 +62,8 @@ std::unique_ptr<PcmSource> openSource(const std::string& utf8Path) try {
     for (const Decoder decoder : kindOf(utf8Path).decoders) {
         if (!decoder) break;
         auto source = tryOpen(decoder, utf8Path);
-        if (source) return atCardRate(std::move(source));
+        // A length that was measured up to an error is wrong.
+        if (source) return source->failed() ? nullptr : atCardRate(std::move(source));
     }
     return nullptr;
 } catch (const std::exception&) {

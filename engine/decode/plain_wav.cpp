@@ -91,10 +91,11 @@ std::optional<Chunk> WavReader::chunkAt(std::int64_t offset) {
 std::optional<Chunk> WavReader::nextAfter(const Chunk& chunk) {
     if (chunk.end() <= file_.size())
         if (const auto next = chunkAt(chunk.next()); next && next->hasName()) return next;
-    const std::string near = bytesAt(file_, chunk.body, kSearchBytes);
+    const std::int64_t from = chunk.body - kChunkHeader + 1;
+    const std::string near = bytesAt(file_, from, kSearchBytes);
     const std::size_t place = std::min(near.find("data"), near.find("fmt "));
     if (place == std::string::npos) return {};
-    return chunkAt(chunk.body + static_cast<std::int64_t>(place));
+    return chunkAt(from + static_cast<std::int64_t>(place));
 }
 
 bool WavReader::chunksUpToEnd(std::int64_t offset) {

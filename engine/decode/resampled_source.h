@@ -20,6 +20,7 @@ class ResampledSource : public NativeSource {
 public:
     // Throws NotSound when no frame is left of it.
     explicit ResampledSource(std::unique_ptr<NativeSource> source);
+    bool failed() const override { return source_->failed(); }
 
 private:
     struct Delete {

@@ -19,6 +19,7 @@ class SndfileSource : public NativeSource {
 public:
     // Throws NotSound.
     explicit SndfileSource(const std::string& utf8Path);
+    bool failed() const override { return file_.failed(); }
 
 private:
     struct Close {

@@ -24,6 +24,7 @@ public:
     ~VorbisSource() override;
     VorbisSource(const VorbisSource&) = delete;
     VorbisSource& operator=(const VorbisSource&) = delete;
+    bool failed() const override { return file_.failed(); }
 
 private:
     std::int64_t claimedFrames();

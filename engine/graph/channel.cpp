@@ -34,6 +34,7 @@ std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFr
     takeSeek();
     block_.resize(frames * 2);
     const std::size_t got = readAlong(block_.data(), frames);
+    if (source_->failed()) failed_ = true;
     cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
     applyEffects(got);
     peaks_.raise(level_.mixInto(out, block_.data(), got));

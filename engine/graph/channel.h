@@ -23,6 +23,8 @@ public:
     void play(bool restart);
     void stop() { playing_ = false; }
     bool playing() const { return playing_; }
+    // Its source has failed.
+    bool failed() const { return failed_; }
     PcmSource& source() { return *source_; }
     std::int64_t length() const { return length_; }
     // What was mixed and has left the card.
@@ -68,6 +70,7 @@ private:
     const bool loop_;
     std::atomic<bool> playing_{false};
     std::atomic<bool> ended_{false};
+    std::atomic<bool> failed_{false};
     std::atomic<std::int64_t> position_{0};
     std::atomic<std::int64_t> wantedSeek_{kNoSeek};
     std::atomic<std::int64_t> wantedOffset_{0};

@@ -19,6 +19,7 @@ public:
     explicit SourceWindow(std::shared_ptr<PcmSource> source);
 
     std::int64_t frames() const { return source_->frames(); }
+    bool failed() const { return source_->failed(); }
     // `count` (at most kFrames) interleaved frames from `frame` on; silence before the start and behind the end.
     void read(std::int64_t frame, float* out, std::size_t count);
 

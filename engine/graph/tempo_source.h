@@ -23,6 +23,7 @@ public:
     std::int64_t frames() const override { return window_.frames(); }
     std::size_t read(float* out, std::size_t frames) override;
     void seek(std::int64_t frame) override;
+    bool failed() const override { return window_.failed(); }
 
 private:
     static constexpr int kFadeFrames = 1323;  // 30 ms
