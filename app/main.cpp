@@ -11,6 +11,7 @@
 #include "desktop/desktop_shell.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
+#include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
 #include "music/music.h"
 
@@ -33,6 +34,7 @@ Instruments createInstruments(AudioLibrary& library) {
 
 int run() {
     RegistryFile registry(RegistryFile::defaultPath());
+    PrivateFolder::removeLeftovers();
     const LocalFileNames names;
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());

@@ -1,39 +1,13 @@
 #include "desktop/local_file_names.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
-#include <QLockFile>
-#include <QStandardPaths>
-#include <QStringList>
 #include <filesystem>
 #include <system_error>
 
 #include "base/paths.h"
+#include "desktop/private_folder.h"
 
 namespace melvane {
-
-namespace {
-
-constexpr int kProgramsAtOnce = 64;
-
-// The places for the temporary song, the preferred one first.
-QStringList temporaryPlaces(const std::string& programDirectory) {
-    QStringList places{QString::fromStdString(programDirectory) + QStringLiteral("/tmp.mid")};
-    const QString caches = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    if (caches.isEmpty()) return places;
-    places << caches + QStringLiteral("/Melvane/tmp.mid");
-    for (int n = 2; n <= kProgramsAtOnce; ++n) places << caches + QStringLiteral("/Melvane/tmp-%1.mid").arg(n);
-    return places;
-}
-
-// What else may stand in the place is left alone.
-bool canBeOurs(const QString& place) {
-    const QFileInfo file(place);
-    return !file.isSymLink() && (!file.exists() || (file.isFile() && file.isWritable()));
-}
-
-}  // namespace
 
 std::string LocalFileNames::systemDirectory() const {
     return MELVANE_SYSTEM_DIR;
@@ -46,17 +20,8 @@ std::string LocalFileNames::programDirectory() const {
 }
 
 std::string LocalFileNames::temporaryMidiFile() const {
-    if (claim_) return temporaryMidiFile_;
-    for (const QString& place : temporaryPlaces(programDirectory())) {
-        if (!QDir().mkpath(QFileInfo(place).path()) || !canBeOurs(place)) continue;
-        auto lock = std::make_shared<QLockFile>(place + QStringLiteral(".lock"));
-        lock->setStaleLockTime(0);  // however long another program has it open
-        if (!lock->tryLock(0)) continue;
-        claim_ = std::move(lock);
-        temporaryMidiFile_ = place.toStdString();
-        break;
-    }
-    return temporaryMidiFile_;
+    if (!folder_) folder_ = std::make_shared<PrivateFolder>();
+    return folder_->song().toStdString();
 }
 
 std::string LocalFileNames::shortPath(const std::string& path) const {

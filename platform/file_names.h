@@ -13,9 +13,8 @@ public:
     virtual std::string systemDirectory() const = 0;
     // Where the running program's file lies.
     virtual std::string programDirectory() const = 0;
-    // Where a song that was cut out of a karaoke file is put: "tmp.mid" in the program's directory, or in the user's
-    // cache directory where that can't be written. Never one that another running program uses, and the same for the
-    // life of the program. Empty when there is no place for it.
+    // Where a song that was cut out of a karaoke file is put: "tmp.mid" in a folder that this process alone can use and
+    // that goes with it. The same for the life of the program. Empty when there is no place for it.
     virtual std::string temporaryMidiFile() const = 0;
     // The short (8.3) form of an existing file's path; where there are no short names, its absolute form.
     virtual std::string shortPath(const std::string& path) const = 0;

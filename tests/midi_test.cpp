@@ -1,9 +1,12 @@
 // MIDI backgrounds without sound: what is read from a song, what is sent to its player.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 
 #include "desktop/local_file_names.h"
+#include "desktop/private_folder.h"
 #include "midi/channel_reader.h"
 #include "midi/midi_background.h"
 #include "midi/song_file.h"
@@ -331,16 +334,41 @@ TEST_F(MidiFixture, TheLastRequestCounts) {
         }
 }
 
-TEST(LocalFileNames, RunningProgramsShareNoTemporarySong) {
-    const TempDir caches;
-    setenv("XDG_CACHE_HOME", caches.path().c_str(), 1);
+namespace fs = std::filesystem;
+
+TEST(LocalFileNames, ASongThatWasTakenOutLiesInAFolderOfThisProcess) {
+    const TempDir places;
+    const std::string home = places / "run";
+    fs::create_directories(home + "/melvane-song-mine!!");
+    std::ofstream(home + "/melvane-song-mine!!/tmp.mid") << "a user's own";
+    setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
     const LocalFileNames one;
     auto other = std::make_unique<LocalFileNames>();
-    const std::string freed = other->temporaryMidiFile();
-    EXPECT_EQ(other->temporaryMidiFile(), freed);
-    EXPECT_NE(one.temporaryMidiFile(), freed);
+    const fs::path song = one.temporaryMidiFile();
+    const fs::path released = other->temporaryMidiFile();
+    EXPECT_EQ(song, one.temporaryMidiFile());
+    EXPECT_NE(song, released);
+    EXPECT_EQ(song.filename(), "tmp.mid");
+    EXPECT_EQ(fs::path(home), song.parent_path().parent_path());
+    EXPECT_EQ(fs::status(song.parent_path()).permissions(), fs::perms::owner_all);
+    std::ofstream(song) << "song";
+    std::ofstream(released) << "song";
     other.reset();
-    EXPECT_EQ(LocalFileNames().temporaryMidiFile(), freed);
+    EXPECT_FALSE(fs::exists(released.parent_path()));
+
+    const auto folders = [&] { return std::distance(fs::directory_iterator(home), {}); };
+    const auto before = folders();
+    const pid_t child = fork();
+    if (child == 0) {
+        const LocalFileNames killed;
+        std::ofstream(killed.temporaryMidiFile()) << "song";
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(folders(), before + 1);
+    PrivateFolder::removeLeftovers();
+    EXPECT_EQ(folders(), before) << "what a killed process left is gone";
+    EXPECT_TRUE(fs::exists(song) && fs::exists(home + "/melvane-song-mine!!/tmp.mid"));
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "base/paths.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
+#include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
 #include "music/music.h"
 #include "tools/console_dialogs.h"
@@ -113,6 +114,7 @@ int run(const MixOptions& options) {
         return kCouldNot;
     }
     modLang language;
+    PrivateFolder::removeLeftovers();
     const LocalFileNames names;
     language.InitLanguage(names.systemDirectory(), "en");
     LibraryFile file;
