@@ -8,6 +8,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QScreen>
+#include <QSessionManager>
 #include <QThread>
 #include <QUrl>
 #include <algorithm>
@@ -61,6 +62,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
       environment_(environment),
       store_(store),
       recent_(store),
+      keeper_(store, mixer.settings(), [this] { keepSettings(); }),
       sliders_(nullptr),
       levels_(this, mixer, environment) {
     setObjectName(QStringLiteral("frmMain"));
@@ -79,6 +81,10 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
                                     {[this](const std::string& code) { useLanguage(code); }, choosePort});
     addMenu();
     mixer_.sourceFiles().taken = [this](int index, const std::string& path) { noteTaken(index, path); };
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { endSession(); });
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        if (!unloaded_) Form_Unload();
+    });
 }
 
 void frmMain::addRow(int index) {
@@ -300,14 +306,30 @@ void frmMain::closeEvent(QCloseEvent* event) {
 }
 
 void frmMain::Form_Unload() {
+    unloaded_ = true;
     {
         const RegistryBatch batch = store_.batch(RegistryAccess::change);
         windows_->hideAll();
-        if (placesItself() || !mixer_.settings().position)
-            mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
+        keepPlace();
         store_.save(mixer_.settings());
     }
     mixer_.Form_Unload();
+}
+
+void frmMain::keepPlace() {
+    if (placesItself() || !mixer_.settings().position)
+        mixer_.settings().position = WindowPosition{static_cast<float>(x()), static_cast<float>(y())};
+}
+
+void frmMain::keepSettings() {
+    if (unloaded_ || !isVisible()) return;
+    keepPlace();
+    if (keeper_.save()) refresh();
+}
+
+void frmMain::endSession() {
+    if (mixer_.isRunning()) mixer_.mixingRun().stopRec();
+    keepSettings();
 }
 
 void frmMain::showEvent(QShowEvent* event) {
@@ -442,23 +464,35 @@ bool frmMain::warns(bool running) const {
 }
 
 bool frmMain::endedBadly() const {
+    if (store_.failure() != ERROR_SUCCESS) return true;
     if (tellsRun_) return mixer_.run().failure != RunFailure::none;
     return scans_[0]->failed() || scans_[1]->failed();
 }
 
 std::string frmMain::endText() const {
     const modLang& language = environment_.language;
-    const RunState& run = mixer_.run();
     if (mixer_.sourceFiles().opening()) return language.ownText(OwnText::opening);
-    if (!tellsRun_ && scans_[0]->failed())
-        return language.ownText(OwnText::cannotOpenBackground, mixer_.fields().background);
-    if (!tellsRun_ && scans_[1]->failed()) return language.ownText(OwnText::cannotOpenVocal, mixer_.fields().vocal);
-    if (!tellsRun_) return restText();
+    const std::string result = tellsRun_ ? resultText() : unreadableText();
+    const std::string unsaved = settingsMessage(language, store_.failure());
+    if (result.empty() && unsaved.empty()) return restText();
+    return result + (result.empty() || unsaved.empty() ? "" : " – ") + unsaved;
+}
+
+std::string frmMain::unreadableText() const {
+    const modLang& language = environment_.language;
+    if (scans_[0]->failed()) return language.ownText(OwnText::cannotOpenBackground, mixer_.fields().background);
+    if (scans_[1]->failed()) return language.ownText(OwnText::cannotOpenVocal, mixer_.fields().vocal);
+    return "";
+}
+
+std::string frmMain::resultText() const {
+    const modLang& language = environment_.language;
+    const RunState& run = mixer_.run();
     if (run.failure != RunFailure::none) return runMessage(language, run);
     if (run.recordsSilence) return language.ownText(OwnText::mixIsSilent, run.destinationPath);
     if (stopped_) return language.ownText(OwnText::stopped);
     if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);
-    return restText();
+    return "";
 }
 
 std::string frmMain::restText() const {

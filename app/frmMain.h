@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/frm_level_panel.h"
+#include "app/frm_settings_keeper.h"
 #include "app/frm_slider_panel.h"
 #include "app/frm_song_overview.h"
 #include "app/frm_windows.h"
@@ -34,6 +35,9 @@ public:
     void SetMainLanguage();
     // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths.
     void takeFiles(const std::vector<std::string>& paths);
+
+    // Ends a run, so that its file can be played, and writes the settings: the program is about to end.
+    void endSession();
 
     // Lets pending window events run, for a few milliseconds at most.
     static void processWindowEvents();
@@ -69,6 +73,8 @@ private:
     void rememberFiles();
     bool endedBadly() const;
     bool warns(bool running) const;
+    void keepPlace();
+    void keepSettings();
     void fillRecentFiles();
     void useLanguage(const std::string& code);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
@@ -84,6 +90,9 @@ private:
     // What the run under way is doing, and how the last one ended.
     std::string runText() const;
     std::string endText() const;
+    // How the last run ended, and what of the files chosen since can't be read; "" when there is nothing to say.
+    std::string resultText() const;
+    std::string unreadableText() const;
     // What of the run is heard and recorded.
     std::string soundText() const;
     std::string restText() const;
@@ -96,12 +105,14 @@ private:
     Environment environment_;
     const SettingsStore& store_;
     RecentFiles recent_;
+    SettingsKeeper keeper_;
     bool stopped_ = false;   // the last run was ended with the stop button
     bool tellsRun_ = false;  // nothing was chosen since it
     bool wasRunning_ = false;
     bool choosing_ = false;            // a file is being chosen or opened
     bool portChosen_ = false;          // and not used yet
     std::vector<std::string> chosen_;  // sources, to be remembered
+    bool unloaded_ = false;
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};

@@ -9,6 +9,7 @@
 #include "controls/skin.h"
 #include "desktop/desktop_dialogs.h"
 #include "desktop/desktop_shell.h"
+#include "desktop/end_signals.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
@@ -39,8 +40,9 @@ int run() {
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;
-    const Program program({libraryFile, createInstruments, registry, names, dialogs, shell},
-                          filesOf(QCoreApplication::arguments()));
+    Program program({libraryFile, createInstruments, registry, names, dialogs, shell},
+                    filesOf(QCoreApplication::arguments()));
+    const EndSignals signals([&program] { program.endSession(); });
     return QApplication::exec();
 }
 
@@ -52,6 +54,10 @@ int main(int argc, char** argv) {
 #ifdef SIGCHLD
     // The encoder's exit status is wanted, whatever the parent had set.
     std::signal(SIGCHLD, SIG_DFL);
+#endif
+#ifdef SIGXFSZ
+    // A file that may not grow shows as a failed write.
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("melvane"));

@@ -48,6 +48,11 @@ void Program::openMainWindow() {
     main_->takeFiles(files_);
 }
 
+void Program::endSession() {
+    if (main_) main_->endSession();
+    QCoreApplication::exit();
+}
+
 bool Program::startLibrary() {
     StartResult started =
         startAudioLibrary(on_.libraryFile, on_.names, {.programDirectory = on_.names.programDirectory()});

@@ -39,6 +39,9 @@ public:
     // were dropped on it; when it can't be opened, the event loop ends with kCannotStart.
     Program(const Foundation& foundation, std::vector<std::string> files);
 
+    // Ends a run, keeps everything and ends the event loop.
+    void endSession();
+
     MixerStart& startWindow() { return start_; }
     // These are there once the main window was opened.
     frmMain& mainWindow() { return main_.value(); }

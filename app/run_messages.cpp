@@ -3,6 +3,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "platform/registry.h"
 #include "state/errors.h"
 
 namespace melvane {
@@ -65,6 +66,12 @@ std::string midiMessage(const modLang& language, MidiFailure failure) {
             return language.lang(LangEntry::midiNotApplied);
     }
     return "";
+}
+
+std::string settingsMessage(const modLang& language, std::int32_t failure) {
+    if (failure == ERROR_SUCCESS) return "";
+    const OwnText cause = failure == ERROR_DISK_FULL ? OwnText::diskFull : OwnText::settingsFolderRefuses;
+    return language.ownText(OwnText::settingsNotKept) + " " + language.ownText(cause);
 }
 
 }  // namespace melvane

@@ -1,6 +1,7 @@
 // What the user is told about a run that did not begin or did not end well.
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string>
 
@@ -17,5 +18,7 @@ std::string midiMessage(const modLang& language, MidiFailure failure);
 
 // What an error says to the user.
 std::string errorMessage(const modLang& language, const std::exception& error);
+// Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.
+std::string settingsMessage(const modLang& language, std::int32_t failure);
 
 }  // namespace melvane

@@ -10,6 +10,7 @@
 #include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QStorageInfo>
 #include <QString>
 #include <QThread>
 #include <algorithm>
@@ -109,11 +110,22 @@ bool moveAside(const QString& path) {
     return QFile::rename(path, free);
 }
 
+bool fits(const QJsonObject& keys) {
+    return QJsonDocument(keys).toJson().size() <= kLargestFile;
+}
+
+// commit() alone does not tell when the last bytes find no room.
 bool replaceFile(const QString& path, const QJsonObject& keys) {
     const QByteArray bytes = QJsonDocument(keys).toJson();
-    if (bytes.size() > kLargestFile) return false;
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
+}
+
+// Why the folder of `path` takes no file.
+std::int32_t writeFailure(const QString& path) {
+    constexpr qint64 kLittle = 1 << 16;
+    const QStorageInfo disk(QFileInfo(path).absolutePath());
+    return disk.isValid() && disk.bytesAvailable() < kLittle ? ERROR_DISK_FULL : ERROR_WRITE_FAULT;
 }
 
 std::string keyPathOf(RegistryHive hive, const std::string& subKey) {
@@ -130,7 +142,8 @@ struct RegistryFile::Batch {
     int depth = 0;
     std::optional<QLockFile> lockFile;  // of a batch that changes
     Contents before;
-    QJsonObject keys;  // with what was changed
+    QJsonObject keys;                      // with what was changed
+    std::int32_t failure = ERROR_SUCCESS;  // of a single change
 };
 
 RegistryFile::RegistryFile(std::string path) : path_(std::move(path)) {}
@@ -161,19 +174,36 @@ void RegistryFile::begin(RegistryAccess access) {
 std::int32_t RegistryFile::end() {
     if (--batch_->depth > 0) return ERROR_SUCCESS;
     const std::unique_ptr<Batch> ended = std::move(batch_);
-    if (ended->keys == ended->before.keys) return ERROR_SUCCESS;
+    if (!ended->lockFile) return ERROR_SUCCESS;
+    const std::int32_t written = replace(*ended);
+    failure_ = written != ERROR_SUCCESS ? written : ended->failure;
+    return written;
+}
+
+std::int32_t RegistryFile::replace(const Batch& batch) const {
+    if (batch.keys == batch.before.keys) return ERROR_SUCCESS;
     const QString path = QString::fromStdString(path_);
-    const FileState state = ended->before.state;
+    const FileState state = batch.before.state;
     if (state == FileState::inaccessible || (state == FileState::broken && !moveAside(path))) return ERROR_WRITE_FAULT;
-    return replaceFile(path, ended->keys) ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
+    return replaceFile(path, batch.keys) ? ERROR_SUCCESS : writeFailure(path);
 }
 
 std::int32_t RegistryFile::change(const std::function<void(QJsonObject&)>& change) {
     begin(RegistryAccess::change);
-    const bool locked = batch_->lockFile->isLocked();
-    if (locked) change(batch_->keys);
+    std::int32_t failure = ERROR_SUCCESS;
+    QJsonObject keys = batch_->keys;
+    if (batch_->lockFile->isLocked()) {
+        change(keys);
+        if (!fits(keys)) failure = ERROR_WRITE_FAULT;
+    } else {
+        failure = writeFailure(QString::fromStdString(path_));
+    }
+    if (failure == ERROR_SUCCESS)
+        batch_->keys = keys;
+    else
+        batch_->failure = failure;
     const std::int32_t result = end();
-    return locked ? result : ERROR_WRITE_FAULT;
+    return failure != ERROR_SUCCESS ? failure : result;
 }
 
 std::int32_t RegistryFile::RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) {
@@ -199,7 +229,6 @@ std::int32_t RegistryFile::RegSetValueExA(RegistryKey key, const std::string& na
                                           std::uint32_t type, const void* data, std::uint32_t size) {
     const auto openKey = openKeys_.find(key);
     if (openKey == openKeys_.end()) return ERROR_FILE_NOT_FOUND;
-    if (size > kLargestFile) return ERROR_WRITE_FAULT;
     const Value value{type, QByteArray(static_cast<const char*>(data), static_cast<qsizetype>(size))};
     return change([&](QJsonObject& keys) {
         const QString keyName = nameIn(keys, QString::fromStdString(openKey->second));

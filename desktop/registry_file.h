@@ -30,10 +30,11 @@ public:
 
     // Key paths and value names are compared without regard to ASCII case. Results are ERROR_SUCCESS,
     // ERROR_FILE_NOT_FOUND for a key or value that is not there, ERROR_MORE_DATA as the interface says, and
-    // ERROR_WRITE_FAULT when the file cannot be replaced or stays locked by another program for 2 s: a batch waits
-    // once.
+    // ERROR_DISK_FULL or ERROR_WRITE_FAULT when the file cannot be replaced, the value makes it too large, or it stays
+    // locked by another program for 2 s: a batch waits once. What can't be written leaves the file as it was.
     void begin(RegistryAccess access) override;
     std::int32_t end() override;
+    std::int32_t failure() const override { return failure_; }
     std::int32_t RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) override;
     std::int32_t RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) override;
     std::int32_t RegSetValueExA(RegistryKey key, const std::string& name, std::uint32_t reserved, std::uint32_t type,
@@ -45,12 +46,14 @@ public:
 private:
     struct Batch;
 
+    std::int32_t replace(const Batch& batch) const;
     // Lets `change` change the keys of the batch.
     std::int32_t change(const std::function<void(QJsonObject&)>& change);
     std::int32_t open(const std::string& keyPath, RegistryKey& key);
 
     std::string path_;
     std::unique_ptr<Batch> batch_;  // while there is one
+    std::int32_t failure_ = ERROR_SUCCESS;
     std::map<RegistryKey, std::string> openKeys_;
     RegistryKey lastKey_ = 0;
 };

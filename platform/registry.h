@@ -17,6 +17,7 @@ inline constexpr std::uint32_t REG_BINARY = 3;
 inline constexpr std::int32_t ERROR_SUCCESS = 0;
 inline constexpr std::int32_t ERROR_FILE_NOT_FOUND = 2;
 inline constexpr std::int32_t ERROR_WRITE_FAULT = 29;
+inline constexpr std::int32_t ERROR_DISK_FULL = 112;
 inline constexpr std::int32_t ERROR_MORE_DATA = 234;
 
 enum class RegistryAccess { read, change };
@@ -29,8 +30,10 @@ public:
     // there at once, by end(). While a batch changes, no other program does, so what it read still holds when it
     // writes. Batches in a batch are part of it.
     virtual void begin(RegistryAccess access) = 0;
-    // ERROR_WRITE_FAULT when what was written did not get there.
+    // ERROR_DISK_FULL or ERROR_WRITE_FAULT when what was written did not get there.
     virtual std::int32_t end() = 0;
+    // The same of the last batch that changed something, also when only one of its values could not be written.
+    virtual std::int32_t failure() const = 0;
 
     virtual std::int32_t RegOpenKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) = 0;
     virtual std::int32_t RegCreateKeyA(RegistryHive hive, const std::string& subKey, RegistryKey& key) = 0;

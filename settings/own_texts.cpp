@@ -124,6 +124,10 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::encoderNotFound, "Nie znaleziono programu kodującego MP3: %1", "The MP3 encoder was not found: %1"},
     {OwnText::encoderFailed, "Kodowanie nie powiodło się, plik MP3 jest niekompletny: %1",
      "The encoder failed, the MP3 file is incomplete: %1"},
+    {OwnText::settingsNotKept, "Nie można zapisać ustawień.", "The settings cannot be saved."},
+    {OwnText::diskFull, "Dysk jest pełny: zwolnij na nim miejsce.", "The disk is full: free some space on it."},
+    {OwnText::settingsFolderRefuses, "Sprawdź prawa zapisu w folderze ustawień (~/.config/Tessaro).",
+     "Check that the folder of the settings (~/.config/Tessaro) can be written."},
 };
 
 constexpr bool inOrder() {

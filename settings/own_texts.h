@@ -113,6 +113,10 @@ enum class OwnText {
     captureFailed,
     encoderNotFound,  // program
     encoderFailed,    // file
+    // Why the settings are not kept.
+    settingsNotKept,
+    diskFull,
+    settingsFolderRefuses,
     count
 };
 

@@ -160,6 +160,18 @@ void SettingsStore::save(const Settings& settings) const {
         if (const auto text = value->text(settings); !text.empty()) WriteSetting(kProductKey, value->name, text);
 }
 
+std::vector<std::string> SettingsStore::texts(const Settings& settings) {
+    std::vector<std::string> texts;
+    for (const StoredValue* value : kSaveOrder) texts.push_back(value->text(settings));
+    return texts;
+}
+
+void SettingsStore::saveChanges(const std::vector<std::string>& texts, const std::vector<std::string>& before) const {
+    const RegistryBatch all = batch(RegistryAccess::change);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        if (!texts[i].empty() && texts[i] != before[i]) WriteSetting(kProductKey, kSaveOrder[i]->name, texts[i]);
+}
+
 std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const {
     const RegistryBatch once = batch(RegistryAccess::read);
     RegistryKey key = 0;

@@ -1,11 +1,12 @@
 // The program's settings as text values of the per-user registry.
 //
-// Nothing here fails or throws: what cannot be read is "", what cannot be written is not. Numbers are read by
-// their leading digits, 0 when there are none, and rounded. A number beyond the range of its field (a store
-// edited by hand) and a field missing from a list leave that field as it was.
+// Nothing here fails or throws: what cannot be read is "", what cannot be written is not, which failure() tells.
+// Numbers are read by their leading digits, 0 when there are none, and rounded. A number beyond the range of its field
+// (a store edited by hand) and a field missing from a list leave that field as it was.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "platform/registry.h"
 #include "state/settings.h"
@@ -32,6 +33,12 @@ public:
     void load(Settings& settings) const;
     // Writes every value but recDirectory, and the position only when there is one.
     void save(const Settings& settings) const;
+    // The same values as they are written, in one order.
+    static std::vector<std::string> texts(const Settings& settings);
+    // Writes those of `texts` that are others in `before`.
+    void saveChanges(const std::vector<std::string>& texts, const std::vector<std::string>& before) const;
+    // Why something that was written last did not get there; ERROR_SUCCESS when all did.
+    std::int32_t failure() const { return registry_.failure(); }
 
 private:
     std::string readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const;

@@ -9,11 +9,13 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+#include <csignal>
 #include <functional>
 #include <string>
 #include <utility>
 
 #include "desktop/desktop_dialogs.h"
+#include "desktop/end_signals.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
 #include "tests/temp_dir.h"
@@ -78,6 +80,15 @@ protected:
     QApplication application_{argc_, argv_};
     DesktopDialogs dialogs_;
 };
+
+TEST_F(DialogsTest, SignalsThatEndTheProgramAreEvents) {
+    int came = 0;
+    const EndSignals signals([&] { ++came; });
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) std::raise(number);
+    EXPECT_EQ(came, 0);
+    for (int i = 0; i < 100 && came < 3; ++i) QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    EXPECT_EQ(came, 3);
+}
 
 TEST_F(DialogsTest, FiltersHideTheirPatternsAndMatchBothCases) {
     const std::pair<const char*, const char*> cases[] = {

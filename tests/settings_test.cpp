@@ -1,8 +1,17 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <QByteArray>
 #include <QLockFile>
 #include <QString>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <string>
 #include <thread>
 
 #include "audio/modAudio.h"
@@ -245,6 +254,34 @@ TEST_F(RegistryFixture, FailuresAreStatusCodes) {
     held.unlock();
     dir.write("new/registry.json.lock", "");  // left by a program that was killed
     EXPECT_EQ(set(registry, "a", REG_SZ, "b"), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryFixture, AFullDiskKeepsTheOldFileAndOneValueTheOthers) {
+    store.WriteSetting(kProductKey, "language", "pl");
+    const std::string before = readFile(path);
+    rlimit usual{};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit small{2048, usual.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    store.WriteSetting(kProductKey, "language", std::string(4096, 'x'));
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_EQ(readFile(path), before);
+    EXPECT_EQ(store.failure(), ERROR_WRITE_FAULT);
+    store.ReadSetting(kProductKey, "language");
+    EXPECT_EQ(store.failure(), ERROR_WRITE_FAULT);
+
+    Settings settings{.language = std::string(5 << 20, 'x'), .midiPort = 7};
+    store.save(settings);
+    EXPECT_EQ(store.ReadSetting(kProductKey, "language") + store.ReadSetting(kProductKey, "midi device"), "pl7");
+    EXPECT_EQ(store.failure(), ERROR_WRITE_FAULT);
+    const auto texts = SettingsStore::texts(settings);
+    settings.language = "en";
+    store.WriteSetting(kProductKey, "midi device", "of another program");
+    store.saveChanges(SettingsStore::texts(settings), texts);
+    EXPECT_EQ(store.ReadSetting(kProductKey, "language"), "en");
+    EXPECT_EQ(store.ReadSetting(kProductKey, "midi device"), "of another program");
+    EXPECT_EQ(store.failure(), ERROR_SUCCESS);
 }
 
 TEST_F(RegistryFixture, TwoWritersLoseNothing) {

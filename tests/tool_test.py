@@ -313,7 +313,7 @@ class InterruptTest(ToolTest):
     def test_interrupted_mix_is_kept(self):
         pcm = noise(RATE) * 240
         song, voice = self.wav("song.wav", pcm=pcm), self.wav("voice.wav", 1000)
-        for number in (signal.SIGINT, signal.SIGTERM):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for send in (os.kill, os.killpg):
                 with self.subTest(signal=number.name, send=send.__name__):
                     mix = self.dir / f"{number.name}-{send.__name__}.mp3"

@@ -75,7 +75,8 @@ TEST_F(WindowFixture, FilesThatWereChosenComeBackInTheMenuAtOneAccessAnAction) {
     const std::string song = dir.write("you & me.mp3", "");
     const std::string voice = dir.write("voice.wav", "");
     EXPECT_EQ(recentFiles(), std::vector<std::string>{"(none)"});
-    EXPECT_EQ(accessesTo(stored, [&] { main().takeFiles({voice, dir / "missing.mp3", song}); }), Accesses(0, 1));
+    main().endSession();  // nothing is left to be written by itself meanwhile
+    EXPECT_EQ(accessesTo(stored, [&] { main().takeFiles({voice, dir / "missing.mp3", song}); }), Accesses(1, 1));
     EXPECT_EQ(dialogs.boxes.size(), 1U) << "what is missing is told";
     EXPECT_EQ(accessesTo(stored, [&] { browse("BR0", dir / "other.mp3"); }), Accesses(1, 1));
     EXPECT_EQ(accessesTo(stored, [&] { recentFiles(); }), Accesses(1, 0));
@@ -274,6 +275,34 @@ TEST_F(WindowFixture, ARunThatRecordsSilenceSaysSo) {
     EXPECT_TRUE(warned());
     browse("BR1", "/other.wav");
     EXPECT_FALSE(warned());
+}
+
+TEST_F(WindowFixture, WhatHasChangedIsWrittenWhileTheProgramRunsAndAtItsEnd) {
+    const std::string stored = dir / "registry.json";
+    const SettingsStore store(registry);
+    const auto volume = [&] { return store.ReadSetting(kProductKey, "volume"); };
+    auto& slider = find<QWidget>(main(), "volm0");
+    QTest::keyClick(&slider, Qt::Key_Home);
+    const int lowest = mixer().settings().volume[0];
+    EXPECT_TRUE(QTest::qWaitFor([&] { return volume() == std::to_string(lowest) + ",100"; }));
+    std::filesystem::remove(stored);
+    std::filesystem::create_directory(stored);
+    QTest::keyClick(&slider, Qt::Key_End);
+    EXPECT_TRUE(
+        waitFor("The settings cannot be saved. Check that the folder of the settings (~/.config/Tessaro) can "
+                "be written."));
+    std::filesystem::remove(stored);
+    QTest::keyClick(&slider, Qt::Key_Home);
+    EXPECT_TRUE(waitFor("Ready"));
+
+    mixer().fields() = {"/song.mp3", "/voice.wav", dir / "mix.mp3"};
+    press("mi_button");
+    ASSERT_TRUE(mixer().run().isMixing) << status();
+    QTest::keyClick(&slider, Qt::Key_End);
+    program->endSession();
+    EXPECT_FALSE(mixer().run().isMixing);
+    EXPECT_EQ(mixer().run().lastMixPath, dir / "mix.mp3");
+    EXPECT_EQ(volume(), std::to_string(mixer().settings().volume[0]) + ",100");
 }
 
 // A song goes on with the port that it was begun with.

@@ -45,7 +45,12 @@ void catchInterrupts() {
     struct sigaction action {};
     action.sa_handler = interrupt;
     action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second one ends the program at once
-    for (const int signal : {SIGINT, SIGTERM}) sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        // Told to outlive its terminal.
+        if (signal != SIGHUP || before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    }
     // The encoder's exit status is wanted, whatever the parent had set.
     std::signal(SIGCHLD, SIG_DFL);
     // A file that may not grow shows as a failed write.
