@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/audio_library.h"
+#include "platform/destinations.h"
 #include "platform/dialogs.h"
 #include "platform/file_names.h"
 #include "platform/music_performance.h"
@@ -17,6 +18,7 @@ struct Environment {
     MusicSystem& music;
     SystemMixer& systemMixer;
     const FileNames& names;
+    Destinations& destinations;
     Dialogs& dialogs;
     Shell& shell;
     modLang& language;

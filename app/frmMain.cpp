@@ -279,15 +279,15 @@ void frmMain::b_STOP_Click() {
     stopped_ = true;
     mixer_.mixingRun().stopRec();
     refresh();
-    listen();
+    if (!mixer_.run().lastMixPath.empty()) listen();
 }
 
 void frmMain::listen() {
-    if (canListen()) windows_->showPlayer(mixer_.run().lastMixPath);
+    if (canListen()) windows_->showPlayer(mixer_.run().listenPath);
 }
 
 bool frmMain::canListen() const {
-    return !mixer_.isRunning() && isFile(mixer_.run().lastMixPath);
+    return !mixer_.isRunning() && isFile(mixer_.run().listenPath);
 }
 
 void frmMain::Timer1_Timer() {

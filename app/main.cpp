@@ -11,6 +11,7 @@
 #include "desktop/desktop_shell.h"
 #include "desktop/end_signals.h"
 #include "desktop/library_file.h"
+#include "desktop/local_destinations.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
@@ -37,10 +38,11 @@ int run() {
     RegistryFile registry(RegistryFile::defaultPath());
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
+    LocalDestinations destinations;
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;
-    Program program({libraryFile, createInstruments, registry, names, dialogs, shell},
+    Program program({libraryFile, createInstruments, registry, names, destinations, dialogs, shell},
                     filesOf(QCoreApplication::arguments()));
     const EndSignals signals([&program] { program.endSession(); });
     return QApplication::exec();

@@ -1,17 +1,13 @@
 #include "app/mixing_run.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <future>
 #include <utility>
 
 #include "app/run_messages.h"
 #include "app/source_files.h"
+#include "app/window_patience.h"
 #include "audio/modAudio.h"
-#include "base/paths.h"
 
 namespace melvane {
 
@@ -51,15 +47,18 @@ std::int64_t toFrames(double seconds) {
     return std::llround(seconds * kSampleRate);
 }
 
-// Puts a file there that holds one empty line. False when that cannot be written, or something else than a file
-// has that name.
-bool createFile(const std::string& path) {
-    std::error_code error;
-    if (std::filesystem::exists(toPath(path), error) && !isFile(path)) return false;
-    std::ofstream file(toPath(path), std::ios::binary | std::ios::trunc);
-    file << "\r\n";
-    file.close();
-    return file.good();
+RunFailure failureOf(ClaimFailure failure) {
+    switch (failure) {
+        case ClaimFailure::none:
+            return RunFailure::none;
+        case ClaimFailure::exists:
+            return RunFailure::destinationExists;
+        case ClaimFailure::busy:
+            return RunFailure::destinationBusy;
+        case ClaimFailure::notWritable:
+            break;
+    }
+    return RunFailure::destinationNotWritable;
 }
 
 }  // namespace
@@ -74,7 +73,7 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
       effects_(effects),
       midi_(midi),
       capture_(
-          with_.library, run_, [this] { stopRec(); }, with_.doEvents) {}
+          with_.library, run_, [this] { stopRec(); }, [this] { return publish(); }, with_.doEvents) {}
 
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
@@ -98,10 +97,9 @@ bool MixingRun::canRun() {
     run_.lastMixPath.clear();
     if (!readPaths()) return false;
     run_.isMidiBackground = isMidiFile(run_.backgroundPath);
-    // An older mix is not emptied for want of an encoder or of a song.
+    // Without a song or an encoder nothing is even opened.
     if (run_.isMidiBackground && !midi_.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
-    if (isFile(run_.destinationPath) && !with_.library.encoderFound(kEncoderCommand))
-        run_.failure = RunFailure::encoderNotStarted;
+    if (!with_.library.encoderFound(kEncoderCommand)) run_.failure = RunFailure::encoderNotStarted;
     return run_.failure == RunFailure::none;
 }
 
@@ -140,10 +138,7 @@ void MixingRun::start() {
     if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
     with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
     with_.library.holdCardAtEndOf(run_.backgroundChannel);
-    if (!prepareDestination()) {
-        run_.failure = RunFailure::destinationNotWritable;
-        return stopRec();
-    }
+    if (!prepareDestination()) return stopRec();
     if (run_.isMidiBackground && !midi_.PlayMidi()) {
         refuse(RunFailure::midiUnplayable, BoxIcon::critical);
         return stopRec();
@@ -199,12 +194,8 @@ bool MixingRun::openSources() {
 
 // A long file takes a while: window events run meanwhile.
 Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
-    constexpr std::chrono::milliseconds kPatience{10};
-    auto opening = std::async(std::launch::async, [this, path, flags] {
-        return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags);
-    });
-    while (opening.wait_for(kPatience) != std::future_status::ready) with_.doEvents();
-    return opening.get();
+    return whileEventsRun(with_.doEvents,
+                          [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
 }
 
 // Whatever kind of channel it is.
@@ -215,10 +206,18 @@ void MixingRun::freeChannel(std::uint32_t& channel) {
 }
 
 bool MixingRun::prepareDestination() {
-    if (!createFile(run_.destinationPath)) return false;
-    run_.encodePath = with_.names.shortPath(run_.destinationPath);
+    auto claim = whileEventsRun(with_.doEvents,
+                                [this] { return with_.destinations.claim(run_.destinationPath, run_.mayReplace); });
+    run_.failure = failureOf(claim.failure);
+    if (abandoned_ || !claim.destination) return false;
+    destination_ = std::move(claim.destination);
+    run_.encodePath = with_.names.shortPath(destination_->privateFile());
     run_.encoderCommandLine = kEncoderCommand + with_.names.commandLineWord(run_.encodePath);
     return true;
+}
+
+bool MixingRun::publish() {
+    return whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
 }
 
 void MixingRun::SetBassVolume() {
@@ -238,6 +237,7 @@ void MixingRun::stopRec() {
     framesAtEnd_ = framesDone();
     if (const RunFailure lost = lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
     run_.isMixing = capture_.StopMixCapture();
+    destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);
         with_.library.BASS_MusicFree(*channel);

@@ -2,6 +2,8 @@
 // encoded while they do, and the run ends with the background.
 #pragma once
 
+#include <memory>
+
 #include "app/environment.h"
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
@@ -52,6 +54,7 @@ private:
     Handle openFile(const std::string& path, std::uint32_t flags);
     void freeChannel(std::uint32_t& channel);
     bool prepareDestination();
+    bool publish();
     void applySettings();
     bool backgroundEnded() const;
     // Which of the sources could no longer be read.
@@ -67,6 +70,7 @@ private:
     EffectChain& effects_;
     MidiBackground& midi_;
     Module1 capture_;
+    std::unique_ptr<Destination> destination_;  // of the run
     std::int64_t framesTotal_ = 0;
     std::int64_t framesAtEnd_ = 0;
     bool busy_ = false;

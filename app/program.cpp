@@ -37,8 +37,9 @@ Program::Program(const Foundation& foundation, std::vector<std::string> files)
 void Program::openMainWindow() {
     if (!startLibrary()) return QCoreApplication::exit(kCannotStart);
     instruments_ = on_.createMusic(*library_);
-    const Environment environment{*library_,   *instruments_.music, *instruments_.mixer, on_.names,
-                                  on_.dialogs, on_.shell,           language_,           frmMain::processWindowEvents};
+    const Environment environment{*library_, *instruments_.music, *instruments_.mixer,
+                                  on_.names, on_.destinations,    on_.dialogs,
+                                  on_.shell, language_,           frmMain::processWindowEvents};
     mixer_.emplace(environment);
     mixer_->Form_Load(&store_);
     main_.emplace(*mixer_, environment, store_);

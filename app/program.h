@@ -11,6 +11,7 @@
 #include "app/frmMain.h"
 #include "app/mixer.h"
 #include "platform/audio_library_file.h"
+#include "platform/destinations.h"
 #include "platform/registry.h"
 #include "settings/window_zoom.h"
 
@@ -27,6 +28,7 @@ struct Foundation {
     std::function<Instruments(AudioLibrary&)> createMusic;
     Registry& registry;
     const FileNames& names;
+    Destinations& destinations;
     Dialogs& dialogs;
     Shell& shell;
 };

@@ -39,6 +39,10 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return line(LangEntry::mixingNotInitialised, OwnText::captureFailed);
         case RunFailure::destinationNotWritable:
             return line(LangEntry::encodingFailed, OwnText::cannotWriteDestination, run.destinationPath);
+        case RunFailure::destinationExists:
+            return line(LangEntry::mixingNotInitialised, OwnText::destinationExists, run.destinationPath);
+        case RunFailure::destinationBusy:
+            return line(LangEntry::mixingNotInitialised, OwnText::destinationBusy, run.destinationPath);
         case RunFailure::encoderNotStarted:
             return line(LangEntry::encodingFailed, OwnText::encoderNotFound, kEncoderName);
         case RunFailure::encoderFailed:

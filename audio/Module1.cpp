@@ -16,8 +16,13 @@ bool MixRecordProc(Handle handle, const void*, std::uint32_t, void* user) {
 
 }  // namespace
 
-Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, DoEvents doEvents)
-    : library_(library), run_(run), stopRec_(std::move(stopRec)), doEvents_(std::move(doEvents)) {}
+Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, std::function<bool()> publish,
+                 DoEvents doEvents)
+    : library_(library),
+      run_(run),
+      stopRec_(std::move(stopRec)),
+      publish_(std::move(publish)),
+      doEvents_(std::move(doEvents)) {}
 
 void Module1::StartMixCapture() {
     if (run_.lastMixStream != 0) {
@@ -47,13 +52,24 @@ bool Module1::StopMixCapture() {
     library_.BASS_Encode_Stop(run_.recordChannel);
     library_.BASS_ChannelStop(run_.recordChannel);
     while (library_.BASS_Encode_IsActive(run_.recordChannel)) doEvents_();
-    run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
-    if (run_.lastMixStream != 0) run_.lastMixPath = run_.destinationPath;
-    if (run_.lastMixStream == 0 || library_.encoderState(run_.recordChannel) == EncoderState::failed)
-        run_.failure = RunFailure::encoderFailed;
+    run_.failure = finish();
+    if (run_.failure != RunFailure::none) {
+        library_.BASS_StreamFree(run_.lastMixStream);
+        run_.lastMixStream = 0;
+    }
     run_.recordChannel = 0;
     doEvents_();
     return false;
+}
+
+// It is the last mix only when it is complete and in its place.
+RunFailure Module1::finish() {
+    run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
+    if (run_.lastMixStream == 0 || library_.encoderState(run_.recordChannel) == EncoderState::failed)
+        return RunFailure::encoderFailed;
+    if (!publish_()) return RunFailure::destinationNotWritable;
+    run_.lastMixPath = run_.listenPath = run_.destinationPath;
+    return RunFailure::none;
 }
 
 }  // namespace melvane

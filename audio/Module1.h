@@ -10,8 +10,10 @@ namespace melvane {
 
 class Module1 {
 public:
-    // `stopRec` ends the run; it is called when capture or encoder cannot start.
-    Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, DoEvents doEvents);
+    // `stopRec` ends the run; it is called when capture or encoder cannot start. `publish` puts the finished file in
+    // its place; false when it can't be put there.
+    Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, std::function<bool()> publish,
+            DoEvents doEvents);
 
     // Starts capture and encoder; on failure recordChannel is 0, RunState::failure says why and the run was ended.
     void StartMixCapture();
@@ -21,10 +23,12 @@ public:
 
 private:
     void giveUp(RunFailure failure, Handle channel);
+    RunFailure finish();
 
     AudioLibrary& library_;
     RunState& run_;
     std::function<void()> stopRec_;
+    std::function<bool()> publish_;
     DoEvents doEvents_;
 };
 

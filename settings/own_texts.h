@@ -109,6 +109,8 @@ enum class OwnText {
     vocalLost,             // file
     destinationIsSource,
     cannotWriteDestination,  // file
+    destinationExists,       // file
+    destinationBusy,         // file
     noMixInput,
     captureFailed,
     encoderNotFound,  // program

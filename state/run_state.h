@@ -15,6 +15,8 @@ enum class RunFailure {
     pathsMissing,
     destinationIsSource,
     destinationNotWritable,
+    destinationExists,
+    destinationBusy,
     backgroundUnreadable,
     vocalUnreadable,
     backgroundLost,  // it could no longer be read
@@ -36,10 +38,12 @@ struct RunState {
     std::string backgroundPath;
     std::string vocalPath;
     std::string destinationPath;
-    std::string encodePath;  // the destination as the encoder is told it
+    std::string encodePath;  // what the encoder writes: a private file until the mix is complete
     std::string encoderCommandLine;
     std::string lastMixPath;  // destination of the last run that produced a playable file
+    std::string listenPath;   // the same, also after a run that failed or was refused
     bool isMidiBackground = false;
+    bool mayReplace = true;  // a file that stands at the destination
     bool isMixing = false;
     bool recordsSilence = false;  // no recording input could be switched on for the run
     std::uint32_t backgroundChannel = 0;

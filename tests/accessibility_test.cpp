@@ -167,7 +167,7 @@ struct AccessibilityFixture : testing::TestWithParam<Look>, AppliedLook, SilentP
             channels += {static_cast<char>(0x90 + c), static_cast<char>(0xC0 + c), static_cast<char>(c * 8)};
         std::string song = dir.write("song.mid", songOf(channels));
         mixer().midi().OpenMidi(song);
-        mixer().run().lastMixPath = dir.write("mix.mp3", "");
+        mixer().run().listenPath = dir.write("mix.mp3", "");
         main().SetMainLanguage();
     }
 

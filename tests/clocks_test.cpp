@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "app/mixer.h"
+#include "desktop/local_destinations.h"
 #include "desktop/local_file_names.h"
 #include "engine/library.h"
 #include "music/music.h"
@@ -51,7 +52,8 @@ struct Studio {
         beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
         library.BASS_RecordInit(-1);
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
-        mixer.emplace(Environment{library, *music.system, *music.mixer, names, dialogs, shell, language, nap});
+        mixer.emplace(
+            Environment{library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, nap});
         mixer->Form_Load(nullptr);
     }
 
@@ -59,6 +61,7 @@ struct Studio {
     engine::Library library;
     const music::Music music = music::createMusic(library, {.devicePorts = false});
     const LocalFileNames names;
+    LocalDestinations destinations;
     ConsoleDialogs dialogs;
     ConsoleShell shell;
     modLang language;

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <concepts>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <set>
@@ -35,8 +36,10 @@ public:
     bool captureStarts = true;
     bool encoderExists = true;
     bool encoderStarts = true;
-    bool encoderAlive = true;  // until BASS_Encode_Stop
-    int encoderFinishes = 0;   // times that it is asked after the stop until it has finished
+    bool encoderAlive = true;     // until BASS_Encode_Stop
+    std::string product = "mix";  // what the encoder writes
+    bool productReadable = true;
+    int encoderFinishes = 0;  // times that it is asked after the stop until it has finished
     EncoderState encoder = EncoderState::finished;
     CardStatus card{.deviceOpen = true};
     BASS_INFO info{.dsver = 9};
@@ -87,7 +90,7 @@ public:
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
         std::this_thread::sleep_for(openingTime);
-        return unreadable.contains(file) ? 0 : ++lastHandle_;
+        return unreadable.contains(file) || (product_ == file && !productReadable) ? 0 : ++lastHandle_;
     }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
     bool BASS_MusicFree(Handle handle) override { return note("BASS_MusicFree", handle); }
@@ -171,12 +174,15 @@ public:
     bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void*, void*) override {
         note("BASS_Encode_Start", handle, std::string(commandLine), flags);
         finishing_ = false;
+        const std::string words = commandLine;
+        product_ = words.substr(words.find('<') + 1, words.rfind('>') - words.find('<') - 1);
         return encoderStarts;
     }
     bool BASS_Encode_IsActive(Handle) const override { return finishing_ ? polls_ > 0 && polls_-- > 0 : encoderAlive; }
     bool BASS_Encode_Stop(Handle handle) override {
         finishing_ = true;
         polls_ = encoderFinishes;
+        std::ofstream(product_, std::ios::binary) << product;
         return note("BASS_Encode_Stop", handle);
     }
     EncoderState encoderState(Handle) const override { return encoder; }
@@ -233,6 +239,7 @@ private:
     // Files are opened on a thread of their own, while the window goes on. Shared, so that a fake can be copied.
     inline static std::mutex callsMutex_;
     Handle lastHandle_ = 0;
+    std::string product_;  // the file that is encoded into
     bool finishing_ = false;
     mutable int polls_ = 0;
 };

@@ -7,6 +7,7 @@
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
+#include "desktop/local_destinations.h"
 #include "state/errors.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_library_file.h"
@@ -54,12 +55,13 @@ struct MixingRunFixture : testing::Test {
     FakeDialogs dialogs;
     FakeShell shell;
     FakeFileNames fileNames;
+    LocalDestinations destinations;
     FakeMusic music;
     FakeSystemMixer systemMixer;
     modLang language;
     int events = 0;
     std::function<void()> onEvents = [] {};
-    Mixer mixer{{library, music, systemMixer, fileNames, dialogs, shell, language, [this] {
+    Mixer mixer{{library, music, systemMixer, fileNames, destinations, dialogs, shell, language, [this] {
                      ++events;
                      onEvents();
                  }}};
@@ -77,7 +79,7 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         library.position = 0;
         mixer.mixingRun().mi_button_Click();
         EXPECT_TRUE(mixer.run().isMixing) << round;
-        EXPECT_EQ(readFile(mix), "\r\n");
+        EXPECT_EQ(readFile(mix), round == 1 ? "\r\n" : "mix");
         EXPECT_EQ(mixer.mixingRun().done(), 0);
         library.position = library.length - 1;
         mixer.mixingRun().Timer1_Timer();
@@ -88,6 +90,8 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         EXPECT_FALSE(mixer.run().isMixing || mixer.mixingRun().busy());
         EXPECT_EQ(mixer.mixingRun().done(), 1);
         EXPECT_EQ(mixer.run().lastMixPath, mix);
+        EXPECT_EQ(readFile(mix), "mix");
+        const std::string written = mixer.run().encodePath;
         EXPECT_GE(events, 5) << "one at the start, three while the encoder finishes, one at the end";
         if (round == 2) {
             EXPECT_EQ(std::ranges::count(library.calls, "BASS_StreamFree 23"), 1) << "the mix that was opened";
@@ -95,8 +99,8 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         }
         for (const Calls& steps :
              {Calls{"holdCard", "BASS_ChannelPlay 2 0", "BASS_RecordStart 44100 2 32",
-                    "BASS_Encode_Start 4 lame.exe --alt-preset standard - <" + mix + "> 0", "BASS_ChannelPlay 4 0",
-                    "resumeCard", "holdCard", "BASS_Encode_Stop 4", "BASS_StreamCreateFile " + mix + " 0",
+                    "BASS_Encode_Start 4 lame.exe --alt-preset standard - <" + written + "> 0", "BASS_ChannelPlay 4 0",
+                    "resumeCard", "holdCard", "BASS_Encode_Stop 4", "BASS_StreamCreateFile " + written + " 0",
                     "BASS_MusicFree 2", "resumeCard"},
               Calls{"holdCard", "BASS_StreamCreateFile /music/song.mp3 2097152", "BASS_FX_TempoCreate 1 65536",
                     "BASS_ChannelPlay 2 0", "holdCardAtEndOf 2", "BASS_ChannelSetAttributes 2 44100 80 -20",
@@ -110,7 +114,7 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
     EXPECT_EQ(mixer.run().lastMixPath, mix) << "stopping when idle changes nothing";
 }
 
-TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndSaysSo) {
+TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas) {
     const std::string mix = dir / "mix.mp3";
     const std::string inside = dir / "none/mix.mp3";
     using Failure = RunFailure;
@@ -129,27 +133,34 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndSaysSo) {
         {[&] { library.captureStarts = false; }, Failure::captureNotStarted, "recorded"},
         {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "lame"},
         {[&] { library.encoderStarts = false; }, Failure::encoderNotStarted, "lame"},
-        {[&] { library.encoderAlive = false; }, Failure::none, ""},
         {[&] { library.failedChannels = {2}; }, Failure::backgroundLost, "/music/song.mp3"},
         {[&] { library.failedChannels = {3}; }, Failure::vocalLost, "/music/voice.wav"},
         {[&] { library.encoder = EncoderState::failed; }, Failure::encoderFailed, mix},
-        {[&] { library.unreadable = {mix}; }, Failure::encoderFailed, mix},
+        {[&] { library.productReadable = false; }, Failure::encoderFailed, mix},
     };
-    for (const auto& c : cases) {
-        library = {};
-        mixer.fields() = {"/music/song.mp3", "/music/voice.wav", mix};
-        c.arrange();
-        mixer.mixingRun().mi_button_Click();
-        library.position = library.encoderAlive ? library.length : 0;
-        mixer.mixingRun().Timer1_Timer();
-        EXPECT_FALSE(mixer.isRunning()) << c.says;
-        EXPECT_EQ(mixer.run().failure, c.failure) << c.says;
-        EXPECT_NE(runMessage(language, mixer.run()).find(c.says), std::string::npos) << c.says;
-        EXPECT_EQ(mixer.run().recordChannel + mixer.run().backgroundChannel + mixer.run().vocalChannel, 0U) << c.says;
-        EXPECT_EQ(std::ranges::count(library.calls, "holdCard"), std::ranges::count(library.calls, "resumeCard"));
-    }
-    EXPECT_EQ(dialogs.boxes,
-              (Calls{"Melvane: Source or destiny files not defined.", "Melvane: Error playing Midi file"}));
+    mixer.run().listenPath = "/last.mp3";
+    for (const std::string old : {"", "old mix"})
+        for (const auto& c : cases) {
+            if (!old.empty()) dir.write("mix.mp3", old);
+            library = {};
+            mixer.fields() = {"/music/song.mp3", "/music/voice.wav", mix};
+            c.arrange();
+            mixer.mixingRun().mi_button_Click();
+            library.position = library.length;
+            mixer.mixingRun().Timer1_Timer();
+            EXPECT_FALSE(mixer.isRunning()) << c.says;
+            EXPECT_EQ(mixer.run().failure, c.failure) << c.says;
+            EXPECT_NE(runMessage(language, mixer.run()).find(c.says), std::string::npos) << c.says;
+            EXPECT_EQ(readFile(mix), old) << c.says;
+            EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), old.empty() ? 0 : 1)
+                << c.says;
+            EXPECT_EQ(mixer.run().lastMixPath + mixer.run().listenPath, "/last.mp3") << "still there to be heard";
+            EXPECT_EQ(mixer.run().recordChannel + mixer.run().backgroundChannel + mixer.run().vocalChannel, 0U)
+                << c.says;
+            EXPECT_EQ(std::ranges::count(library.calls, "holdCard"), std::ranges::count(library.calls, "resumeCard"));
+        }
+    const Calls boxes{"Melvane: Source or destiny files not defined.", "Melvane: Error playing Midi file"};
+    EXPECT_EQ(dialogs.boxes, (Calls{boxes[0], boxes[1], boxes[0], boxes[1]}));
 }
 
 TEST_F(MixingRunFixture, OpensFilesWhileWindowEventsRunAndAStopMeanwhileLeavesNothingBehind) {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "app/program.h"
+#include "desktop/local_destinations.h"
 #include "desktop/registry_file.h"
 #include "tests/fake_library_file.h"
 #include "tests/fake_music.h"
@@ -32,13 +33,14 @@ struct ProgramUnderTest {
     TempDir dir;
     FakeDialogs dialogs;
     FakeShell shell;
+    LocalDestinations destinations;
     RegistryFile registry{dir / "registry.json"};
     std::optional<Program> program;
 
     // Through the start window into the main one, which has the focus then.
     void start(AudioLibraryFile& file, const FileNames& names, std::function<Instruments(AudioLibrary&)> createMusic) {
         program.reset();
-        program.emplace(Foundation{file, std::move(createMusic), registry, names, dialogs, shell},
+        program.emplace(Foundation{file, std::move(createMusic), registry, names, destinations, dialogs, shell},
                         std::vector<std::string>());
         ASSERT_TRUE(giveFocus(program->startWindow()));
         click(program->startWindow(), "CON");

@@ -143,6 +143,10 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(file.getparams()[:3], (2, 2, RATE))
             return file.readframes(file.getnframes())
 
+    def files(self):
+        """What lies beside the fake encoder's notes, and is no folder."""
+        return sorted(str(file) for file in self.dir.rglob("*") if file.is_file() and file.name != "call")
+
     def wav(self, name, frames=0, pcm=None):
         return write_wav(self.dir / name, noise(frames, name) if pcm is None else pcm)
 
@@ -204,7 +208,8 @@ class MixTest(ToolTest):
                 for source in names[:2]:
                     write_wav(self.dir / source, pcm)
                 self.expect_mixed("--volume", "100,0", "--", *names, path=path)
-                self.assertEqual(self.call()[1], [*PRESET, str(self.dir / names[2])])
+                *words, written = self.call()[1]
+                self.assertEqual((words, str(Path(written).parent)), (PRESET, str((self.dir / names[2]).parent)))
                 self.assertEqual((self.dir / names[2]).read_bytes(), STREAMED_HEADER + pcm)
                 for file in names:
                     (self.dir / file).unlink()
@@ -220,21 +225,22 @@ class EncoderTest(ToolTest):
     def test_failing_encoder_is_reported(self):
         short, long = self.wav("short.wav", 100), self.wav("long.wav", LONG)
         part = 'head -c 100000 > "$last"; '
-        whole = RATE * 4 + len(STREAMED_HEADER)
-        for song, body, keeps in ((self.sources[0], "exit 0", 0), (short, "kill -9 $$", 0),
-                                  (short, 'rm "$last"; exit 1', 0), (self.sources[0], part + "exit 0", 100000),
-                                  (self.sources[0], part + "kill -15 $$", 100000),
-                                  (self.sources[0], 'cat > "$last"; exit 3', whole),
-                                  (long, f"exec <&-; exec sleep {HANG + 10}", 0)):
-            with self.subTest(body=body):
-                mix = self.dir / "mix.mp3"
-                mix.unlink(missing_ok=True)
-                path = self.encoder(body)
-                self.expect_refused(song, self.sources[1], "mix.mp3", path=path, says="encoder.*mix.mp3")
-                self.assertTrue(gone(self.call()[0]))
-                self.assertEqual(mix.stat().st_size if mix.exists() else 0, keeps)
-        self.expect_refused(*self.sources, "other.mp3", path="", says="encoder.*lame")
-        self.assertFalse((self.dir / "other.mp3").exists())
+        (self.dir / "old.mp3").write_text("precious")
+        for song, body in ((self.sources[0], "exit 0"), (short, "kill -9 $$"), (short, 'rm "$last"; exit 1'),
+                           (self.sources[0], part + "exit 0"), (self.sources[0], part + "kill -15 $$"),
+                           (self.sources[0], 'cat > "$last"; exit 3'),
+                           (self.sources[0], 'cat > /dev/null; echo garbage > "$last"'),
+                           (long, f"exec <&-; exec sleep {HANG + 10}"), (long, None)):
+            path = self.encoder(body or "")
+            if not body:
+                (self.dir / "fake/lame.exe").write_text("no program\n")
+            before = self.files()
+            for name in ("mix.mp3", "old.mp3"):
+                with self.subTest(body=body, name=name):
+                    says = f"encoder.*{name}" if body else "encoder"
+                    self.expect_refused("--overwrite", song, self.sources[1], name, path=path, says=says)
+                    self.assertTrue(gone(self.call()[0]))
+                    self.assertEqual((self.files(), (self.dir / "old.mp3").read_text()), (before, "precious"))
 
     def test_full_disk_is_reported(self):
         limit = 65536
@@ -246,9 +252,12 @@ class EncoderTest(ToolTest):
         if subprocess.run(mount, capture_output=True).returncode:
             self.skipTest("nothing can be mounted")
         try:
-            self.expect_refused(*too_much, "disk/mix.mp3", says="encoder.*disk/mix.mp3")
-            (disk / "filler").write_bytes(bytes(limit - (disk / "mix.mp3").stat().st_size))
+            (disk / "mix.mp3").write_text("precious")
+            self.expect_refused("--overwrite", *too_much, "disk/mix.mp3", says="encoder.*disk/mix.mp3")
+            (disk / "filler").write_bytes(bytes(limit - 4096))
             self.expect_refused(*too_much, "disk/other.mp3", says="disk/other.mp3")
+            self.assertEqual((disk / "mix.mp3").read_text(), "precious")
+            self.assertEqual(sorted(file.name for file in disk.iterdir()), ["filler", "mix.mp3"])
         finally:
             subprocess.run(["umount", disk], check=True)
 
@@ -307,6 +316,22 @@ class BadInputTest(ToolTest):
             self.assertEqual(mix.read_bytes(), b"precious")
         self.expect_mixed("--overwrite", self.song, self.voice, mix)
         self.assertAlmostEqual(len(self.decode(mix)) // 4, 20000, delta=1152)
+
+
+    def test_one_of_many_runs_writes_a_file(self):
+        for options, says in (([], "mix.mp3 exists"), (["--overwrite"], "being written")):
+            with self.subTest(options=options):
+                path = self.encoder(f"while [ ! -e '{self.dir}/go' ]; do sleep 0.01; done; exec lame \"$@\"")
+                runs = [self.start(*options, self.song, self.voice, "mix.mp3", path=path) for _ in range(10)]
+                wait_until(lambda: sum(run.poll() is None for run in runs) == 1)
+                (self.dir / "go").touch()
+                ended = sorted(map(self.finish, runs))
+                (self.dir / "go").unlink()
+                self.assertEqual([status for status, _, _ in ended], [0] + [1] * 9)
+                for _, _, errors in ended[1:]:
+                    self.assertRegex(errors, says)
+                self.assertEqual(len(self.decode(self.dir / "mix.mp3")) // 4, 20000)
+                (self.dir / "mix.mp3").unlink()
 
 
 class InterruptTest(ToolTest):

@@ -522,7 +522,8 @@ TEST_F(WindowFixture, TheStartWindowHasGoneBeforeNamedFilesAreOpened) {
 TEST_F(WindowFixture, WithoutALibraryTheStartWindowIsTheLast) {
     libraryFile.files.clear();
     program.reset();
-    program.emplace(Foundation{libraryFile, nullptr, registry, names, dialogs, shell}, std::vector<std::string>());
+    program.emplace(Foundation{libraryFile, nullptr, registry, names, destinations, dialogs, shell},
+                    std::vector<std::string>());
     QTimer::singleShot(0, [this] { click(program->startWindow(), "CON"); });
     EXPECT_EQ(QApplication::exec(), Program::kCannotStart);
     EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: Audio library does not exists."});

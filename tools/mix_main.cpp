@@ -16,6 +16,7 @@
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "desktop/library_file.h"
+#include "desktop/local_destinations.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
@@ -33,7 +34,6 @@ constexpr int kCouldNot = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kSignalBase = 128;
 constexpr std::uint32_t kBlockFrames = 4096;
-constexpr std::uintmax_t kPlaceholderSize = 2;
 
 volatile std::sig_atomic_t interruptedBy = 0;
 
@@ -57,11 +57,8 @@ void catchInterrupts() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-// The empty file that stands for a mix from its start on goes again when the encoder never got to it.
-void removePlaceholder(const RunState& run) {
-    std::error_code error;
-    if (std::filesystem::file_size(toPath(run.destinationPath), error) == kPlaceholderSize && !error)
-        std::filesystem::remove(toPath(run.destinationPath), error);
+std::string existsMessage(const MixOptions& options) {
+    return options.destination + " exists already; --overwrite replaces it";
 }
 
 // Settings, song and files; false when the song can't be played.
@@ -79,12 +76,11 @@ bool prepare(const MixOptions& options, Mixer& mixer) {
     for (const auto& change : options.channelChanges) change(mixer.midi());
     mixer.fields().vocal = options.vocal;
     mixer.fields().destination = options.destination;
+    mixer.run().mayReplace = options.overwrite;
     return true;
 }
 
 int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
-    std::error_code error;
-    const bool existed = std::filesystem::exists(std::filesystem::symlink_status(toPath(options.destination), error));
     if (!prepare(options, mixer)) {
         const MidiBackground& midi = mixer.midi();
         reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
@@ -101,8 +97,8 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     const bool interrupted = mixer.run().isMixing;
     mixer.Form_Unload();
     if (mixer.run().failure != RunFailure::none) {
-        if (!existed) removePlaceholder(mixer.run());
-        reporter.failed(runMessage(language, mixer.run()));
+        const bool exists = mixer.run().failure == RunFailure::destinationExists;
+        reporter.failed(exists ? existsMessage(options) : runMessage(language, mixer.run()));
         return kCouldNot;
     }
     reporter.finished(options.destination, run.framesDone(), interrupted);
@@ -115,12 +111,13 @@ int run(const MixOptions& options) {
     Reporter reporter(options.json ? Style::json : bar);
     std::error_code error;
     if (!options.overwrite && std::filesystem::exists(toPath(options.destination), error)) {
-        reporter.failed(options.destination + " exists already; --overwrite replaces it");
+        reporter.failed(existsMessage(options));
         return kCouldNot;
     }
     modLang language;
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
+    LocalDestinations destinations;
     language.InitLanguage(names.systemDirectory(), "en");
     LibraryFile file;
     StartResult start = startAudioLibrary(file, names, {CardClock::stepped, kBlockFrames, names.programDirectory()});
@@ -133,7 +130,7 @@ int run(const MixOptions& options) {
     const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
     const music::Music music =
         music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
-    Mixer mixer({*start.library, *music.system, *music.mixer, names, dialogs, shell, language, doEvents});
+    Mixer mixer({*start.library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
     return mix(options, mixer, language, *start.library, reporter);
 }
 

@@ -1,0 +1,45 @@
+// A plain file that is open and locked against whoever holds it in the same way, in this program or in another, and
+// what else a file that must not be lost needs of the system.
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace melvane {
+
+enum class HoldResult { held, missing, exists, busy, failed };
+
+class HeldFile {
+public:
+    HeldFile() = default;
+    ~HeldFile();
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+
+    // A file that is there and may be written; links are not followed.
+    HoldResult open(const std::filesystem::path& path);
+    // A new file with these bytes, locked before anyone else can see it where the file system allows that. Nothing that
+    // stands there is touched, nor a link followed.
+    HoldResult create(const std::filesystem::path& path, std::string_view bytes);
+
+    // True when `path` is this file still.
+    bool standsAt(const std::filesystem::path& path) const;
+
+private:
+    HoldResult lock();
+    HoldResult createUnseen(const std::filesystem::path& path, std::string_view bytes);
+    HoldResult createSeen(const std::filesystem::path& path, std::string_view bytes);
+    bool write(std::string_view bytes) const;
+    void close();
+
+    int file_ = -1;
+};
+
+// An empty file for this user alone. False when there is something already.
+bool createPrivateFile(const std::filesystem::path& path);
+// Gives `path` the mode of `model`, where there is one, and waits until its contents are safe on the disk.
+bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model);
+// Waits until the names in the folder are safe on the disk, where the file system can tell.
+void makeFolderSafe(const std::filesystem::path& folder);
+
+}  // namespace melvane

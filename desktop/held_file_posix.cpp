@@ -1,0 +1,123 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "desktop/held_file.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr mode_t kUsualMode = 0666;
+constexpr mode_t kPrivateMode = 0600;
+constexpr mode_t kModeBits = 07777;
+constexpr int kAttempts = 100;
+
+// Closes a descriptor with the block.
+struct Descriptor {
+    const int number;
+    explicit Descriptor(int opened) : number(opened) {}
+    ~Descriptor() {
+        if (number >= 0) close(number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+};
+
+}  // namespace
+
+HeldFile::~HeldFile() {
+    close();
+}
+
+void HeldFile::close() {
+    if (file_ >= 0) ::close(std::exchange(file_, -1));
+}
+
+// Whoever held the file may have put another one in its place between the opening and the lock.
+HoldResult HeldFile::open(const std::filesystem::path& path) {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        file_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        if (file_ < 0) return errno == ENOENT ? HoldResult::missing : HoldResult::failed;
+        struct stat opened {};
+        const bool plain = fstat(file_, &opened) == 0 && S_ISREG(opened.st_mode);
+        const HoldResult result = plain ? lock() : HoldResult::failed;
+        if (result == HoldResult::held && standsAt(path)) return result;
+        close();
+        if (result != HoldResult::held) return result;
+    }
+    return HoldResult::busy;
+}
+
+// A file system without locks is used without them.
+HoldResult HeldFile::lock() {
+    while (flock(file_, LOCK_EX | LOCK_NB) != 0)
+        if (errno != EINTR) return errno == EWOULDBLOCK ? HoldResult::busy : HoldResult::held;
+    return HoldResult::held;
+}
+
+HoldResult HeldFile::create(const std::filesystem::path& path, std::string_view bytes) {
+    const HoldResult unseen = createUnseen(path, bytes);
+    return unseen == HoldResult::failed ? createSeen(path, bytes) : unseen;
+}
+
+// Named only when it is written and locked.
+HoldResult HeldFile::createUnseen(const std::filesystem::path& path, std::string_view bytes) {
+    file_ = ::open(path.parent_path().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kUsualMode);
+    if (file_ < 0) return HoldResult::failed;
+    const std::string opened = "/proc/self/fd/" + std::to_string(file_);
+    if (write(bytes) && lock() == HoldResult::held &&
+        linkat(AT_FDCWD, opened.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return HoldResult::held;
+    const bool exists = errno == EEXIST;
+    close();
+    return exists ? HoldResult::exists : HoldResult::failed;
+}
+
+HoldResult HeldFile::createSeen(const std::filesystem::path& path, std::string_view bytes) {
+    file_ = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kUsualMode);
+    if (file_ < 0) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
+    HoldResult result = lock();
+    if (result == HoldResult::held && !write(bytes)) {
+        unlink(path.c_str());
+        result = HoldResult::failed;
+    }
+    if (result != HoldResult::held) close();
+    return result;
+}
+
+bool HeldFile::write(std::string_view bytes) const {
+    return ::write(file_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+}
+
+bool HeldFile::standsAt(const std::filesystem::path& path) const {
+    struct stat mine {};
+    struct stat there {};
+    return file_ >= 0 && fstat(file_, &mine) == 0 && lstat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
+           mine.st_ino == there.st_ino;
+}
+
+bool createPrivateFile(const std::filesystem::path& path) {
+    return Descriptor(open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kPrivateMode)).number >= 0;
+}
+
+bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    struct stat old {};
+    if (file.number < 0) return false;
+    // Some file systems know no modes.
+    if (stat(model.c_str(), &old) == 0) fchmod(file.number, old.st_mode & kModeBits);
+    return fsync(file.number) == 0;
+}
+
+void makeFolderSafe(const std::filesystem::path& folder) {
+    const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.number >= 0) fsync(opened.number);
+}
+
+}  // namespace melvane

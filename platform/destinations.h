@@ -1,0 +1,44 @@
+// Where finished mixes go. What stands at a destination stays as it is until a whole new file takes its place. Paths
+// are UTF-8. Used on any thread, one call at a time.
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace melvane {
+
+// One run's hold on one file, which no other run gets meanwhile, in this program or in another. Ends with the object:
+// what wasn't put in place is removed, and so is the placeholder where there had been no file.
+class Destination {
+public:
+    virtual ~Destination() = default;
+
+    // Where the new file is to be written: beside the destination, there and empty.
+    virtual const std::string& privateFile() const = 0;
+    // Puts the private file, safe on the disk and with the mode of what stood there, in the destination's place. False
+    // when that can't be done; what stood there is still there then. Waits for the disk.
+    virtual bool replace() = 0;
+};
+
+enum class ClaimFailure {
+    none,
+    notWritable,  // no place for a file, not one that may be written, or a link that leads nowhere
+    exists,       // and may not be replaced
+    busy,         // another run writes it
+};
+
+struct DestinationClaim {
+    std::unique_ptr<Destination> destination;  // null on failure
+    ClaimFailure failure = ClaimFailure::none;
+};
+
+class Destinations {
+public:
+    virtual ~Destinations() = default;
+
+    // Holds `path`, or the file that it leads to. Where there is none, one with an empty line is created as a
+    // placeholder; of several that try at once one gets it.
+    virtual DestinationClaim claim(const std::string& path, bool mayReplace) = 0;
+};
+
+}  // namespace melvane
