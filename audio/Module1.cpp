@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "audio/encoder_tag.h"
+
 namespace melvane {
 
 namespace {
@@ -62,11 +64,21 @@ bool Module1::StopMixCapture() {
     return false;
 }
 
-// It is the last mix only when it is complete and in its place.
+// The encoder does not report its last writes, nor what it left out: what it says of the file must be what it was
+// given, and so must what is there to be played.
+bool Module1::isWhole(std::int64_t frames) const {
+    const auto playable =
+        static_cast<std::int64_t>(library_.BASS_ChannelGetLength(run_.lastMixStream) / kBytesPerFrame);
+    return playable == frames && taggedFrames(run_.encodePath) == frames;
+}
+
+// It is the last mix only when it is complete and in its place. Stopped before the first frame, there is none.
 RunFailure Module1::finish() {
+    if (library_.encoderState(run_.recordChannel) == EncoderState::failed) return RunFailure::encoderFailed;
+    const std::int64_t frames = library_.framesEncoded(run_.recordChannel);
+    if (frames == 0) return RunFailure::none;
     run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
-    if (run_.lastMixStream == 0 || library_.encoderState(run_.recordChannel) == EncoderState::failed)
-        return RunFailure::encoderFailed;
+    if (run_.lastMixStream == 0 || !isWhole(frames)) return RunFailure::encoderFailed;
     if (!publish_()) return RunFailure::destinationNotWritable;
     run_.lastMixPath = run_.listenPath = run_.destinationPath;
     return RunFailure::none;

@@ -1,6 +1,7 @@
 // Captures the card's mix and pipes it into the MP3 encoder.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "platform/audio_library.h"
@@ -24,6 +25,7 @@ public:
 private:
     void giveUp(RunFailure failure, Handle channel);
     RunFailure finish();
+    bool isWhole(std::int64_t frames) const;
 
     AudioLibrary& library_;
     RunState& run_;

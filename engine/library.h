@@ -72,6 +72,7 @@ public:
     bool BASS_Encode_IsActive(Handle handle) const override { return handles_.encoderRunning(handle); }
     bool BASS_Encode_Stop(Handle handle) override;
     EncoderState encoderState(Handle handle) const override;
+    std::int64_t framesEncoded(Handle handle) const override;
 
 private:
     // The words of a command line with its program as an absolute path; none when there is no such program.

@@ -60,4 +60,9 @@ EncoderState Library::encoderState(Handle handle) const {
     return capture ? capture->encoderState() : EncoderState::none;
 }
 
+std::int64_t Library::framesEncoded(Handle handle) const {
+    const auto capture = handles_.find<Capture>(handle);
+    return capture ? capture->framesEncoded() : 0;
+}
+
 }  // namespace melvane::engine

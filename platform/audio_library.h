@@ -212,6 +212,8 @@ public:
     virtual bool BASS_Encode_Stop(Handle handle) = 0;
     // Stays answerable after the capture was stopped, until the next BASS_RecordStart.
     virtual EncoderState encoderState(Handle handle) const = 0;
+    // The frames that the encoder of a capture has been given, answerable as long as encoderState.
+    virtual std::int64_t framesEncoded(Handle handle) const = 0;
 };
 
 // What a process says when it makes the library.

@@ -46,10 +46,10 @@ std::string midiSong() {
     return std::string("MThd\0\0\0\x06\0\0\0\x01\0\x60MTrk\0\0\0", 21) + static_cast<char>(track.size()) + track;
 }
 
-// The program without its windows, with an encoder that stores what it is given.
+// The program without its windows, with an encoder that also stores what it is given.
 struct Studio {
     Studio(CardClock clock, std::uint32_t blockFrames) : library({clock, blockFrames, beside.path()}) {
-        beside.write("lame.exe", "#!/bin/sh\nexec cat > \"$4\"\n", true);
+        beside.write("lame.exe", "#!/bin/sh\ncat > \"$0.given\"; exec lame --quiet -f \"$@\" < \"$0.given\"\n", true);
         library.BASS_RecordInit(-1);
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
         mixer.emplace(
@@ -91,7 +91,7 @@ struct ClocksFixture : testing::Test {
                 during(mixer.mixingRun().framesDone());
             mixer.mixingRun().Timer1_Timer();
         }
-        return {readFile(dir / name), mixer.run().failure, card};
+        return {readFile(studio.beside / "lame.exe.given"), mixer.run().failure, card};
     }
     // With every knob turned.
     Outcome mix(CardClock clock, std::uint32_t blockFrames, const std::string& name,

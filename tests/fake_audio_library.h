@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/audio_library.h"
+#include "tests/mp3_tag.h"
 
 namespace melvane::test {
 
@@ -36,8 +37,10 @@ public:
     bool captureStarts = true;
     bool encoderExists = true;
     bool encoderStarts = true;
-    bool encoderAlive = true;     // until BASS_Encode_Stop
-    std::string product = "mix";  // what the encoder writes
+    bool encoderAlive = true;  // until BASS_Encode_Stop
+    // What the encoder writes; by default whole.
+    std::string product = taggedMp3(440);
+    std::int64_t framesCaptured = 440;
     bool productReadable = true;
     int encoderFinishes = 0;  // times that it is asked after the stop until it has finished
     EncoderState encoder = EncoderState::finished;
@@ -186,6 +189,7 @@ public:
         return note("BASS_Encode_Stop", handle);
     }
     EncoderState encoderState(Handle) const override { return encoder; }
+    std::int64_t framesEncoded(Handle) const override { return framesCaptured; }
 
 private:
     class Scan : public WaveformScan {

@@ -79,7 +79,7 @@ class MidiTest(tool_test.ToolTest):
         """What the encoder gets of a song, at about its own volume; the voice is silent."""
         self.expect_mixed("--overwrite", "--soundfont", FONT, "--volume", "70,100", *options, "--", song, self.silence,
                           "mix.mp3", path=self.encoder())
-        return array.array("h", (self.dir / "mix.mp3").read_bytes()[len(STREAMED_HEADER):])
+        return array.array("h", self.given()[len(STREAMED_HEADER):])
 
 
 class PlayTest(MidiTest):

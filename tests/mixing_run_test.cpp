@@ -79,7 +79,7 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         library.position = 0;
         mixer.mixingRun().mi_button_Click();
         EXPECT_TRUE(mixer.run().isMixing) << round;
-        EXPECT_EQ(readFile(mix), round == 1 ? "\r\n" : "mix");
+        EXPECT_EQ(readFile(mix), round == 1 ? "\r\n" : library.product);
         EXPECT_EQ(mixer.mixingRun().done(), 0);
         library.position = library.length - 1;
         mixer.mixingRun().Timer1_Timer();
@@ -90,7 +90,7 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         EXPECT_FALSE(mixer.run().isMixing || mixer.mixingRun().busy());
         EXPECT_EQ(mixer.mixingRun().done(), 1);
         EXPECT_EQ(mixer.run().lastMixPath, mix);
-        EXPECT_EQ(readFile(mix), "mix");
+        EXPECT_EQ(readFile(mix), library.product);
         const std::string written = mixer.run().encodePath;
         EXPECT_GE(events, 5) << "one at the start, three while the encoder finishes, one at the end";
         if (round == 2) {
@@ -136,6 +136,15 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
         {[&] { library.failedChannels = {2}; }, Failure::backgroundLost, "/music/song.mp3"},
         {[&] { library.failedChannels = {3}; }, Failure::vocalLost, "/music/voice.wav"},
         {[&] { library.encoder = EncoderState::failed; }, Failure::encoderFailed, mix},
+        {[&] { library.product = taggedMp3(439); }, Failure::encoderFailed, mix},
+        {[&] { library.product = "no tag" + library.product; }, Failure::encoderFailed, mix},
+        {[&] { library.product.pop_back(); }, Failure::encoderFailed, mix},
+        {[&] {
+             library.framesCaptured = 441;
+             library.product = taggedMp3(441);
+         },
+         Failure::encoderFailed, mix},
+        {[&] { library.framesCaptured = 0; }, Failure::none, ""},
         {[&] { library.productReadable = false; }, Failure::encoderFailed, mix},
     };
     mixer.run().listenPath = "/last.mp3";

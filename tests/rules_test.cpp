@@ -5,6 +5,7 @@
 
 #include "app/main_knobs.h"
 #include "app/source_files.h"
+#include "audio/encoder_tag.h"
 #include "audio/modAudio.h"
 #include "effects/effect_knobs.h"
 #include "midi/channel_knobs.h"
@@ -19,6 +20,23 @@ namespace melvane {
 namespace {
 
 using namespace melvane::test;
+
+TEST(EncoderTag, TellsWhatWasEncoded) {
+    const TempDir dir;
+    const std::string titles = std::string("ID3\4\0\0\0\0\2\0", 10) + std::string(256, 't');
+    for (const std::int64_t frames : {std::int64_t{1}, std::int64_t{576}, std::int64_t{577}, std::int64_t{4000000000}})
+        for (const std::string& before : {std::string(), titles})
+            EXPECT_EQ(taggedFrames(dir.write("mix.mp3", taggedMp3(frames, before))), frames);
+    const std::string whole = taggedMp3(440);
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_EQ(taggedFrames(dir.write("mix.mp3", whole.substr(0, length))), std::nullopt) << length;
+    for (const std::size_t place : {0U, 1U, 36U}) {
+        std::string broken = whole;
+        broken[place] = 0;
+        EXPECT_EQ(taggedFrames(dir.write("mix.mp3", broken)), std::nullopt) << place;
+    }
+    EXPECT_EQ(taggedFrames(dir / "none.mp3"), std::nullopt);
+}
 
 TEST(ModAudio, TakesFileNamesApart) {
     const std::tuple<const char*, const char*, const char*> cases[] = {

@@ -25,6 +25,7 @@ MIX = "melvane-mix"  # Becomes the path in the build directory.
 RATE = 44100
 STREAMED_HEADER = struct.pack("<4sI8sIHHIIHH4sI", b"RIFF", 0xFFFFFFFF, b"WAVEfmt ", 16, 1, 2, RATE, RATE * 4, 4, 16,
                               b"data", 0xFFFFFFFF)
+LAME = shutil.which("lame")
 LONG = 12 * RATE  # frames; more than is mixed ahead of the encoder
 PRESET = ["--alt-preset", "standard", "-"]
 HANG = 60  # seconds; a hang is a failure, slowness is none
@@ -123,7 +124,8 @@ class ToolTest(unittest.TestCase):
         self.assertRegex(errors, r"\Amelvane-mix: [^\n]+\n\Z")
         self.assertRegex(errors, says)
 
-    def encoder(self, body='exec cat > "$last"', folder="fake", name="lame.exe"):
+    def encoder(self, body=f'cat > "${{0%/*}}/given"; exec {LAME} --quiet "$@" < "${{0%/*}}/given"',
+                folder="fake", name="lame.exe"):
         """A PATH on which an encoder comes first that notes its process and its arguments, then does `body`."""
         script = self.dir / folder / name
         script.parent.mkdir(exist_ok=True)
@@ -136,6 +138,10 @@ class ToolTest(unittest.TestCase):
         """Process and arguments of the encoder that ran last."""
         pid, *arguments = (self.dir / folder / "call").read_bytes().split(b"\0")[:-1]
         return int(pid), list(map(os.fsdecode, arguments))
+
+    def given(self):
+        """What the fake encoder was given, with its header."""
+        return (self.dir / "fake/given").read_bytes()
 
     def decode(self, mp3):
         lame("--decode", mp3, self.dir / "decoded.wav")
@@ -181,7 +187,7 @@ class MixTest(ToolTest):
     def mixed_pcm(self, *options, song, voice):
         """What the encoder gets, without its header."""
         self.expect_mixed("--overwrite", *options, song, voice, "mix.mp3", path=self.encoder())
-        return (self.dir / "mix.mp3").read_bytes()[len(STREAMED_HEADER):]
+        return self.given()[len(STREAMED_HEADER):]
 
     def test_knobs_do_what_they_say(self):
         song = self.wav("song.wav", pcm=clicks(self.FRAMES, self.PLACES, side=0))
@@ -210,8 +216,9 @@ class MixTest(ToolTest):
                 self.expect_mixed("--volume", "100,0", "--", *names, path=path)
                 *words, written = self.call()[1]
                 self.assertEqual((words, str(Path(written).parent)), (PRESET, str((self.dir / names[2]).parent)))
-                self.assertEqual((self.dir / names[2]).read_bytes(), STREAMED_HEADER + pcm)
-                for file in names:
+                self.assertEqual(self.given(), STREAMED_HEADER + pcm)
+                self.assertEqual(len(self.decode(self.dir / names[2])), len(pcm))
+                for file in (*names, "decoded.wav"):
                     (self.dir / file).unlink()
         self.assertEqual(sorted(file.name for file in self.dir.iterdir()), ["fake", "home"])
         self.assertEqual(list(self.home.iterdir()), [])
@@ -230,6 +237,9 @@ class EncoderTest(ToolTest):
                            (self.sources[0], part + "exit 0"), (self.sources[0], part + "kill -15 $$"),
                            (self.sources[0], 'cat > "$last"; exit 3'),
                            (self.sources[0], 'cat > /dev/null; echo garbage > "$last"'),
+                           (self.sources[0], 'exec cat > "$last"'), (self.sources[0], 'exec lame -t --quiet "$@"'),
+                           (self.sources[0], 'lame --quiet "$@"; truncate -s -500 "$last"'),
+                           (self.sources[0], 'head -c 99044 | lame --quiet "$@"; cat > /dev/null'),
                            (long, f"exec <&-; exec sleep {HANG + 10}"), (long, None)):
             path = self.encoder(body or "")
             if not body:
@@ -349,6 +359,18 @@ class InterruptTest(ToolTest):
                     status, output, errors = self.finish(process)
                     self.assertEqual((status, errors), (128 + number, ""))
                     self.expect_kept(mix, pcm, json.loads(output.splitlines()[-1]))
+
+    def test_run_that_is_stopped_before_its_first_frame_leaves_nothing(self):
+        song, voice = self.wav("song.wav", LONG), self.wav("voice.wav", 1000)
+        old = self.dir / "old.mp3"
+        old.write_text("precious")
+        for name in ("mix.mp3", "old.mp3"):
+            process = self.start("--overwrite", song, voice, name, path=self.encoder("kill -TERM $PPID; exec cat > $last"))
+            status, _, errors = self.finish(process)
+            self.assertIn(status, (1, 143))
+            self.assertRegex(errors, "before anything was mixed|encoder")
+            self.assertEqual(old.read_text(), "precious")
+            self.assertEqual(sorted(file.name for file in self.dir.glob("*.mp3")), ["old.mp3"])
 
     def expect_kept(self, mix, pcm, result):
         self.assertEqual((result["event"], result["status"]), ("result", "interrupted"))

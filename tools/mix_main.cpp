@@ -101,7 +101,7 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
         reporter.failed(exists ? existsMessage(options) : runMessage(language, mixer.run()));
         return kCouldNot;
     }
-    reporter.finished(options.destination, run.framesDone(), interrupted);
+    reporter.finished(mixer.run().lastMixPath, run.framesDone(), interrupted);
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 

@@ -76,6 +76,8 @@ void Reporter::finished(const std::string& destination, std::int64_t frames, boo
                    {text("destination"), text(destination)},
                    {text("seconds"), seconds(frames)},
                    {text("frames"), static_cast<qint64>(frames)}});
+    else if (destination.empty())
+        std::fputs("melvane-mix: interrupted before anything was mixed\n", stderr);
     else if (interrupted)
         std::fprintf(stderr, "melvane-mix: interrupted; %.1f s are in %s\n", seconds(frames), destination.c_str());
 }

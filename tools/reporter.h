@@ -15,7 +15,7 @@ public:
 
     // `done` and `total` in frames.
     void progress(std::int64_t done, std::int64_t total);
-    // The file was written: all of the song, or what was mixed before an interrupt.
+    // The file was written: all of the song, or what was mixed before an interrupt; "" when that was nothing.
     void finished(const std::string& destination, std::int64_t frames, bool interrupted);
     void failed(const std::string& message);
 

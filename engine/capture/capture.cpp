@@ -148,6 +148,7 @@ void Capture::deliver(const std::vector<float>& block) {
     std::ranges::transform(block, pcm_.begin(), toPcm16);
     const auto bytes = std::as_bytes(std::span(pcm_));
     feedEncoder(bytes);
+    framesEncoded_ += static_cast<std::int64_t>(block.size() / 2);
     if (capturing_ && !proc_(handle_, bytes.data(), static_cast<std::uint32_t>(bytes.size()), user_))
         capturing_ = false;
 }

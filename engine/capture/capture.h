@@ -42,6 +42,8 @@ public:
     // --- any thread ---
     bool encoderRunning() { return encoder_.running(); }
     EncoderState encoderState() { return encoder_.state(); }
+    // How many frames the encoder has been given.
+    std::int64_t framesEncoded() const { return framesEncoded_; }
 
     // --- mixing thread ---
     void push(const float* mix, std::size_t frames) override;
@@ -82,6 +84,7 @@ private:
     bool quit_ = false;
     std::atomic<std::size_t> waitingFrames_{0};
     std::atomic<bool> capturing_{false};
+    std::atomic<std::int64_t> framesEncoded_{0};
 
     bool begunPushing_ = false;
     std::vector<float> drained_;
