@@ -261,7 +261,3 @@ INSTANTIATE_TEST_SUITE_P(Looks, AccessibilityFixture,
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

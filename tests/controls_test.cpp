@@ -243,7 +243,3 @@ TEST(Overview, ShowsTheSongAndHowMuchOfItIsMixed) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

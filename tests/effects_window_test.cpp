@@ -251,7 +251,3 @@ TEST_F(EffectsFixture, IsTidyAndNamesWhatItsEntriesDoNot) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

@@ -249,7 +249,3 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

@@ -247,7 +247,3 @@ TEST(DesktopShell, TakesTheToolkitsTextsAlongWithTheLanguage) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

@@ -119,7 +119,3 @@ TEST_F(SliderFixture, AssistivePrograms) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

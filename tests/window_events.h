@@ -69,13 +69,4 @@ inline void expectTidy(const QWidget& window) {
     }
 }
 
-inline int runWindowTests(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    applyStyle(app);
-    return RUN_ALL_TESTS();
-}
-
 }  // namespace melvane::test

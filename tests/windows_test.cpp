@@ -548,7 +548,3 @@ TEST(MixerStart, GoesOnOnceWithEnterAndClosesWithEscape) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}

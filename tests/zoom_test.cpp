@@ -221,7 +221,3 @@ TEST_F(ZoomFixture, PicturesAreDrawnAtTheResolutionOfTheScreen) {
 
 }  // namespace
 }  // namespace melvane
-
-int main(int argc, char** argv) {
-    return melvane::test::runWindowTests(argc, argv);
-}
