@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 
 #include "base/paths.h"
@@ -13,6 +15,7 @@
 namespace melvane::decode {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace melvane::test;
 using Samples = Sound;
 
@@ -262,7 +265,7 @@ TEST_F(Decode, readsWavFilesBeyond4GiBToTheirEnd) {
                 WavHeader header{"", longForm ? 0xFFFFFFFF : length, magic};
                 if (longForm) header.before = longLengths(length);
                 const std::string head = makeWav(header, {});
-                const std::string file = write("a.wav", head);
+                const std::string file = dir.write("a.wav", head);
                 fs::resize_file(toPath(file), head.size() + length - last.size());
                 std::ofstream(file, std::ios::binary | std::ios::app) << last << behind;
                 const auto source = openSource(file);

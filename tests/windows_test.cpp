@@ -510,7 +510,7 @@ TEST_F(WindowFixture, TheStartWindowHasGoneBeforeNamedFilesAreOpened) {
                    [](AudioLibrary&) {
                        return Instruments{std::make_unique<FakeMusic>(), std::make_unique<FakeSystemMixer>()};
                    },
-                   registry, names, dialogs, shell},
+                   registry, names, destinations, dialogs, shell},
         std::vector<std::string>{dir / "missing.wav"});
     bool startSeen = true;
     dialogs.onBox = [&] { startSeen = program->startWindow().isVisible(); };
