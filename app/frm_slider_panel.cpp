@@ -16,8 +16,8 @@ constexpr std::array<int, 2> kVolumeCentres = {324, 372};
 constexpr int kSyncCentre = 420;
 constexpr QSize kFader(28, 12);
 constexpr QRect kColumnName(-24, 22, 48, 14);  // this and the following seen from the centre of the column
-constexpr QRect kVolumeReadout(-24, 40, 48, 14);
-constexpr QRect kSyncReadout(-24, 36, 52, 26);
+constexpr QRect kVolumeReadout(-20, 40, 40, 14);
+constexpr QRect kSyncReadout(-28, 36, 56, 26);
 constexpr int kKeyCentre = 153;
 constexpr QSize kKeyKnob(12, 18);
 constexpr QRect kKeyName(394, 139, 54, 14);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr QRect kTab(kLeft, 32, 150, 24);  // the first
 constexpr QRect kPage(kLeft, 56, kRight - kLeft, 112);
-constexpr QRect kNotice(kLeft, 171, 316, 32);  // two lines
+constexpr QRect kNotice(kLeft, 168, 316, 40);  // three lines
 constexpr QRect kOK(kRight - 110, 174, 110, 26);
 
 // On a page: a column of names, and what they name.
@@ -226,11 +226,12 @@ void mnuHelp::refreshDevices() {
 
 void mnuHelp::showDeviceNotice() {
     std::string notice;
-    if (inputGone_) notice = language_.ownText(OwnText::deviceGone, settings_.knownInput.name);
     if (portGone_)
         notice = language_.ownText(OwnText::portGone, settings_.knownPort.name);
     else if (settings_.midiPort > 0 && settings_.midiPort < MidiDev_->count())
-        notice += (notice.empty() ? "" : "\n") + language_.ownText(OwnText::portOutsideMix);
+        notice = language_.ownText(OwnText::portOutsideMix);
+    if (inputGone_)
+        notice += (notice.empty() ? "" : "\n") + language_.ownText(OwnText::deviceGone, settings_.knownInput.name);
     deviceNotice_->setText(toQt(notice));
     deviceNotice_->setToolTip(deviceNotice_->text());
     MidiDev_->setAccessibleDescription(deviceNotice_->text());

@@ -13,7 +13,8 @@ struct KnownDevice {
     std::int32_t number = -1;  // that it was chosen or found under last
     std::string name;          // UTF-8; empty: not known yet
 
-    bool operator==(const KnownDevice&) const = default;
+    // Never stored: settings are the same whatever is known of their devices.
+    bool operator==(const KnownDevice&) const { return true; }
 };
 
 // Makes `number` the one of the known device among `names`, those of the numbers from 0 on. A number that is not

@@ -16,7 +16,9 @@ struct Scale {
     Fraction fraction;
 
     // The value of a position.
-    double operator()(double position) const { return whole((position - zero) * units / pixels, fraction); }
+    double operator()(double position) const {
+        return whole((position - zero) * units / pixels, fraction) + 0.0;  // which makes 0 of -0
+    }
     // The position of a value. It is whole, so nothing is kept behind the point; values are far inside an int's range.
     int positionOf(double value) const {
         const Fraction position = fraction == Fraction::cut ? Fraction::cut : Fraction::rounded;

@@ -239,13 +239,19 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     EXPECT_EQ(heard[4 + 5 * 3 + 1].bytes, (Bytes{0xB5, 64, 0}));
     EXPECT_EQ(heard.back().bytes, (Bytes{0xBF, 120, 0}));
 
+    performance->playSegment();
+    performance->sendMidi(0, kReferenceTime, 5, 0xB0, 74, 9);
+    library.stepCard(4410);
+    std::this_thread::sleep_for(300ms);
+    performance->stop();
+    std::this_thread::sleep_for(100ms);
     const std::size_t first = receiver->heard().size();
     performance->playSegment();
     library.stepCard(441);
     std::this_thread::sleep_for(300ms);
     heard = receiver->heard();
     heard.erase(heard.begin(), heard.begin() + static_cast<std::ptrdiff_t>(first));
-    expectReset(heard, 5, {{0xB5, 64, 0}});
+    expectReset(heard, 5, {{0xB5, 74, 64}});
 }
 
 TEST_F(MidiPorts, LeaveAServerThatHangs) {

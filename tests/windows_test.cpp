@@ -415,7 +415,10 @@ TEST_F(WindowFixture, ReadoutsShowWhatIsStoredAndTheKeyWhatSounds) {
     EXPECT_EQ(readout("syncReadout"), "0.02 s\nearlier") << "the centre leaves it";
     chooseLanguage("pl");
     EXPECT_EQ(readout("syncReadout"), "0.02 s\nwcześniej");
+
     EXPECT_EQ(sync.valueText(), QStringLiteral("wokal 0.02 s wcześniej"));
+    sync.hide();  // and its bubble with it
+    sync.show();
     expectTidy(main());
     chooseLanguage("en");
 
