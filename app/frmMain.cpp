@@ -30,6 +30,7 @@ namespace {
 
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
+constexpr double kStalledSeconds = 10;
 constexpr double kPercent = 100;
 constexpr int kDestination = 2;
 
@@ -259,6 +260,7 @@ void frmMain::mi_button_Click() {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         stopped_ = false;
         tellsRun_ = true;
+        Timer1_.start();  // an opening that takes its time may be stopped
         mixer_.mixingRun().mi_button_Click();
     });
 }
@@ -275,7 +277,7 @@ void frmMain::withButtonsOff(const std::function<void()>& action) {
 }
 
 void frmMain::b_STOP_Click() {
-    if (mixer_.mixingRun().busy()) return;
+    if (mixer_.mixingRun().busy() && !mixer_.mixingRun().opening()) return;
     stopped_ = true;
     mixer_.mixingRun().stopRec();
     refresh();
@@ -292,11 +294,12 @@ bool frmMain::canListen() const {
 
 void frmMain::Timer1_Timer() {
     Timer1_.start();
+    if (choosing_ && !mixer_.mixingRun().opening()) return;
     perform([this] { mixer_.mixingRun().Timer1_Timer(); });
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
-    if (mixer_.isRunning()) {
+    if (mixer_.isRunning() && !mixer_.mixingRun().opening()) {
         event->ignore();
         environment_.dialogs.messageBox(environment_.language.lang(LangEntry::stopMixingFirst), kProductCaption,
                                         BoxIcon::information, BoxButtons::ok);
@@ -413,7 +416,7 @@ void frmMain::switchButton(Ed_Button* button, bool on) {
 
 void frmMain::refreshButtons(bool running) {
     const bool idle = !running && !choosing_;
-    const bool canStop = running && !mixer_.mixingRun().busy();
+    const bool canStop = running && (!mixer_.mixingRun().busy() || mixer_.mixingRun().opening());
     for (Ed_Button* button : BR_) switchButton(button, idle);
     switchButton(mi_button_, idle);
     switchButton(b_STOP_, canStop);
@@ -450,6 +453,8 @@ std::string frmMain::runText() const {
 
 std::string frmMain::soundText() const {
     const modLang& language = environment_.language;
+    if (environment_.library.encoderStalled(mixer_.run().recordChannel) >= kStalledSeconds)
+        return language.ownText(OwnText::encoderStalled);
     if (const std::string& input = mixer_.input().missingInput(); !input.empty())
         return language.ownText(OwnText::inputGone, input);
     if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);

@@ -186,7 +186,8 @@ bool MixingRun::openSources() {
                                              : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
         return true;
     }
-    if (!abandoned_) run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
+    if (!abandoned_ && run_.failure == RunFailure::none)
+        run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
     freeChannel(run_.backgroundChannel);
     freeChannel(run_.vocalChannel);
     return false;
@@ -194,8 +195,13 @@ bool MixingRun::openSources() {
 
 // A long file takes a while: window events run meanwhile.
 Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
-    return whileEventsRun(with_.doEvents,
-                          [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
+    if (abandoned_) return 0;
+    return whileEventsRun(
+        [this] {
+            with_.doEvents();
+            if (abandoned_) with_.library.giveUpOpening();
+        },
+        [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
 }
 
 // Whatever kind of channel it is.
@@ -229,13 +235,14 @@ void MixingRun::SetBassVolume() {
 }
 
 void MixingRun::stopRec() {
-    if (stopping_) return;
+    if (stopping_) return with_.library.hurryEncoder(run_.recordChannel);
     const Flag stopping(stopping_);
     const Flag busy(busy_);
     const CardHold hold(with_.library);
     abandoned_ = true;
     framesAtEnd_ = framesDone();
     if (const RunFailure lost = lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
+    if (run_.isMixing && !backgroundEnded()) with_.library.hurryEncoder(run_.recordChannel);
     run_.isMixing = capture_.StopMixCapture();
     destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {

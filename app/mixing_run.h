@@ -21,7 +21,8 @@ public:
 
     // Starts a run. When it does not start, RunState::failure says why.
     void mi_button_Click();
-    // Ends the run, if there is one, and waits for the encoder to finish while window events go on.
+    // Ends the run, if there is one, and waits for the encoder to finish while window events go on; ten seconds at
+    // most, unless the run has come to its end. Called again meanwhile, it has the encoder hurry then too.
     void stopRec();
     // Follows the run and ends it with the background, or when the encoder has gone.
     void Timer1_Timer();
@@ -41,7 +42,7 @@ public:
     // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
     // run may begin.
     bool busy() const { return busy_; }
-    // What of it is going on: song and voice are being opened, or the encoder finishes its file.
+    // What of it is going on: song and voice are being opened, which stopRec gives up, or the encoder finishes its file.
     bool opening() const { return opening_; }
     bool finishing() const { return stopping_ && run_.isMixing; }
 

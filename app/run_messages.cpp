@@ -35,6 +35,8 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return language.ownText(OwnText::backgroundLost, run.backgroundPath);
         case RunFailure::vocalLost:
             return language.ownText(OwnText::vocalLost, run.vocalPath);
+        case RunFailure::noThread:
+            return line(LangEntry::mixingNotInitialised, OwnText::noThread);
         case RunFailure::captureNotStarted:
             return line(LangEntry::mixingNotInitialised, OwnText::captureFailed);
         case RunFailure::destinationNotWritable:

@@ -39,7 +39,7 @@ void Module1::StartMixCapture() {
     if (run_.recordChannel == 0) return giveUp(RunFailure::captureNotStarted, 0);
     if (!library_.BASS_Encode_Start(run_.recordChannel, run_.encoderCommandLine.c_str(), 0, nullptr, nullptr))
         return giveUp(RunFailure::encoderNotStarted, run_.recordChannel);
-    library_.BASS_ChannelPlay(run_.recordChannel, false);
+    if (!library_.BASS_ChannelPlay(run_.recordChannel, false)) giveUp(RunFailure::noThread, run_.recordChannel);
 }
 
 void Module1::giveUp(RunFailure failure, Handle channel) {

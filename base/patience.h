@@ -5,17 +5,22 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 namespace melvane {
 
 // Runs `work` on a thread of its own and returns its result, or nothing when it takes longer than `patience`. The
-// thread then goes on by itself; what `work` uses must be owned by it.
+// thread then goes on by itself; what `work` uses must be owned by it. Nothing too when the system gives no thread.
 template <typename Work>
 auto withPatience(std::chrono::milliseconds patience, Work work) -> std::optional<decltype(work())> {
     auto task = std::make_shared<std::packaged_task<decltype(work())()>>(std::move(work));
     auto result = task->get_future();
-    std::thread([task] { (*task)(); }).detach();
+    try {
+        std::thread([task] { (*task)(); }).detach();
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
     task.reset();
     if (result.wait_for(patience) != std::future_status::ready) return std::nullopt;
     return result.get();

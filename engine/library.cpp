@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
 #include <thread>
 
-#include "engine/decode/open_source.h"
 #include "engine/graph/tempo_source.h"
 
 namespace melvane::engine {
@@ -35,17 +35,20 @@ Library::~Library() {
 
 bool Library::BASS_Init(int, std::uint32_t freq, std::uint32_t, void*, const void*) {
     if (initialised_ || freq != kSampleRate) return false;
-    initialised_ = true;
-    if (options_.clock != CardClock::stepped) {
+    if (options_.clock == CardClock::stepped) return initialised_ = true;
+    try {
         auto server = options_.clock == CardClock::device ? server_ : nullptr;
         mixing_ = std::make_unique<MixingThread>(card_, std::move(server), options_.blockFrames);
+    } catch (const std::system_error&) {
+        return false;
     }
-    return true;
+    return initialised_ = true;
 }
 
 bool Library::BASS_Free() {
     if (!initialised_) return false;
     mixing_.reset();
+    openings_.giveUp();
     scans_.end();
     for (const HandleTable::Thing& thing : handles_.takeAll()) {
         if (const auto* channel = std::get_if<std::shared_ptr<Channel>>(&thing)) card_.remove(*channel);
@@ -100,7 +103,7 @@ std::unique_ptr<WaveformScan> Library::scanWaveform(const std::string& file, int
 Handle Library::BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                       std::uint32_t flags) {
     if (!initialised_ || mem || !file || offset != 0 || length != 0) return 0;
-    std::shared_ptr<PcmSource> source = decode::openSource(file);
+    std::shared_ptr<PcmSource> source = openings_.open(file);
     if (!source) return 0;
     if (flags & BASS_STREAM_DECODE) return handles_.keep(std::move(source));
     return handles_.keep(std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0));
@@ -125,8 +128,7 @@ bool Library::BASS_ChannelPlay(Handle handle, bool restart) {
         return true;
     }
     const auto capture = handles_.find<Capture>(handle);
-    if (!capture || capture->begun()) return false;
-    capture->begin(handle);
+    if (!capture || capture->begun() || !capture->begin(handle)) return false;
     card_.listen(capture);
     return true;
 }

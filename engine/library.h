@@ -10,6 +10,7 @@
 #include "engine/device/sound_server.h"
 #include "engine/graph/card.h"
 #include "engine/handle_table.h"
+#include "engine/openings.h"
 #include "engine/waveform_scans.h"
 #include "platform/audio_library.h"
 
@@ -34,6 +35,7 @@ public:
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
+    void giveUpOpening() override { openings_.giveUp(); }
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
     bool BASS_MusicFree(Handle handle) override { return BASS_StreamFree(handle); }
@@ -71,6 +73,8 @@ public:
                            void* user) override;
     bool BASS_Encode_IsActive(Handle handle) const override { return handles_.encoderRunning(handle); }
     bool BASS_Encode_Stop(Handle handle) override;
+    void hurryEncoder(Handle handle) override;
+    double encoderStalled(Handle handle) const override;
     EncoderState encoderState(Handle handle) const override;
     std::int64_t framesEncoded(Handle handle) const override;
 
@@ -84,6 +88,7 @@ private:
     Card card_;
     std::unique_ptr<MixingThread> mixing_;
     WaveformScans scans_;
+    Openings openings_;
     std::vector<float> stepBlock_;
     bool initialised_ = false;
     HandleTable handles_;

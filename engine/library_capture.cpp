@@ -21,7 +21,7 @@ const char* Library::BASS_RecordGetInputName(int input) const {
 Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t, RecordProc proc, void* user) {
     if (!initialised_ || freq != kSampleRate || chans != 2 || !proc) return 0;
     handles_.forgetFinishedCaptures();
-    auto capture = std::make_shared<Capture>(proc, user);
+    auto capture = std::make_shared<Capture>(proc, user, options_.clock != CardClock::stepped);
     return capture->open(inputs_, server_) ? handles_.keep(std::move(capture)) : 0;
 }
 
@@ -53,6 +53,15 @@ bool Library::BASS_Encode_Stop(Handle handle) {
     card_.unlisten(capture);
     capture->endEncoding();
     return true;
+}
+
+void Library::hurryEncoder(Handle handle) {
+    if (const auto capture = handles_.find<Capture>(handle)) capture->hurry();
+}
+
+double Library::encoderStalled(Handle handle) const {
+    const auto capture = handles_.find<Capture>(handle);
+    return capture ? capture->stalledSeconds() : 0;
 }
 
 EncoderState Library::encoderState(Handle handle) const {

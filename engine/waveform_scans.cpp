@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <system_error>
 #ifdef __linux__
 #include <sys/resource.h>
 #endif
@@ -41,7 +42,7 @@ struct WaveformScans::Work {
     const std::string file;
     std::vector<std::atomic<float>> peaks;
     std::atomic<double> progress{0};
-    std::atomic<bool> cancelled{false};
+    const std::shared_ptr<std::atomic<bool>> cancelled = std::make_shared<std::atomic<bool>>(false);
     std::atomic<bool> failed{false};
     std::atomic<bool> finished{false};
 
@@ -54,7 +55,7 @@ private:
 
 void WaveformScans::Work::run() {
     lowerPriority();
-    const auto source = decode::openSource(file);
+    const auto source = decode::openSource(file, cancelled);
     failed = !source;
     if (source) readColumns(*source);
     if (source && source->failed()) failed = true;
@@ -65,7 +66,7 @@ void WaveformScans::Work::readColumns(PcmSource& source) {
     total_ = source.frames();
     const auto columns = static_cast<std::int64_t>(peaks.size());
     float peak = 0;
-    for (std::int64_t column = 0; column < columns && !cancelled; ++column) {
+    for (std::int64_t column = 0; column < columns && !*cancelled; ++column) {
         const std::int64_t end = std::max<std::int64_t>((column + 1) * total_ / columns, 1);
         if (end > read_) peak = highestOf(source, end - read_);
         peaks[static_cast<std::size_t>(column)] = std::min(peak, 1.0F);
@@ -74,7 +75,7 @@ void WaveformScans::Work::readColumns(PcmSource& source) {
 
 float WaveformScans::Work::highestOf(PcmSource& source, std::int64_t frames) {
     float highest = 0;
-    while (frames > 0 && !cancelled) {
+    while (frames > 0 && !*cancelled) {
         const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(frames, kBlockFrames));
         const std::size_t got = source.read(block_.data(), wanted);
         if (got == 0) break;
@@ -90,7 +91,7 @@ float WaveformScans::Work::highestOf(PcmSource& source, std::int64_t frames) {
 class WaveformScans::Scan : public WaveformScan {
 public:
     explicit Scan(std::shared_ptr<Work> work) : work_(std::move(work)) {}
-    ~Scan() override { work_->cancelled = true; }
+    ~Scan() override { *work_->cancelled = true; }
 
     double progress() const override { return work_->progress; }
     bool finished() const override { return work_->finished; }
@@ -106,7 +107,11 @@ std::unique_ptr<WaveformScan> WaveformScans::begin(const std::string& file, int 
     auto work = std::make_shared<Work>(file, std::max(columns, 1));
     std::packaged_task<void()> task([work] { work->run(); });
     auto done = task.get_future();
-    running_.push_back({work, std::move(done), std::thread(std::move(task))});
+    try {
+        running_.push_back({work, std::move(done), std::thread(std::move(task))});
+    } catch (const std::system_error&) {
+        work->failed = work->finished = true;
+    }
     return std::make_unique<Scan>(std::move(work));
 }
 
@@ -119,7 +124,7 @@ void WaveformScans::forgetEnded() {
 }
 
 void WaveformScans::end() {
-    for (const Running& running : running_) running.work->cancelled = true;
+    for (const Running& running : running_) *running.work->cancelled = true;
     const auto limit = std::chrono::steady_clock::now() + kEndPatience;
     for (Running& running : running_) {
         if (running.done.wait_until(limit) == std::future_status::ready)

@@ -128,6 +128,8 @@ public:
     // other threads.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
+    // Whoever waits in BASS_StreamCreateFile gets 0 at once; what a file still keeps busy ends by itself. Any thread.
+    virtual void giveUpOpening() = 0;
     // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
     // delivers fewer frames than asked for.
     virtual Handle createStream(std::shared_ptr<PcmSource> source) = 0;
@@ -208,8 +210,14 @@ public:
     // True while the encoder runs, also after the stop until its file is finished.
     virtual bool BASS_Encode_IsActive(Handle handle) const = 0;
     // Ends the encoder's input behind what was captured so far and returns at once; an encoder that then
-    // takes nothing for 30 s is ended.
+    // takes nothing for 60 s is ended.
     virtual bool BASS_Encode_Stop(Handle handle) = 0;
+    // The encoder is to be done within ten seconds: what it has not taken in the first five is dropped, and it is ended
+    // after nine.
+    virtual void hurryEncoder(Handle handle) = 0;
+    // For how many seconds the encoder has taken nothing of what waits for it. On a clock that runs by itself ten
+    // minutes of sound may wait, then the encoder is ended; on the stepped clock it is ended after 60 s.
+    virtual double encoderStalled(Handle handle) const = 0;
     // Stays answerable after the capture was stopped, until the next BASS_RecordStart.
     virtual EncoderState encoderState(Handle handle) const = 0;
     // The frames that the encoder of a capture has been given, answerable as long as encoderState.

@@ -107,6 +107,8 @@ enum class OwnText {
     cannotOpenVocal,       // file
     backgroundLost,        // file
     vocalLost,             // file
+    noThread,
+    encoderStalled,
     destinationIsSource,
     cannotWriteDestination,  // file
     destinationExists,       // file

@@ -22,6 +22,7 @@ enum class RunFailure {
     backgroundLost,  // it could no longer be read
     vocalLost,
     midiUnplayable,
+    noThread,  // the system gives no more
     captureNotStarted,
     encoderNotStarted,
     encoderFailed,

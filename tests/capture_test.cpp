@@ -8,6 +8,7 @@
 
 #include "engine/capture/command_line.h"
 #include "engine/capture/pcm16.h"
+#include "tests/no_threads.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
@@ -107,6 +108,32 @@ TEST_F(CaptureFixture, EverythingPushedReachesTheEncoderBehindAHeader) {
     EXPECT_EQ(capture.encoderState(), EncoderState::finished);
     EXPECT_EQ(readFile(destination).substr(0, 4), "RIFF");
     EXPECT_EQ(recorded(), sound);
+}
+
+TEST_F(CaptureFixture, WithoutAThreadItDoesNotBeginAndItsEncoderEnds) {
+    Capture capture(goOn, nullptr);
+    RecordingInputs inputs;
+    inputs.list(nullptr);
+    ASSERT_TRUE(capture.open(inputs, nullptr));
+    ASSERT_TRUE(capture.startEncoder(encoder("exec cat > \"$1\"")));
+    const NoThreads none;
+    EXPECT_FALSE(capture.begin(1));
+    EXPECT_FALSE(capture.capturing());
+    finish(capture);
+    EXPECT_EQ(capture.encoderState(), EncoderState::failed);
+}
+
+// Slow enough that the device's clock goes on meanwhile, little enough for memory.
+TEST_F(CaptureFixture, AnEncoderThatTakesNothingIsEndedWhenTenMinutesWait) {
+    Capture capture(goOn, nullptr);
+    start(capture, "kill -STOP $$");
+    const Sound second(2 * kSampleRate);
+    for (int i = 0; i < 590; ++i) push(capture, second, kSampleRate);
+    while (capture.stalledSeconds() < 0.2) std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(capture.encoderRunning());
+    for (int i = 0; i < 20; ++i) push(capture, second, kSampleRate);
+    while (capture.encoderRunning()) std::this_thread::sleep_for(1ms);
+    EXPECT_EQ(capture.encoderState(), EncoderState::failed);
 }
 
 TEST_F(CaptureFixture, AStoppedEncoderLosesNothing) {

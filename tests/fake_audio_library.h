@@ -44,6 +44,8 @@ public:
     bool productReadable = true;
     int encoderFinishes = 0;  // times that it is asked after the stop until it has finished
     EncoderState encoder = EncoderState::finished;
+    double stalled = 0;        // seconds that the encoder takes nothing
+    bool capturePlays = true;  // there is a thread for it
     CardStatus card{.deviceOpen = true};
     BASS_INFO info{.dsver = 9};
     std::map<Handle, std::uint32_t> volumes;  // as set last
@@ -95,9 +97,12 @@ public:
         std::this_thread::sleep_for(openingTime);
         return unreadable.contains(file) || (product_ == file && !productReadable) ? 0 : ++lastHandle_;
     }
+    void giveUpOpening() override { note("giveUpOpening"); }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
     bool BASS_MusicFree(Handle handle) override { return note("BASS_MusicFree", handle); }
-    bool BASS_ChannelPlay(Handle handle, bool restart) override { return note("BASS_ChannelPlay", handle, restart); }
+    bool BASS_ChannelPlay(Handle handle, bool restart) override {
+        return note("BASS_ChannelPlay", handle, restart) && (handle != capture_ || capturePlays);
+    }
     bool BASS_ChannelStop(Handle handle) override { return note("BASS_ChannelStop", handle); }
     ChannelActivity BASS_ChannelIsActive(Handle) const override { return ChannelActivity::playing; }
     bool channelFailed(Handle handle) const override { return failedChannels.contains(handle); }
@@ -170,7 +175,7 @@ public:
     }
     Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc, void*) override {
         note("BASS_RecordStart", freq, chans, flags);
-        return captureStarts ? ++lastHandle_ : 0;
+        return capture_ = captureStarts ? ++lastHandle_ : 0;
     }
 
     bool encoderFound(const char*) const override { return encoderExists; }
@@ -188,6 +193,8 @@ public:
         std::ofstream(product_, std::ios::binary) << product;
         return note("BASS_Encode_Stop", handle);
     }
+    void hurryEncoder(Handle handle) override { note("hurryEncoder", handle); }
+    double encoderStalled(Handle) const override { return stalled; }
     EncoderState encoderState(Handle) const override { return encoder; }
     std::int64_t framesEncoded(Handle) const override { return framesCaptured; }
 
@@ -244,6 +251,7 @@ private:
     inline static std::mutex callsMutex_;
     Handle lastHandle_ = 0;
     std::string product_;  // the file that is encoded into
+    Handle capture_ = 0;
     bool finishing_ = false;
     mutable int polls_ = 0;
 };

@@ -2,9 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <memory>
 #include <thread>
 
 #include "engine/library.h"
+#include "tests/no_threads.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
@@ -72,6 +77,24 @@ TEST_F(ScanFixture, EndsBeforeItsTimeWhenItIsLetGoOrTheLibraryIs) {
     own.reset();
     EXPECT_TRUE(kept->finished()) << "its thread has ended with the library";
     EXPECT_LT(kept->progress(), 1);
+}
+
+// Behind a long hole there might be more of the song.
+TEST_F(ScanFixture, AFileWhoseReaderDoesNotFinishIsGivenUp) {
+    const std::string file = dir / "song.mp3";
+    const std::string song = dir.write("song.wav", wavFile(silence(44100)));
+    ASSERT_EQ(std::system(("lame --quiet \"" + song + "\" \"" + file + "\"").c_str()), 0);
+    std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+    ASSERT_TRUE(library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr));
+    for (const bool threads : {true, false}) {
+        auto opening = std::async(std::launch::async, [&] {
+            const auto none = threads ? nullptr : std::make_unique<NoThreads>();
+            return library.BASS_StreamCreateFile(false, file.c_str(), 0, 0, 0);
+        });
+        EXPECT_EQ(opening.wait_for(200ms), std::future_status::timeout);
+        library.giveUpOpening();
+        EXPECT_EQ(opening.get(), 0U);
+    }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/no_threads.h"
 #include "tests/sound.h"
 
 namespace melvane::engine {
@@ -192,6 +193,17 @@ TEST(SourceWindow, GivesSilenceOutsideAndGoesBack) {
             const bool inside = frame >= 0 && frame < 200000;
             ASSERT_EQ(out[2 * i], inside ? sound[static_cast<std::size_t>(frame) * 2] : 0.0F) << r.frame << "+" << i;
         }
+    }
+}
+
+TEST(Worker, WithoutAThreadItsOwnerDoesTheWork) {
+    const NoThreads none;
+    int done = 0;
+    Worker worker([&] { ++done; });
+    for (const int round : {1, 2}) {
+        worker.start();
+        worker.wait();
+        EXPECT_EQ(done, round);
     }
 }
 

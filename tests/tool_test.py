@@ -381,6 +381,16 @@ class InterruptTest(ToolTest):
         self.assertEqual(mix.read_bytes(), wanted.read_bytes())
         self.assertEqual(len(self.decode(mix)), frames * 4)
 
+    def test_interrupt_ends_an_opening(self):
+        self.wav("song.wav", RATE)
+        lame(self.dir / "song.wav", self.dir / "endless.mp3")
+        os.truncate(self.dir / "endless.mp3", 1 << 40)
+        process = self.start(self.dir / "endless.mp3", self.wav("voice.wav", RATE), self.dir / "mix.mp3")
+        time.sleep(1)
+        process.send_signal(signal.SIGINT)
+        status, _, errors = self.finish(process)
+        self.assertEqual((status, errors), (128 + signal.SIGINT, "melvane-mix: interrupted before the mix began\n"))
+
 
 class CommandLineTest(ToolTest):
     def test_wrong_usage_is_explained(self):

@@ -89,6 +89,10 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     MixingRun& run = mixer.mixingRun();
     catchInterrupts();
     run.mi_button_Click();
+    if (interruptedBy && !mixer.run().isMixing && mixer.run().failure == RunFailure::none) {
+        reporter.failed("interrupted before the mix began");
+        return kSignalBase + interruptedBy;
+    }
     while (mixer.run().isMixing && !interruptedBy) {
         library.stepCard(kBlockFrames);
         run.Timer1_Timer();
@@ -127,10 +131,15 @@ int run(const MixOptions& options) {
     }
     ConsoleDialogs dialogs;
     ConsoleShell shell;
-    const auto doEvents = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+    MixingRun* running = nullptr;
+    const auto doEvents = [&running] {
+        if (interruptedBy && running && running->busy()) running->stopRec();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
     const music::Music music =
         music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
     Mixer mixer({*start.library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
+    running = &mixer.mixingRun();
     return mix(options, mixer, language, *start.library, reporter);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "engine/capture/pcm16.h"
@@ -10,16 +11,18 @@ namespace melvane::engine {
 
 namespace {
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
-// How long an encoder may take nothing, once its input was ended, before it is ended itself.
-constexpr auto kFinishPatience = 30s;
+// How long an encoder may take nothing, once its input was ended or where nobody else waits, before it is ended itself.
+constexpr auto kFinishPatience = 60s;
+// The same in a hurry: until its input ends, and until it is ended.
+constexpr auto kHurriedInput = 5s;
+constexpr auto kHurriedEnd = 9s;
 // How often the patience is looked at.
 constexpr auto kWritePatience = 100ms;
 // Shorter than a block of the card.
 constexpr auto kDevicePoll = 5ms;
 }  // namespace
 
-Capture::Capture(RecordProc proc, void* user) : proc_(proc), user_(user) {}
+Capture::Capture(RecordProc proc, void* user, bool live) : proc_(proc), user_(user), live_(live) {}
 
 Capture::~Capture() {
     stop();
@@ -48,10 +51,16 @@ bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundSer
     return true;
 }
 
-void Capture::begin(Handle handle) {
+bool Capture::begin(Handle handle) {
     handle_ = handle;
-    thread_ = std::thread([this] { run(); });
     capturing_ = true;
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        capturing_ = false;
+        encoder_.kill();
+    }
+    return begun();
 }
 
 void Capture::stop() {
@@ -64,8 +73,11 @@ void Capture::endEncoding() {
         const std::lock_guard lock(mutex_);
         encodingEnded_ = true;
         capturing_ = false;
+        noteProgress();  // its patience begins here
     }
     pushed_.notify_one();
+    // Nobody is there to end its input.
+    if (!begun()) encoder_.kill();
 }
 
 void Capture::push(const float* mix, std::size_t frames) {
@@ -78,6 +90,7 @@ void Capture::push(const float* mix, std::size_t frames) {
             for (Device& device : devices_) device.input->clear();
         blocks_.emplace_back(mix, mix + frames * 2);
         waitingFrames_ += frames;
+        if (waitingFrames_ > kMostFrames) overflown_ = true;
         drainDevices();
     }
     pushed_.notify_one();
@@ -158,32 +171,59 @@ void Capture::feedEncoder(std::span<const std::byte> bytes) {
         headerWritten_ = true;
         feedEncoder(streamedWavHeader());
     }
-    auto lastProgress = Clock::now();
-    while (!bytes.empty() && encoder_.running()) {
+    noteProgress();
+    writing_ = true;
+    while (!bytes.empty() && encoder_.running() && sinceHurry() < kHurriedInput) {
         const std::size_t taken = encoder_.write(bytes, kWritePatience);
         bytes = bytes.subspan(taken);
-        const auto now = Clock::now();
-        if (taken > 0 || capturing_) lastProgress = now;
-        if (now - lastProgress > kFinishPatience) encoder_.kill();
+        if (taken > 0) noteProgress();
+        if (lostPatience()) encoder_.kill();
     }
+    writing_ = false;
+}
+
+void Capture::hurry() {
+    auto never = Clock::time_point::max();
+    hurriedAt_.compare_exchange_strong(never, Clock::now());
+}
+
+double Capture::stalledSeconds() const {
+    return writing_ ? std::chrono::duration<double>(sinceProgress()).count() : 0;
+}
+
+void Capture::noteProgress() {
+    lastProgress_ = Clock::now();
+}
+
+Capture::Clock::duration Capture::sinceProgress() const {
+    return Clock::now() - lastProgress_.load();
+}
+
+Capture::Clock::duration Capture::sinceHurry() const {
+    const auto from = hurriedAt_.load();
+    return from == Clock::time_point::max() ? Clock::duration::zero() : Clock::now() - from;
+}
+
+bool Capture::lostPatience() const {
+    const bool mayWait = live_ && capturing_;
+    return overflown_ || sinceHurry() > kHurriedEnd || (!mayWait && sinceProgress() > kFinishPatience);
 }
 
 // An encoder that goes before it has read everything shows as failed only while its input is open.
 void Capture::waitUntilRead() {
-    auto limit = Clock::now() + kFinishPatience;
-    for (std::size_t unread = encoder_.unread(); unread > 0 && encoder_.running() && Clock::now() < limit;) {
+    for (std::size_t unread = encoder_.unread(); unread > 0 && encoder_.running() && !lostPatience();) {
         std::this_thread::sleep_for(1ms);
-        if (encoder_.unread() < unread) limit = Clock::now() + kFinishPatience;
-        unread = encoder_.unread();
+        const std::size_t before = std::exchange(unread, encoder_.unread());
+        if (unread < before) noteProgress();
     }
 }
 
 void Capture::finishEncoder() {
     if (!headerWritten_) feedEncoder({});
+    noteProgress();
     waitUntilRead();
     encoder_.closeInput();
-    const auto limit = Clock::now() + kFinishPatience;
-    while (encoder_.running() && Clock::now() < limit) std::this_thread::sleep_for(1ms);
+    while (encoder_.running() && !lostPatience()) std::this_thread::sleep_for(1ms);
     encoder_.kill();
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -19,7 +20,8 @@ namespace melvane::engine {
 
 class Capture : public CardListener {
 public:
-    Capture(RecordProc proc, void* user);
+    // `live`: blocks come in real time, so they may have to wait for the encoder; otherwise they come as it takes them.
+    Capture(RecordProc proc, void* user, bool live = true);
     // Waits until the encoder has finished its file.
     ~Capture() override;
     Capture(const Capture&) = delete;
@@ -29,13 +31,18 @@ public:
     // False when a device that is on cannot be recorded. `server` may be null when only the card is on.
     bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server);
     bool startEncoder(const std::vector<std::string>& words) { return encoder_.start(words); }
-    // Starts the thread; blocks that are pushed from now on are captured. `handle` is what the callback is told.
-    void begin(Handle handle);
+    // Starts the thread; blocks that are pushed from now on are captured. `handle` is what the callback is told. False
+    // when the system gives no thread.
+    bool begin(Handle handle);
     bool begun() const { return thread_.joinable(); }
     // What is pushed from now on is ignored.
     void stop();
     // The encoder's input ends behind what was pushed so far.
     void endEncoding();
+    // The encoder has ten seconds left; what it does not take in half of them is dropped.
+    void hurry();
+    // For how long the encoder has taken nothing of what waits.
+    double stalledSeconds() const;
     // False once the callback has ended the capture or stop() was called.
     bool capturing() const { return capturing_; }
 
@@ -52,6 +59,9 @@ public:
 private:
     // Enough for an encoder that pauses, little enough for memory: 1.4 MB.
     static constexpr std::size_t kLeisureFrames = 4 * kSampleRate;
+    static constexpr std::size_t kMostFrames = 600 * kSampleRate;
+
+    using Clock = std::chrono::steady_clock;
 
     struct Device {
         std::unique_ptr<InputDevice> input;
@@ -66,12 +76,17 @@ private:
     void closeDevices();
     void deliver(const std::vector<float>& block);
     void feedEncoder(std::span<const std::byte> bytes);
+    void noteProgress();
+    Clock::duration sinceProgress() const;
+    Clock::duration sinceHurry() const;
+    bool lostPatience() const;
     void waitUntilRead();
     void finishEncoder();
 
     Handle handle_ = 0;
     const RecordProc proc_;
     void* const user_;
+    const bool live_;
     float cardGain_ = 0.0F;
     bool cardOn_ = false;
     std::vector<Device> devices_;
@@ -85,6 +100,10 @@ private:
     std::atomic<std::size_t> waitingFrames_{0};
     std::atomic<bool> capturing_{false};
     std::atomic<std::int64_t> framesEncoded_{0};
+    std::atomic<bool> overflown_{false};
+    std::atomic<bool> writing_{false};
+    std::atomic<Clock::time_point> lastProgress_{Clock::now()};
+    std::atomic<Clock::time_point> hurriedAt_{Clock::time_point::max()};
 
     bool begunPushing_ = false;
     std::vector<float> drained_;

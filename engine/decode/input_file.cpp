@@ -10,7 +10,7 @@
 
 namespace melvane::decode {
 
-InputFile::InputFile(const std::string& utf8Path) {
+InputFile::InputFile(const std::string& utf8Path, CancelFlag cancelled) : cancelled_(std::move(cancelled)) {
     if (!isFile(utf8Path)) throw NotSound("not a file");
     stream_.open(toPath(utf8Path), std::ios::binary);
     stream_.seekg(0, std::ios::end);
@@ -20,6 +20,7 @@ InputFile::InputFile(const std::string& utf8Path) {
 }
 
 std::size_t InputFile::read(void* out, std::size_t bytes) {
+    if (cancelled_ && *cancelled_) failed_ = true;
     if (failed_) return 0;
     char* to = static_cast<char*>(out);
     bytes = static_cast<std::size_t>(std::clamp<std::int64_t>(size_ - position_, 0, static_cast<std::int64_t>(bytes)));

@@ -1,18 +1,23 @@
 // A sound file as the decoders read it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <string>
 
 namespace melvane::decode {
 
+// Set on any thread; null where nobody will.
+using CancelFlag = std::shared_ptr<const std::atomic<bool>>;
+
 class InputFile {
 public:
     // Throws NotSound when `utf8Path` is not a file with bytes in it that can be read; never waits for a
-    // pipe or a device.
-    explicit InputFile(const std::string& utf8Path);
+    // pipe or a device. Once `cancelled` is true, the file fails.
+    explicit InputFile(const std::string& utf8Path, CancelFlag cancelled = {});
 
     std::int64_t size() const { return size_; }
     std::int64_t position() const { return position_; }
@@ -28,6 +33,7 @@ public:
 private:
     std::size_t readBody(char* out, std::size_t bytes, std::int64_t at);
 
+    const CancelFlag cancelled_;
     std::ifstream stream_;
     std::int64_t streamAt_ = 0;
     std::int64_t size_ = 0;

@@ -37,7 +37,8 @@ std::int64_t stateOf(mpg123_handle* handle, mpg123_state key) {
 
 }  // namespace
 
-Mp3Source::Mp3Source(const std::string& utf8Path) : file_(utf8Path), handle_(mpg123_new(nullptr, nullptr)) {
+Mp3Source::Mp3Source(const std::string& utf8Path, const CancelFlag& cancelled)
+    : file_(utf8Path, cancelled), handle_(mpg123_new(nullptr, nullptr)) {
     if (!handle_) throw NotSound("no MPEG decoder");
     open();
     checkBeginning();

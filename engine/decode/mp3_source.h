@@ -17,7 +17,7 @@ namespace melvane::decode {
 class Mp3Source : public NativeSource {
 public:
     // Throws NotSound.
-    explicit Mp3Source(const std::string& utf8Path);
+    explicit Mp3Source(const std::string& utf8Path, const CancelFlag& cancelled = {});
     bool failed() const override { return file_.failed(); }
 
 private:

@@ -14,11 +14,11 @@
 namespace melvane::decode {
 namespace {
 
-using Decoder = std::unique_ptr<NativeSource> (*)(const std::string& path);
+using Decoder = std::unique_ptr<NativeSource> (*)(const std::string& path, const CancelFlag& cancelled);
 
 template <typename Source>
-std::unique_ptr<NativeSource> open(const std::string& path) {
-    return std::make_unique<Source>(path);
+std::unique_ptr<NativeSource> open(const std::string& path, const CancelFlag& cancelled) {
+    return std::make_unique<Source>(path, cancelled);
 }
 
 struct Kind {
@@ -48,9 +48,9 @@ const Kind& kindOf(const std::string& path) {
                          [begin](const Kind& kind) { return begin.substr(kind.at).starts_with(kind.signature); });
 }
 
-std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path) {
+std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path, const CancelFlag& cancelled) {
     try {
-        return decoder(path);
+        return decoder(path, cancelled);
     } catch (const NotSound&) {
         return nullptr;
     }
@@ -58,10 +58,10 @@ std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path) 
 
 }  // namespace
 
-std::unique_ptr<PcmSource> openSource(const std::string& utf8Path) try {
+std::unique_ptr<PcmSource> openSource(const std::string& utf8Path, const CancelFlag& cancelled) try {
     for (const Decoder decoder : kindOf(utf8Path).decoders) {
         if (!decoder) break;
-        auto source = tryOpen(decoder, utf8Path);
+        auto source = tryOpen(decoder, utf8Path, cancelled);
         // A length that was measured up to an error is wrong.
         if (source) return source->failed() ? nullptr : atCardRate(std::move(source));
     }

@@ -34,7 +34,7 @@ bool isMpeg(int format) {
 
 }  // namespace
 
-SndfileSource::SndfileSource(const std::string& utf8Path) : file_(utf8Path) {
+SndfileSource::SndfileSource(const std::string& utf8Path, const CancelFlag& cancelled) : file_(utf8Path, cancelled) {
     readAsPlainWav(file_);
     const SF_INFO info = open();
     // libsndfile estimates the length of MPEG audio in a WAV file, wrongly.

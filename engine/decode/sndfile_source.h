@@ -18,7 +18,7 @@ namespace melvane::decode {
 class SndfileSource : public NativeSource {
 public:
     // Throws NotSound.
-    explicit SndfileSource(const std::string& utf8Path);
+    explicit SndfileSource(const std::string& utf8Path, const CancelFlag& cancelled = {});
     bool failed() const override { return file_.failed(); }
 
 private:

@@ -19,7 +19,7 @@ long tellFile(void* file) {
 
 }  // namespace
 
-VorbisSource::VorbisSource(const std::string& utf8Path) : file_(utf8Path) {
+VorbisSource::VorbisSource(const std::string& utf8Path, const CancelFlag& cancelled) : file_(utf8Path, cancelled) {
     if (ov_open_callbacks(&file_, &stream_, nullptr, 0, {readFile, seekFile, nullptr, tellFile}) != 0)
         throw NotSound("no Vorbis stream");
     try {

@@ -20,7 +20,7 @@ namespace melvane::decode {
 class VorbisSource : public NativeSource {
 public:
     // Throws NotSound.
-    explicit VorbisSource(const std::string& utf8Path);
+    explicit VorbisSource(const std::string& utf8Path, const CancelFlag& cancelled = {});
     ~VorbisSource() override;
     VorbisSource(const VorbisSource&) = delete;
     VorbisSource& operator=(const VorbisSource&) = delete;

@@ -1,6 +1,7 @@
 #include "engine/device/sound_server.h"
 
-#include <thread>
+#include <memory>
+#include <utility>
 
 namespace melvane::engine {
 
@@ -23,7 +24,7 @@ void SoundServer::reconnect() {
     connection_.reset();
     lock.unlock();
     // Closing it waits for the server.
-    std::thread([old = std::move(old)]() mutable { old.reset(); }).detach();
+    closeWithPatience(std::chrono::milliseconds(0), std::make_unique<std::shared_ptr<cubeb>>(std::move(old)));
 }
 
 std::vector<CaptureSource> SoundServer::captureSources() {

@@ -1,9 +1,10 @@
-// A thread that does one piece of work at a time beside its owner's.
+// A thread that does one piece of work at a time beside its owner's; where the system gives none, the owner does it.
 #pragma once
 
 #include <atomic>
 #include <functional>
 #include <semaphore>
+#include <system_error>
 #include <thread>
 
 namespace melvane::engine {
@@ -11,8 +12,14 @@ namespace melvane::engine {
 class Worker {
 public:
     // `work` is run once for each start().
-    explicit Worker(std::function<void()> work) : work_(std::move(work)), thread_([this] { run(); }) {}
+    explicit Worker(std::function<void()> work) : work_(std::move(work)) {
+        try {
+            thread_ = std::thread([this] { run(); });
+        } catch (const std::system_error&) {
+        }
+    }
     ~Worker() {
+        if (!thread_.joinable()) return;
         quit_ = true;
         wanted_.release();
         thread_.join();
@@ -22,7 +29,12 @@ public:
 
     void start() { wanted_.release(); }
     // Returns when the work of the last start() is done.
-    void wait() { done_.acquire(); }
+    void wait() {
+        if (thread_.joinable())
+            done_.acquire();
+        else
+            work_();
+    }
 
 private:
     void run() {
