@@ -42,7 +42,8 @@ public:
     // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
     // run may begin.
     bool busy() const { return busy_; }
-    // What of it is going on: song and voice are being opened, which stopRec gives up, or the encoder finishes its file.
+    // What of it is going on: song and voice are being opened, which stopRec gives up, or the encoder finishes its
+    // file.
     bool opening() const { return opening_; }
     bool finishing() const { return stopping_ && run_.isMixing; }
 

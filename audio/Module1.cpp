@@ -54,7 +54,7 @@ bool Module1::StopMixCapture() {
     library_.BASS_Encode_Stop(run_.recordChannel);
     library_.BASS_ChannelStop(run_.recordChannel);
     while (library_.BASS_Encode_IsActive(run_.recordChannel)) doEvents_();
-    run_.failure = finish();
+    if (run_.failure == RunFailure::none) run_.failure = finish();
     if (run_.failure != RunFailure::none) {
         library_.BASS_StreamFree(run_.lastMixStream);
         run_.lastMixStream = 0;

@@ -133,7 +133,7 @@ TEST_F(DialogsTest, SavingProposesTheNameAndTakesAnExistingOne) {
             EXPECT_EQ(dialog.directory().path().toStdString(), shown);
             EXPECT_EQ(dialog.labelText(QFileDialog::Accept), QStringLiteral("Open voice"));
             EXPECT_EQ(dialog.nameFilters().value(1), QStringLiteral("All (*)"));
-            const auto* list = dialog.findChild<QListView*>();
+            const auto* list = dialog.findChild<QListView*>(QStringLiteral("listView"));
             QElapsedTimer patience;
             patience.start();
             const int wanted = shown == dir.path() ? 4 : 0;  // and the folder

@@ -95,7 +95,9 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     EXPECT_EQ(status(), "Ready");
     EXPECT_EQ(enabled(), kIdle);
     chooseFiles();
-    library.length = std::uint64_t{125} * kSampleRate * kBytesPerFrame;
+    library.framesCaptured = 125 * kSampleRate;
+    library.length = static_cast<std::uint64_t>(library.framesCaptured) * kBytesPerFrame;
+    library.product = taggedMp3(library.framesCaptured);
     find<QWidget>(main(), "mi_button").setFocus();
     QTest::keyClick(&main(), Qt::Key_Return);
     EXPECT_EQ(enabled(), "b_STOP b_midi b_eff bHelp bClose ");
@@ -175,7 +177,9 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     EXPECT_EQ(status(), "Ready");
     EXPECT_EQ(mixedPixels(), 0);
     EXPECT_EQ(enabled(), kMixed) << "the mix can still be listened to";
+    main().findChild<frmPlayer*>()->close();
     mixer().fields().vocal = "";
+    mixer().fields().destination = dir / "another.mp3";
     press("mi_button");
     EXPECT_EQ(shown, "Source or destiny files not defined.");
 }

@@ -141,7 +141,9 @@ TEST_F(ZoomFixture, ADragStandsForTheSameValues) {
         down.setPosition(117);
         QImage look = down.grab().toImage();
         look.setDevicePixelRatio(1);
-        EXPECT_NE(look.scaled(down.size()).pixelColor(knob), QColor(skin::kInset)) << percent;
+        look = look.scaled(down.size());
+        const auto isKnob = [&](int below) { return look.pixelColor(knob + QPoint(0, below)) != skin::kInset; };
+        EXPECT_TRUE(isKnob(-2) || isKnob(0) || isKnob(2)) << percent << ": its grip has dark lines";
     }
 }
 
