@@ -294,7 +294,6 @@ bool frmMain::canListen() const {
 
 void frmMain::Timer1_Timer() {
     Timer1_.start();
-    if (choosing_ && !mixer_.mixingRun().opening()) return;
     perform([this] { mixer_.mixingRun().Timer1_Timer(); });
 }
 

@@ -54,7 +54,8 @@ private:
 std::multiset<std::string> running() {
     std::multiset<std::string> names;
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
-        if (const std::string name = readFile(thread.path() / "comm"); !name.starts_with('Q')) names.insert(name);
+        const std::string name = readFile(thread.path() / "comm");
+        if (!name.starts_with('Q') && !name.starts_with("Thread (pooled)")) names.insert(name);
         std::istringstream children(readFile(thread.path() / "children"));
         for (std::string child; children >> child;) names.insert(readFile("/proc/" + child + "/comm"));
     }
