@@ -41,9 +41,10 @@ def encoder_input(path, mixing):
     """What `mixing` gives its encoder, as a WAV file with a length in its header."""
     with tempfile.TemporaryDirectory(prefix="melvane-tap-") as folder:
         tap, tapped = Path(folder) / "lame.exe", Path(folder) / "tapped"
-        tap.write_text('#!/bin/sh\nfor last; do :; done\nexec cat > "$last"\n', encoding="ascii")
+        tap.write_text(f'#!/bin/sh\ncat > "{tapped}"\nexec lame --quiet "$@" < "{tapped}"\n', encoding="ascii")
         tap.chmod(0o755)
-        subprocess.run([*mixing, tapped], check=True, env={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"})
+        subprocess.run([*mixing, Path(folder) / "mix.mp3"], check=True,
+                       env={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"})
         with open(tapped, "rb") as samples:
             samples.seek(44)
             return write_wav(path, iter(lambda: samples.read(1 << 20), b""))
