@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/main_status.h"
 #include "app/run_messages.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
@@ -22,7 +23,6 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
-#include "state/numbers.h"
 
 namespace melvane {
 
@@ -30,7 +30,6 @@ namespace {
 
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
-constexpr double kStalledSeconds = 10;
 constexpr double kPercent = 100;
 constexpr int kDestination = 2;
 
@@ -435,80 +434,12 @@ void frmMain::refreshStatus(bool running) {
         running ? QStringLiteral("%1 % – %2").arg(static_cast<int>(done * kPercent)).arg(QLatin1String(kProductCaption))
                 : QLatin1String(kProductCaption));
     environment_.shell.showProgress(running ? done : -1);
-    status_->setFullText(toQt(running ? runText() : endText()));
-    setStyleState(*status_, "warned", warns(running));
-    setStyleState(*status_, "failed", !running && endedBadly());
-}
-
-std::string frmMain::runText() const {
-    const modLang& language = environment_.language;
-    const MixingRun& mixing = mixer_.mixingRun();
-    if (mixing.opening()) return language.ownText(OwnText::opening);
-    if (mixing.finishing()) return language.ownText(OwnText::finishingFile);
-    if (!mixer_.run().isMixing) return endText();  // refused
-    return clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
-           " – " + soundText();
-}
-
-std::string frmMain::soundText() const {
-    const modLang& language = environment_.language;
-    if (environment_.library.encoderStalled(mixer_.run().recordChannel) >= kStalledSeconds)
-        return language.ownText(OwnText::encoderStalled);
-    if (const std::string& input = mixer_.input().missingInput(); !input.empty())
-        return language.ownText(OwnText::inputGone, input);
-    if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
-    if (mixer_.run().isMidiBackground && !portText().empty()) return portText();
-    // The device opens with the first frame.
-    const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
-    return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
-}
-
-bool frmMain::warns(bool running) const {
-    return mixer_.run().recordsSilence && (running ? mixer_.run().isMixing : tellsRun_ && !endedBadly());
-}
-
-bool frmMain::endedBadly() const {
-    if (store_.failure() != ERROR_SUCCESS) return true;
-    if (tellsRun_) return mixer_.run().failure != RunFailure::none;
-    return scans_[0]->failed() || scans_[1]->failed();
-}
-
-std::string frmMain::endText() const {
-    const modLang& language = environment_.language;
-    if (mixer_.sourceFiles().opening()) return language.ownText(OwnText::opening);
-    const std::string result = tellsRun_ ? resultText() : unreadableText();
-    const std::string unsaved = settingsMessage(language, store_.failure());
-    if (result.empty() && unsaved.empty()) return restText();
-    return result + (result.empty() || unsaved.empty() ? "" : " – ") + unsaved;
-}
-
-std::string frmMain::unreadableText() const {
-    const modLang& language = environment_.language;
-    if (scans_[0]->failed()) return language.ownText(OwnText::cannotOpenBackground, mixer_.fields().background);
-    if (scans_[1]->failed()) return language.ownText(OwnText::cannotOpenVocal, mixer_.fields().vocal);
-    return "";
-}
-
-std::string frmMain::resultText() const {
-    const modLang& language = environment_.language;
-    const RunState& run = mixer_.run();
-    if (run.failure != RunFailure::none) return runMessage(language, run);
-    if (run.recordsSilence) return language.ownText(OwnText::mixIsSilent, run.destinationPath);
-    if (stopped_) return language.ownText(OwnText::stopped);
-    if (!run.lastMixPath.empty()) return language.ownText(OwnText::mixFinished, run.lastMixPath);
-    return "";
-}
-
-std::string frmMain::restText() const {
-    const std::string port = portText();
-    return port.empty() ? environment_.language.ownText(OwnText::ready) : port;
-}
-
-std::string frmMain::portText() const {
-    const MidiBackground& midi = mixer_.midi();
-    if (!midi.loaded()) return {};
-    if (!midi.missingPort().empty()) return environment_.language.ownText(OwnText::portGone, midi.missingPort());
-    return midi.onDevice() ? environment_.language.ownText(OwnText::portOutsideMix) : std::string();
+    const StatusLine line =
+        MainStatus(mixer_, environment_)
+            .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), store_.failure()});
+    status_->setFullText(toQt(line.text));
+    setStyleState(*status_, "warned", line.warned);
+    setStyleState(*status_, "failed", line.failed);
 }
 
 void frmMain::processWindowEvents() {

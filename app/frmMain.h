@@ -71,8 +71,6 @@ private:
     void Form_Unload();
     void noteTaken(int index, const std::string& path);
     void rememberFiles();
-    bool endedBadly() const;
-    bool warns(bool running) const;
     void keepPlace();
     void keepSettings();
     void fillRecentFiles();
@@ -87,17 +85,6 @@ private:
     void refreshButtons(bool running);
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
-    // What the run under way is doing, and how the last one ended.
-    std::string runText() const;
-    std::string endText() const;
-    // How the last run ended, and what of the files chosen since can't be read; "" when there is nothing to say.
-    std::string resultText() const;
-    std::string unreadableText() const;
-    // What of the run is heard and recorded.
-    std::string soundText() const;
-    std::string restText() const;
-    // What is to be known of the song's port; empty when there is nothing.
-    std::string portText() const;
     bool canListen() const;
     void setDropLook(bool on);
 

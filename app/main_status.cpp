@@ -1,0 +1,71 @@
+#include "app/main_status.h"
+
+#include "app/run_messages.h"
+#include "state/numbers.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr double kStalledSeconds = 10;
+
+}  // namespace
+
+StatusLine MainStatus::line(const Facts& facts) const {
+    const modLang& language = environment_.language;
+    const MixingRun& mixing = mixer_.mixingRun();
+    if (mixing.opening() || mixer_.sourceFiles().opening()) return {language.ownText(OwnText::opening)};
+    if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
+    if (!mixer_.run().isMixing) return ended(facts);
+    return {clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
+                " – " + sound(),
+            mixer_.run().recordsSilence};
+}
+
+std::string MainStatus::sound() const {
+    const modLang& language = environment_.language;
+    if (environment_.library.encoderStalled(mixer_.run().recordChannel) >= kStalledSeconds)
+        return language.ownText(OwnText::encoderStalled);
+    if (const std::string& input = mixer_.input().missingInput(); !input.empty())
+        return language.ownText(OwnText::inputGone, input);
+    if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
+    if (mixer_.run().isMidiBackground && !port().empty()) return port();
+    // The device opens with the first frame.
+    const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
+    return language.ownText(silent ? OwnText::playsSilently : OwnText::mixing);
+}
+
+// Settings that are not kept are told behind the result, whose colour stays.
+StatusLine MainStatus::ended(const Facts& facts) const {
+    StatusLine line = result(facts);
+    const std::string unsaved = settingsMessage(environment_.language, facts.settingsFailure);
+    if (line.text.empty() && !unsaved.empty()) return {unsaved, false, true};
+    if (line.text.empty()) return {port().empty() ? environment_.language.ownText(OwnText::ready) : port()};
+    if (!unsaved.empty()) line.text += " – " + unsaved;
+    return line;
+}
+
+StatusLine MainStatus::result(const Facts& facts) const {
+    const modLang& language = environment_.language;
+    const PathFields& fields = mixer_.fields();
+    const RunState& run = mixer_.run();
+    if (!facts.tellsRun && facts.songUnreadable)
+        return {language.ownText(OwnText::cannotOpenBackground, fields.background), false, true};
+    if (!facts.tellsRun && facts.voiceUnreadable)
+        return {language.ownText(OwnText::cannotOpenVocal, fields.vocal), false, true};
+    if (!facts.tellsRun) return {};
+    if (run.failure != RunFailure::none) return {runMessage(language, run), false, true};
+    if (run.recordsSilence) return {language.ownText(OwnText::mixIsSilent, run.destinationPath), true};
+    if (facts.stopped) return {language.ownText(OwnText::stopped)};
+    if (!run.lastMixPath.empty()) return {language.ownText(OwnText::mixFinished, run.lastMixPath)};
+    return {};
+}
+
+std::string MainStatus::port() const {
+    const MidiBackground& midi = mixer_.midi();
+    if (!midi.loaded()) return {};
+    if (!midi.missingPort().empty()) return environment_.language.ownText(OwnText::portGone, midi.missingPort());
+    return midi.onDevice() ? environment_.language.ownText(OwnText::portOutsideMix) : std::string();
+}
+
+}  // namespace melvane

@@ -1,0 +1,46 @@
+// What the status line of the main window says of a run, of the chosen files and of the settings.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "app/environment.h"
+#include "app/mixer.h"
+
+namespace melvane {
+
+struct StatusLine {
+    std::string text;
+    bool warned = false;
+    bool failed = false;
+};
+
+class MainStatus {
+public:
+    // What the mixer does not know.
+    struct Facts {
+        bool tellsRun = false;  // nothing was chosen since the last run
+        bool stopped = false;   // it was ended with the stop button
+        bool songUnreadable = false;
+        bool voiceUnreadable = false;
+        std::int32_t settingsFailure = 0;  // SettingsStore::failure()
+    };
+
+    // Both outlive this.
+    MainStatus(Mixer& mixer, const Environment& environment) : mixer_(mixer), environment_(environment) {}
+
+    StatusLine line(const Facts& facts) const;
+
+private:
+    StatusLine ended(const Facts& facts) const;
+    StatusLine result(const Facts& facts) const;
+    // What is heard and recorded of the run under way.
+    std::string sound() const;
+    // What is to be known of the song's port; empty when there is nothing.
+    std::string port() const;
+
+    Mixer& mixer_;
+    const Environment& environment_;
+};
+
+}  // namespace melvane
