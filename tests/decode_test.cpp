@@ -2,9 +2,6 @@
 #include <sndfile.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 
 #include "base/paths.h"
@@ -146,7 +143,6 @@ TEST_F(Decode, readsEveryFormatAtEveryRate) {
         {"float, 22.05 kHz", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 22050, 2, 1e-4},
         {"double, 192 kHz", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, 192000, 2, 1e-4},
         {"8 kHz", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 8000, 2, 1e-4},
-        {"11.025 kHz mono", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 11025, 1, 1e-4},
         {"odd rate", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44099, 2, 1e-4},
         {"5.1, all alike", SF_FORMAT_WAVEX | SF_FORMAT_PCM_16, 44100, 6, 1e-4},
         {"RIFX", SF_FORMAT_WAV | SF_FORMAT_PCM_16 | SF_ENDIAN_BIG, 44100, 2, 1e-4},
@@ -344,9 +340,7 @@ TEST_F(Decode, findsMp3InsideOfWav) {
 }
 
 TEST_F(Decode, playsWhatIsLeftOfOggAndFlac) {
-    Samples signal(2 * 10 * 44100);  // of several pages
-    std::mt19937 random(8);
-    for (float& sample : signal) sample = static_cast<float>(random()) / 1e10F;
+    const Samples signal = noise16(10 * 44100, 8);  // of several pages
     const Samples whole = decode(encode("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 2, signal));
     const std::string bytes = readFile(dir / "a.ogg");
     const Samples cut = decode(dir.write("cut", bytes.substr(0, bytes.size() * 4 / 5)));
@@ -370,9 +364,7 @@ TEST_F(Decode, playsWhatIsLeftOfOggAndFlac) {
 
 // As a stick that is pulled out: unlike a file that was cut off before it was opened.
 TEST_F(Decode, failsWhereAFileCanNoLongerBeRead) {
-    Samples signal(2 * 5 * 48000);  // much more than is read at once
-    std::mt19937 random(8);
-    for (float& sample : signal) sample = static_cast<float>(random()) / 1e10F;
+    const Samples signal = noise16(5 * 48000, 8);  // much more than is read at once
     std::vector<std::string> files{encodeMp3("a.mp3", "-V 4", 44100, 2), encodeMp3("b.mp3", "-b 64", 22050, 1)};
     for (const int format :
          {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_FLAC | SF_FORMAT_PCM_16})
@@ -417,14 +409,12 @@ TEST_F(Decode, continuesExactlyAfterSeek) {
         for (const std::int64_t place : places) {
             source->seek(place);
             const std::int64_t from = std::clamp<std::int64_t>(place, 0, frames);
+            const auto count = std::min<std::int64_t>(3000, frames - from);
             Samples part(2 * 3000);
-            ASSERT_EQ(source->read(part.data(), 3000),
-                      static_cast<std::size_t>(std::min<std::int64_t>(3000, frames - from)));
-            double worst = 0;
-            for (std::int64_t i = 2 * from; i < 2 * std::min(from + 3000, frames); ++i)
-                worst = std::max<double>(
-                    worst, std::abs(part[static_cast<std::size_t>(i - 2 * from)] - whole[static_cast<std::size_t>(i)]));
-            ASSERT_LT(worst, 1e-5) << "from " << from << " of " << frames;
+            ASSERT_EQ(source->read(part.data(), 3000), static_cast<std::size_t>(count));
+            const auto isNear = [](float one, float other) { return std::abs(one - other) < 1e-5F; };
+            ASSERT_TRUE(std::equal(part.begin(), part.begin() + 2 * count, whole.begin() + 2 * from, isNear))
+                << "from " << from << " of " << frames;
         }
     }
 }
@@ -458,14 +448,10 @@ TEST_F(Decode, refusesWhatIsNoSound) {
     };
     for (const auto& [name, bytes] : kCases) EXPECT_FALSE(openSource(dir.write(name, bytes))) << name;
 
-    EXPECT_FALSE(openSource(""));
-    EXPECT_FALSE(openSource(dir / "missing.mp3"));
-    EXPECT_FALSE(openSource(dir / "missing/a.mp3"));
-    EXPECT_FALSE(openSource(dir / "."));
-    EXPECT_FALSE(openSource("\xFF\xFE not UTF-8"));
-    EXPECT_FALSE(openSource("/dev/zero"));
     ASSERT_EQ(mkfifo((dir / "pipe.mp3").c_str(), 0600), 0);
-    EXPECT_FALSE(openSource(dir / "pipe.mp3"));
+    for (const std::string& path : {std::string(), dir / "missing.mp3", dir / "missing/a.mp3", dir.path(),
+                                    dir / "pipe.mp3", std::string("\xFF\xFE not UTF-8"), std::string("/dev/zero")})
+        EXPECT_FALSE(openSource(path)) << path;
 }
 
 }  // namespace

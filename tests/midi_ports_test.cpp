@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <jack/jack.h>
 
-#include <algorithm>
-#include <cmath>
 #include <ctime>
 #include <mutex>
 #include <optional>

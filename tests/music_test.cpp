@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
-#include <random>
 #include <thread>
 
 #include "audio/mod_Mixer.h"

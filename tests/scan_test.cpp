@@ -1,16 +1,10 @@
 // The outline of a file, as the library makes it on a thread of its own.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
 #include <future>
-#include <memory>
-#include <thread>
 
 #include "engine/library.h"
 #include "tests/no_threads.h"
-#include "tests/sound.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
 

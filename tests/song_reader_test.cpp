@@ -2,11 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <filesystem>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "music/song.h"
 #include "platform/music_performance.h"

@@ -97,21 +97,4 @@ inline double decibels(double ratio) {
     return 20 * std::log10(ratio);
 }
 
-// The shift of `sound` against `reference`, in frames, that correlates best within +-`reach`.
-inline int offsetOf(const Sound& sound, const Sound& reference, std::size_t start, std::size_t frames, int reach) {
-    int best = 0;
-    double bestSum = -1e300;
-    for (int shift = -reach; shift <= reach; ++shift) {
-        double sum = 0;
-        for (std::size_t i = 0; i < frames; ++i)
-            sum += static_cast<double>(sound[(start + i) * 2 + static_cast<std::size_t>(2 * (shift + reach))]) *
-                   static_cast<double>(reference[(start + static_cast<std::size_t>(reach) + i) * 2]);
-        if (sum > bestSum) {
-            bestSum = sum;
-            best = shift;
-        }
-    }
-    return best;
-}
-
 }  // namespace melvane::test
