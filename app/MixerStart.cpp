@@ -30,7 +30,7 @@ void addLabel(QWidget* parent, const char* name, const QRect& place, const std::
 MixerStart::MixerStart(const modLang& language) : FramelessWindow(kStartRegion, kGripEverywhere) {
     setObjectName(QStringLiteral("MixerStart"));
     setWindowTitle(QLatin1String(kProductCaption));
-    addLabel(this, "caption", {12, 24, 250, 40}, kProductCaption);
+    addLabel(this, "caption", {12, 26, 250, 36}, kProductCaption);
     addLabel(this, "songStripe", {97, 69, 39, 3});
     addLabel(this, "voiceStripe", {138, 69, 39, 3});
     addLabel(this, "tagLine", {6, 82, 262, 20}, language.ownText(OwnText::tagLine));

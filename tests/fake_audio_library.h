@@ -5,6 +5,7 @@
 #include <concepts>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "platform/audio_library.h"
+#include "platform/audio_library_file.h"
 #include "tests/mp3_tag.h"
 
 namespace melvane::test {
@@ -37,7 +39,6 @@ public:
     bool captureStarts = true;
     bool encoderExists = true;
     bool encoderStarts = true;
-    bool encoderAlive = true;  // until BASS_Encode_Stop
     // What the encoder writes; by default whole.
     std::string product = taggedMp3(440);
     std::int64_t framesCaptured = 440;
@@ -186,7 +187,7 @@ public:
         product_ = words.substr(words.find('<') + 1, words.rfind('>') - words.find('<') - 1);
         return encoderStarts;
     }
-    bool BASS_Encode_IsActive(Handle) const override { return finishing_ ? polls_ > 0 && polls_-- > 0 : encoderAlive; }
+    bool BASS_Encode_IsActive(Handle) const override { return !finishing_ || (polls_ > 0 && polls_-- > 0); }
     bool BASS_Encode_Stop(Handle handle) override {
         finishing_ = true;
         polls_ = encoderFinishes;
@@ -254,6 +255,27 @@ private:
     Handle capture_ = 0;
     bool finishing_ = false;
     mutable int polls_ = 0;
+};
+
+// The file of such a library.
+class FakeLibraryFile : public AudioLibraryFile {
+public:
+    std::set<std::string> files = {"/program/lib"};  // that there are
+    std::uint32_t version = 0x00020002;
+    std::string loaded;
+    // Null once it was handed out; further ones are as they come.
+    std::unique_ptr<FakeAudioLibrary> first = std::make_unique<FakeAudioLibrary>();
+
+    std::string fileName() const override { return "lib"; }
+    bool exists(const std::string& path) const override { return files.contains(path); }
+    bool load(const std::string& path) override {
+        loaded = path;
+        return true;
+    }
+    std::uint32_t BASS_GetVersion() const override { return version; }
+    std::unique_ptr<AudioLibrary> create(const AudioLibraryOptions&) override {
+        return first ? std::move(first) : std::make_unique<FakeAudioLibrary>();
+    }
 };
 
 }  // namespace melvane::test

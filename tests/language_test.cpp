@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <string>
 
 #include "settings/instrument_names.h"
 #include "settings/language_tables.h"
@@ -28,12 +27,9 @@ TEST(Language, EveryEntryHasItsPlaceInBothTables) {
         EXPECT_EQ(polish.lang(row.number).empty(), row.number == 64) << row.number;
         EXPECT_EQ(english.lang(row.number).empty(), row.number == 60) << row.number;
     }
-    EXPECT_EQ(rows.size(), 54U);
     // Those that look like mistakes are as users know them.
     EXPECT_EQ(english.lang(LangEntry::stopMixingFirst), "Zakończ miksowanie.");
     EXPECT_EQ(english.lang(LangEntry::vocalBass), "Vocal Treble");
-    EXPECT_EQ(polish.lang(LangEntry::overwrite), "Podany plik już istnieje.\r\nCzy chcesz kontynuować?");
-    EXPECT_EQ(polish.lang(LangEntry::restoreMidi), "Przywróć oryginalne ustawienia midi");
     EXPECT_EQ(english.lang(LangEntry::channelVolume) + "4" + english.lang(LangEntry::channelVolumeEnd),
               "Channel 4 volume");
 }

@@ -1,25 +1,13 @@
 // MIDI backgrounds without sound: what is read from a song, what is sent to its player.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-
-#include "desktop/local_file_names.h"
-#include "desktop/private_folder.h"
 #include "midi/channel_reader.h"
-#include "midi/midi_background.h"
 #include "midi/song_file.h"
-#include "tests/fake_music.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
+#include "tests/silent_parts.h"
 
 namespace melvane {
 namespace {
 
 using namespace melvane::test;
 using namespace std::string_literals;
-using Words = std::vector<std::string>;
 
 TEST(ChannelReader, TakesTheFirstValuesThatCount) {
     const struct {
@@ -50,30 +38,13 @@ TEST(ChannelReader, TakesTheFirstValuesThatCount) {
     }
 }
 
-struct MidiFixture : testing::Test {
-    TempDir dir;
-    FakeMusic music;
-    FakeSystemMixer systemMixer;
-    Settings settings;
-    RunState run;
-    FakeFileNames names;
-    FakeDialogs dialogs;
-    std::function<void()> onEvents = [] {};
-    MidiBackground midi{music, systemMixer, run, settings, names, dialogs, [this] { onEvents(); }};
-    const MidiState& state = midi.state();
+struct MidiFixture : SilentMidi {
     const std::string bytes = songOf("\x90\x93\x99\xB3\x07\x40");
 
     MidiFixture() {
         names.temporaryMidi = dir / "tmp.mid";
         midi.ReadMap();
     }
-    // What was sent meanwhile is forgotten.
-    std::string open(std::string fileName) {
-        midi.OpenMidi(fileName);
-        music.calls.clear();
-        return fileName;
-    }
-    Words calls() { return std::exchange(music.calls, {}); }
 };
 
 TEST_F(MidiFixture, WithoutAMixerOneBoxSaysSo) {
@@ -181,9 +152,9 @@ TEST_F(MidiFixture, SettingsAreSentAsTheyAreMade) {
     settings.volume[0] = 0;
     midi.SetMidiVolume();
     midi.transpose(-2.5);
-    EXPECT_EQ(calls(), (Words{"sendPatch 0 1 3 25 0 0", "sendMidi 10 1 3 176 7 90", "sendMidi 0 1 0 176 10 10",
-                              "sendPatch 0 1 3 0 0 0", "sendMidi 10 1 3 176 7 0", "sendMidi 0 1 3 176 10 64",
-                              "setMasterVolume -3000", "sendTranspose 0 1 0 -2", "sendTranspose 0 1 3 -2"}));
+    EXPECT_EQ(sent(), (Words{"sendPatch 0 1 3 25 0 0", "sendMidi 10 1 3 176 7 90", "sendMidi 0 1 0 176 10 10",
+                             "sendPatch 0 1 3 0 0 0", "sendMidi 10 1 3 176 7 0", "sendMidi 0 1 3 176 10 64",
+                             "setMasterVolume -3000", "sendTranspose 0 1 0 -2", "sendTranspose 0 1 3 -2"}));
     for (const std::int16_t far : {std::int16_t{781}, std::int16_t{-710}}) {
         settings.volume[0] = far;
         EXPECT_THROW(midi.SetMidiVolume(), OverflowError);
@@ -193,54 +164,44 @@ TEST_F(MidiFixture, SettingsAreSentAsTheyAreMade) {
     EXPECT_EQ(midi.failure(), MidiFailure::operationNotApplied);
 
     midi.MidiRestore();
-    EXPECT_EQ(calls(), Words{"liftChannelSettings"});
+    EXPECT_EQ(sent(), Words{"liftChannelSettings"});
     EXPECT_TRUE(state.ChannelInfo[3].volume == 64 && state.ChannelInfo[3].switchedOn == -1);
     EXPECT_EQ(updates, 2);
     music.messagesLeft = 1;
     midi.ApplyChannelSettings();
-    EXPECT_EQ(calls(), Words{"sendPatch 0 1 0 0 0 0"}) << "ends at the first failure";
+    EXPECT_EQ(sent(), Words{"sendPatch 0 1 0 0 0 0"}) << "ends at the first failure";
 }
 
-TEST_F(MidiFixture, PortsAreChosenByTheirNames) {
-    const Words both = {"A Microsoft MIDI Mapper", "microsoft gs WAVETABLE synth", "x"};
-    const struct {
-        Words ports;
-        std::int32_t before, after;
-        const char* opened;
-    } cases[] = {{both, -5, 2, "setPort 2 80"},   {both, 7, 2, "setPort 2 80"}, {both, 3, 3, "setPort 3 80"},
-                 {both, -1, -1, "setPort 0 80"},  {both, 0, 0, "setPort 0 80"}, {{both[0]}, -5, 1, "setPort 1 80"},
-                 {{"x"}, -5, -1, "setPort 0 80"}, {{}, 1, -1, "setPort 0 80"}};
-    std::string file = dir.write("a.mid", bytes);
-    for (const auto& c : cases) {
-        music.ports = c.ports;
-        settings.midiPort = c.before;
-        midi.ReadMap();
-        EXPECT_EQ(settings.midiPort, c.after);
-        EXPECT_EQ(state.midiPorts, c.ports);
-        midi.OpenMidi(file);
-        EXPECT_EQ(std::ranges::count(calls(), c.opened), 1) << c.before << c.opened;
-        EXPECT_EQ(music.openPorts, 1);
-    }
-}
-
-TEST_F(MidiFixture, APortIsTheOneOfItsNameAndMissedWhenItHasGone) {
+TEST_F(MidiFixture, APortIsChosenByItsNameAndMissedWhenItHasGone) {
     std::string file = dir.write("a.mid", bytes);
     const auto openedOn = [&](Words ports) {
         music.ports = std::move(ports);
         midi.ReadMap();
-        calls();
+        EXPECT_EQ(state.midiPorts, music.ports);
+        sent();
         midi.OpenMidi(file);
-        const Words all = calls();
+        EXPECT_EQ(music.openPorts, 1);
+        const Words all = sent();
         return *std::ranges::find_if(all, [](const std::string& call) { return call.starts_with("setPort"); }) + " " +
                midi.missingPort();
     };
+    const Words both = {"A Microsoft MIDI Mapper", "microsoft gs WAVETABLE synth", "x"};
+    const struct {
+        Words ports;
+        std::int32_t before, after;
+    } cases[] = {{both, -5, 2}, {both, 7, 2},    {both, 3, 3}, {both, -1, -1},
+                 {both, 0, 0},  {{"x"}, -5, -1}, {{}, 1, -1},  {{both[0]}, -5, 1}};
+    for (const auto& c : cases) {
+        settings.midiPort = c.before;
+        EXPECT_EQ(openedOn(c.ports), "setPort " + std::to_string(std::max(c.after, 0)) + " 80 ") << c.before;
+        EXPECT_EQ(settings.midiPort, c.after);
+    }
     settings.midiPort = 1;
     EXPECT_EQ(openedOn({"synth", "keys", "piano"}), "setPort 1 80 ");
     EXPECT_TRUE(midi.onDevice());
     EXPECT_EQ(openedOn({"synth", "organ", "keys"}), "setPort 2 80 ");
     EXPECT_EQ(openedOn({"synth", "organ", "piano"}), "setPort 0 80 keys");
     EXPECT_FALSE(midi.onDevice());
-    EXPECT_EQ(openedOn({"synth"}), "setPort 0 80 keys");
     EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 ");
     music.devicesOpen = false;
     EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 keys");
@@ -252,11 +213,11 @@ TEST_F(MidiFixture, ASongIsOpenedPlayedAndClosed) {
     EXPECT_FALSE(midi.PlayMidi());
     midi.CloseDevice();
     midi.StopMidi();
-    EXPECT_EQ(calls(), Words{});
+    EXPECT_EQ(sent(), Words{});
     run.key = 1.5;
     std::string file = dir.write("a.kar", bytes + "#VEXMidi\r\nch03:1,0,9,9,9\r\n#End VEXMidi");
     midi.OpenMidi(file);
-    Words opening = calls();
+    Words opening = sent();
     std::ranges::sort(opening);
     EXPECT_EQ(opening, (Words{"download", "loadSegment 27", "sendTranspose 0 1 0 2", "sendTranspose 0 1 3 2",
                               "setMasterTempo 1.000000", "setMasterVolume 1200", "setPort 0 80"}));
@@ -267,7 +228,7 @@ TEST_F(MidiFixture, ASongIsOpenedPlayedAndClosed) {
     midi.StopMidi();
     EXPECT_FALSE(midi.playing());
     midi.CloseDevice();
-    EXPECT_EQ(calls(), (Words{"playSegment", "stop", "stop", "unload", "closeDown 80"}));
+    EXPECT_EQ(sent(), (Words{"playSegment", "stop", "stop", "unload", "closeDown 80"}));
     EXPECT_FALSE(midi.loaded() || midi.playing() || midi.stream() || music.openPorts);
 }
 
@@ -293,21 +254,21 @@ TEST_F(MidiFixture, WhatFailsIsToldAndTriedAgain) {
     music.portOpens = true;
     midi.reopen();
     EXPECT_TRUE(midi.loaded() && midi.failure() == MidiFailure::none);
-    EXPECT_EQ(calls().back(), "sendMidi 10 1 3 176 7 0") << "what the user switched off stays off";
+    EXPECT_EQ(sent().back(), "sendMidi 10 1 3 176 7 0") << "what the user switched off stays off";
     EXPECT_EQ(state.ChannelInfo[3].switchedOn, 0);
     music.plays = false;
     EXPECT_FALSE(midi.PlayMidi());
     EXPECT_EQ(midi.failureText(), "refused: playSegment");
     music.plays = true;
-    calls();
+    sent();
     const std::int16_t before = state.InitialChannel[0].instrument;
     midi.setChannelInstrument(0, 25);
     midi.reopen();
-    EXPECT_EQ(std::ranges::count(calls(), "sendPatch 0 1 0 25 0 0"), 2) << "also where the song has the first program";
+    EXPECT_EQ(std::ranges::count(sent(), "sendPatch 0 1 0 25 0 0"), 2) << "also where the song has the first program";
     midi.MidiRestore();
     EXPECT_EQ(state.ChannelInfo[0].instrument, before);
     midi.reopen();
-    for (const std::string& call : calls()) EXPECT_FALSE(call.starts_with("sendPatch")) << "it is the song's again";
+    for (const std::string& call : sent()) EXPECT_FALSE(call.starts_with("sendPatch")) << "it is the song's again";
     midi.CloseDevice();
     midi.reopen();
     EXPECT_FALSE(midi.loaded()) << "nothing is open";
@@ -332,43 +293,6 @@ TEST_F(MidiFixture, TheLastRequestCounts) {
             EXPECT_EQ(music.openPorts, opens ? 1 : 0) << moment;
             EXPECT_TRUE(!opens || state.ChannelInfo[1].channelNumber == 2) << moment;
         }
-}
-
-namespace fs = std::filesystem;
-
-TEST(LocalFileNames, ASongThatWasTakenOutLiesInAFolderOfThisProcess) {
-    const TempDir places;
-    const std::string home = places / "run";
-    fs::create_directories(home + "/melvane-song-mine!!");
-    std::ofstream(home + "/melvane-song-mine!!/tmp.mid") << "a user's own";
-    setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
-    const LocalFileNames one;
-    auto other = std::make_unique<LocalFileNames>();
-    const fs::path song = one.temporaryMidiFile();
-    const fs::path released = other->temporaryMidiFile();
-    EXPECT_EQ(song, one.temporaryMidiFile());
-    EXPECT_NE(song, released);
-    EXPECT_EQ(song.filename(), "tmp.mid");
-    EXPECT_EQ(fs::path(home), song.parent_path().parent_path());
-    EXPECT_EQ(fs::status(song.parent_path()).permissions(), fs::perms::owner_all);
-    std::ofstream(song) << "song";
-    std::ofstream(released) << "song";
-    other.reset();
-    EXPECT_FALSE(fs::exists(released.parent_path()));
-
-    const auto folders = [&] { return std::distance(fs::directory_iterator(home), {}); };
-    const auto before = folders();
-    const pid_t child = fork();
-    if (child == 0) {
-        const LocalFileNames killed;
-        std::ofstream(killed.temporaryMidiFile()) << "song";
-        _exit(0);
-    }
-    waitpid(child, nullptr, 0);
-    EXPECT_EQ(folders(), before + 1);
-    PrivateFolder::removeLeftovers();
-    EXPECT_EQ(folders(), before) << "what a killed process left is gone";
-    EXPECT_TRUE(fs::exists(song) && fs::exists(home + "/melvane-song-mine!!/tmp.mid"));
 }
 
 }  // namespace

@@ -1,31 +1,17 @@
 // The order of a run's calls, the choice of the recording input and what a failure leaves behind.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <optional>
-
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
 #include "desktop/local_destinations.h"
-#include "state/errors.h"
-#include "tests/fake_audio_library.h"
-#include "tests/fake_library_file.h"
-#include "tests/fake_music.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
+#include "tests/silent_parts.h"
 
 namespace melvane {
 namespace {
 
 using namespace melvane::test;
-using Calls = std::vector<std::string>;
 
-struct MixingRunFixture : testing::Test {
-    MixingRunFixture() {
-        language.InitLanguage("", "en");
-        mixer.fields() = {"/music/song.mp3", "/music/voice.wav", dir / "mix.mp3"};
-    }
+struct MixingRunFixture : SilentParts {
+    MixingRunFixture() { mixer.fields() = {"/music/song.mp3", "/music/voice.wav", dir / "mix.mp3"}; }
     std::string callsWith(const std::string& word) const {
         std::string found;
         for (const std::string& call : library.calls)
@@ -33,7 +19,7 @@ struct MixingRunFixture : testing::Test {
         return found;
     }
     // The first of `steps` that is not called after the ones before it; "" when all are.
-    std::string firstMissing(const Calls& steps) const {
+    std::string firstMissing(const Words& steps) const {
         auto from = library.calls.begin();
         for (const std::string& step : steps) {
             from = std::find(from, library.calls.end(), step);
@@ -43,25 +29,17 @@ struct MixingRunFixture : testing::Test {
     }
     // Inputs with their levels.
     std::string switchedOn() const {
-        std::string names;
+        std::string all;
         for (const auto& input : library.inputs)
             if (!(input.setting & BASS_INPUT_OFF))
-                names += input.name + " " + std::to_string(input.setting & 0xFFFF) + "; ";
-        return names;
+                all += input.name + " " + std::to_string(input.setting & 0xFFFF) + "; ";
+        return all;
     }
 
-    TempDir dir;
-    FakeAudioLibrary library;
-    FakeDialogs dialogs;
-    FakeShell shell;
-    FakeFileNames fileNames;
     LocalDestinations destinations;
-    FakeMusic music;
-    FakeSystemMixer systemMixer;
-    modLang language;
     int events = 0;
     std::function<void()> onEvents = [] {};
-    Mixer mixer{{library, music, systemMixer, fileNames, destinations, dialogs, shell, language, [this] {
+    Mixer mixer{{library, music, systemMixer, names, destinations, dialogs, shell, language, [this] {
                      ++events;
                      onEvents();
                  }}};
@@ -97,15 +75,15 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
             EXPECT_EQ(std::ranges::count(library.calls, "BASS_StreamFree 23"), 1) << "the mix that was opened";
             break;
         }
-        for (const Calls& steps :
-             {Calls{"holdCard", "BASS_ChannelPlay 2 0", "BASS_RecordStart 44100 2 32",
+        for (const Words& steps :
+             {Words{"holdCard", "BASS_ChannelPlay 2 0", "BASS_RecordStart 44100 2 32",
                     "BASS_Encode_Start 4 lame.exe --alt-preset standard - <" + written + "> 0", "BASS_ChannelPlay 4 0",
                     "resumeCard", "holdCard", "BASS_Encode_Stop 4", "BASS_StreamCreateFile " + written + " 0",
                     "BASS_MusicFree 2", "resumeCard"},
-              Calls{"holdCard", "BASS_StreamCreateFile /music/song.mp3 2097152", "BASS_FX_TempoCreate 1 65536",
+              Words{"holdCard", "BASS_StreamCreateFile /music/song.mp3 2097152", "BASS_FX_TempoCreate 1 65536",
                     "BASS_ChannelPlay 2 0", "holdCardAtEndOf 2", "BASS_ChannelSetAttributes 2 44100 80 -20",
                     "BASS_FX_TempoSet 2 -100.000000 0.000000 -1.500000", "resumeCard"},
-              Calls{"holdCard", "BASS_StreamCreateFile /music/voice.wav 4", "BASS_ChannelPlay 3 0",
+              Words{"holdCard", "BASS_StreamCreateFile /music/voice.wav 4", "BASS_ChannelPlay 3 0",
                     "BASS_ChannelSetAttributes 3 44100 60 103", "resumeCard", "BASS_ChannelStop 4",
                     "BASS_ChannelStop 3", "BASS_MusicFree 3"}})
             EXPECT_EQ(firstMissing(steps), "");
@@ -118,6 +96,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
     const std::string mix = dir / "mix.mp3";
     const std::string inside = dir / "none/mix.mp3";
     using Failure = RunFailure;
+    DestinationClaim other;
     const struct {
         std::function<void()> arrange;
         Failure failure;
@@ -130,6 +109,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
         {[&] { mixer.fields().vocal = dir / "./mix.mp3"; }, Failure::destinationIsSource, "one of the source files"},
         {[&] { mixer.fields().destination = inside; }, Failure::destinationNotWritable, inside},
         {[&] { mixer.fields().destination = dir.path(); }, Failure::destinationNotWritable, dir.path()},
+        {[&] { other = destinations.claim(mix, true); }, Failure::destinationBusy, "Another mix"},
         {[&] { library.captureStarts = false; }, Failure::captureNotStarted, "recorded"},
         {[&] { library.capturePlays = false; }, Failure::noThread, "threads"},
         {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "lame"},
@@ -158,6 +138,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
             mixer.mixingRun().mi_button_Click();
             library.position = library.length;
             mixer.mixingRun().Timer1_Timer();
+            other = {};
             EXPECT_FALSE(mixer.isRunning()) << c.says;
             EXPECT_EQ(mixer.run().failure, c.failure) << c.says;
             EXPECT_NE(runMessage(language, mixer.run()).find(c.says), std::string::npos) << c.says;
@@ -169,8 +150,8 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
                 << c.says;
             EXPECT_EQ(std::ranges::count(library.calls, "holdCard"), std::ranges::count(library.calls, "resumeCard"));
         }
-    const Calls boxes{"Melvane: Source or destiny files not defined.", "Melvane: Error playing Midi file"};
-    EXPECT_EQ(dialogs.boxes, (Calls{boxes[0], boxes[1], boxes[0], boxes[1]}));
+    const Words boxes{"Melvane: Source or destiny files not defined.", "Melvane: Error playing Midi file"};
+    EXPECT_EQ(dialogs.boxes, (Words{boxes[0], boxes[1], boxes[0], boxes[1]}));
 }
 
 TEST_F(MixingRunFixture, OpensFilesWhileWindowEventsRunAndAStopMeanwhileLeavesNothingBehind) {
@@ -193,48 +174,33 @@ TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
     constexpr std::uint32_t kOff = BASS_INPUT_OFF;
     constexpr std::uint32_t kAnalogue = BASS_INPUT_TYPE_ANALOG;
     constexpr std::uint32_t kMic = BASS_INPUT_TYPE_MIC;
-    const struct {
-        Inputs inputs;
-        std::optional<std::int16_t> forced;
-        const char *inTheRun, *afterIt;
-        std::int16_t detected;  // 5: none
-    } cases[] = {
-        {{{"Mic", kAnalogue | 20}, {"Line In", kAnalogue | kOff | 5}, {"Stereo Mix", kAnalogue | kOff}},
-         {},
-         "Stereo Mix 100; ",
-         "Mic 20; ",
-         2},
-        {{{"What U Hear", kAnalogue | kOff}, {"Stereo Mix", kAnalogue | 7}},
-         {},
-         "What U Hear 100; Stereo Mix 100; ",
-         "Stereo Mix 7; ",
-         1},
-        {{{"stereo mix", kAnalogue | 9}}, {}, "", "stereo mix 9; ", 5},
-        {{{"Mic", kMic | 3}, {"Line", kMic | 4}, {"Stereo Mix", kMic | kOff}}, {}, "", "Line 4; ", 2},
-        {{{"Stereo In", kMic | kOff | 8}, {"Line", kMic | kOff}}, {}, "Stereo In 100; ", "Stereo In 0; ", 0},
-        {{{"Stereo Mix", kAnalogue}, {"Stereo Mic", kMic | kOff}, {"B", kMic | kOff}, {"C", kMic | kOff}},
-         3,
-         "C 100; ",
-         "Stereo Mix 0; ",
-         0},
-    };
-    for (const auto& c : cases) {
-        library.inputs = c.inputs;
+    const auto expectInputs = [&](const Inputs& inputs, const std::string& inTheRun, const std::string& afterIt,
+                                  std::int16_t detected, std::optional<std::int16_t> forced = {}) {
+        library.inputs = inputs;
         mixer.run().savedInput = mixer.run().savedLevel = 0;
         mixer.Form_Load(nullptr);
-        mixer.settings().forceMixDevice = c.forced ? 1 : 0;
-        mixer.settings().mixDevice = c.forced.value_or(0);
+        mixer.settings().forceMixDevice = forced ? 1 : 0;
+        mixer.settings().mixDevice = forced.value_or(0);
         library.position = 0;
         mixer.mixingRun().mi_button_Click();
-        EXPECT_EQ(switchedOn(), c.inTheRun);
-        EXPECT_EQ(mixer.run().recordsSilence, switchedOn().empty());
+        EXPECT_EQ(switchedOn(), inTheRun);
+        EXPECT_EQ(mixer.run().recordsSilence, inTheRun.empty());
         mixer.mixingRun().stopRec();
-        EXPECT_EQ(switchedOn(), c.afterIt);
+        EXPECT_EQ(switchedOn(), afterIt);
         mixer.settings().mixDevice = 5;
         RecordingInput(library, mixer.run(), mixer.settings()).DetectMixDevice();
-        EXPECT_EQ(mixer.settings().mixDevice, c.detected);
+        EXPECT_EQ(mixer.settings().mixDevice, detected);
         EXPECT_EQ(switchedOn(), "");
-    }
+    };
+    expectInputs({{"Mic", kAnalogue | 20}, {"Line In", kAnalogue | kOff | 5}, {"Stereo Mix", kAnalogue | kOff}},
+                 "Stereo Mix 100; ", "Mic 20; ", 2);
+    expectInputs({{"What U Hear", kAnalogue | kOff}, {"Stereo Mix", kAnalogue | 7}},
+                 "What U Hear 100; Stereo Mix 100; ", "Stereo Mix 7; ", 1);
+    expectInputs({{"stereo mix", kAnalogue | 9}}, "", "stereo mix 9; ", 5);
+    expectInputs({{"Mic", kMic | 3}, {"Line", kMic | 4}, {"Stereo Mix", kMic | kOff}}, "", "Line 4; ", 2);
+    expectInputs({{"Stereo In", kMic | kOff | 8}, {"Line", kMic | kOff}}, "Stereo In 100; ", "Stereo In 0; ", 0);
+    expectInputs({{"Stereo Mix", kAnalogue}, {"Stereo Mic", kMic | kOff}, {"B", kMic | kOff}, {"C", kMic | kOff}},
+                 "C 100; ", "Stereo Mix 0; ", 0, 3);
 
     // The forced one and the user's own are found again by their names.
     mixer.settings().forceMixDevice = 1;
@@ -298,16 +264,8 @@ TEST_F(MixingRunFixture, AttachesTheEffectsInOrderAndSetsWhatTheUserChose) {
 TEST(StartChecks, RefuseInOrder) {
     const FakeFileNames names;
     const std::set<std::string> both{"/system/lib", "/program/lib"};
-    using Case = std::tuple<std::set<std::string>, std::uint32_t, std::function<void(FakeAudioLibrary&)>,
-                            std::optional<LangEntry>, const char*, bool>;
-    const Case cases[] = {
-        {{}, 0, [](auto&) {}, LangEntry::libraryMissing, "", false},
-        {both, 0x00020003, [](auto&) {}, LangEntry::wrongVersion, "/program/lib", false},
-        {both, 0x00020002, [](auto& l) { l.initialises = false; }, LangEntry::cannotInitialise, "/program/lib", true},
-        {both, 0x00020002, [](auto& l) { l.info.dsver = 7; }, LangEntry::interfaceTooOld, "/program/lib", true},
-        {{"/system/lib"}, 0x00020002, [](auto&) {}, std::nullopt, "/system/lib", true},
-    };
-    for (const auto& [files, version, arrange, message, loaded, created] : cases) {
+    const auto expectStart = [&](const std::set<std::string>& files, std::uint32_t version, const auto& arrange,
+                                 std::optional<LangEntry> message, const std::string& loaded, bool created) {
         FakeLibraryFile file;
         file.files = files;
         file.version = version;
@@ -317,7 +275,15 @@ TEST(StartChecks, RefuseInOrder) {
         EXPECT_EQ(result.library != nullptr, !message);
         EXPECT_EQ(file.loaded, loaded);
         EXPECT_EQ(!file.first, created);
-    }
+    };
+    const auto well = [](FakeAudioLibrary&) {};
+    const auto notInitialised = [](FakeAudioLibrary& library) { library.initialises = false; };
+    const auto old = [](FakeAudioLibrary& library) { library.info.dsver = 7; };
+    expectStart({}, 0, well, LangEntry::libraryMissing, "", false);
+    expectStart(both, 0x00020003, well, LangEntry::wrongVersion, "/program/lib", false);
+    expectStart(both, 0x00020002, notInitialised, LangEntry::cannotInitialise, "/program/lib", true);
+    expectStart(both, 0x00020002, old, LangEntry::interfaceTooOld, "/program/lib", true);
+    expectStart({"/system/lib"}, 0x00020002, well, std::nullopt, "/system/lib", true);
 }
 
 }  // namespace

@@ -7,26 +7,13 @@
 #include "app/program.h"
 #include "desktop/local_destinations.h"
 #include "desktop/registry_file.h"
-#include "tests/fake_library_file.h"
+#include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
 #include "tests/fake_platform.h"
 #include "tests/temp_dir.h"
 #include "tests/window_events.h"
 
 namespace melvane::test {
-
-// Where there is no window manager the test gives the focus as one does.
-inline bool giveFocus(QWidget& window) {
-    window.activateWindow();
-    return QTest::qWaitForWindowActive(&window);
-}
-
-inline void click(QWidget& control) {
-    clickAt(*control.window(), control.mapTo(control.window(), control.rect().center()));
-}
-inline void click(const QWidget& window, const char* name) {
-    click(find<QWidget>(window, name));
-}
 
 // With a registry, dialogs and a shell of the test's own.
 struct ProgramUnderTest {
@@ -37,13 +24,16 @@ struct ProgramUnderTest {
     RegistryFile registry{dir / "registry.json"};
     std::optional<Program> program;
 
-    // Through the start window into the main one, which has the focus then.
-    void start(AudioLibraryFile& file, const FileNames& names, std::function<Instruments(AudioLibrary&)> createMusic) {
+    // Shows the start window.
+    void launch(AudioLibraryFile& file, const FileNames& names, std::function<Instruments(AudioLibrary&)> createMusic,
+                const std::vector<std::string>& files = {}) {
         program.reset();
-        program.emplace(Foundation{file, std::move(createMusic), registry, names, destinations, dialogs, shell},
-                        std::vector<std::string>());
+        program.emplace(Foundation{file, std::move(createMusic), registry, names, destinations, dialogs, shell}, files);
+    }
+    // Into the main window, which has the focus then.
+    void enter() {
         ASSERT_TRUE(giveFocus(program->startWindow()));
-        click(program->startWindow(), "CON");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
         ASSERT_FALSE(program->startWindow().isVisible());
         ASSERT_TRUE(giveFocus(main()));
     }
@@ -75,12 +65,17 @@ struct SilentProgram : ProgramUnderTest {
 
     SilentProgram() { restart(); }
     ~SilentProgram() { program.reset(); }
-    void restart() {
-        start(libraryFile, names, [this](AudioLibrary&) {
+    void launch(const std::vector<std::string>& files = {}) {
+        const auto createMusic = [this](AudioLibrary&) {
             auto made = std::make_unique<FakeMusic>();
             music = made.get();
             return Instruments{std::move(made), std::make_unique<FakeSystemMixer>()};
-        });
+        };
+        ProgramUnderTest::launch(libraryFile, names, createMusic, files);
+    }
+    void restart() {
+        launch();
+        enter();
     }
 };
 

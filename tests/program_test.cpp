@@ -7,7 +7,6 @@
 #include <QStandardPaths>
 #include <QUrl>
 #include <numeric>
-#include <optional>
 #include <set>
 #include <sstream>
 
@@ -73,10 +72,11 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
         if (QGuiApplication::platformName() != QStringLiteral("xcb")) GTEST_SKIP() << "Xvfb is not installed";
         ASSERT_TRUE(server.ready());
         runningBefore = running();
-        start(libraryFile, names, [](AudioLibrary& library) {
+        launch(libraryFile, names, [](AudioLibrary& library) {
             music::Music made = music::createMusic(library, {});
             return Instruments{std::move(made.system), std::move(made.mixer)};
         });
+        enter();
     }
     void TearDown() override {
         if (program) closeProgram();
@@ -170,12 +170,10 @@ double toneAt(const Sound& sound, double hertz, double second) {
 
 // What a window shows and tells that is another text in its present language.
 std::string notPolish(const QWidget& window) {
-    std::set<std::string> english;
-    std::set<std::string> polish;
-    for (const LanguageRow& row : languageRows()) english.insert(row.english), polish.insert(row.polish);
-    for (int i = 0; i < static_cast<int>(OwnText::count); ++i)
-        english.insert(ownTextRow(static_cast<OwnText>(i)).english),
-            polish.insert(ownTextRow(static_cast<OwnText>(i)).polish);
+    std::set<std::string> english, polish;
+    const auto add = [&](const auto& row) { english.insert(row.english), polish.insert(row.polish); };
+    for (const LanguageRow& row : languageRows()) add(row);
+    for (int i = 0; i < static_cast<int>(OwnText::count); ++i) add(ownTextRow(static_cast<OwnText>(i)));
     std::string found;
     QList<const QWidget*> all = window.findChildren<const QWidget*>();
     all << &window;

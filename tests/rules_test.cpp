@@ -1,8 +1,4 @@
 // Rules without windows and sound: file names, words, knobs, the choice of files, the command line.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "app/main_knobs.h"
 #include "app/source_files.h"
 #include "audio/encoder_tag.h"
@@ -10,10 +6,7 @@
 #include "effects/effect_knobs.h"
 #include "midi/channel_knobs.h"
 #include "state/errors.h"
-#include "tests/fake_audio_library.h"
-#include "tests/fake_music.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
+#include "tests/silent_parts.h"
 #include "tools/options.h"
 
 namespace melvane {
@@ -109,23 +102,13 @@ TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {
     EXPECT_EQ(syncAt(96, 0.5F), -0.04F);
 }
 
-struct SourceFilesFixture : testing::Test {
-    TempDir dir;
-    MixState state;
-    PathFields& fields = state.fields;
-    modLang language;
-    FakeDialogs dialogs;
-    FakeFileNames names;
-    FakeMusic music;
-    FakeSystemMixer systemMixer;
-    MidiBackground midi{music, systemMixer, state.run, state.settings, names, dialogs, [] {}};
-    SourceFiles files{state, midi, language, dialogs};
-
-    SourceFilesFixture() { language.InitLanguage("", "en"); }
+struct SourceFilesFixture : SilentMidi {
+    PathFields& fields = mix.fields;
+    SourceFiles files{mix, midi, language, dialogs};
 };
 
 TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination) {
-    state.settings.recDirectory = dir.path();
+    settings.recDirectory = dir.path();
     const std::string vocal = dir.write("song.wav", "");
     fields = {"", "/old.wav", "/old.mp3"};
     dialogs.nextFile = "/music/song.mp3";
@@ -236,27 +219,24 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
     EXPECT_EQ(options.destination, "-c.mp3");
     EXPECT_TRUE(parse({"--help"}).help);
-    const std::pair<std::vector<const char*>, const char*> faults[] = {{{"a", "b"}, "DESTINATION"},
-                                                                       {{"a", "b", "c", "d"}, "DESTINATION"},
-                                                                       {{"--loud"}, "--loud"},
-                                                                       {{"a", "b", "c", "--volume"}, "value"},
-                                                                       {{"--quiet=1"}, "no value"},
-                                                                       {{"--volume", "101,0"}, "0 to 100"},
-                                                                       {{"--volume", "-1,0"}, "0 to 100"},
-                                                                       {{"--volume", "50"}, "0 to 100"},
-                                                                       {{"--volume", "5,x"}, "0 to 100"},
-                                                                       {{"--volume", "99999999999,1"}, "0 to 100"},
-                                                                       {{"--volume", "50.5,1"}, "0 to 100"},
-                                                                       {{"--key", "5.1"}, "-5 to 5"},
-                                                                       {{"--key", "nan"}, "-5 to 5"},
-                                                                       {{"--sync", "0.7"}, "-0.6"},
-                                                                       {{"--tone", "1,2,3"}, "100"},
-                                                                       {{"--balance", "0,101"}, "-100"},
-                                                                       {{"--balance", "-101,0"}, "-100"},
-                                                                       {{"--mute", "17"}, "16"},
-                                                                       {{"--channel-balance", "1=128"}, "127"},
-                                                                       {{"--effects", "2,0;0,0;0,0;0,0"}, "0 or 1"},
-                                                                       {{"--preset", "14"}, "0 to 13"}};
+    using Faults = std::vector<std::pair<std::vector<const char*>, const char*>>;
+    Faults faults{{{"a", "b"}, "DESTINATION"},
+                  {{"a", "b", "c", "d"}, "DESTINATION"},
+                  {{"--loud"}, "--loud"},
+                  {{"a", "b", "c", "--volume"}, "value"},
+                  {{"--quiet=1"}, "no value"},
+                  {{"--key", "5.1"}, "-5 to 5"},
+                  {{"--key", "nan"}, "-5 to 5"},
+                  {{"--sync", "0.7"}, "-0.6"},
+                  {{"--tone", "1,2,3"}, "100"},
+                  {{"--balance", "0,101"}, "-100"},
+                  {{"--balance", "-101,0"}, "-100"},
+                  {{"--mute", "17"}, "16"},
+                  {{"--preset", "14"}, "0 to 13"},
+                  {{"--channel-balance", "1=128"}, "127"},
+                  {{"--effects", "2,0;0,0;0,0;0,0"}, "0 or 1"}};
+    for (const char* volume : {"101,0", "-1,0", "50", "5,x", "99999999999,1", "50.5,1"})
+        faults.push_back({{"--volume", volume}, "0 to 100"});
     for (const auto& [words, fault] : faults) {
         try {
             parse(words);

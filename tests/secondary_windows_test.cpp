@@ -5,14 +5,11 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 #include <QTextBrowser>
-#include <filesystem>
 
 #include "desktop/desktop_shell.h"
 #include "player/frmPlayer.h"
 #include "settings/mnuHelp.h"
-#include "tests/fake_audio_library.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
+#include "tests/silent_parts.h"
 #include "tests/window_events.h"
 
 namespace melvane {
@@ -21,19 +18,16 @@ namespace {
 using namespace melvane::test;
 
 template <typename Window>
-struct WindowFixture : testing::Test {
-    FakeDialogs dialogs;
-    modLang language;
+struct WindowFixture : SilentParts {
     QWidget owner;
     QPointer<Window> window;
 
-    WindowFixture() { language.InitLanguage("", "en"); }
     void show(Window* made) {
         window = made;
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window));
     }
-    void click(const std::string& name) { QTest::mouseClick(&find<QWidget>(*window, name.c_str()), Qt::LeftButton); }
+    void click(const std::string& name) { test::click(*window, name.c_str()); }
     bool closes() {
         return QTest::qWaitFor([this] { return window.isNull(); });
     }
@@ -41,7 +35,6 @@ struct WindowFixture : testing::Test {
 
 struct PreferencesFixture : WindowFixture<mnuHelp> {
     Settings settings;
-    FakeShell shell;
     std::vector<std::string> ports = {"Synthesiser", "Keys", "Piano"};
     std::vector<std::string> inputs = {"Mic", "Line", "Stereo Mix"};
 
@@ -103,8 +96,6 @@ TEST_F(PreferencesFixture, ListsFollowDevicesThatComeAndGo) {
     reopen({"Synthesiser", "Keys", "Piano"});
     EXPECT_EQ(shown("MidiDev"), "Piano");
     EXPECT_EQ(settings.midiPort, 2);
-    reopen({"Synthesiser"});
-    EXPECT_EQ(shown("MidiDev"), "Synthesiser");
     reopen({});
     EXPECT_FALSE(list("MidiDev").isEnabled());
     EXPECT_EQ(list("MidiDev").placeholderText().toStdString(), "(no devices)");
@@ -140,11 +131,8 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
     });
     for (const std::string code : {"pl", "en"}) {
         click("TABA0");
-        expectTidy(*window);
-        expectTidy(find<QWidget>(*window, "FM"));
         click("TABA1");
         EXPECT_FALSE(find<QWidget>(*window, "FM").isVisible());
-        expectTidy(find<QWidget>(*window, "languagePage"));
         click("language_" + code);
         EXPECT_EQ(settings.language, code);
         EXPECT_EQ(language.languageCode(), code);
@@ -159,8 +147,6 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
 }
 
 struct PlayerFixture : WindowFixture<frmPlayer> {
-    FakeAudioLibrary library;
-
     void open() { show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner)); }
     PlayBar& bar() { return find<PlayBar>(*window, "progress"); }
     std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
@@ -168,10 +154,8 @@ struct PlayerFixture : WindowFixture<frmPlayer> {
         return QTest::qWaitFor([&] { return bar().value() == units; }, 2000);
     }
     // Calls since this was asked last.
-    std::vector<std::string> calls() { return std::exchange(library.calls, {}); }
+    Words calls() { return std::exchange(library.calls, {}); }
 };
-
-using Calls = std::vector<std::string>;
 
 TEST_F(PlayerFixture, PlaysOneFile) {
     library.length = 4 * 44100 * 60;
@@ -187,18 +171,18 @@ TEST_F(PlayerFixture, PlaysOneFile) {
     library.position = library.length;
     EXPECT_TRUE(barComesTo(206));
     EXPECT_EQ(calls(),
-              (Calls{"BASS_ChannelPlay 1 0", "BASS_ChannelStop 1", "BASS_ChannelPlay 1 0", "BASS_ChannelStop 1"}))
+              (Words{"BASS_ChannelPlay 1 0", "BASS_ChannelStop 1", "BASS_ChannelPlay 1 0", "BASS_ChannelStop 1"}))
         << "at its end it is stopped";
 
     QTest::mouseClick(&bar(), Qt::LeftButton, {}, QPoint(PlayBar::kMargin + 103, 9));
     library.position = 4 * 44100 * 3;
     QTest::keyClick(&bar(), Qt::Key_Left);
     QTest::keyClick(&bar(), Qt::Key_Right);
-    EXPECT_EQ(calls(), (Calls{"BASS_ChannelSetPosition 1 5292000", "BASS_ChannelSetPosition 1 0",
+    EXPECT_EQ(calls(), (Words{"BASS_ChannelSetPosition 1 5292000", "BASS_ChannelSetPosition 1 0",
                               "BASS_ChannelSetPosition 1 1411200"}));
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(closes());
-    EXPECT_EQ(calls(), (Calls{"BASS_ChannelStop 1", "BASS_MusicFree 1"}));
+    EXPECT_EQ(calls(), (Words{"BASS_ChannelStop 1", "BASS_MusicFree 1"}));
 }
 
 TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
@@ -206,14 +190,12 @@ TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
     for (const char* code : {"en", "pl"}) {
         language.SetLanguage(code);
         open();
-        find<QWidget>(*window, "Image1").hide();
-        expectTidy(*window);
         EXPECT_EQ(find<QLabel>(*window, "Label1").toolTip().toStdString(),
                   language.ownText(OwnText::cannotPlayFile, "song.mp3"));
         calls();
         for (const char* name : {"Ed_Button1", "Ed_Button2", "Ed_Button3", "progress"}) click(name);
         QTest::keyClick(window, Qt::Key_Space);
-        EXPECT_EQ(calls(), Calls());
+        EXPECT_EQ(calls(), Words());
         delete window;
     }
 }

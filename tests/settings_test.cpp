@@ -1,17 +1,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <QByteArray>
 #include <QLockFile>
-#include <QString>
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <csignal>
-#include <filesystem>
-#include <functional>
-#include <limits>
-#include <string>
 #include <thread>
 
 #include "audio/modAudio.h"
@@ -20,7 +12,6 @@
 #include "settings/settings_store.h"
 #include "settings/window_places.h"
 #include "state/numbers.h"
-#include "state/settings.h"
 #include "tests/file_accesses.h"
 #include "tests/temp_dir.h"
 
@@ -71,7 +62,6 @@ struct RegistryFixture : testing::Test {
         EXPECT_EQ(registry.RegCloseKey(key), ERROR_SUCCESS);
         return result;
     }
-    Accesses accesses(const std::function<void()>& action) const { return accessesTo(path, action); }
 };
 
 TEST_F(RegistryFixture, SettingsSurviveARestart) {
@@ -161,17 +151,20 @@ TEST_F(RegistryFixture, AnActionReadsAndReplacesTheFileOnce) {
     put("{}");
     RecentFiles recent(store);
     Settings settings;
-    EXPECT_EQ(accesses([&] { store.load(settings); }), Accesses(1, 0));
+    EXPECT_EQ(accessesTo(path, [&] { store.load(settings); }), Accesses(1, 0));
     recent.add({"/a", "/b"});
-    EXPECT_EQ(accesses([&] { recent.add({"/b"}); }), Accesses(1, 0)) << "it is in front already";
-    EXPECT_EQ(accesses([&] { recent.add({}); }), Accesses(0, 0));
-    EXPECT_EQ(accesses([&] {
-                  const RegistryBatch batch = store.batch(RegistryAccess::change);
-                  for (const char* window : {"frmEff", "frmChann"}) WindowPlaces(store).keep(window, {1, 2});
-                  EXPECT_EQ(WindowPlaces(store).find("frmEff"), (WindowPosition{1, 2})) << "a batch sees what it wrote";
-                  store.save(Settings());
-              }),
-              Accesses(1, 1));
+    EXPECT_EQ(accessesTo(path, [&] { recent.add({"/b"}); }), Accesses(1, 0)) << "it is in front already";
+    EXPECT_EQ(accessesTo(path, [&] { recent.add({}); }), Accesses(0, 0));
+    EXPECT_EQ(
+        accessesTo(
+            path,
+            [&] {
+                const RegistryBatch batch = store.batch(RegistryAccess::change);
+                for (const char* window : {"frmEff", "frmChann"}) WindowPlaces(store).keep(window, {1, 2});
+                EXPECT_EQ(WindowPlaces(store).find("frmEff"), (WindowPosition{1, 2})) << "a batch sees what it wrote";
+                store.save(Settings());
+            }),
+        Accesses(1, 1));
 }
 
 TEST_F(RegistryFixture, BytesAndTypesSurviveAndNamesIgnoreAsciiCase) {

@@ -1,6 +1,5 @@
 // Windows of every size: by keys and preferences, at once and at the next start, with the same values under the mouse.
 #include <QComboBox>
-#include <optional>
 #include <set>
 
 #include "controls/Ed_Button.h"
@@ -10,8 +9,7 @@
 #include "settings/mnuHelp.h"
 #include "settings/window_places.h"
 #include "settings/window_zoom.h"
-#include "tests/fake_platform.h"
-#include "tests/temp_dir.h"
+#include "tests/silent_parts.h"
 #include "tests/window_events.h"
 
 namespace melvane {
@@ -19,8 +17,7 @@ namespace {
 
 using namespace melvane::test;
 
-struct ZoomFixture : testing::Test {
-    TempDir dir;
+struct ZoomFixture : SilentParts {
     RegistryFile registry{dir / "registry.json"};
     SettingsStore store{registry};
     std::optional<WindowZoom> keeper;
@@ -100,10 +97,6 @@ TEST_F(ZoomFixture, TheFirstStartTakesWhatSuitsTheScreen) {
 
 TEST_F(ZoomFixture, ThePreferencesChooseItAndFollowTheKeys) {
     Settings settings;
-    modLang language;
-    language.InitLanguage("", "en");
-    FakeShell shell;
-    FakeDialogs dialogs;
     const auto none = [] { return std::vector<std::string>(); };
     QWidget owner;
     auto* window = new mnuHelp(settings, language, shell, dialogs, none, none, &owner);
@@ -136,26 +129,10 @@ TEST_F(ZoomFixture, ADragStandsForTheSameValues) {
             drag(across, to + 93);
             EXPECT_EQ(across.position(), std::max(to + 93, 103)) << percent;
         }
-        // The knob is painted where it is taken.
-        const QPoint knob = knobOf(down) - down.pos();
-        down.setPosition(117);
-        QImage look = down.grab().toImage();
-        look.setDevicePixelRatio(1);
-        look = look.scaled(down.size());
-        const auto isKnob = [&](int below) { return look.pixelColor(knob + QPoint(0, below)) != skin::kInset; };
-        EXPECT_TRUE(isKnob(-2) || isKnob(0) || isKnob(2)) << percent << ": its grip has dark lines";
     }
 }
 
 TEST_F(ZoomFixture, OutlinesGrowSmoothly) {
-    FramelessWindow main(kMainRegion, 21);
-    for (const int percent : {100, 300}) {
-        setZoom(percent);
-        for (const QPoint p : {QPoint(0, 6), QPoint(458, 3), QPoint(445, 195), QPoint(4, 0), QPoint(459, 188)})
-            EXPECT_TRUE(main.mask().contains(p * percent / 100 + QPoint(percent / 200, percent / 200))) << p.x();
-        for (const QPoint p : {QPoint(0, 0), QPoint(459, 3), QPoint(446, 195), QPoint(455, 0), QPoint(9, 193)})
-            EXPECT_FALSE(main.mask().contains(p * percent / 100 + QPoint(percent / 200, percent / 200))) << p.x();
-    }
     for (const auto id : {kMainRegion, kWideRegion, kPlayerRegion, kStartRegion}) {
         const QRegion units = RegionFromResource(id);
         FramelessWindow window(id, 21);
@@ -165,12 +142,6 @@ TEST_F(ZoomFixture, OutlinesGrowSmoothly) {
             EXPECT_EQ(mask.boundingRect(), zoomed(units.boundingRect()));
             const QRegion off = mask.xored(QTransform::fromScale(zoomFactor(), zoomFactor()).map(units));
             for (const QRect& part : off) EXPECT_LE(std::min(part.width(), part.height()), zoomed(1)) << percent;
-            // The upper left corner goes in by a pixel or two a row, where blocks would go by `percent`.
-            int last = -1;
-            for (const QRect& row : mask& QRect(0, 0, zoomed(5), zoomed(3))) {
-                EXPECT_TRUE(last < 0 || last - row.left() <= 3) << percent;
-                last = row.left();
-            }
             const QImage look = window.grab().toImage();
             EXPECT_EQ(look.pixelColor(0, 0).alpha(), 0);
             EXPECT_EQ(look.pixelColor(look.width() / 2, look.height() - 2).alpha(), 255);
@@ -211,12 +182,6 @@ TEST_F(ZoomFixture, PicturesAreDrawnAtTheResolutionOfTheScreen) {
     const auto plain = shades();
     setZoom(300);
     EXPECT_LE(shades(), plain + 2);
-    for (const int side : {12, 36, 72}) {
-        const QImage tick = QIcon(QStringLiteral("tick#ff0000.symbol")).pixmap(QSize(side, side), 1).toImage();
-        ASSERT_EQ(tick.size(), QSize(side, side));
-        EXPECT_GT(tick.pixelColor(side * 5 / 12, side * 2 / 3).red(), side == 12 ? 0 : 254);
-        EXPECT_EQ(tick.pixelColor(0, 0).alpha(), 0);
-    }
     EXPECT_EQ(zoomedStyle(QStringLiteral("a { font-size: 11px; border: 1px; border-radius: 7px; padding: 3px 10px }")),
               QStringLiteral("a { font-size: 33px; border: 3px; border-radius: 21px; padding: 9px 30px }"));
 }
