@@ -66,6 +66,7 @@ TEST_F(MixingRunFixture, ARunIsSetUpBeforeItsFirstFrameAndEndsWithTheSong) {
         library.position = library.length;
         mixer.mixingRun().Timer1_Timer();
         EXPECT_FALSE(mixer.run().isMixing || mixer.mixingRun().busy());
+        EXPECT_EQ(callsWith("hurryEncoder"), "") << "the song came to its end";
         EXPECT_EQ(mixer.mixingRun().done(), 1);
         EXPECT_EQ(mixer.run().lastMixPath, mix);
         EXPECT_EQ(readFile(mix), library.product);
