@@ -4,6 +4,7 @@
 #include <jack/jack.h>
 
 #include <ctime>
+#include <map>
 #include <mutex>
 #include <optional>
 
@@ -164,14 +165,15 @@ protected:
 };
 
 // The channel is as a device has it without a song before anything is played on it.
-void expectReset(const std::vector<Timed>& heard, unsigned char channel, const std::vector<Bytes>& further) {
+void expectReset(const std::vector<Timed>& heard, unsigned char channel,
+                 std::map<unsigned char, unsigned char> controls, const std::vector<Bytes>& tuning) {
     const auto on = [&](int status) { return static_cast<unsigned char>(status | channel); };
     std::vector<Bytes> wanted{{on(0xB0), 121, 0}};
-    for (const Bytes& control : {Bytes{0, 0}, {7, 100}, {10, 64}, {11, 127}, {32, 0}})
-        wanted.push_back({on(0xB0), control[0], control[1]});
-    wanted.insert(wanted.end(), further.begin(), further.end());
-    for (const Bytes& parameter : {Bytes{101, 0}, {100, 0}, {6, 2}, {38, 0}, {101, 127}, {100, 127}})
-        wanted.push_back({on(0xB0), parameter[0], parameter[1]});
+    controls.insert({{0, 0}, {7, 100}, {10, 64}, {11, 127}, {32, 0}});
+    for (const auto& [control, value] : controls) wanted.push_back({on(0xB0), control, value});
+    for (const auto& parameters :
+         {std::vector<Bytes>{{101, 0}, {100, 0}, {6, 2}, {38, 0}}, tuning, {{101, 127}, {100, 127}}})
+        for (const Bytes& parameter : parameters) wanted.push_back({on(0xB0), parameter[0], parameter[1]});
     wanted.push_back({on(0xE0), 0, 0x40});
     wanted.push_back({on(0xC0), 0});
     std::vector<Bytes> first;
@@ -227,7 +229,7 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     constexpr std::size_t kReset = 14;  // messages for each channel, of a device that has played nothing yet
     auto heard = this->heard(16 * kReset + 4U + 1 + 16 * 3);
     ASSERT_EQ(heard.size(), 16 * kReset + 4U + 1 + 16 * 3);
-    expectReset(heard, 5, {});
+    expectReset(heard, 5, {}, {});
     heard.erase(heard.begin(), heard.begin() + 16 * kReset);
     EXPECT_EQ(heard[0].bytes, (Bytes{0xB5, 7, 90})) << "and not the song's own";
     EXPECT_EQ(heard[1].bytes, (Bytes{0xF0, 0x7F, 0x7F, 4, 1, 0x13, 0x40, 0xF7})) << "half the amplitude, by square law";
@@ -238,7 +240,8 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     EXPECT_EQ(heard.back().bytes, (Bytes{0xBF, 120, 0}));
 
     performance->playSegment();
-    performance->sendMidi(0, kReferenceTime, 5, 0xB0, 74, 9);
+    for (const std::uint8_t controller : Bytes{1, 6, 8, 38, 70, 71, 78, 79, 91, 95, 96, 100, 101, 102, 119, 120})
+        performance->sendMidi(0, kReferenceTime, 5, 0xB0, controller, 9);
     library.stepCard(4410);
     std::this_thread::sleep_for(300ms);
     performance->stop();
@@ -249,7 +252,9 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     std::this_thread::sleep_for(300ms);
     heard = receiver->heard();
     heard.erase(heard.begin(), heard.begin() + static_cast<std::ptrdiff_t>(first));
-    expectReset(heard, 5, {{0xB5, 74, 64}});
+    expectReset(heard, 5,
+                {{1, 0}, {8, 64}, {70, 0}, {71, 64}, {78, 64}, {79, 0}, {91, 40}, {95, 0}, {102, 0}, {119, 0}},
+                {{100, 1}, {6, 64}, {38, 0}, {100, 2}, {6, 64}, {38, 0}});
 }
 
 TEST_F(MidiPorts, LeaveAServerThatHangs) {

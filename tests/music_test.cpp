@@ -262,6 +262,21 @@ TEST(Music, EndsWithTheSoundAtMostTwoSecondsBehindTheLastRelease) {
     EXPECT_GE(performance.position(), 6) << "in the song's time";
     for (const double none : {0.0, 0.009, 101.0, std::nan("")})
         EXPECT_THROW(performance.setMasterTempo(none), MusicError);
+    for (const double last : {0.01, 100.0}) EXPECT_NO_THROW(performance.setMasterTempo(last));
+}
+
+TEST(Music, TakesTheMessagesOfItsChannels) {
+    Stage stage;
+    const auto takes = [&](std::uint8_t status, std::uint8_t channel) {
+        try {
+            stage.performance->sendMidi(0, kReferenceTime, channel, status, 1, 1);
+            return true;
+        } catch (const MusicError&) {
+            return false;
+        }
+    };
+    EXPECT_TRUE(takes(0x80, 0) && takes(0xEF, 15));
+    EXPECT_FALSE(takes(0x7F, 0) || takes(0xF0, 0) || takes(0x80, 16));
 }
 
 // A card whose clock is a little fast or slow, whose thread comes when it can, and that is held for a while.

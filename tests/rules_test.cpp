@@ -21,6 +21,8 @@ TEST(EncoderTag, TellsWhatWasEncoded) {
         for (const std::string& before : {std::string(), titles})
             EXPECT_EQ(taggedFrames(dir.write("mix.mp3", taggedMp3(frames, before))), frames);
     const std::string whole = taggedMp3(440);
+    const std::string mono = taggedMp3(440).replace(3, 16, "\xC4") + std::string(15, ' ');
+    EXPECT_EQ(taggedFrames(dir.write("mix.mp3", mono)), 440);
     for (std::size_t length = 0; length < whole.size(); ++length)
         EXPECT_EQ(taggedFrames(dir.write("mix.mp3", whole.substr(0, length))), std::nullopt) << length;
     for (const std::size_t place : {0U, 1U, 36U}) {
@@ -212,7 +214,7 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_EQ(settings.volume, (std::array<std::int16_t, 2>{80, 0}));
     EXPECT_EQ(settings.toneValue, (std::array<std::int16_t, 4>{0, 10, 50, 100}));
     EXPECT_EQ(settings.balanceValue, (std::array<std::int32_t, 2>{-100, 5}));
-    EXPECT_EQ(settings.EffectState[2], (EffectSwitch{-1, 0, 100}));
+    EXPECT_EQ(settings.EffectState, (std::array<EffectSwitch, 5>{{{-1, 0, 40}, {}, {-1, 0, 100}, {0, 0, 7}, {}}}));
     EXPECT_EQ(settings.currentPreset, 12);
     EXPECT_EQ(options.key, -2.5);
     EXPECT_EQ(options.syncOffset, 0.25F);
@@ -224,23 +226,29 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
                   {{"a", "b", "c", "d"}, "DESTINATION"},
                   {{"--loud"}, "--loud"},
                   {{"a", "b", "c", "--volume"}, "value"},
-                  {{"--quiet=1"}, "no value"},
-                  {{"--key", "5.1"}, "-5 to 5"},
-                  {{"--key", "nan"}, "-5 to 5"},
-                  {{"--sync", "0.7"}, "-0.6"},
-                  {{"--tone", "1,2,3"}, "100"},
-                  {{"--balance", "0,101"}, "-100"},
-                  {{"--balance", "-101,0"}, "-100"},
-                  {{"--mute", "17"}, "16"},
-                  {{"--preset", "14"}, "0 to 13"},
-                  {{"--channel-balance", "1=128"}, "127"},
-                  {{"--effects", "2,0;0,0;0,0;0,0"}, "0 or 1"}};
-    for (const char* volume : {"101,0", "-1,0", "50", "5,x", "99999999999,1", "50.5,1"})
-        faults.push_back({{"--volume", volume}, "0 to 100"});
+                  {{"--quiet=1"}, "no value"}};
+    const struct {
+        const char *option, *range;
+        std::vector<const char*> taken, refused;
+    } ranges[] = {
+        {"--volume", "0 to 100", {"0,100"}, {"101,0", "-1,0", "50", "5,x", "99999999999,1", "50.5,1"}},
+        {"--sync", "-0.6", {"-0.6", "+0.6"}, {"-0.61", "0.61", "+-0.1"}},
+        {"--key", "-5 to 5", {"-5", "5"}, {"-5.1", "5.1", "nan"}},
+        {"--tone", "100", {"0,100,0,100"}, {"1,2,3", "0,0,0,101"}},
+        {"--balance", "-100", {"-100,100"}, {"0,101", "-101,0"}},
+        {"--effects", "0 or 1", {"0,0;1,100;0,0;0,0"}, {"2,0;0,0;0,0;0,0", "0,0;0,0;0,0;0,101"}},
+        {"--preset", "0 to 13", {"0", "13"}, {"14"}},
+        {"--mute", "16", {"1,16"}, {"0", "17"}},
+        {"--channel-balance", "127", {"1=0", "16=127"}, {"1=128", "1=-1", "0=1", "17=1"}},
+    };
+    for (const auto& [option, range, taken, refused] : ranges) {
+        for (const char* value : taken) EXPECT_NO_THROW(parse({option, value, "a.mid", "b", "c"})) << option << value;
+        for (const char* value : refused) faults.push_back({{option, value}, range});
+    }
     for (const auto& [words, fault] : faults) {
         try {
             parse(words);
-            ADD_FAILURE() << words.front();
+            ADD_FAILURE() << words.front() << " " << words.back();
         } catch (const UsageError& error) {
             EXPECT_NE(std::string(error.what()).find(fault), std::string::npos) << error.what();
         }
