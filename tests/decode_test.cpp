@@ -349,6 +349,11 @@ TEST_F(Decode, playsWhatIsLeftOfOggAndFlac) {
     EXPECT_TRUE(std::equal(cut.begin(), cut.end(), whole.begin()));
     EXPECT_EQ(decode(dir.write("zeros behind", bytes + std::string(100000, '\0'))), whole);
 
+    std::string holed = bytes;
+    const Samples rest = decode(dir.write("holed", holed.erase(bytes.size() / 2, 20000)));
+    EXPECT_EQ(rest.size(), whole.size());
+    EXPECT_EQ(Samples(rest.end() - 2000, rest.end()), silence(1000)) << "instead of what is missing";
+
     encode("b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 1, signal);
     EXPECT_EQ(decode(dir.write("chained", bytes + readFile(dir / "b.ogg"))).size(), 3 * whole.size());
     encode("c.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 22050, 1, makeSignal(22050, 1));
