@@ -356,6 +356,7 @@ TEST(Effects, TakeOnlyTheirOwnRecordsAndKeepThemAsTheyWereSet) {
         {ChorusRecord{120, 1e9F, 300, 99, 7, 70, 9}, ChorusRecord{100, 100, 99, 10, kWaveformSine, 20, 4}},
         {FlangerRecord{90, -1, -1e9F, -3, 0, 70, 0}, FlangerRecord{90, 0, -99, 0, 0, 4, 0}},
         {EchoRecord{170, 500, 1e9F, -9, 8}, EchoRecord{100, 100, 2000, 0, 1}},
+        {EchoRecord{70, 500, 30, 40, -1}, EchoRecord{70, 100, 30, 40, 0}},
         {ParametricEqRecord{1, 0, 99}, ParametricEqRecord{80, 1, 15}},
         {ParametricEqRecord{1e9F, 99, none}, ParametricEqRecord{16000, 36, -15}},
         {ReverbRecord{30, 30, 1e9F, 7}, ReverbRecord{0, 0, 3000, 0.999F}},

@@ -423,10 +423,11 @@ TEST(Sequencer, TheUsersSettingsWinUntilTheyAreLiftedAndOutliveAReset) {
     notebook.take();
     sequencer.take(LiftMessage{}, 40);
     EXPECT_EQ(notebook.take(), "40 B2 00 01|40 B2 20 01|40 C2 09 00|") << "what was held back";
+    song->events.push_back(tick(45, 0xB2, 7, 98));
     song->events.push_back(tick(50, 0x92, 60, 1));
     song->events.push_back(tick(60, 0xC2, 3, 0));
     const SongSettings own = Segment(*song).settings(2);
-    EXPECT_TRUE(own.program == 9 && own.volume == 99 && own.balance == 1);
+    EXPECT_TRUE(own.program == 9 && own.volume == 98 && own.balance == 1);
     EXPECT_FALSE(Segment(*song).settings(1).program);
     sequencer.begin({});
     sequencer.playTo(30);
