@@ -223,12 +223,14 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     performance->sendPatch(0, kReferenceTime, 4, 128, 0, 0);
     performance->playSegment();
     library.stepCard(4410);
-    this->heard(16 * 14 + 4);
+    constexpr std::size_t kReset = 14;  // messages for each channel, of a device that has played nothing yet
+    constexpr std::size_t kBegun = 16 * kReset + 4;
+    constexpr std::size_t kEnded = kBegun + 1 + 16 * 3;
+    this->heard(kBegun);
     performance->stop();
     library.stepCard(88200);
-    constexpr std::size_t kReset = 14;  // messages for each channel, of a device that has played nothing yet
-    auto heard = this->heard(16 * kReset + 4U + 1 + 16 * 3);
-    ASSERT_EQ(heard.size(), 16 * kReset + 4U + 1 + 16 * 3);
+    auto heard = this->heard(kEnded);
+    ASSERT_EQ(heard.size(), kEnded);
     expectReset(heard, 5, {}, {});
     heard.erase(heard.begin(), heard.begin() + 16 * kReset);
     EXPECT_EQ(heard[0].bytes, (Bytes{0xB5, 7, 90})) << "and not the song's own";
@@ -240,17 +242,15 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     EXPECT_EQ(heard.back().bytes, (Bytes{0xBF, 120, 0}));
 
     performance->playSegment();
-    for (const std::uint8_t controller : Bytes{1, 6, 8, 38, 70, 71, 78, 79, 91, 95, 96, 100, 101, 102, 119, 120})
-        performance->sendMidi(0, kReferenceTime, 5, 0xB0, controller, 9);
+    const Bytes set{1, 6, 8, 38, 70, 71, 78, 79, 91, 95, 96, 100, 101, 102, 119, 120};
+    for (const std::uint8_t controller : set) performance->sendMidi(0, kReferenceTime, 5, 0xB0, controller, 9);
     library.stepCard(4410);
-    std::this_thread::sleep_for(300ms);
+    this->heard(kEnded + kBegun + set.size());
     performance->stop();
-    std::this_thread::sleep_for(100ms);
-    const std::size_t first = receiver->heard().size();
+    const std::size_t first = this->heard(2 * kEnded + set.size()).size();
     performance->playSegment();
     library.stepCard(441);
-    std::this_thread::sleep_for(300ms);
-    heard = receiver->heard();
+    heard = this->heard(first + 16 * (kReset + 1));
     heard.erase(heard.begin(), heard.begin() + static_cast<std::ptrdiff_t>(first));
     expectReset(heard, 5,
                 {{1, 0}, {8, 64}, {70, 0}, {71, 64}, {78, 64}, {79, 0}, {91, 40}, {95, 0}, {102, 0}, {119, 0}},

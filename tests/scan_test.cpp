@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <map>
 
 #include "engine/library.h"
 #include "tests/no_threads.h"
@@ -42,9 +43,13 @@ TEST_F(ScanFixture, GivesTheHighestSampleOfBothSidesInEachColumn) {
 }
 
 TEST_F(ScanFixture, AFileWithFewerFramesThanColumnsFillsThemAll) {
-    const auto scan = library.scanWaveform(dir.write("tiny.wav", wavFile({0.25F, 0, 0, -0.5F})), 5);
-    waitForEnd(*scan);
-    EXPECT_EQ(scan->peaks(), (std::vector<float>{0.25F, 0.25F, 0.25F, 0.25F, 0.5F}));
+    const std::string file = dir.write("tiny.wav", wavFile({0.25F, 0, 0, -0.5F}));
+    for (const auto& [columns, peaks] :
+         std::map<int, std::vector<float>>{{5, {0.25F, 0.25F, 0.25F, 0.25F, 0.5F}}, {1, {0.5F}}}) {
+        const auto scan = library.scanWaveform(file, columns);
+        waitForEnd(*scan);
+        EXPECT_EQ(scan->peaks(), peaks);
+    }
 }
 
 TEST_F(ScanFixture, WhatIsNoSoundFails) {
