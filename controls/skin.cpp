@@ -146,7 +146,7 @@ public:
 };
 
 QPalette darkPalette() {
-    QPalette palette(QColor(skin::kRaised), QColor(skin::kBody));
+    QPalette palette{QColor(skin::kRaised), QColor(skin::kBody)};
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
         palette.setColor(role, skin::kText);
     palette.setColor(QPalette::Base, skin::kInset);

@@ -44,8 +44,8 @@ struct Synth::Engine {
     Engine(const std::string& font, const HeldSounds& sounds);
 
     struct Delete {
-        void operator()(fluid_settings_t* settings) const { delete_fluid_settings(settings); }
-        void operator()(fluid_synth_t* synth) const { delete_fluid_synth(synth); }
+        void operator()(fluid_settings_t* kept) const { delete_fluid_settings(kept); }
+        void operator()(fluid_synth_t* kept) const { delete_fluid_synth(kept); }
     };
     std::unique_ptr<fluid_settings_t, Delete> settings;
     std::unique_ptr<fluid_synth_t, Delete> synth;

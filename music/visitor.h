@@ -7,5 +7,7 @@ template <typename... Cases>
 struct Visitor : Cases... {
     using Cases::operator()...;
 };
+template <typename... Cases>
+Visitor(Cases...) -> Visitor<Cases...>;
 
 }  // namespace melvane::music
