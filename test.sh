@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything with a preset and runs the tests: ./test.sh [release|asan|tsan]
-# ./test.sh fuzz: reads a million damaged MIDI files, under sanitizers.
+# ./test.sh fuzz [SECONDS]: for each place where foreign bytes enter, tries damaged ones for that time (60 s unless
+# given), under sanitizers, and tells what was covered of the code.
 set -euo pipefail
 
 # shellcheck source=packaging/setup.sh
@@ -14,20 +15,19 @@ build_and_test() {
 fuzz() {
     cd -- "$root" || return
     is_configured fuzz || configure fuzz
-    compile fuzz midi_fuzz
-    mkdir -p build/fuzz/found
-    build/fuzz/tests/fuzz/midi_fuzz -runs=1000000 -max_len=4096 -timeout=1 -rss_limit_mb=200 build/fuzz/found \
-        tests/fuzz/corpus
+    compile fuzz fuzz_targets
+    tests/fuzz/run.py --seconds "$1"
 }
 
-preset=${1:-release}
-if [[ $# -gt 1 || ! $preset =~ ^(release|asan|tsan|fuzz)$ ]]; then
-    say "Usage: ./test.sh [release|asan|tsan|fuzz]"
+arguments="${*:-release}"
+if [[ ! $arguments =~ ^(release|asan|tsan|fuzz( [1-9][0-9]*)?)$ ]]; then
+    say "Usage: ./test.sh [release|asan|tsan|fuzz [SECONDS]]"
     exit 2
 fi
+preset=${1:-release}
 if [[ $preset == fuzz ]]; then
     install_packages packages-run.txt packages-fuzz.txt
-    with_lock fuzz fuzz
+    with_lock fuzz fuzz "${2:-60}"
     exit
 fi
 install_packages packages-run.txt packages-test.txt

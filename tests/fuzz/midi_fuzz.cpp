@@ -1,59 +1,40 @@
-// Everything that a MIDI or karaoke file's bytes are given to.
+// MIDI songs, bare or in a RIFF file, and what is sent when they play.
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <cstdint>
-#include <cstdlib>
-#include <exception>
-#include <span>
-#include <string>
+#include <memory>
 
-#include "midi/channel_reader.h"
-#include "midi/karaoke_container.h"
-#include "music/song.h"
+#include "music/sequencer.h"
 #include "platform/music_performance.h"
+#include "tests/fuzz/door.h"
 
 namespace {
 
-using namespace melvane;
+using melvane::fuzz::require;
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
-
-void readNotes(std::span<const std::uint8_t> bytes) {
-    try {
-        const music::Song song = music::readSong(bytes);
-        std::int64_t last = 0;
-        for (const music::SongEvent& event : song.events) {
-            require(event.frame >= last && event.status >= 0x80 && event.status <= 0xF0);
-            require(event.data1 < 0x80 && event.data2 < 0x80);
-            require(event.status < 0xF0 || event.sysex < song.sysex.size());
-            last = event.frame;
-        }
-        for (const auto& message : song.sysex) {
-            require(message.size() > 2 && message.front() == 0xF0 && message.back() == 0xF7);
-            require(std::all_of(message.begin() + 1, message.end() - 1, [](auto byte) { return byte < 0x80; }));
-        }
-        require(song.endFrame >= last && song.endFrame <= std::int64_t{3} * 60 * 60 * 44100);
-    } catch (const MusicError&) {
+struct Listener : melvane::music::MidiSink {
+    void send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) override {
+        require(frame >= last && status >= 0x80 && status < 0xF0 && data1 < 0x80 && data2 < 0x80);
+        last = frame;
     }
-}
-
-void readKaraoke(const std::string& bytes) {
-    MidiState state;
-    readChannels(bytes, state, [] {});
-    try {
-        if (const auto container = splitContainer(bytes))
-            require(container->song.size() + container->settings.size() < bytes.size());
-        readStoredChannels(bytes, [](const StoredChannel& stored) { require(!std::isnan(stored.tone)); });
-    } catch (const std::exception&) {
+    void sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) override {
+        require(frame >= last && message.size() > 2 && message.front() == 0xF0 && message.back() == 0xF7);
+        require(std::all_of(message.begin() + 1, message.end() - 1, [](auto byte) { return byte < 0x80; }));
+        last = frame;
     }
-}
+    std::int64_t last = 0;
+};
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    readNotes({data, size});
-    readKaraoke(std::string(data, data + size));
-    return 0;
+void melvane::fuzz::attack(std::string_view bytes) try {
+    const auto song = std::make_shared<const music::Song>(
+        music::readSong({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+    Listener listener;
+    music::Sequencer player(song, 1, listener);
+    player.begin({});
+    player.playTo(song->endFrame + 1);
+    require(player.finished() && listener.last <= song->endFrame);
+    require(song->endFrame <= std::int64_t{3} * 60 * 60 * 44100);
+} catch (const MusicError&) {
 }

@@ -1,0 +1,18 @@
+// The command line of melvane-mix, an argument a line.
+#include <cmath>
+
+#include "state/numbers.h"
+#include "tests/fuzz/door.h"
+#include "tools/options.h"
+
+void melvane::fuzz::attack(std::string_view bytes) try {
+    const auto lines = split(bytes, '\n');
+    std::vector<const char*> arguments;
+    for (const std::string& line : lines) arguments.push_back(line.c_str());
+    const MixOptions options = parseOptions(arguments);
+    require(std::abs(options.key) <= 5 && std::abs(options.syncOffset) <= 0.6F);
+    Settings settings;
+    for (const auto& change : options.changes) change(settings);
+    requireUsable(settings);
+} catch (const UsageError&) {
+}
