@@ -47,8 +47,9 @@ std::size_t VorbisSource::decode(float* out, std::size_t frames) {
     constexpr std::size_t kMost = 4096;
     float** channels = nullptr;
     int link = 0;
-    long got = OV_HOLE;
+    long got = broken_ ? 0 : OV_HOLE;
     while (got == OV_HOLE) got = ov_read_float(&stream_, &channels, static_cast<int>(std::min(frames, kMost)), &link);
+    broken_ = broken_ || got == OV_EBADLINK;
     if (got <= 0) return 0;
 
     const int channelCount = ov_info(&stream_, link)->channels;
@@ -64,7 +65,8 @@ std::size_t VorbisSource::decode(float* out, std::size_t frames) {
 }
 
 void VorbisSource::reposition(std::int64_t frame) {
-    ov_pcm_seek(&stream_, frame);
+    // The library takes a set-up that it has refused for a good one when it is asked again.
+    if (!broken_) broken_ = ov_pcm_seek(&stream_, frame) == OV_EBADLINK;
 }
 
 }  // namespace melvane::decode

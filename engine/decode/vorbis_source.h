@@ -33,6 +33,7 @@ private:
 
     InputFile file_;
     OggVorbis_File stream_{};
+    bool broken_ = false;  // not to be decoded
     std::vector<StereoWeight> weights_;
 };
 
