@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "engine/decode/vorbis_books.h"
+
 namespace melvane::decode {
 namespace {
 
@@ -20,6 +22,7 @@ long tellFile(void* file) {
 }  // namespace
 
 VorbisSource::VorbisSource(const std::string& utf8Path, const CancelFlag& cancelled) : file_(utf8Path, cancelled) {
+    if (!hasUsualBooks(file_)) throw NotSound("no Vorbis that an encoder made");
     if (ov_open_callbacks(&file_, &stream_, nullptr, 0, {readFile, seekFile, nullptr, tellFile}) != 0)
         throw NotSound("no Vorbis stream");
     try {
