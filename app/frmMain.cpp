@@ -14,8 +14,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/interrupted_mixes.h"
 #include "app/main_status.h"
 #include "app/run_messages.h"
+#include "app/window_patience.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "controls/control_name.h"
@@ -254,11 +256,21 @@ void frmMain::takeFiles(const std::vector<std::string>& paths) {
     refresh();
 }
 
+void frmMain::bringBackMixes() {
+    withButtonsOff([this] {
+        const auto files = whileEventsRun(environment_.doEvents, [this] {
+            return melvane::bringBackMixes(environment_.destinations, environment_.library);
+        });
+        if (!files.empty()) interrupted_ = mixer_.run().listenPath = files.back();
+    });
+}
+
 void frmMain::mi_button_Click() {
     withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         stopped_ = false;
         tellsRun_ = true;
+        interrupted_.clear();
         Timer1_.start();  // an opening that takes its time may be stopped
         mixer_.mixingRun().mi_button_Click();
     });
@@ -436,7 +448,7 @@ void frmMain::refreshStatus(bool running) {
     environment_.shell.showProgress(running ? done : -1);
     const StatusLine line =
         MainStatus(mixer_, environment_)
-            .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), store_.failure()});
+            .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_, store_.failure()});
     status_->setFullText(toQt(line.text));
     setStyleState(*status_, "warned", line.warned);
     setStyleState(*status_, "failed", line.failed);

@@ -36,6 +36,9 @@ public:
     // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths.
     void takeFiles(const std::vector<std::string>& paths);
 
+    // Keeps what mixes had recorded that were cut off, and tells where it is.
+    void bringBackMixes();
+
     // Ends a run, so that its file can be played, and writes the settings: the program is about to end.
     void endSession();
 
@@ -93,8 +96,9 @@ private:
     const SettingsStore& store_;
     RecentFiles recent_;
     SettingsKeeper keeper_;
-    bool stopped_ = false;   // the last run was ended with the stop button
-    bool tellsRun_ = false;  // nothing was chosen since it
+    std::string interrupted_;  // what is left of a mix that was cut off, until the next run
+    bool stopped_ = false;     // the last run was ended with the stop button
+    bool tellsRun_ = false;    // nothing was chosen since it
     bool wasRunning_ = false;
     bool choosing_ = false;            // a file is being chosen or opened
     bool portChosen_ = false;          // and not used yet

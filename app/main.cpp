@@ -38,7 +38,7 @@ int run() {
     RegistryFile registry(RegistryFile::defaultPath());
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
-    LocalDestinations destinations;
+    LocalDestinations destinations(LocalDestinations::usualJournal());
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;

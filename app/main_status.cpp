@@ -53,9 +53,12 @@ StatusLine MainStatus::result(const Facts& facts) const {
         return {language.ownText(OwnText::cannotOpenBackground, fields.background), false, true};
     if (!facts.tellsRun && facts.voiceUnreadable)
         return {language.ownText(OwnText::cannotOpenVocal, fields.vocal), false, true};
+    if (!facts.tellsRun && !facts.interrupted.empty())
+        return {language.ownText(OwnText::interruptedMix, facts.interrupted), true};
     if (!facts.tellsRun) return {};
     if (run.failure != RunFailure::none) return {runMessage(language, run), false, true};
     if (run.recordsSilence) return {language.ownText(OwnText::mixIsSilent, run.destinationPath), true};
+    if (!run.partPath.empty()) return {language.ownText(OwnText::partKept, run.partPath)};
     if (facts.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return {language.ownText(OwnText::mixFinished, run.lastMixPath)};
     return {};

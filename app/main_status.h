@@ -23,6 +23,7 @@ public:
         bool stopped = false;   // it was ended with the stop button
         bool songUnreadable = false;
         bool voiceUnreadable = false;
+        std::string interrupted;           // mix that was cut off before the program started
         std::int32_t settingsFailure = 0;  // SettingsStore::failure()
     };
 

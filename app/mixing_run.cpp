@@ -73,7 +73,8 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
       effects_(effects),
       midi_(midi),
       capture_(
-          with_.library, run_, [this] { stopRec(); }, [this] { return publish(); }, with_.doEvents) {}
+          with_.library, run_, [this] { stopRec(); }, [this](std::int64_t frames) { return publish(frames); },
+          with_.doEvents) {}
 
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
@@ -95,8 +96,8 @@ void MixingRun::mi_button_Click() {
 bool MixingRun::canRun() {
     run_.failure = RunFailure::none;
     run_.lastMixPath.clear();
+    run_.partPath.clear();
     if (!readPaths()) return false;
-    run_.isMidiBackground = isMidiFile(run_.backgroundPath);
     // Without a song or an encoder nothing is even opened.
     if (run_.isMidiBackground && !midi_.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
     if (!with_.library.encoderFound(kEncoderCommand)) run_.failure = RunFailure::encoderNotStarted;
@@ -107,11 +108,16 @@ bool MixingRun::readPaths() {
     run_.backgroundPath = fields_.background;
     run_.vocalPath = fields_.vocal;
     run_.destinationPath = fields_.destination;
+    run_.isMidiBackground = isMidiFile(run_.backgroundPath);
     if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty())
         return refuse(RunFailure::pathsMissing, BoxIcon::information);
-    if (isSameFile(run_.destinationPath, run_.backgroundPath) || isSameFile(run_.destinationPath, run_.vocalPath))
-        run_.failure = RunFailure::destinationIsSource;
+    if (usesFile(run_.destinationPath)) run_.failure = RunFailure::destinationIsSource;
     return run_.failure == RunFailure::none;
+}
+
+bool MixingRun::usesFile(const std::string& path) const {
+    return isSameFile(path, run_.backgroundPath) || isSameFile(path, run_.vocalPath) ||
+           (run_.isMidiBackground && isSameFile(path, midi_.soundFont()));
 }
 
 bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
@@ -222,8 +228,27 @@ bool MixingRun::prepareDestination() {
     return true;
 }
 
-bool MixingRun::publish() {
-    return whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
+// What lost its song or voice is no mix; what was only stopped gives way to a longer one.
+RunFailure MixingRun::publish(std::int64_t frames) {
+    const bool lost = run_.failure != RunFailure::none;
+    const bool part = lost || (stoppedEarly_ && standsLonger(frames));
+    const bool replaced = !part && whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
+    if (!replaced) run_.partPath = whileEventsRun(with_.doEvents, [this] { return destination_->putBeside(); });
+    const std::string& kept = replaced ? run_.destinationPath : run_.partPath;
+    if (!kept.empty()) run_.listenPath = kept;
+    const bool well = replaced || (part && !lost && !kept.empty());
+    if (well) run_.lastMixPath = kept;
+    return well || lost ? RunFailure::none : RunFailure::destinationNotWritable;
+}
+
+bool MixingRun::standsLonger(std::int64_t frames) {
+    const Handle standing = whileEventsRun(with_.doEvents, [this] {
+        return with_.library.BASS_StreamCreateFile(false, destination_->file().c_str(), 0, 0, 0);
+    });
+    if (standing == 0) return false;
+    const bool longer = toFrames(with_.library.BASS_ChannelGetLength(standing)) > frames;
+    with_.library.BASS_StreamFree(standing);
+    return longer;
 }
 
 void MixingRun::SetBassVolume() {
@@ -242,7 +267,8 @@ void MixingRun::stopRec() {
     abandoned_ = true;
     framesAtEnd_ = framesDone();
     if (const RunFailure lost = lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
-    if (run_.isMixing && !backgroundEnded()) with_.library.hurryEncoder(run_.recordChannel);
+    stoppedEarly_ = run_.isMixing && !backgroundEnded();
+    if (stoppedEarly_) with_.library.hurryEncoder(run_.recordChannel);
     run_.isMixing = capture_.StopMixCapture();
     destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {

@@ -56,7 +56,10 @@ private:
     Handle openFile(const std::string& path, std::uint32_t flags);
     void freeChannel(std::uint32_t& channel);
     bool prepareDestination();
-    bool publish();
+    // Puts the finished file in its place, or beside a destination that holds more.
+    RunFailure publish(std::int64_t frames);
+    bool standsLonger(std::int64_t frames);
+    bool usesFile(const std::string& path) const;
     void applySettings();
     bool backgroundEnded() const;
     // Which of the sources could no longer be read.
@@ -78,7 +81,8 @@ private:
     bool busy_ = false;
     bool opening_ = false;
     bool stopping_ = false;
-    bool abandoned_ = false;  // stopped before it began
+    bool abandoned_ = false;     // stopped before it began
+    bool stoppedEarly_ = false;  // and before the song ended
 };
 
 }  // namespace melvane

@@ -46,6 +46,7 @@ void Program::openMainWindow() {
     main_->DoRest();
     main_->show();
     start_.close();
+    main_->bringBackMixes();
     main_->takeFiles(files_);
 }
 

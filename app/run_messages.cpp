@@ -12,9 +12,7 @@ namespace {
 
 constexpr const char* kEncoderName = "lame";
 
-}  // namespace
-
-std::string runMessage(const modLang& language, const RunState& run) {
+std::string failureMessage(const modLang& language, const RunState& run) {
     const auto line = [&](LangEntry entry, OwnText detail, const std::string& name = {}) {
         return language.lang(entry) + " " + language.ownText(detail, name);
     };
@@ -51,6 +49,14 @@ std::string runMessage(const modLang& language, const RunState& run) {
             return line(LangEntry::encodingFailed, OwnText::encoderFailed, run.destinationPath);
     }
     return "";
+}
+
+}  // namespace
+
+std::string runMessage(const modLang& language, const RunState& run) {
+    const std::string message = failureMessage(language, run);
+    if (message.empty() || run.partPath.empty()) return message;
+    return message + " " + language.ownText(OwnText::mixedUntilThen, run.partPath);
 }
 
 std::string errorMessage(const modLang& language, const std::exception& error) {

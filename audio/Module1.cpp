@@ -18,8 +18,8 @@ bool MixRecordProc(Handle handle, const void*, std::uint32_t, void* user) {
 
 }  // namespace
 
-Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, std::function<bool()> publish,
-                 DoEvents doEvents)
+Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec,
+                 std::function<RunFailure(std::int64_t)> publish, DoEvents doEvents)
     : library_(library),
       run_(run),
       stopRec_(std::move(stopRec)),
@@ -54,7 +54,9 @@ bool Module1::StopMixCapture() {
     library_.BASS_Encode_Stop(run_.recordChannel);
     library_.BASS_ChannelStop(run_.recordChannel);
     while (library_.BASS_Encode_IsActive(run_.recordChannel)) doEvents_();
-    if (run_.failure == RunFailure::none) run_.failure = finish();
+    // What was mixed until song or voice was lost is kept too.
+    const RunFailure end = finish();
+    if (run_.failure == RunFailure::none) run_.failure = end;
     if (run_.failure != RunFailure::none) {
         library_.BASS_StreamFree(run_.lastMixStream);
         run_.lastMixStream = 0;
@@ -72,16 +74,14 @@ bool Module1::isWhole(std::int64_t frames) const {
     return playable == frames && taggedFrames(run_.encodePath) == frames;
 }
 
-// It is the last mix only when it is complete and in its place. Stopped before the first frame, there is none.
+// Stopped before the first frame, there is no file.
 RunFailure Module1::finish() {
     if (library_.encoderState(run_.recordChannel) == EncoderState::failed) return RunFailure::encoderFailed;
     const std::int64_t frames = library_.framesEncoded(run_.recordChannel);
     if (frames == 0) return RunFailure::none;
     run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
     if (run_.lastMixStream == 0 || !isWhole(frames)) return RunFailure::encoderFailed;
-    if (!publish_()) return RunFailure::destinationNotWritable;
-    run_.lastMixPath = run_.listenPath = run_.destinationPath;
-    return RunFailure::none;
+    return publish_(frames);
 }
 
 }  // namespace melvane

@@ -11,10 +11,10 @@ namespace melvane {
 
 class Module1 {
 public:
-    // `stopRec` ends the run; it is called when capture or encoder cannot start. `publish` puts the finished file in
-    // its place; false when it can't be put there.
-    Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec, std::function<bool()> publish,
-            DoEvents doEvents);
+    // `stopRec` ends the run; it is called when capture or encoder cannot start. `publish` puts a whole file of
+    // so many frames in its place.
+    Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec,
+            std::function<RunFailure(std::int64_t)> publish, DoEvents doEvents);
 
     // Starts capture and encoder; on failure recordChannel is 0, RunState::failure says why and the run was ended.
     void StartMixCapture();
@@ -30,7 +30,7 @@ private:
     AudioLibrary& library_;
     RunState& run_;
     std::function<void()> stopRec_;
-    std::function<bool()> publish_;
+    std::function<RunFailure(std::int64_t)> publish_;
     DoEvents doEvents_;
 };
 

@@ -2,7 +2,9 @@
 // what else a file that must not be lost needs of the system.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace melvane {
@@ -22,6 +24,10 @@ public:
     // stands there is touched, nor a link followed.
     HoldResult create(const std::filesystem::path& path, std::string_view bytes);
 
+    // False when the file system has no locks: then nobody knows of who holds it.
+    bool isLocked() const { return isLocked_; }
+    // The first bytes of it, `most` of them at most.
+    std::string read(std::size_t most) const;
     // True when `path` is this file still.
     bool standsAt(const std::filesystem::path& path) const;
 
@@ -33,12 +39,15 @@ private:
     void close();
 
     int file_ = -1;
+    bool isLocked_ = false;
 };
 
 // An empty file for this user alone. False when there is something already.
 bool createPrivateFile(const std::filesystem::path& path);
 // Gives `path` the mode of `model`, where there is one, and waits until its contents are safe on the disk.
 bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model);
+// Gives a file another name that nothing has.
+HoldResult renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 // Waits until the names in the folder are safe on the disk, where the file system can tell.
 void makeFolderSafe(const std::filesystem::path& folder);
 

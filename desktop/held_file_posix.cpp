@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -56,9 +58,17 @@ HoldResult HeldFile::open(const std::filesystem::path& path) {
 
 // A file system without locks is used without them.
 HoldResult HeldFile::lock() {
-    while (flock(file_, LOCK_EX | LOCK_NB) != 0)
-        if (errno != EINTR) return errno == EWOULDBLOCK ? HoldResult::busy : HoldResult::held;
-    return HoldResult::held;
+    int failed = 0;
+    while ((failed = flock(file_, LOCK_EX | LOCK_NB)) != 0 && errno == EINTR) continue;
+    isLocked_ = failed == 0;
+    return failed && errno == EWOULDBLOCK ? HoldResult::busy : HoldResult::held;
+}
+
+std::string HeldFile::read(std::size_t most) const {
+    std::string bytes(most, '\0');
+    const ssize_t got = pread(file_, bytes.data(), bytes.size(), 0);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    return bytes;
 }
 
 HoldResult HeldFile::create(const std::filesystem::path& path, std::string_view bytes) {
@@ -113,6 +123,16 @@ bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& mo
     // Some file systems know no modes.
     if (stat(model.c_str(), &old) == 0) fchmod(file.number, old.st_mode & kModeBits);
     return fsync(file.number) == 0;
+}
+
+// Where the file system knows no exclusive renaming, the name is taken first.
+HoldResult renameToFree(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return HoldResult::held;
+    if (errno != EINVAL && errno != ENOSYS) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
+    if (!createPrivateFile(to)) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
+    if (rename(from.c_str(), to.c_str()) == 0) return HoldResult::held;
+    unlink(to.c_str());
+    return HoldResult::failed;
 }
 
 void makeFolderSafe(const std::filesystem::path& folder) {

@@ -1,14 +1,14 @@
 #include "desktop/local_destinations.h"
 
-#include <charconv>
-#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
-#include <random>
+#include <string_view>
 #include <system_error>
 
 #include "base/paths.h"
 #include "desktop/held_file.h"
+#include "desktop/random_name.h"
 
 namespace melvane {
 
@@ -16,13 +16,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kEmptyLine = "\r\n";
+constexpr std::string_view kEmptyLine = "\r\n";
+constexpr std::size_t kLongestName = 255;  // bytes, in most file systems
+constexpr int kMostParts = 1000;
 
-std::string randomName() {
-    std::random_device random;
-    const std::uint64_t number = std::uint64_t{random()} << 32 | random();
-    char digits[16];
-    return {digits, std::to_chars(digits, digits + sizeof digits, number, 16).ptr};
+// "name (part).mp3" and so on; a name that is near its longest loses its end.
+fs::path partOf(const fs::path& file, int number) {
+    const std::string extension = toText(file.extension());
+    const std::string end =
+        (number == 1 ? std::string(" (part)") : " (part " + std::to_string(number) + ")") + extension;
+    std::string stem = toText(file.stem());
+    if (end.size() < kLongestName && stem.size() + end.size() > kLongestName) {
+        std::size_t length = kLongestName - end.size();
+        while (length > 0 && (stem[length] & 0xC0) == 0x80) --length;  // no part of a character
+        stem.resize(length);
+    }
+    return file.parent_path() / toPath(stem + end);
 }
 
 // Where the file is or is to be: behind links to one, and without links on the way. None where there can't be one.
@@ -53,8 +62,8 @@ ClaimFailure failureOf(HoldResult result) {
 
 class LocalDestination : public Destination {
 public:
-    explicit LocalDestination(fs::path file)
-        : file_(std::move(file)), privateFile_(file_.parent_path() / (".melvane-" + randomName() + ".mp3")) {}
+    LocalDestination(MixPaths paths, std::unique_ptr<JournalPage> page)
+        : file_(std::move(paths.file)), privateFile_(std::move(paths.privateFile)), page_(std::move(page)) {}
     LocalDestination(const LocalDestination&) = delete;
     LocalDestination& operator=(const LocalDestination&) = delete;
 
@@ -67,8 +76,11 @@ public:
     ClaimFailure hold(bool mayReplace) {
         HoldResult result = mayReplace ? held_.open(file_) : HoldResult::missing;
         if (result == HoldResult::missing) {
+            page_->write({file_, privateFile_});
             result = held_.create(file_, kEmptyLine);
             isPlaceholder_ = result == HoldResult::held;
+        } else if (result == HoldResult::held) {
+            page_->write({file_, privateFile_});
         }
         // Another run was quicker.
         if (result == HoldResult::exists && mayReplace) result = HoldResult::busy;
@@ -77,7 +89,16 @@ public:
         return failureOf(result);
     }
 
+    // What a run left that is no more. False when that was nothing to listen to.
+    bool takeOver() {
+        isPlaceholder_ = held_.open(file_) == HoldResult::held && held_.read(kEmptyLine.size() + 1) == kEmptyLine;
+        std::error_code error;
+        ownsPrivateFile_ = fs::is_regular_file(fs::symlink_status(privateFile_, error));
+        return ownsPrivateFile_;
+    }
+
     const std::string& privateFile() const override { return privateName_; }
+    const std::string& file() const override { return name_; }
 
     bool replace() override {
         if (!makeSafe(privateFile_, file_)) return false;
@@ -89,24 +110,71 @@ public:
         return true;
     }
 
+    std::string putBeside() override {
+        makeSafe(privateFile_, file_);
+        HoldResult result = HoldResult::exists;
+        fs::path part;
+        for (int number = 1; number <= kMostParts && result == HoldResult::exists; ++number) {
+            part = partOf(file_, number);
+            result = renameToFree(privateFile_, part);
+        }
+        ownsPrivateFile_ = false;
+        if (result == HoldResult::held) {
+            makeFolderSafe(file_.parent_path());
+            return toText(part);
+        }
+        page_->keep();
+        return "";
+    }
+
 private:
     const fs::path file_;
     const fs::path privateFile_;
+    const std::string name_ = toText(file_);
     const std::string privateName_ = toText(privateFile_);
+    const std::unique_ptr<JournalPage> page_;  // goes last
     HeldFile held_;
     bool isPlaceholder_ = false;
     bool ownsPrivateFile_ = false;
 };
+
+fs::path privateFileFor(const fs::path& file) {
+    return file.parent_path() / (".melvane-" + randomName() + ".mp3");
+}
 
 }  // namespace
 
 DestinationClaim LocalDestinations::claim(const std::string& path, bool mayReplace) {
     const auto file = resolved(toPath(path));
     if (!file) return {nullptr, ClaimFailure::notWritable};
-    auto destination = std::make_unique<LocalDestination>(*file);
+    auto destination = std::make_unique<LocalDestination>(MixPaths{*file, privateFileFor(*file)}, journal_.newPage());
     const ClaimFailure failure = destination->hold(mayReplace);
     if (failure != ClaimFailure::none) destination.reset();
     return {std::move(destination), failure};
+}
+
+std::vector<std::unique_ptr<Destination>> LocalDestinations::interrupted() {
+    std::vector<std::unique_ptr<Destination>> found;
+    for (auto& page : journal_.pagesOfNobody()) {
+        const MixPaths paths = page->paths();
+        std::error_code error;
+        // On a drive that is away.
+        if (!fs::exists(paths.file.parent_path(), error)) {
+            page->keep();
+            continue;
+        }
+        auto destination = std::make_unique<LocalDestination>(paths, std::move(page));
+        if (destination->takeOver()) found.push_back(std::move(destination));
+    }
+    return found;
+}
+
+std::string LocalDestinations::usualJournal() {
+    const char* const state = std::getenv("XDG_STATE_HOME");
+    const char* const home = std::getenv("HOME");
+    const fs::path base =
+        state && fs::path(state).is_absolute() ? fs::path(state) : fs::path(home ? home : "/") / ".local" / "state";
+    return toText(base / "Tessaro" / "unfinished mixes");
 }
 
 }  // namespace melvane

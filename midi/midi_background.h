@@ -60,6 +60,8 @@ public:
 
     // The song goes to a device of the machine, whose sound the card does not have.
     bool onDevice() const { return loaded() && performance_->port() > 0; }
+    // The file that the song's sounds are taken from; "" when there is none.
+    std::string soundFont() const { return loaded() ? performance_->soundFont() : ""; }
     // The name of the port that was wanted for the song, when the synthesiser took its place.
     const std::string& missingPort() const { return missingPort_; }
 

@@ -70,6 +70,7 @@ void Performance::setPort(int port, int channelGroups) {
 void Performance::closeDown(int) {
     unload();
     port_.reset();
+    font_.clear();
     open_ = false;
 }
 

@@ -35,6 +35,7 @@ public:
 
     void setPort(int port, int channelGroups) override;
     int port() const override { return port_ ? portNumber_ : 0; }
+    const std::string& soundFont() const override { return font_; }
     void download(const std::shared_ptr<MusicSegment>& segment) override;
     void unload() override;
     void playSegment() override;

@@ -1,9 +1,10 @@
-// Where finished mixes go. What stands at a destination stays as it is until a whole new file takes its place. Paths
-// are UTF-8. Used on any thread, one call at a time.
+// Where finished mixes go. What stands at a destination stays as it is until a whole new file takes its place, and what
+// a run had mixed when its program was killed is found again. Paths are UTF-8. Used on any thread, one call at a time.
 #pragma once
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace melvane {
 
@@ -15,9 +16,14 @@ public:
 
     // Where the new file is to be written: beside the destination, there and empty.
     virtual const std::string& privateFile() const = 0;
+    // What stands there, or the placeholder; without links on the way.
+    virtual const std::string& file() const = 0;
     // Puts the private file, safe on the disk and with the mode of what stood there, in the destination's place. False
     // when that can't be done; what stood there is still there then. Waits for the disk.
     virtual bool replace() = 0;
+    // Leaves what stands there, and puts the private file beside it as the first of "name (part).mp3", "name (part
+    // 2).mp3" and so on that is free. Its path; "" when that can't be done: then it stays for interrupted().
+    virtual std::string putBeside() = 0;
 };
 
 enum class ClaimFailure {
@@ -39,6 +45,8 @@ public:
     // Holds `path`, or the file that it leads to. Where there is none, one with an empty line is created as a
     // placeholder; of several that try at once one gets it.
     virtual DestinationClaim claim(const std::string& path, bool mayReplace) = 0;
+    // What runs left whose programs ended without a word, each for the first who asks.
+    virtual std::vector<std::unique_ptr<Destination>> interrupted() = 0;
 };
 
 }  // namespace melvane

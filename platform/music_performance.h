@@ -58,6 +58,9 @@ public:
     // The port that is open, 0 where the default one took the place of another.
     virtual int port() const = 0;
 
+    // The file that the sounds are taken from (UTF-8); "" on a device of the machine.
+    virtual const std::string& soundFont() const = 0;
+
     // Makes the sounds that the segment needs ready, and lets go of them.
     virtual void download(const std::shared_ptr<MusicSegment>& segment) = 0;
     virtual void unload() = 0;

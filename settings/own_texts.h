@@ -98,6 +98,8 @@ enum class OwnText {
     mixFinished,  // file
     mixIsSilent,  // file
     stopped,
+    partKept,        // file
+    interruptedMix,  // file
     playsSilently,
     portOutsideMix,
     portGone,   // port
@@ -107,6 +109,7 @@ enum class OwnText {
     cannotOpenVocal,       // file
     backgroundLost,        // file
     vocalLost,             // file
+    mixedUntilThen,        // file
     noThread,
     encoderStalled,
     destinationIsSource,

@@ -41,8 +41,9 @@ struct RunState {
     std::string destinationPath;
     std::string encodePath;  // what the encoder writes: a private file until the mix is complete
     std::string encoderCommandLine;
-    std::string lastMixPath;  // destination of the last run that produced a playable file
-    std::string listenPath;   // the same, also after a run that failed or was refused
+    std::string lastMixPath;  // what the last run produced, when it ended well
+    std::string listenPath;   // the last that can be played, also after a run that failed or was refused
+    std::string partPath;     // where the last run put what it had, beside a destination that stays as it was
     bool isMidiBackground = false;
     bool mayReplace = true;  // a file that stands at the destination
     bool isMixing = false;

@@ -60,7 +60,7 @@ struct Studio {
     engine::Library library;
     const music::Music music = music::createMusic(library, {.devicePorts = false});
     const LocalFileNames names;
-    LocalDestinations destinations;
+    LocalDestinations destinations{dir / "mixes"};
     ConsoleDialogs dialogs;
     ConsoleShell shell;
     modLang language;

@@ -1,6 +1,5 @@
 // The desktop that the program runs on: files, folders, dialogs, signals.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <QApplication>
@@ -13,13 +12,10 @@
 #include <QPushButton>
 #include <QTimer>
 #include <csignal>
-#include <set>
-#include <thread>
 
 #include "desktop/desktop_dialogs.h"
 #include "desktop/end_signals.h"
 #include "desktop/library_file.h"
-#include "desktop/local_destinations.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "tests/temp_dir.h"
@@ -29,7 +25,6 @@ namespace {
 
 using namespace melvane::test;
 namespace fs = std::filesystem;
-using Names = std::set<std::string>;
 
 TEST(LocalFileNames, CommandLineWordsAreQuotedWhereNeeded) {
     for (const char* plain : {"/a/żółw's.mp3", "-x", "/\xFF\x80"})
@@ -86,91 +81,6 @@ TEST(LocalFileNames, ASongThatWasTakenOutLiesInAFolderOfThisProcess) {
     PrivateFolder::removeLeftovers();
     EXPECT_EQ(folders(), before) << "what a killed process left is gone";
     EXPECT_TRUE(fs::exists(song) && fs::exists(home + "/melvane-song-mine!!/tmp.mid"));
-}
-
-// What stands at a destination while a mix is made for it, and afterwards.
-struct DestinationsFixture : testing::Test {
-    Names files() const {
-        Names names;
-        for (const auto& entry : fs::recursive_directory_iterator(dir.path()))
-            if (!fs::is_directory(entry.symlink_status()))
-                names.insert(entry.path().lexically_relative(dir.path()).string());
-        return names;
-    }
-    ClaimFailure failure(const std::string& name, bool mayReplace = true) {
-        return destinations.claim(dir / name, mayReplace).failure;
-    }
-
-    TempDir dir;
-    LocalDestinations destinations;
-};
-
-TEST_F(DestinationsFixture, ANewFileTakesThePlaceInOneStepAndWithItsMode) {
-    fs::create_directories(dir / "real/deep");
-    const std::string longest = std::string(251, 'x') + ".mp3";
-    fs::create_symlink("real/deep/" + longest, dir / "link.mp3");
-    for (const std::string& name : {std::string("new.mp3"), "real/../real/deep/" + longest, std::string("link.mp3")}) {
-        const bool stood = fs::exists(dir / name);
-        if (stood) fs::permissions(dir / name, fs::perms(0640));
-        const Names before = files();
-        const std::string content = readFile(dir / name);
-        for (const bool completed : {false, true}) {
-            auto claim = destinations.claim(dir / name, true);
-            ASSERT_EQ(claim.failure, ClaimFailure::none) << name;
-            EXPECT_EQ(readFile(dir / name), stood ? content : "\r\n");
-            const std::string written = claim.destination->privateFile();
-            EXPECT_EQ(fs::path(written).parent_path(), fs::canonical(dir / name).parent_path());
-            std::ofstream(written) << "mix of " << name;
-            EXPECT_EQ(failure(name), ClaimFailure::busy);
-            if (completed) {
-                EXPECT_TRUE(claim.destination->replace());
-            }
-            claim.destination.reset();
-            EXPECT_EQ(readFile(dir / name), completed ? "mix of " + name : content);
-            if (!completed) {
-                EXPECT_EQ(files(), before);
-            }
-        }
-        EXPECT_EQ(fs::status(dir / name).permissions() == fs::perms(0640), stood);
-    }
-    EXPECT_EQ(files(), (Names{"link.mp3", "new.mp3", "real/deep/" + longest}));
-    EXPECT_TRUE(fs::is_symlink(dir / "link.mp3"));
-}
-
-TEST_F(DestinationsFixture, WhatIsNoPlaceForAMixIsLeftAlone) {
-    fs::create_directory(dir / "folder.mp3");
-    mkfifo((dir / "pipe.mp3").c_str(), 0600);
-    fs::create_symlink("nothing.mp3", dir / "dangling.mp3");
-    fs::create_symlink("round.mp3", dir / "round.mp3");
-    dir.write("old.mp3", "old");
-    const Names before = files();
-    for (const std::string& name : {std::string("folder.mp3"), std::string("pipe.mp3"), std::string("dangling.mp3"),
-                                    std::string("round.mp3"), std::string("none/mix.mp3"), std::string(300, 'x')})
-        for (const bool mayReplace : {true, false}) EXPECT_EQ(failure(name, mayReplace), ClaimFailure::notWritable);
-    EXPECT_EQ(failure("old.mp3", false), ClaimFailure::exists);
-    auto claim = destinations.claim(dir / "mix.mp3", false);
-    std::ofstream(claim.destination->privateFile()) << "mix";
-    fs::remove(dir / "mix.mp3");
-    fs::create_directory(dir / "mix.mp3");
-    EXPECT_FALSE(claim.destination->replace());
-    claim.destination.reset();
-    EXPECT_EQ(files(), before);
-}
-
-TEST_F(DestinationsFixture, OfManyRunsOneWritesAFile) {
-    for (const bool mayReplace : {false, true})
-        for (int round = 0; round < 20; ++round) {
-            fs::remove(dir / "mix.mp3");
-            std::vector<DestinationClaim> claims(10);
-            std::vector<std::thread> runs;
-            for (DestinationClaim& claim : claims)
-                runs.emplace_back([&] { claim = LocalDestinations().claim(dir / "mix.mp3", mayReplace); });
-            for (std::thread& run : runs) run.join();
-            EXPECT_EQ(std::ranges::count(claims, ClaimFailure::none, &DestinationClaim::failure), 1);
-            EXPECT_EQ(std::ranges::count(claims, ClaimFailure::notWritable, &DestinationClaim::failure), 0);
-            claims.clear();
-            EXPECT_EQ(files(), Names());
-        }
 }
 
 TEST(LibraryFile, WhatIsNoAudioLibraryIsRefused) {

@@ -30,9 +30,10 @@ public:
 
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
-    std::set<std::string> unreadable;          // files that no stream is made of
-    std::set<Handle> failedChannels;           // whose files can no longer be read
-    std::uint64_t length = 1760;               // of every channel
+    std::set<std::string> unreadable;  // files that no stream is made of
+    std::set<Handle> failedChannels;   // whose files can no longer be read
+    std::uint64_t length = 1760;       // of every channel but those of these files
+    std::map<std::string, std::uint64_t> lengths;
     std::uint64_t position = 0;                // of every channel
     std::chrono::milliseconds openingTime{0};  // of a file
     bool initialises = true;
@@ -96,7 +97,9 @@ public:
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
         std::this_thread::sleep_for(openingTime);
-        return unreadable.contains(file) || (product_ == file && !productReadable) ? 0 : ++lastHandle_;
+        if (unreadable.contains(file) || (product_ == file && !productReadable)) return 0;
+        if (lengths.contains(file)) lengthsOfChannels_[lastHandle_ + 1] = lengths.at(file);
+        return ++lastHandle_;
     }
     void giveUpOpening() override { note("giveUpOpening"); }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
@@ -107,7 +110,9 @@ public:
     bool BASS_ChannelStop(Handle handle) override { return note("BASS_ChannelStop", handle); }
     ChannelActivity BASS_ChannelIsActive(Handle) const override { return ChannelActivity::playing; }
     bool channelFailed(Handle handle) const override { return failedChannels.contains(handle); }
-    std::uint64_t BASS_ChannelGetLength(Handle) const override { return length; }
+    std::uint64_t BASS_ChannelGetLength(Handle handle) const override {
+        return lengthsOfChannels_.contains(handle) ? lengthsOfChannels_.at(handle) : length;
+    }
     std::uint64_t BASS_ChannelGetPosition(Handle) const override { return position; }
     bool BASS_ChannelSetPosition(Handle handle, std::uint64_t to) override {
         return note("BASS_ChannelSetPosition", handle, to);
@@ -251,6 +256,7 @@ private:
     // Files are opened on a thread of their own, while the window goes on. Shared, so that a fake can be copied.
     inline static std::mutex callsMutex_;
     Handle lastHandle_ = 0;
+    std::map<Handle, std::uint64_t> lengthsOfChannels_;
     std::string product_;  // the file that is encoded into
     Handle capture_ = 0;
     bool finishing_ = false;

@@ -17,6 +17,7 @@ public:
     std::vector<std::string> calls;
 
     std::vector<std::string> ports = {"Built-in synthesiser"};
+    std::string soundFont;
     bool portOpens = true;
     bool devicesOpen = true;
     bool songLoads = true;
@@ -48,6 +49,7 @@ private:
             port_ = music_.devicesOpen ? port : 0;
         }
         int port() const override { return port_; }
+        const std::string& soundFont() const override { return music_.soundFont; }
         void download(const std::shared_ptr<MusicSegment>& segment) override {
             note("download");
             ready_ = segment != nullptr;

@@ -36,7 +36,8 @@ struct MixingRunFixture : SilentParts {
         return all;
     }
 
-    LocalDestinations destinations;
+    TempDir state;
+    LocalDestinations destinations{state / "mixes"};
     int events = 0;
     std::function<void()> onEvents = [] {};
     Mixer mixer{{library, music, systemMixer, names, destinations, dialogs, shell, language, [this] {
@@ -115,8 +116,6 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
         {[&] { library.capturePlays = false; }, Failure::noThread, "threads"},
         {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "lame"},
         {[&] { library.encoderStarts = false; }, Failure::encoderNotStarted, "lame"},
-        {[&] { library.failedChannels = {2}; }, Failure::backgroundLost, "/music/song.mp3"},
-        {[&] { library.failedChannels = {3}; }, Failure::vocalLost, "/music/voice.wav"},
         {[&] { library.encoder = EncoderState::failed; }, Failure::encoderFailed, mix},
         {[&] { library.product = taggedMp3(439); }, Failure::encoderFailed, mix},
         {[&] { library.product = "no tag" + library.product; }, Failure::encoderFailed, mix},
@@ -153,6 +152,54 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
         }
     const Words boxes{"Melvane: Source or destiny files not defined.", "Melvane: Error playing Midi file"};
     EXPECT_EQ(dialogs.boxes, (Words{boxes[0], boxes[1], boxes[0], boxes[1]}));
+}
+
+TEST_F(MixingRunFixture, KeepsWhatItHadBesideALongerMixOrWhenASourceWasLost) {
+    const std::string mix = dir.write("mix.mp3", "old mix");
+    const struct {
+        std::uint64_t stood;  // bytes of sound
+        std::uint32_t RunState::*lost;
+        RunFailure failure;
+        std::string part;
+    } cases[] = {{1764, nullptr, RunFailure::none, dir / "mix (part).mp3"},
+                 {1760, nullptr, RunFailure::none, ""},
+                 {1760, &RunState::backgroundChannel, RunFailure::backgroundLost, dir / "mix (part 2).mp3"},
+                 {1764, &RunState::vocalChannel, RunFailure::vocalLost, dir / "mix (part 3).mp3"}};
+    for (const auto& c : cases) {
+        dir.write("mix.mp3", "old mix");
+        library.lengths[mix] = c.stood;
+        mixer.mixingRun().mi_button_Click();
+        if (c.lost) library.failedChannels = {mixer.run().*c.lost};
+        library.position = 880;
+        if (c.lost)
+            mixer.mixingRun().Timer1_Timer();
+        else
+            mixer.mixingRun().stopRec();
+        const std::string kept = c.part.empty() ? mix : c.part;
+        EXPECT_EQ(mixer.run().failure, c.failure);
+        EXPECT_EQ(mixer.run().partPath, c.part);
+        EXPECT_EQ(mixer.run().listenPath, kept);
+        EXPECT_EQ(mixer.run().lastMixPath, c.lost ? "" : kept);
+        EXPECT_EQ(readFile(kept), library.product);
+        EXPECT_EQ(readFile(mix), c.part.empty() ? library.product : "old mix");
+        const std::string message = runMessage(language, mixer.run());
+        EXPECT_EQ(message.empty(), !c.lost);
+        EXPECT_EQ(message.find(c.part) != std::string::npos, c.lost || c.part.empty()) << message;
+        library.failedChannels = {};
+    }
+}
+
+TEST_F(MixingRunFixture, WritesNoneOfTheFilesInUse) {
+    const std::string song = dir.write("song.mid", songOf("\xFF\x2F"));
+    music.soundFont = dir.write("sounds.sf2", "sounds");
+    std::filesystem::create_symlink(music.soundFont, dir / "link.mp3");
+    mixer.sourceFiles().chooseBackground(song);
+    ASSERT_TRUE(mixer.midi().loaded()) << mixer.midi().failureText();
+    for (const std::string& path : {dir / "./song.mid", dir / "link.mp3"}) {
+        mixer.fields().destination = path;
+        mixer.mixingRun().mi_button_Click();
+        EXPECT_EQ(mixer.run().failure, RunFailure::destinationIsSource) << path;
+    }
 }
 
 TEST_F(MixingRunFixture, OpensFilesWhileWindowEventsRunAndAStopMeanwhileLeavesNothingBehind) {

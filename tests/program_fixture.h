@@ -18,9 +18,10 @@ namespace melvane::test {
 // With a registry, dialogs and a shell of the test's own.
 struct ProgramUnderTest {
     TempDir dir;
+    TempDir state;
     FakeDialogs dialogs;
     FakeShell shell;
-    LocalDestinations destinations;
+    LocalDestinations destinations{state / "mixes"};
     RegistryFile registry{dir / "registry.json"};
     std::optional<Program> program;
 

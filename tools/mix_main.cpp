@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include "app/interrupted_mixes.h"
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
@@ -113,20 +114,22 @@ int run(const MixOptions& options) {
     using Style = Reporter::Style;
     const Style bar = options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
     Reporter reporter(options.json ? Style::json : bar);
-    std::error_code error;
-    if (!options.overwrite && std::filesystem::exists(toPath(options.destination), error)) {
-        reporter.failed(existsMessage(options));
-        return kCouldNot;
-    }
     modLang language;
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
-    LocalDestinations destinations;
+    LocalDestinations destinations(LocalDestinations::usualJournal());
     language.InitLanguage(names.systemDirectory(), "en");
     LibraryFile file;
     StartResult start = startAudioLibrary(file, names, {CardClock::stepped, kBlockFrames, names.programDirectory()});
     if (start.message) {
         reporter.failed(language.lang(*start.message));
+        return kCouldNot;
+    }
+    for (const std::string& part : bringBackMixes(destinations, *start.library))
+        reporter.note(language.ownText(OwnText::interruptedMix, part));
+    std::error_code error;
+    if (!options.overwrite && std::filesystem::exists(toPath(options.destination), error)) {
+        reporter.failed(existsMessage(options));
         return kCouldNot;
     }
     ConsoleDialogs dialogs;

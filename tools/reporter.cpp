@@ -87,6 +87,10 @@ void Reporter::failed(const std::string& message) {
     if (style_ == Style::json)
         printLine(
             {{text("event"), text("result")}, {text("status"), text("failed")}, {text("message"), text(message)}});
+    note(message);
+}
+
+void Reporter::note(const std::string& message) {
     std::fprintf(stderr, "melvane-mix: %s\n", oneLine(message).c_str());
 }
 

@@ -18,6 +18,8 @@ public:
     // The file was written: all of the song, or what was mixed before an interrupt; "" when that was nothing.
     void finished(const std::string& destination, std::int64_t frames, bool interrupted);
     void failed(const std::string& message);
+    // Beside the result.
+    void note(const std::string& message);
 
 private:
     void drawBar(double fraction, double seconds);
