@@ -5,7 +5,7 @@ namespace melvane {
 namespace {
 
 bool canBePlayed(AudioLibrary& library, const std::string& file) {
-    const Handle stream = library.BASS_StreamCreateFile(false, file.c_str(), 0, 0, BASS_STREAM_DECODE);
+    const Handle stream = library.BASS_StreamCreateFile(false, file.c_str(), 0, 0, 0);
     const bool plays = stream != 0 && library.BASS_ChannelGetLength(stream) > 0;
     library.BASS_StreamFree(stream);
     return plays;

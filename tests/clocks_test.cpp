@@ -60,7 +60,7 @@ struct Studio {
     engine::Library library;
     const music::Music music = music::createMusic(library, {.devicePorts = false});
     const LocalFileNames names;
-    LocalDestinations destinations{dir / "mixes"};
+    LocalDestinations destinations{beside / "mixes"};
     ConsoleDialogs dialogs;
     ConsoleShell shell;
     modLang language;

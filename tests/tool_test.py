@@ -2,6 +2,7 @@
 """End-to-end tests of the headless mixer, with real files and the real encoder: tool_test.py BUILD_DIRECTORY"""
 
 import array
+import contextlib
 import hashlib
 import json
 import math
@@ -86,7 +87,7 @@ class ToolTest(unittest.TestCase):
 
     def environment(self, path=None):
         paths = os.environ.get("PATH", os.defpath) if path is None else path
-        return {**os.environ, "HOME": str(self.home), "PATH": paths, "LC_ALL": "C.UTF-8"}
+        return {**os.environ, "HOME": str(self.home), "XDG_STATE_HOME": str(self.home / "state"), "PATH": paths, "LC_ALL": "C.UTF-8"}
 
     def start(self, *arguments, path=None, **options):
         pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "stdin": subprocess.DEVNULL}
@@ -320,6 +321,34 @@ class InterruptTest(ToolTest):
                     self.assertEqual((status, errors), (128 + number, ""))
                     self.expect_kept(mix, pcm, json.loads(output.splitlines()[-1]))
 
+    def test_part_of_a_mix_never_takes_the_place_of_a_longer_one(self):
+        """Neither one that was interrupted nor one that was killed, with its encoder and without."""
+        song, voice = self.wav("song.wav", pcm=noise(RATE) * 240), self.wav("voice.wav", 1000)
+        mix = self.dir / "mix.mp3"
+        lame(song, mix)
+        longer = mix.read_bytes()
+        for number, send in ((signal.SIGINT, os.kill), (signal.SIGKILL, os.kill), (signal.SIGKILL, os.killpg)):
+            for stood in (longer, None):
+                with self.subTest(signal=number.name, send=send.__name__, stood=stood is not None):
+                    mix.write_bytes(stood) if stood else mix.unlink()
+                    process = self.start("--json", "--overwrite", song, voice, mix, start_new_session=True)
+                    while json.loads(process.stdout.readline())["fraction"] < 0.05:
+                        pass
+                    send(process.pid, number)
+                    _, output, errors = self.finish(process)
+                    kept = self.dir / "mix (part).mp3" if stood or number == signal.SIGKILL else mix
+                    if number == signal.SIGKILL:
+                        status, errors = self.mix(voice, voice, "next.mp3")
+                        self.assertEqual((status, errors.count(str(kept))), (0, 1), errors)
+                        (self.dir / "next.mp3").unlink()
+                    else:
+                        self.assertEqual(json.loads(output.splitlines()[-1])["destination"], str(kept))
+                    self.assertGreater(len(self.decode(kept)), RATE)
+                    kept.unlink()
+                    self.assertEqual(mix.read_bytes() if mix.exists() else None, stood)
+                    mix.write_bytes(longer)
+                    self.assertEqual(self.files(), [str(self.dir / n) for n in ("decoded.wav", "mix.mp3", "song.wav", "voice.wav")])
+
     def test_run_that_is_stopped_before_its_first_frame_leaves_nothing(self):
         song, voice = self.wav("song.wav", LONG), self.wav("voice.wav", 1000)
         old = self.dir / "old.mp3"
@@ -397,10 +426,10 @@ class CommandLineTest(ToolTest):
                 process = self.start("--overwrite", *options, song, voice, "mix.mp3", stderr=side)
                 os.close(side)
                 self.assertEqual(process.communicate(timeout=HANG)[0], b"")
-                try:
-                    shown = os.read(terminal, 65536)
-                except OSError:  # Nothing was ever written.
-                    shown = b""
+                shown = b""
+                with contextlib.suppress(OSError):  # at its end
+                    while True:
+                        shown += os.read(terminal, 65536)
                 os.close(terminal)
                 self.assertEqual(process.returncode, 0)
                 self.assertRegex(shown.decode(), says)
