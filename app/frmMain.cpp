@@ -413,7 +413,7 @@ void frmMain::refreshPaths() {
     const std::array paths = {&fields.background, &fields.vocal, &fields.destination};
     for (std::size_t i = 0; i < paths.size(); ++i) {
         const auto text = [&](OwnText t) { return toQt(environment_.language.ownText(t)); };
-        path_[i]->setFullText(toQt(*paths[i]), text(kRowTexts[i]), text(kEmptyTexts[i]));
+        path_[i]->setFullText(toQt(*paths[i]), text(kRowTexts[i]), text(kEmptyTexts[i]), toQt(fileName(*paths[i])));
     }
     for (std::size_t i = 0; i < scans_.size(); ++i) scans_[i]->show(*paths[i]);
 }
@@ -449,7 +449,7 @@ void frmMain::refreshStatus(bool running) {
     const StatusLine line =
         MainStatus(mixer_, environment_)
             .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_, store_.failure()});
-    status_->setFullText(toQt(line.text));
+    status_->setFullText(toQt(line.text), {}, {}, toQt(line.brief));
     setStyleState(*status_, "warned", line.warned);
     setStyleState(*status_, "failed", line.failed);
 }

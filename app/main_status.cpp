@@ -1,6 +1,7 @@
 #include "app/main_status.h"
 
 #include "app/run_messages.h"
+#include "base/paths.h"
 #include "state/numbers.h"
 
 namespace melvane {
@@ -11,6 +12,12 @@ constexpr double kStalledSeconds = 10;
 
 }  // namespace
 
+// With the file's name where there is little room, in whose folder it lies is told on hover.
+StatusLine MainStatus::about(OwnText text, const std::string& file, bool warned, bool failed) const {
+    const modLang& language = environment_.language;
+    return {language.ownText(text, file), language.ownText(text, fileName(file)), warned, failed};
+}
+
 StatusLine MainStatus::line(const Facts& facts) const {
     const modLang& language = environment_.language;
     const MixingRun& mixing = mixer_.mixingRun();
@@ -19,7 +26,7 @@ StatusLine MainStatus::line(const Facts& facts) const {
     if (!mixer_.run().isMixing) return ended(facts);
     return {clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
                 " – " + sound(),
-            mixer_.run().recordsSilence};
+            "", mixer_.run().recordsSilence};
 }
 
 std::string MainStatus::sound() const {
@@ -39,9 +46,10 @@ std::string MainStatus::sound() const {
 StatusLine MainStatus::ended(const Facts& facts) const {
     StatusLine line = result(facts);
     const std::string unsaved = settingsMessage(environment_.language, facts.settingsFailure);
-    if (line.text.empty() && !unsaved.empty()) return {unsaved, false, true};
+    if (line.text.empty() && !unsaved.empty()) return {unsaved, "", false, true};
     if (line.text.empty()) return {port().empty() ? environment_.language.ownText(OwnText::ready) : port()};
-    if (!unsaved.empty()) line.text += " – " + unsaved;
+    for (std::string* text : {&line.text, &line.brief})
+        if (!unsaved.empty() && !text->empty()) *text += " – " + unsaved;
     return line;
 }
 
@@ -50,17 +58,15 @@ StatusLine MainStatus::result(const Facts& facts) const {
     const PathFields& fields = mixer_.fields();
     const RunState& run = mixer_.run();
     if (!facts.tellsRun && facts.songUnreadable)
-        return {language.ownText(OwnText::cannotOpenBackground, fields.background), false, true};
-    if (!facts.tellsRun && facts.voiceUnreadable)
-        return {language.ownText(OwnText::cannotOpenVocal, fields.vocal), false, true};
-    if (!facts.tellsRun && !facts.interrupted.empty())
-        return {language.ownText(OwnText::interruptedMix, facts.interrupted), true};
+        return about(OwnText::cannotOpenBackground, fields.background, false, true);
+    if (!facts.tellsRun && facts.voiceUnreadable) return about(OwnText::cannotOpenVocal, fields.vocal, false, true);
+    if (!facts.tellsRun && !facts.interrupted.empty()) return about(OwnText::interruptedMix, facts.interrupted, true);
     if (!facts.tellsRun) return {};
-    if (run.failure != RunFailure::none) return {runMessage(language, run), false, true};
-    if (run.recordsSilence) return {language.ownText(OwnText::mixIsSilent, run.destinationPath), true};
-    if (!run.partPath.empty()) return {language.ownText(OwnText::partKept, run.partPath)};
+    if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
+    if (run.recordsSilence) return about(OwnText::mixIsSilent, run.destinationPath, true);
+    if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
     if (facts.stopped) return {language.ownText(OwnText::stopped)};
-    if (!run.lastMixPath.empty()) return {language.ownText(OwnText::mixFinished, run.lastMixPath)};
+    if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
     return {};
 }
 

@@ -11,6 +11,7 @@ namespace melvane {
 
 struct StatusLine {
     std::string text;
+    std::string brief = {};  // what is to be seen where there is little room; "": the text's beginning
     bool warned = false;
     bool failed = false;
 };
@@ -33,6 +34,7 @@ public:
     StatusLine line(const Facts& facts) const;
 
 private:
+    StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;
     // What is heard and recorded of the run under way.

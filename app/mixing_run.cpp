@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "app/failure_cause.h"
 #include "app/run_messages.h"
 #include "app/source_files.h"
 #include "app/window_patience.h"
@@ -95,6 +96,7 @@ void MixingRun::mi_button_Click() {
 
 bool MixingRun::canRun() {
     run_.failure = RunFailure::none;
+    run_.cause = 0;
     run_.lastMixPath.clear();
     run_.partPath.clear();
     if (!readPaths()) return false;
@@ -192,8 +194,11 @@ bool MixingRun::openSources() {
                                              : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
         return true;
     }
-    if (!abandoned_ && run_.failure == RunFailure::none)
+    if (!abandoned_ && run_.failure == RunFailure::none) {
         run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
+        run_.cause = whileEventsRun(with_.doEvents,
+                                    [&] { return readingError(background ? run_.vocalPath : run_.backgroundPath); });
+    }
     freeChannel(run_.backgroundChannel);
     freeChannel(run_.vocalChannel);
     return false;
@@ -221,6 +226,7 @@ bool MixingRun::prepareDestination() {
     auto claim = whileEventsRun(with_.doEvents,
                                 [this] { return with_.destinations.claim(run_.destinationPath, run_.mayReplace); });
     run_.failure = failureOf(claim.failure);
+    run_.cause = claim.cause;
     if (abandoned_ || !claim.destination) return false;
     destination_ = std::move(claim.destination);
     run_.encodePath = with_.names.shortPath(destination_->privateFile());
@@ -270,6 +276,9 @@ void MixingRun::stopRec() {
     stoppedEarly_ = run_.isMixing && !backgroundEnded();
     if (stoppedEarly_) with_.library.hurryEncoder(run_.recordChannel);
     run_.isMixing = capture_.StopMixCapture();
+    if (run_.failure == RunFailure::encoderFailed ||
+        (destination_ && run_.failure == RunFailure::destinationNotWritable))
+        run_.cause = writingError(run_.destinationPath);
     destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);

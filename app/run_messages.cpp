@@ -1,6 +1,10 @@
 #include "app/run_messages.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
 #include <new>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/registry.h"
@@ -12,51 +16,90 @@ namespace {
 
 constexpr const char* kEncoderName = "lame";
 
-std::string failureMessage(const modLang& language, const RunState& run) {
-    const auto line = [&](LangEntry entry, OwnText detail, const std::string& name = {}) {
-        return language.lang(entry) + " " + language.ownText(detail, name);
-    };
-    switch (run.failure) {
-        case RunFailure::none:
-            return "";
-        case RunFailure::pathsMissing:
-            return language.lang(LangEntry::pathsMissing);
-        case RunFailure::midiUnplayable:
-            return language.lang(LangEntry::midiPlayFailed);
-        case RunFailure::destinationIsSource:
-            return line(LangEntry::mixingNotInitialised, OwnText::destinationIsSource);
-        case RunFailure::backgroundUnreadable:
-            return line(LangEntry::mixingNotInitialised, OwnText::cannotOpenBackground, run.backgroundPath);
-        case RunFailure::vocalUnreadable:
-            return line(LangEntry::mixingNotInitialised, OwnText::cannotOpenVocal, run.vocalPath);
-        case RunFailure::backgroundLost:
-            return language.ownText(OwnText::backgroundLost, run.backgroundPath);
-        case RunFailure::vocalLost:
-            return language.ownText(OwnText::vocalLost, run.vocalPath);
-        case RunFailure::noThread:
-            return line(LangEntry::mixingNotInitialised, OwnText::noThread);
-        case RunFailure::captureNotStarted:
-            return line(LangEntry::mixingNotInitialised, OwnText::captureFailed);
-        case RunFailure::destinationNotWritable:
-            return line(LangEntry::encodingFailed, OwnText::cannotWriteDestination, run.destinationPath);
-        case RunFailure::destinationExists:
-            return line(LangEntry::mixingNotInitialised, OwnText::destinationExists, run.destinationPath);
-        case RunFailure::destinationBusy:
-            return line(LangEntry::mixingNotInitialised, OwnText::destinationBusy, run.destinationPath);
-        case RunFailure::encoderNotStarted:
-            return line(LangEntry::encodingFailed, OwnText::encoderNotFound, kEncoderName);
-        case RunFailure::encoderFailed:
-            return line(LangEntry::encodingFailed, OwnText::encoderFailed, run.destinationPath);
-    }
-    return "";
+// What is said of a failure: a sentence, then a detail with a name.
+struct Row {
+    RunFailure failure;
+    std::optional<LangEntry> sentence;
+    std::optional<OwnText> detail = {};
+    std::string RunState::*name = nullptr;
+};
+
+const Row kRows[] = {
+    {RunFailure::none, {}},
+    {RunFailure::pathsMissing, LangEntry::pathsMissing},
+    {RunFailure::destinationIsSource, LangEntry::mixingNotInitialised, OwnText::destinationIsSource},
+    {RunFailure::destinationNotWritable, LangEntry::encodingFailed, OwnText::cannotWriteDestination,
+     &RunState::destinationPath},
+    {RunFailure::destinationExists, LangEntry::mixingNotInitialised, OwnText::destinationExists,
+     &RunState::destinationPath},
+    {RunFailure::destinationBusy, LangEntry::mixingNotInitialised, OwnText::destinationBusy,
+     &RunState::destinationPath},
+    {RunFailure::backgroundUnreadable, LangEntry::mixingNotInitialised, OwnText::cannotOpenBackground,
+     &RunState::backgroundPath},
+    {RunFailure::vocalUnreadable, LangEntry::mixingNotInitialised, OwnText::cannotOpenVocal, &RunState::vocalPath},
+    {RunFailure::backgroundLost, {}, OwnText::backgroundLost, &RunState::backgroundPath},
+    {RunFailure::vocalLost, {}, OwnText::vocalLost, &RunState::vocalPath},
+    {RunFailure::midiUnplayable, LangEntry::midiPlayFailed},
+    {RunFailure::noThread, LangEntry::mixingNotInitialised, OwnText::noThread},
+    {RunFailure::captureNotStarted, LangEntry::mixingNotInitialised, OwnText::captureFailed},
+    {RunFailure::encoderNotStarted, LangEntry::encodingFailed, OwnText::encoderNotFound},
+    {RunFailure::encoderNotRun, LangEntry::encodingFailed, OwnText::encoderNotRun},
+    {RunFailure::encoderFailed, LangEntry::encodingFailed, OwnText::encoderFailed, &RunState::destinationPath},
+};
+
+const Row& rowOf(RunFailure failure) {
+    return *std::ranges::find(kRows, failure, &Row::failure);
+}
+
+struct Cause {
+    int error;
+    OwnText reading;
+    OwnText writing;
+};
+
+constexpr Cause kCauses[] = {
+    {ENOENT, OwnText::noSuchFile, OwnText::noSuchFolder},   {ENOTDIR, OwnText::noSuchFile, OwnText::noSuchFolder},
+    {ENAMETOOLONG, OwnText::noSuchFile, OwnText::longName}, {EACCES, OwnText::mayNotRead, OwnText::mayNotWrite},
+    {EPERM, OwnText::mayNotRead, OwnText::mayNotWrite},     {EROFS, OwnText::mayNotRead, OwnText::mayNotWrite},
+    {EMFILE, OwnText::tooManyFiles, OwnText::tooManyFiles}, {ENFILE, OwnText::tooManyFiles, OwnText::tooManyFiles},
+    {ENOMEM, OwnText::outOfMemory, OwnText::outOfMemory},   {ENOSPC, OwnText::diskFull, OwnText::diskFull},
+    {EDQUOT, OwnText::diskFull, OwnText::diskFull},         {EIO, OwnText::diskFails, OwnText::diskFails},
+};
+
+bool isUnreadable(RunFailure failure) {
+    return failure == RunFailure::backgroundUnreadable || failure == RunFailure::vocalUnreadable;
+}
+
+std::optional<OwnText> causeOf(const RunState& run) {
+    const bool reading = isUnreadable(run.failure);
+    if (run.cause == 0) return reading ? std::optional(OwnText::noSoundInFile) : std::nullopt;
+    const auto* const cause = std::ranges::find(kCauses, run.cause, &Cause::error);
+    if (cause == std::end(kCauses)) return std::nullopt;
+    return reading ? cause->reading : cause->writing;
+}
+
+void append(std::string& text, const std::string& sentence) {
+    if (!text.empty() && !sentence.empty()) text += ' ';
+    text += sentence;
 }
 
 }  // namespace
 
+std::string runCause(const modLang& language, const RunState& run) {
+    const Row& row = rowOf(run.failure);
+    std::string text;
+    if (const auto cause = causeOf(run)) append(text, language.ownText(*cause));
+    if (row.detail) append(text, language.ownText(*row.detail, row.name ? run.*row.name : kEncoderName));
+    if (run.failure != RunFailure::none && !run.partPath.empty())
+        append(text, language.ownText(OwnText::mixedUntilThen, run.partPath));
+    return text;
+}
+
 std::string runMessage(const modLang& language, const RunState& run) {
-    const std::string message = failureMessage(language, run);
-    if (message.empty() || run.partPath.empty()) return message;
-    return message + " " + language.ownText(OwnText::mixedUntilThen, run.partPath);
+    const Row& row = rowOf(run.failure);
+    std::string text = row.sentence ? language.lang(*row.sentence) : "";
+    append(text, runCause(language, run));
+    return text;
 }
 
 std::string errorMessage(const modLang& language, const std::exception& error) {

@@ -13,6 +13,8 @@ namespace melvane {
 
 // One line in the current language; "" when nothing failed.
 std::string runMessage(const modLang& language, const RunState& run);
+// Its part behind the first sentence: the cause with its cure, then what they belong to.
+std::string runCause(const modLang& language, const RunState& run);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
 

@@ -38,10 +38,6 @@ std::size_t nameStart(const std::string& path) {
     return folderEnd == std::string::npos ? 0 : folderEnd + 1;
 }
 
-std::string fileName(const std::string& path) {
-    return path.substr(nameStart(path));
-}
-
 }  // namespace
 
 void SourceFiles::BR_Click(int index) {

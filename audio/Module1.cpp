@@ -38,7 +38,9 @@ void Module1::StartMixCapture() {
     run_.recordChannel = library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, &library_);
     if (run_.recordChannel == 0) return giveUp(RunFailure::captureNotStarted, 0);
     if (!library_.BASS_Encode_Start(run_.recordChannel, run_.encoderCommandLine.c_str(), 0, nullptr, nullptr))
-        return giveUp(RunFailure::encoderNotStarted, run_.recordChannel);
+        return giveUp(library_.encoderFound(run_.encoderCommandLine.c_str()) ? RunFailure::encoderNotRun
+                                                                             : RunFailure::encoderNotStarted,
+                      run_.recordChannel);
     if (!library_.BASS_ChannelPlay(run_.recordChannel, false)) giveUp(RunFailure::noThread, run_.recordChannel);
 }
 

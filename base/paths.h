@@ -17,6 +17,10 @@ inline std::string toText(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
+inline std::string fileName(const std::string& utf8) {
+    return toText(toPath(utf8).filename());
+}
+
 // False for folders, and for pipes and devices, which may keep waiting who opens them.
 inline bool isFile(const std::string& utf8) {
     std::error_code error;

@@ -13,11 +13,12 @@ ElidedLabel::ElidedLabel(QWidget* parent, Qt::TextElideMode mode) : QLabel(paren
     setIndent(0);  // otherwise the text is moved, but not its room
 }
 
-void ElidedLabel::setFullText(const QString& text, const QString& label, const QString& hint) {
-    if (text == fullText_ && label == label_ && hint == hint_) return;
+void ElidedLabel::setFullText(const QString& text, const QString& label, const QString& hint, const QString& brief) {
+    if (text == fullText_ && label == label_ && hint == hint_ && brief == brief_) return;
     fullText_ = text;
     label_ = label;
     hint_ = hint;
+    brief_ = brief;
     const QString said = text.isEmpty() ? hint : text;
     // File names are no markup.
     setToolTip(Qt::mightBeRichText(said) ? said.toHtmlEscaped() : said);
@@ -37,7 +38,7 @@ void ElidedLabel::changeEvent(QEvent* event) {
 }
 
 void ElidedLabel::elide() {
-    QString line = fullText_.isEmpty() ? hint_ : fullText_;
+    QString line = fullText_.isEmpty() ? hint_ : brief_.isEmpty() ? fullText_ : brief_;
     std::replace_if(
         line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; }, u' ');
     setText(fontMetrics().elidedText(line, mode_, contentsRect().width()));

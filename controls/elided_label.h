@@ -1,4 +1,4 @@
-// One line of text that is shortened to its room, whole in its tooltip.
+// One line of text that is shortened to its room, whole in its tooltip and to a screen reader.
 #pragma once
 
 #include <QLabel>
@@ -9,8 +9,10 @@ class ElidedLabel : public QLabel {
 public:
     ElidedLabel(QWidget* parent, Qt::TextElideMode mode);
 
-    // `label` says what the text is, as part of the accessible name; while the text is empty, `hint` is shown.
-    void setFullText(const QString& text, const QString& label = {}, const QString& hint = {});
+    // `label` says what the text is, as part of the accessible name; while the text is empty, `hint` is shown. `brief`
+    // is what is to be seen of it; none: the text from its beginning.
+    void setFullText(const QString& text, const QString& label = {}, const QString& hint = {},
+                     const QString& brief = {});
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -23,6 +25,7 @@ private:
     QString fullText_;
     QString label_;
     QString hint_;
+    QString brief_;
 };
 
 }  // namespace melvane

@@ -84,9 +84,10 @@ HoldResult HeldFile::createUnseen(const std::filesystem::path& path, std::string
     if (write(bytes) && lock() == HoldResult::held &&
         linkat(AT_FDCWD, opened.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0)
         return HoldResult::held;
-    const bool exists = errno == EEXIST;
+    const int error = errno;
     close();
-    return exists ? HoldResult::exists : HoldResult::failed;
+    errno = error;
+    return error == EEXIST ? HoldResult::exists : HoldResult::failed;
 }
 
 HoldResult HeldFile::createSeen(const std::filesystem::path& path, std::string_view bytes) {

@@ -1,5 +1,6 @@
 #include "desktop/local_destinations.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -35,8 +36,7 @@ fs::path partOf(const fs::path& file, int number) {
 }
 
 // Where the file is or is to be: behind links to one, and without links on the way. None where there can't be one.
-std::optional<fs::path> resolved(const fs::path& path) {
-    std::error_code error;
+std::optional<fs::path> resolved(const fs::path& path, std::error_code& error) {
     if (fs::exists(fs::symlink_status(path, error))) {
         const fs::path file = fs::canonical(path, error);
         return error || !fs::is_regular_file(file, error) ? std::nullopt : std::optional(file);
@@ -145,12 +145,14 @@ fs::path privateFileFor(const fs::path& file) {
 }  // namespace
 
 DestinationClaim LocalDestinations::claim(const std::string& path, bool mayReplace) {
-    const auto file = resolved(toPath(path));
-    if (!file) return {nullptr, ClaimFailure::notWritable};
+    std::error_code error;
+    const auto file = resolved(toPath(path), error);
+    if (!file) return {nullptr, ClaimFailure::notWritable, error.value()};
     auto destination = std::make_unique<LocalDestination>(MixPaths{*file, privateFileFor(*file)}, journal_.newPage());
     const ClaimFailure failure = destination->hold(mayReplace);
+    const int cause = failure == ClaimFailure::notWritable ? errno : 0;
     if (failure != ClaimFailure::none) destination.reset();
-    return {std::move(destination), failure};
+    return {std::move(destination), failure, cause};
 }
 
 std::vector<std::unique_ptr<Destination>> LocalDestinations::interrupted() {

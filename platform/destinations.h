@@ -36,6 +36,7 @@ enum class ClaimFailure {
 struct DestinationClaim {
     std::unique_ptr<Destination> destination;  // null on failure
     ClaimFailure failure = ClaimFailure::none;
+    int cause = 0;  // error number (<cerrno>) behind notWritable; 0: none is known
 };
 
 class Destinations {

@@ -119,11 +119,21 @@ enum class OwnText {
     noMixInput,
     captureFailed,
     encoderNotFound,  // program
+    encoderNotRun,    // program
     encoderFailed,    // file
     // Why the settings are not kept.
     settingsNotKept,
     diskFull,
     settingsFolderRefuses,
+    // Causes of a failed run.
+    noSoundInFile,
+    noSuchFile,
+    noSuchFolder,
+    longName,
+    mayNotRead,
+    mayNotWrite,
+    tooManyFiles,
+    diskFails,
     count
 };
 

@@ -24,7 +24,8 @@ enum class RunFailure {
     midiUnplayable,
     noThread,  // the system gives no more
     captureNotStarted,
-    encoderNotStarted,
+    encoderNotStarted,  // there is none
+    encoderNotRun,      // it could not be started
     encoderFailed,
 };
 
@@ -57,6 +58,7 @@ struct RunState {
     std::int32_t savedInput = 0;            // recording input that was on when the program started
     std::int32_t savedLevel = 0;            // its level, 0..100
     RunFailure failure = RunFailure::none;  // of the last run
+    int cause = 0;                          // error number (<cerrno>) behind it; 0: none is known
 };
 
 }  // namespace melvane

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <new>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -165,6 +166,9 @@ int main(int argc, char** argv) {
     } catch (const UsageError& error) {
         std::fprintf(stderr, "melvane-mix: %s\nTry melvane-mix --help.\n", error.what());
         return kWrongUsage;
+    } catch (const std::bad_alloc&) {
+        std::fputs("melvane-mix: out of memory: close other programs\n", stderr);
+        return kCouldNot;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "melvane-mix: %s\n", error.what());
         return kCouldNot;

@@ -1,0 +1,31 @@
+#include "app/failure_cause.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+
+#include "base/paths.h"
+
+namespace melvane {
+
+namespace fs = std::filesystem;
+
+int readingError(const std::string& path) {
+    std::error_code error;
+    if (fs::exists(toPath(path), error) && !isFile(path)) return 0;
+    errno = 0;
+    std::ifstream file(toPath(path), std::ios::binary);
+    if (!file.is_open()) return errno;
+    file.get();
+    return file.bad() ? EIO : 0;
+}
+
+int writingError(const std::string& path) {
+    constexpr std::uintmax_t kLittle = 1 << 16;
+    std::error_code error;
+    const auto disk = fs::space(fs::absolute(toPath(path), error).parent_path(), error);
+    return !error && disk.available < kLittle ? ENOSPC : 0;
+}
+
+}  // namespace melvane
