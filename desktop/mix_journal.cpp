@@ -20,13 +20,25 @@ constexpr std::size_t kLongestPage = 1 << 16;
 
 JournalPage::~JournalPage() {
     std::error_code error;
-    if (!isKept_) fs::remove(page_, error);
+    if (isKept_) return;
+    fs::remove(page_, error);
+    for (; !madeFolders_.empty() && fs::remove(madeFolders_.back(), error); madeFolders_.pop_back()) continue;
+}
+
+void JournalPage::makeFolders() {
+    std::error_code error;
+    for (fs::path folder = fs::absolute(page_.parent_path(), error); !fs::exists(folder, error);
+         folder = folder.parent_path())
+        madeFolders_.insert(madeFolders_.begin(), folder);
+    for (const fs::path& folder : madeFolders_)
+        if (fs::create_directory(folder, error)) fs::permissions(folder, fs::perms::owner_all, error);
 }
 
 // Names may hold every byte but zero.
 bool JournalPage::write(const MixPaths& paths) {
     const std::string text = toText(paths.file) + '\0' + toText(paths.privateFile) + '\0';
     paths_ = paths;
+    makeFolders();
     if (held_.create(page_, text) != HoldResult::held) return false;
     isKept_ = false;
     makeSafe(page_, page_);
@@ -45,8 +57,6 @@ bool JournalPage::takeOver() {
 }
 
 std::unique_ptr<JournalPage> MixJournal::newPage() const {
-    std::error_code error;
-    if (fs::create_directories(folder_, error)) fs::permissions(folder_, fs::perms::owner_all, error);
     return std::make_unique<JournalPage>(folder_ / (randomName() + kExtension));
 }
 

@@ -114,7 +114,7 @@ TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestinat
     EXPECT_EQ(readFile(dir / "old.mp3"), "old mix");
     EXPECT_EQ(files(), (Names{"old.mp3", "old (part).mp3", "new (part).mp3", "new (part 2).mp3",
                               std::string(244, 'x') + " (part).mp3"}));
-    EXPECT_TRUE(fs::is_empty(state / "mixes"));
+    EXPECT_TRUE(!fs::exists(state / "mixes") || fs::is_empty(state / "mixes"));
     // What is not taken goes; what can't be put anywhere stays for the next start.
     for (const bool takes : {true, false}) {
         auto claim = destinations.claim(dir / "mix.mp3", true);

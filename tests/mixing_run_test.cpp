@@ -98,6 +98,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
     const std::string mix = dir / "mix.mp3";
     const std::string inside = dir / "none/mix.mp3";
     using Failure = RunFailure;
+    const TempDir text;
     DestinationClaim other;
     const struct {
         std::function<void()> arrange;
@@ -106,16 +107,20 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
     } cases[] = {
         {[&] { mixer.fields().vocal = ""; }, Failure::pathsMissing, "files not defined"},
         {[&] { mixer.fields().background = "/song.kar"; }, Failure::midiUnplayable, "Midi"},
-        {[&] { library.unreadable = {"/music/song.mp3"}; }, Failure::backgroundUnreadable, "/music/song.mp3"},
-        {[&] { library.unreadable = {"/music/voice.wav"}; }, Failure::vocalUnreadable, "/music/voice.wav"},
+        {[&] { library.unreadable = {"/music/song.mp3"}; }, Failure::backgroundUnreadable,
+         "There is no such file: choose it again. The background cannot be opened: /music/song.mp3"},
+        {[&] { library.unreadable = {mixer.fields().vocal = "/proc/self/mem"}; }, Failure::vocalUnreadable,
+         "The disk fails"},
+        {[&] { library.unreadable = {mixer.fields().vocal = text.write("text.wav", "La la la")}; },
+         Failure::vocalUnreadable, "holds no sound"},
         {[&] { mixer.fields().vocal = dir / "./mix.mp3"; }, Failure::destinationIsSource, "one of the source files"},
-        {[&] { mixer.fields().destination = inside; }, Failure::destinationNotWritable, inside},
+        {[&] { mixer.fields().destination = inside; }, Failure::destinationNotWritable, "no such folder"},
         {[&] { mixer.fields().destination = dir.path(); }, Failure::destinationNotWritable, dir.path()},
         {[&] { other = destinations.claim(mix, true); }, Failure::destinationBusy, "Another mix"},
         {[&] { library.captureStarts = false; }, Failure::captureNotStarted, "recorded"},
         {[&] { library.capturePlays = false; }, Failure::noThread, "threads"},
-        {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "lame"},
-        {[&] { library.encoderStarts = false; }, Failure::encoderNotStarted, "lame"},
+        {[&] { library.encoderExists = false; }, Failure::encoderNotStarted, "apt install lame"},
+        {[&] { library.encoderStarts = false; }, Failure::encoderNotRun, "lame"},
         {[&] { library.encoder = EncoderState::failed; }, Failure::encoderFailed, mix},
         {[&] { library.product = taggedMp3(439); }, Failure::encoderFailed, mix},
         {[&] { library.product = "no tag" + library.product; }, Failure::encoderFailed, mix},

@@ -72,6 +72,14 @@ def gone(pid):
     return not Path(f"/proc/{pid}").exists()
 
 
+def wait_until(condition):
+    end = time.monotonic() + HANG
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("waited in vain")
+        time.sleep(0.01)
+
+
 class ToolTest(unittest.TestCase):
     """A directory for each test, the current one of the mixer."""
 
@@ -303,6 +311,21 @@ class BadInputTest(ToolTest):
             song, voice = self.wav("song.wav", LONG), self.wav("voice.wav", LONG)
             path = self.encoder(f'truncate -s 1200000 "{self.dir / broken}"; exec cat > "$last"')
             self.expect_refused(song, voice, self.dir / f"{broken}.mp3", path=path, says=broken)
+
+
+    def test_one_of_many_runs_writes_a_file(self):
+        for options, says in (([], "mix.mp3 exists"), (["--overwrite"], "being written")):
+            with self.subTest(options=options):
+                path = self.encoder(f"while [ ! -e '{self.dir}/go' ]; do sleep 0.01; done; exec lame \"$@\"")
+                runs = [self.start(*options, self.song, self.voice, "mix.mp3", path=path) for _ in range(10)]
+                wait_until(lambda: sum(run.poll() is None for run in runs) == 1)
+                (self.dir / "go").touch()
+                ended = sorted(map(self.finish, runs))
+                (self.dir / "go").unlink()
+                self.assertEqual([status for status, _, _ in ended], [0] + [1] * 9)
+                for _, _, errors in ended[1:]:
+                    self.assertRegex(errors, says)
+                (self.dir / "mix.mp3").unlink()
 
 
 class InterruptTest(ToolTest):

@@ -63,6 +63,7 @@ TEST_F(WindowFixture, BrowsingFillsTheFields) {
     browse("BR0", "/music/" + name + ".mp3");
     EXPECT_EQ(whole("path0"), "/music/a song &lt;b&gt;with a very long name, longer than any field.mp3");
     EXPECT_TRUE(find<QLabel>(main(), "path0").text().contains(u'…'));
+    EXPECT_TRUE(find<QLabel>(main(), "path0").text().startsWith(QStringLiteral("a song")));
     browse("BR1", "/voice.wav");
     browse("BR2", dir / "mix");
     EXPECT_EQ(dialogs.lastQuestion.start, "/music/" + name + ".mp3");
@@ -266,6 +267,7 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
         modLang language;
         language.InitLanguage("", code);
         EXPECT_EQ(status(), runMessage(language, mixer().run()));
+        EXPECT_TRUE(find<QLabel>(main(), "status").text().startsWith(toQt(language.ownText(OwnText::noSuchFile))));
         EXPECT_EQ(shell.language, code);
     }
     library.inputs.resize(0x8001, library.inputs.front());
