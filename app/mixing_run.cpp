@@ -276,9 +276,9 @@ void MixingRun::stopRec() {
     stoppedEarly_ = run_.isMixing && !backgroundEnded();
     if (stoppedEarly_) with_.library.hurryEncoder(run_.recordChannel);
     run_.isMixing = capture_.StopMixCapture();
-    if (run_.failure == RunFailure::encoderFailed ||
-        (destination_ && run_.failure == RunFailure::destinationNotWritable))
-        run_.cause = writingError(run_.destinationPath);
+    const bool unwritten =
+        run_.failure == RunFailure::encoderFailed || run_.failure == RunFailure::destinationNotWritable;
+    if (destination_ && unwritten) run_.cause = writingError(run_.destinationPath);
     destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);
