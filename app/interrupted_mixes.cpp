@@ -1,5 +1,7 @@
 #include "app/interrupted_mixes.h"
 
+#include "base/verdict.h"
+
 namespace melvane {
 
 namespace {
@@ -16,9 +18,12 @@ bool canBePlayed(AudioLibrary& library, const std::string& file) {
 std::vector<std::string> bringBackMixes(Destinations& destinations, AudioLibrary& library) {
     std::vector<std::string> files;
     for (const auto& mix : destinations.interrupted()) {
-        if (!canBePlayed(library, mix->privateFile())) continue;
+        const std::string& file = mix->privateFile();
+        const Verdict verdict = judge(file, [&] { return canBePlayed(library, file); });
+        if (verdict == Verdict::unknown) mix->leave();
+        if (verdict != Verdict::good) continue;
         const std::string part = mix->putBeside();
-        files.push_back(part.empty() ? mix->privateFile() : part);
+        files.push_back(part.empty() ? file : part);
     }
     return files;
 }

@@ -9,6 +9,8 @@
 #include "app/source_files.h"
 #include "app/window_patience.h"
 #include "audio/modAudio.h"
+#include "base/paths.h"
+#include "base/verdict.h"
 
 namespace melvane {
 
@@ -238,23 +240,30 @@ bool MixingRun::prepareDestination() {
 RunFailure MixingRun::publish(std::int64_t frames) {
     const bool lost = run_.failure != RunFailure::none;
     const bool part = lost || (stoppedEarly_ && standsLonger(frames));
-    const bool replaced = !part && whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
+    if (!part) run_.cause = whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
+    const bool replaced = !part && run_.cause == 0;
     if (!replaced) run_.partPath = whileEventsRun(with_.doEvents, [this] { return destination_->putBeside(); });
     const std::string& kept = replaced ? run_.destinationPath : run_.partPath;
     if (!kept.empty()) run_.listenPath = kept;
     const bool well = replaced || (part && !lost && !kept.empty());
     if (well) run_.lastMixPath = kept;
+    if (kept.empty() && isFile(destination_->privateFile())) run_.partPath = destination_->privateFile();
     return well || lost ? RunFailure::none : RunFailure::destinationNotWritable;
 }
 
+// What can't be read now counts as longer.
 bool MixingRun::standsLonger(std::int64_t frames) {
-    const Handle standing = whileEventsRun(with_.doEvents, [this] {
-        return with_.library.BASS_StreamCreateFile(false, destination_->file().c_str(), 0, 0, 0);
+    return whileEventsRun(with_.doEvents, [&] {
+        Handle standing = 0;
+        const Verdict verdict = judge(destination_->file(), [&] {
+            standing = with_.library.BASS_StreamCreateFile(false, destination_->file().c_str(), 0, 0, 0);
+            return standing != 0;
+        });
+        if (verdict != Verdict::good) return verdict == Verdict::unknown;
+        const bool longer = toFrames(with_.library.BASS_ChannelGetLength(standing)) > frames;
+        with_.library.BASS_StreamFree(standing);
+        return longer;
     });
-    if (standing == 0) return false;
-    const bool longer = toFrames(with_.library.BASS_ChannelGetLength(standing)) > frames;
-    with_.library.BASS_StreamFree(standing);
-    return longer;
 }
 
 void MixingRun::SetBassVolume() {
@@ -278,7 +287,7 @@ void MixingRun::stopRec() {
     run_.isMixing = capture_.StopMixCapture();
     const bool unwritten =
         run_.failure == RunFailure::encoderFailed || run_.failure == RunFailure::destinationNotWritable;
-    if (destination_ && unwritten) run_.cause = writingError(run_.destinationPath);
+    if (destination_ && unwritten && run_.cause == 0) run_.cause = writingError(run_.destinationPath);
     destination_.reset();
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);

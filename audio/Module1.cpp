@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "audio/encoder_tag.h"
+#include "base/verdict.h"
 
 namespace melvane {
 
@@ -70,7 +71,10 @@ bool Module1::StopMixCapture() {
 
 // The encoder does not report its last writes, nor what it left out: what it says of the file must be what it was
 // given, and so must what is there to be played.
-bool Module1::isWhole(std::int64_t frames) const {
+bool Module1::isWhole(std::int64_t frames) {
+    library_.BASS_StreamFree(run_.lastMixStream);
+    run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
+    if (run_.lastMixStream == 0) return false;
     const auto playable =
         static_cast<std::int64_t>(library_.BASS_ChannelGetLength(run_.lastMixStream) / kBytesPerFrame);
     return playable == frames && taggedFrames(run_.encodePath) == frames;
@@ -81,8 +85,11 @@ RunFailure Module1::finish() {
     if (library_.encoderState(run_.recordChannel) == EncoderState::failed) return RunFailure::encoderFailed;
     const std::int64_t frames = library_.framesEncoded(run_.recordChannel);
     if (frames == 0) return RunFailure::none;
-    run_.lastMixStream = library_.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
-    if (run_.lastMixStream == 0 || !isWhole(frames)) return RunFailure::encoderFailed;
+    const Verdict verdict = judge(run_.encodePath, [&] { return isWhole(frames); });
+    if (verdict == Verdict::bad) return RunFailure::encoderFailed;
+    // It is kept then, but not called a mix.
+    if (verdict == Verdict::unknown && run_.failure == RunFailure::none)
+        run_.failure = RunFailure::destinationNotWritable;
     return publish_(frames);
 }
 

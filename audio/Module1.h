@@ -25,7 +25,7 @@ public:
 private:
     void giveUp(RunFailure failure, Handle channel);
     RunFailure finish();
-    bool isWhole(std::int64_t frames) const;
+    bool isWhole(std::int64_t frames);
 
     AudioLibrary& library_;
     RunState& run_;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,17 +22,19 @@ public:
     // A file that is there and may be written; links are not followed.
     HoldResult open(const std::filesystem::path& path);
     // A new file with these bytes, locked before anyone else can see it where the file system allows that. Nothing that
-    // stands there is touched, nor a link followed.
+    // stands there is touched, nor a link followed. `missing`: there is no folder for it.
     HoldResult create(const std::filesystem::path& path, std::string_view bytes);
 
     // False when the file system has no locks: then nobody knows of who holds it.
     bool isLocked() const { return isLocked_; }
-    // The first bytes of it, `most` of them at most.
-    std::string read(std::size_t most) const;
-    // True when `path` is this file still.
-    bool standsAt(const std::filesystem::path& path) const;
+    // The first bytes of it, `most` of them at most. None when it can't be read.
+    std::optional<std::string> read(std::size_t most) const;
+    // Removes the file if it still stands at `path`. False when that can't be done or told.
+    bool removeFrom(const std::filesystem::path& path) const;
 
 private:
+    // 1, or 0 where there is another file or none; -1 when that can't be told.
+    int standsAt(const std::filesystem::path& path) const;
     HoldResult lock();
     HoldResult createUnseen(const std::filesystem::path& path, std::string_view bytes);
     HoldResult createSeen(const std::filesystem::path& path, std::string_view bytes);
@@ -44,7 +47,8 @@ private:
 
 // An empty file for this user alone. False when there is something already.
 bool createPrivateFile(const std::filesystem::path& path);
-// Gives `path` the mode of `model`, where there is one, and waits until its contents are safe on the disk.
+// Gives `path` the mode of `model`, where there is one, and waits until its contents are safe on the disk. False with
+// the reason in errno.
 bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model);
 // Gives a file another name that nothing has.
 HoldResult renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -49,7 +48,7 @@ HoldResult HeldFile::open(const std::filesystem::path& path) {
         struct stat opened {};
         const bool plain = fstat(file_, &opened) == 0 && S_ISREG(opened.st_mode);
         const HoldResult result = plain ? lock() : HoldResult::failed;
-        if (result == HoldResult::held && standsAt(path)) return result;
+        if (result == HoldResult::held && standsAt(path) == 1) return result;
         close();
         if (result != HoldResult::held) return result;
     }
@@ -64,10 +63,11 @@ HoldResult HeldFile::lock() {
     return failed && errno == EWOULDBLOCK ? HoldResult::busy : HoldResult::held;
 }
 
-std::string HeldFile::read(std::size_t most) const {
+std::optional<std::string> HeldFile::read(std::size_t most) const {
     std::string bytes(most, '\0');
     const ssize_t got = pread(file_, bytes.data(), bytes.size(), 0);
-    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got < 0) return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(got));
     return bytes;
 }
 
@@ -92,6 +92,7 @@ HoldResult HeldFile::createUnseen(const std::filesystem::path& path, std::string
 
 HoldResult HeldFile::createSeen(const std::filesystem::path& path, std::string_view bytes) {
     file_ = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kUsualMode);
+    if (file_ < 0 && errno == ENOENT) return HoldResult::missing;
     if (file_ < 0) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
     HoldResult result = lock();
     if (result == HoldResult::held && !write(bytes)) {
@@ -106,11 +107,17 @@ bool HeldFile::write(std::string_view bytes) const {
     return ::write(file_, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
 }
 
-bool HeldFile::standsAt(const std::filesystem::path& path) const {
+int HeldFile::standsAt(const std::filesystem::path& path) const {
     struct stat mine {};
     struct stat there {};
-    return file_ >= 0 && fstat(file_, &mine) == 0 && lstat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
-           mine.st_ino == there.st_ino;
+    if (fstat(file_, &mine) != 0) return -1;
+    if (lstat(path.c_str(), &there) != 0) return errno == ENOENT ? 0 : -1;
+    return mine.st_dev == there.st_dev && mine.st_ino == there.st_ino ? 1 : 0;
+}
+
+bool HeldFile::removeFrom(const std::filesystem::path& path) const {
+    const int stands = standsAt(path);
+    return stands == 0 || (stands == 1 && unlink(path.c_str()) == 0);
 }
 
 bool createPrivateFile(const std::filesystem::path& path) {

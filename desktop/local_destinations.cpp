@@ -18,16 +18,20 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kEmptyLine = "\r\n";
-constexpr std::size_t kLongestName = 255;  // bytes, in most file systems
+constexpr std::string_view kPrivateStart = ".melvane-";
+constexpr std::string_view kPrivateEnd = ".mp3";
+constexpr std::size_t kLongestName = 255;       // bytes, in most file systems
+constexpr std::size_t kLongestExtension = 100;  // what is longer is the name's end
 constexpr int kMostParts = 1000;
 
 // "name (part).mp3" and so on; a name that is near its longest loses its end.
 fs::path partOf(const fs::path& file, int number) {
-    const std::string extension = toText(file.extension());
+    const bool plain = file.extension().native().size() <= kLongestExtension;
+    const std::string extension = plain ? toText(file.extension()) : std::string(kPrivateEnd);
     const std::string end =
         (number == 1 ? std::string(" (part)") : " (part " + std::to_string(number) + ")") + extension;
-    std::string stem = toText(file.stem());
-    if (end.size() < kLongestName && stem.size() + end.size() > kLongestName) {
+    std::string stem = toText(plain ? file.stem() : file.filename());
+    if (stem.size() + end.size() > kLongestName) {
         std::size_t length = kLongestName - end.size();
         while (length > 0 && (stem[length] & 0xC0) == 0x80) --length;  // no part of a character
         stem.resize(length);
@@ -70,7 +74,8 @@ public:
     ~LocalDestination() override {
         std::error_code error;
         if (ownsPrivateFile_) fs::remove(privateFile_, error);
-        if (isPlaceholder_ && held_.standsAt(file_)) fs::remove(file_, error);
+        // What can't be removed now is found again.
+        if ((isPlaceholder_ && !held_.removeFrom(file_)) || error) page_->keep();
     }
 
     ClaimFailure hold(bool mayReplace) {
@@ -81,6 +86,7 @@ public:
             isPlaceholder_ = result == HoldResult::held;
         } else if (result == HoldResult::held) {
             page_->write({file_, privateFile_});
+            isPlaceholder_ = held_.read(kEmptyLine.size() + 1) == kEmptyLine;
         }
         // Another run was quicker.
         if (result == HoldResult::exists && mayReplace) result = HoldResult::busy;
@@ -91,23 +97,30 @@ public:
 
     // What a run left that is no more. False when that was nothing to listen to.
     bool takeOver() {
-        isPlaceholder_ = held_.open(file_) == HoldResult::held && held_.read(kEmptyLine.size() + 1) == kEmptyLine;
+        const HoldResult there = held_.open(file_);
+        const auto content = there == HoldResult::held ? held_.read(kEmptyLine.size() + 1) : std::nullopt;
+        isPlaceholder_ = content == kEmptyLine;
         std::error_code error;
-        ownsPrivateFile_ = fs::is_regular_file(fs::symlink_status(privateFile_, error));
+        const fs::file_type type = fs::symlink_status(privateFile_, error).type();
+        ownsPrivateFile_ = type == fs::file_type::regular;
+        // Another start may tell what they are.
+        const bool mayBePlaceholder =
+            !content && there != HoldResult::busy && fs::file_size(file_, error) == kEmptyLine.size();
+        if (mayBePlaceholder || type == fs::file_type::none) page_->keep();
         return ownsPrivateFile_;
     }
 
     const std::string& privateFile() const override { return privateName_; }
     const std::string& file() const override { return name_; }
 
-    bool replace() override {
-        if (!makeSafe(privateFile_, file_)) return false;
+    int replace() override {
+        if (!makeSafe(privateFile_, file_)) return errno;
         std::error_code error;
         fs::rename(privateFile_, file_, error);
-        if (error) return false;
+        if (error) return error.value();
         ownsPrivateFile_ = isPlaceholder_ = false;
         makeFolderSafe(file_.parent_path());
-        return true;
+        return 0;
     }
 
     std::string putBeside() override {
@@ -118,13 +131,18 @@ public:
             part = partOf(file_, number);
             result = renameToFree(privateFile_, part);
         }
-        ownsPrivateFile_ = false;
-        if (result == HoldResult::held) {
-            makeFolderSafe(file_.parent_path());
-            return toText(part);
+        if (result != HoldResult::held) {
+            leave();
+            return "";
         }
+        ownsPrivateFile_ = false;
+        makeFolderSafe(file_.parent_path());
+        return toText(part);
+    }
+
+    void leave() override {
+        ownsPrivateFile_ = false;
         page_->keep();
-        return "";
     }
 
 private:
@@ -139,7 +157,14 @@ private:
 };
 
 fs::path privateFileFor(const fs::path& file) {
-    return file.parent_path() / (".melvane-" + randomName() + ".mp3");
+    return file.parent_path() / toPath(std::string(kPrivateStart) + randomName() + std::string(kPrivateEnd));
+}
+
+// Whatever a page says, nothing else is touched.
+bool isPrivate(const MixPaths& paths) {
+    const std::string name = toText(paths.privateFile.filename());
+    return paths.file.is_absolute() && paths.file.has_filename() && name.starts_with(kPrivateStart) &&
+           name.ends_with(kPrivateEnd) && paths.privateFile.parent_path() == paths.file.parent_path();
 }
 
 }  // namespace
@@ -160,6 +185,7 @@ std::vector<std::unique_ptr<Destination>> LocalDestinations::interrupted() {
     for (auto& page : journal_.pagesOfNobody()) {
         const MixPaths paths = page->paths();
         std::error_code error;
+        if (!isPrivate(paths)) continue;
         // On a drive that is away.
         if (!fs::exists(paths.file.parent_path(), error)) {
             page->keep();
@@ -174,8 +200,8 @@ std::vector<std::unique_ptr<Destination>> LocalDestinations::interrupted() {
 std::string LocalDestinations::usualJournal() {
     const char* const state = std::getenv("XDG_STATE_HOME");
     const char* const home = std::getenv("HOME");
-    const fs::path base =
-        state && fs::path(state).is_absolute() ? fs::path(state) : fs::path(home ? home : "/") / ".local" / "state";
+    const auto usable = [](const char* folder) { return folder && fs::path(folder).is_absolute(); };
+    const fs::path base = usable(state) ? fs::path(state) : fs::path(usable(home) ? home : "/") / ".local" / "state";
     return toText(base / "Tessaro" / "unfinished mixes");
 }
 

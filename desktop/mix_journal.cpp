@@ -15,44 +15,50 @@ namespace {
 
 constexpr const char* kExtension = ".mix";
 constexpr std::size_t kLongestPage = 1 << 16;
+constexpr int kAttempts = 100;
+
+// False when something is in it, or when it is a link to one.
+bool removeEmpty(const fs::path& folder) {
+    std::error_code error;
+    return fs::is_directory(fs::symlink_status(folder, error)) && fs::remove(folder, error);
+}
 
 }  // namespace
 
 JournalPage::~JournalPage() {
     std::error_code error;
-    if (isKept_) return;
-    fs::remove(page_, error);
-    for (; !madeFolders_.empty() && fs::remove(madeFolders_.back(), error); madeFolders_.pop_back()) continue;
-}
-
-void JournalPage::makeFolders() {
-    std::error_code error;
-    for (fs::path folder = fs::absolute(page_.parent_path(), error); !fs::exists(folder, error);
-         folder = folder.parent_path())
-        madeFolders_.insert(madeFolders_.begin(), folder);
-    for (const fs::path& folder : madeFolders_)
-        if (fs::create_directory(folder, error)) fs::permissions(folder, fs::perms::owner_all, error);
+    if (!isKept_) fs::remove(page_, error);
+    const fs::path folder = page_.parent_path();
+    if (removeEmpty(folder)) removeEmpty(folder.parent_path());
 }
 
 // Names may hold every byte but zero.
 bool JournalPage::write(const MixPaths& paths) {
     const std::string text = toText(paths.file) + '\0' + toText(paths.privateFile) + '\0';
+    const fs::path folder = page_.parent_path();
+    HoldResult result = HoldResult::missing;
+    std::error_code error;
     paths_ = paths;
-    makeFolders();
-    if (held_.create(page_, text) != HoldResult::held) return false;
+    // The last page of another run may just take the folder with it.
+    for (int attempt = 0; attempt < kAttempts && result == HoldResult::missing; ++attempt) {
+        if (fs::create_directories(folder, error)) fs::permissions(folder, fs::perms::owner_all, error);
+        result = held_.create(page_, text);
+    }
+    if (result != HoldResult::held) return false;
     isKept_ = false;
     makeSafe(page_, page_);
-    makeFolderSafe(page_.parent_path());
+    makeFolderSafe(folder);
     return true;
 }
 
 bool JournalPage::takeOver() {
     if (held_.open(page_) != HoldResult::held || !held_.isLocked()) return false;
+    const auto text = held_.read(kLongestPage);
+    if (!text) return false;
     isKept_ = false;
-    const std::string text = held_.read(kLongestPage);
-    const auto end = text.find('\0');
-    if (end == std::string::npos || text.find('\0', end + 1) != text.size() - 1) return false;
-    paths_ = {toPath(text.substr(0, end)), toPath(text.substr(end + 1, text.size() - end - 2))};
+    const auto end = text->find('\0');
+    if (end == std::string::npos || text->find('\0', end + 1) != text->size() - 1) return false;
+    paths_ = {toPath(text->substr(0, end)), toPath(text->substr(end + 1, text->size() - end - 2))};
     return true;
 }
 

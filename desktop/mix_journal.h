@@ -15,7 +15,8 @@ struct MixPaths {
     std::filesystem::path privateFile;  // what is written for it
 };
 
-// Gone with the object, and with it the folders that were made for it, unless it was kept for the next start.
+// Gone with the object, unless it was kept for the next start; and with the last page its folder and the one around it,
+// when nothing else is in them.
 class JournalPage {
 public:
     explicit JournalPage(std::filesystem::path page) : page_(std::move(page)) {}
@@ -31,10 +32,7 @@ public:
     void keep() { isKept_ = true; }
 
 private:
-    void makeFolders();
-
     const std::filesystem::path page_;
-    std::vector<std::filesystem::path> madeFolders_;  // the innermost last
     HeldFile held_;
     MixPaths paths_;
     bool isKept_ = true;

@@ -18,12 +18,14 @@ public:
     virtual const std::string& privateFile() const = 0;
     // What stands there, or the placeholder; without links on the way.
     virtual const std::string& file() const = 0;
-    // Puts the private file, safe on the disk and with the mode of what stood there, in the destination's place. False
-    // when that can't be done; what stood there is still there then. Waits for the disk.
-    virtual bool replace() = 0;
+    // Puts the private file, safe on the disk and with the mode of what stood there, in the destination's place. 0, or
+    // the error number (<cerrno>) of what kept it from that; what stood there is still there then. Waits for the disk.
+    virtual int replace() = 0;
     // Leaves what stands there, and puts the private file beside it as the first of "name (part).mp3", "name (part
     // 2).mp3" and so on that is free. Its path; "" when that can't be done: then it stays for interrupted().
     virtual std::string putBeside() = 0;
+    // Leaves the private file where it is, for interrupted().
+    virtual void leave() = 0;
 };
 
 enum class ClaimFailure {

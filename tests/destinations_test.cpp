@@ -55,7 +55,7 @@ TEST_F(DestinationsFixture, ANewFileTakesThePlaceInOneStepAndWithItsMode) {
             std::ofstream(written) << "mix of " << name;
             EXPECT_EQ(failure(name), ClaimFailure::busy);
             if (completed) {
-                EXPECT_TRUE(claim.destination->replace());
+                EXPECT_EQ(claim.destination->replace(), 0);
             }
             claim.destination.reset();
             EXPECT_EQ(readFile(dir / name), completed ? "mix of " + name : content);
@@ -84,7 +84,7 @@ TEST_F(DestinationsFixture, WhatIsNoPlaceForAMixIsLeftAlone) {
     std::ofstream(claim.destination->privateFile()) << "mix";
     fs::remove(dir / "mix.mp3");
     fs::create_directory(dir / "mix.mp3");
-    EXPECT_FALSE(claim.destination->replace());
+    EXPECT_EQ(claim.destination->replace(), EISDIR);
     claim.destination.reset();
     EXPECT_EQ(files(), before);
 }
@@ -93,7 +93,9 @@ TEST_F(DestinationsFixture, WhatIsNoPlaceForAMixIsLeftAlone) {
 TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestination) {
     dir.write("old.mp3", "old mix");
     const std::string longest = std::string(249, 'x') + "\u00E9.mp3";  // cut off within the last character
-    for (const std::string& name : {std::string("old.mp3"), std::string("new.mp3"), std::string("new.mp3"), longest}) {
+    const std::string tail = "x." + std::string(253, 'y');
+    for (const std::string& name :
+         {std::string("old.mp3"), std::string("new.mp3"), std::string("new.mp3"), longest, tail}) {
         const pid_t run = fork();
         if (run == 0) {
             const auto claim = destinations.claim(dir / name, true);
@@ -113,8 +115,8 @@ TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestinat
     }
     EXPECT_EQ(readFile(dir / "old.mp3"), "old mix");
     EXPECT_EQ(files(), (Names{"old.mp3", "old (part).mp3", "new (part).mp3", "new (part 2).mp3",
-                              std::string(244, 'x') + " (part).mp3"}));
-    EXPECT_TRUE(!fs::exists(state / "mixes") || fs::is_empty(state / "mixes"));
+                              std::string(244, 'x') + " (part).mp3", tail.substr(0, 244) + " (part).mp3"}));
+    EXPECT_FALSE(fs::exists(state / "mixes"));
     // What is not taken goes; what can't be put anywhere stays for the next start.
     for (const bool takes : {true, false}) {
         auto claim = destinations.claim(dir / "mix.mp3", true);
@@ -130,6 +132,32 @@ TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestinat
         fs::remove(written);
         fs::remove(dir / "mix.mp3");
     }
+}
+
+TEST_F(DestinationsFixture, WhateverThePagesSayNothingButPrivateFilesIsTouched) {
+    fs::create_directory(dir / "other");
+    fs::create_directory(dir / ".melvane-folder.mp3");
+    for (const std::string name : {"song.mp3", "other/.melvane-1.mp3"}) dir.write(name, "precious");
+    dir.write("two.mp3", "\r\n");
+    fs::create_symlink("song.mp3", dir / ".melvane-link.mp3");
+    const Names before = files();
+    const std::pair<std::string, std::string> pages[] = {{dir / "two.mp3", dir / "song.mp3"},
+                                                         {dir / "mix.mp3", dir / "other/.melvane-1.mp3"},
+                                                         {dir / "mix.mp3", "song.mp3"},
+                                                         {dir / "mix.mp3", dir / ".melvane-link.mp3"},
+                                                         {dir / "mix.mp3", dir / ".melvane-folder.mp3"},
+                                                         {"", ""}};
+    for (const auto& [file, privateFile] : pages) {
+        fs::create_directories(state / "mixes");
+        state.write("mixes/page.mix", file + '\0' + privateFile + '\0');
+        state.write("mixes/cut.mix", file);
+        for (const auto& found : destinations.interrupted()) found->putBeside();
+        EXPECT_EQ(files(), before) << privateFile;
+        EXPECT_FALSE(fs::exists(state / "mixes")) << privateFile;
+    }
+    // What a run left without a page.
+    EXPECT_EQ(failure("two.mp3"), ClaimFailure::none);
+    EXPECT_FALSE(fs::exists(dir / "two.mp3"));
 }
 
 TEST_F(DestinationsFixture, OfManyRunsOneWritesAFile) {

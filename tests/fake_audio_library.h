@@ -30,9 +30,10 @@ public:
 
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
-    std::set<std::string> unreadable;  // files that no stream is made of
-    std::set<Handle> failedChannels;   // whose files can no longer be read
-    std::uint64_t length = 1760;       // of every channel but those of these files
+    std::set<std::string> unreadable;   // files that no stream is made of
+    std::set<std::string> failingOnce;  // of which no stream is made at first
+    std::set<Handle> failedChannels;    // whose files can no longer be read
+    std::uint64_t length = 1760;        // of every channel but those of these files
     std::map<std::string, std::uint64_t> lengths;
     std::uint64_t position = 0;                // of every channel
     std::chrono::milliseconds openingTime{0};  // of a file
@@ -97,6 +98,7 @@ public:
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
         std::this_thread::sleep_for(openingTime);
+        if (failingOnce.erase(file) > 0) return 0;
         if (unreadable.contains(file) || (product_ == file && !productReadable)) return 0;
         if (lengths.contains(file)) lengthsOfChannels_[lastHandle_ + 1] = lengths.at(file);
         return ++lastHandle_;

@@ -1,4 +1,12 @@
 // The order of a run's calls, the choice of the recording input and what a failure leaves behind.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "app/interrupted_mixes.h"
 #include "app/mixer.h"
 #include "app/run_messages.h"
 #include "app/start_checks.h"
@@ -173,6 +181,7 @@ TEST_F(MixingRunFixture, KeepsWhatItHadBesideALongerMixOrWhenASourceWasLost) {
     for (const auto& c : cases) {
         dir.write("mix.mp3", "old mix");
         library.lengths[mix] = c.stood;
+        library.failingOnce = {mix};
         mixer.mixingRun().mi_button_Click();
         if (c.lost) library.failedChannels = {mixer.run().*c.lost};
         library.position = 880;
@@ -191,6 +200,45 @@ TEST_F(MixingRunFixture, KeepsWhatItHadBesideALongerMixOrWhenASourceWasLost) {
         EXPECT_EQ(message.empty(), !c.lost);
         EXPECT_EQ(message.find(c.part) != std::string::npos, c.lost || c.part.empty()) << message;
         library.failedChannels = {};
+    }
+}
+
+// With no file to be had its check fails, which says nothing of the mix.
+TEST_F(MixingRunFixture, KeepsAMixThatCannotBeCheckedNow) {
+    const std::string mix = dir.write("mix.mp3", "old mix");
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    mixer.mixingRun().mi_button_Click();
+    library.position = library.length;
+    library.productReadable = false;
+    onEvents = [&] {
+        const rlimit none{0, files.rlim_max};
+        if (mixer.mixingRun().finishing()) setrlimit(RLIMIT_NOFILE, &none);
+    };
+    library.encoderFinishes = 3;
+    mixer.mixingRun().Timer1_Timer();
+    setrlimit(RLIMIT_NOFILE, &files);
+    EXPECT_EQ(mixer.run().failure, RunFailure::destinationNotWritable);
+    EXPECT_EQ(readFile(mix), "old mix");
+    EXPECT_EQ(mixer.run().partPath, dir / "mix (part).mp3");
+    EXPECT_EQ(readFile(mixer.run().partPath), library.product);
+    EXPECT_EQ(mixer.run().lastMixPath, "");
+}
+
+TEST_F(MixingRunFixture, AKilledRunsMixIsRemovedOnlyWhereItHoldsNoSound) {
+    for (const bool plays : {true, false}) {
+        if (fork() == 0) {
+            std::ofstream(destinations.claim(dir / "mix.mp3", true).destination.release()->privateFile()) << "sound";
+            _exit(0);
+        }
+        wait(nullptr);
+        std::string left;
+        for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+            if (entry.path().filename().string().starts_with('.')) left = entry.path();
+        (plays ? library.failingOnce : library.unreadable) = {left};
+        EXPECT_EQ(bringBackMixes(destinations, library), plays ? Words{dir / "mix (part).mp3"} : Words{});
+        EXPECT_EQ(readFile(dir / "mix (part).mp3"), "sound");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
     }
 }
 
