@@ -240,6 +240,8 @@ bool MixingRun::prepareDestination() {
 RunFailure MixingRun::publish(std::int64_t frames) {
     const bool lost = run_.failure != RunFailure::none;
     const bool part = lost || (stoppedEarly_ && standsLonger(frames));
+    if (run_.failure == RunFailure::destinationNotWritable)  // it can't be checked now
+        run_.cause = whileEventsRun(with_.doEvents, [this] { return readingError(run_.encodePath); });
     if (!part) run_.cause = whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
     const bool replaced = !part && run_.cause == 0;
     if (!replaced) run_.partPath = whileEventsRun(with_.doEvents, [this] { return destination_->putBeside(); });

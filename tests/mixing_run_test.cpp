@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -219,6 +220,7 @@ TEST_F(MixingRunFixture, KeepsAMixThatCannotBeCheckedNow) {
     mixer.mixingRun().Timer1_Timer();
     setrlimit(RLIMIT_NOFILE, &files);
     EXPECT_EQ(mixer.run().failure, RunFailure::destinationNotWritable);
+    EXPECT_EQ(mixer.run().cause, EMFILE);
     EXPECT_EQ(readFile(mix), "old mix");
     EXPECT_EQ(mixer.run().partPath, dir / "mix (part).mp3");
     EXPECT_EQ(readFile(mixer.run().partPath), library.product);
