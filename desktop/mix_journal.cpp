@@ -29,7 +29,17 @@ JournalPage::~JournalPage() {
     std::error_code error;
     if (!isKept_) fs::remove(page_, error);
     const fs::path folder = page_.parent_path();
-    if (removeEmpty(folder)) removeEmpty(folder.parent_path());
+    if (!removeEmpty(folder) || !removeEmpty(folder.parent_path())) return;
+    for (const fs::path& made : made_)
+        if (!removeEmpty(made)) return;
+}
+
+// What lies above the program's own folders, and would be left behind empty.
+void JournalPage::noteMissing() {
+    std::error_code error;
+    for (fs::path above = page_.parent_path().parent_path().parent_path();
+         above.has_relative_path() && !fs::exists(above, error); above = above.parent_path())
+        made_.push_back(above);
 }
 
 // Names may hold every byte but zero.
@@ -39,6 +49,7 @@ bool JournalPage::write(const MixPaths& paths) {
     HoldResult result = HoldResult::missing;
     std::error_code error;
     paths_ = paths;
+    noteMissing();
     // The last page of another run may just take the folder with it.
     for (int attempt = 0; attempt < kAttempts && result == HoldResult::missing; ++attempt) {
         if (fs::create_directories(folder, error)) fs::permissions(folder, fs::perms::owner_all, error);

@@ -32,7 +32,10 @@ public:
     void keep() { isKept_ = true; }
 
 private:
+    void noteMissing();
+
     const std::filesystem::path page_;
+    std::vector<std::filesystem::path> made_;  // the innermost first
     HeldFile held_;
     MixPaths paths_;
     bool isKept_ = true;
