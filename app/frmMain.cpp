@@ -49,6 +49,7 @@ constexpr QRect kProgress(kLeft, 148, OverviewBar::kColumns, 22);
 constexpr QRect kStatus(kLeft, 172, kRight - kLeft, 18);
 constexpr QRect kHelp = kClose.translated(-30, 0);
 constexpr QPoint kMenu(kHelp.x() - 28, 2);
+constexpr QRect kMinimise(kMenu.x() - 28, kHelp.y(), 24, kHelp.height());
 
 constexpr std::array kBrowseEntries = {LangEntry::browseBackground, LangEntry::browseVocal,
                                        LangEntry::browseDestination};
@@ -108,9 +109,10 @@ void frmMain::addButtons() {
             [this](const QPoint& place) { menu_->mnuMidi()->popup(b_midi_->mapToGlobal(place)); });
     b_eff_ = add("b_eff", kEffects, ButtonLook::plain, Symbol::effects, [this] { windows_->showEffects(); });
     b_listen_ = add("b_listen", kListen, ButtonLook::plain, Symbol::listen, [this] { listen(); });
+    bMinimise_ = add("bMinimise", kMinimise, ButtonLook::bar, Symbol::minimise, [this] { showMinimized(); });
     b_menu_ = addNavButton(this, "b_menu", kMenu, kListButton,
                            [this] { menu_->mnuKar()->popup(b_menu_->mapToGlobal(QPoint(0, b_menu_->height()))); });
-    bHelp_ = add("bHelp", kHelp, ButtonLook::close, Symbol::settings, [this] { windows_->showPreferences(); });
+    bHelp_ = add("bHelp", kHelp, ButtonLook::bar, Symbol::settings, [this] { windows_->showPreferences(); });
     bClose_ = add("bClose", kClose, ButtonLook::close, Symbol::close, [this] { close(); });
 }
 
@@ -196,6 +198,7 @@ void frmMain::SetMainLanguage() {
     setButtonText(b_eff_, {}, toQt(language.ownText(OwnText::effects)));
     setButtonText(b_listen_, {}, toQt(language.ownText(OwnText::listenToLastMix)));
     setName(b_menu_, toQt(language.ownText(OwnText::menuButton)));
+    setButtonText(bMinimise_, {}, toQt(language.ownText(OwnText::minimise)));
     setButtonText(bHelp_, {}, toQt(language.lang(LangEntry::preferences)));
     setButtonText(bClose_, {}, toQt(language.lang(LangEntry::close)));
     progress_->setAccessibleName(toQt(language.ownText(OwnText::mixProgress)));

@@ -114,6 +114,7 @@ private:
     Ed_Button* b_eff_;
     Ed_Button* b_listen_;
     navButton* b_menu_;
+    Ed_Button* bMinimise_;
     Ed_Button* bHelp_;
     Ed_Button* bClose_;
     OverviewBar* progress_;

@@ -28,9 +28,10 @@ constexpr Face kFaces[][2] = {
     {{skin::kSongLight, skin::kSong, skin::kCaption}, {skin::kSongHot, skin::kSongLight, skin::kCaptionHot}},
     {{skin::kStopLight, skin::kStop, skin::kCaption}, {skin::kStopHot, skin::kStopLight, skin::kCaptionHot}},
     {{0, 0, skin::kMuted}, {skin::kRecordingLight, skin::kRecording, skin::kWhite}},
+    {{0, 0, skin::kMuted}, {skin::kKeyLight, skin::kKey, skin::kCaptionHot}},
 };
 constexpr Face kDisabled = {skin::kKeyOff, skin::kKeyOff, skin::kCaption};
-constexpr Face kCloseDisabled = {0, 0, skin::kFaint};
+constexpr Face kBareDisabled = {0, 0, skin::kFaint};
 
 QRectF faceRect(const QSize& size) {
     return QRectF(QPointF(), QSizeF(size)).adjusted(kMargin, kMargin, -kMargin, -kMargin);
@@ -77,7 +78,7 @@ bool fitsCaption(const QSize& button) {
 ButtonPictures buttonPictures(ButtonLook look, Symbol symbol, const QSize& size) {
     const auto& [rest, hot] = kFaces[static_cast<std::size_t>(look)];
     return {picture(rest, symbol, size), picture(hot, symbol, size),
-            picture(look == ButtonLook::close ? kCloseDisabled : kDisabled, symbol, size)};
+            picture(qAlpha(rest.bottom) == 0 ? kBareDisabled : kDisabled, symbol, size)};
 }
 
 void drawPicture(QPainter& painter, const QPicture& picture) {

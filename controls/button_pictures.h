@@ -7,7 +7,7 @@
 
 namespace melvane {
 
-enum class ButtonLook { plain, song, recording, close };
+enum class ButtonLook { plain, song, recording, close, bar };  // bar: as close, but lights in no warning colour
 enum class Symbol {
     none,
     open,
@@ -27,7 +27,8 @@ enum class Symbol {
     tick,
     dot,
     down,
-    right
+    right,
+    minimise
 };
 
 struct ButtonPictures {

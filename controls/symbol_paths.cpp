@@ -53,6 +53,8 @@ constexpr const char* kLines[] = {
     "M 3.3 6 L 8 10.7 L 12.7 6",
     // right: of a menu that opens
     "M 6 3.3 L 10.7 8 L 6 12.7",
+    // minimise
+    "M 3.5 12 L 12.5 12",
 };
 
 QRectF squareAround(qreal x, qreal y, qreal radius) {

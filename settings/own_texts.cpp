@@ -46,6 +46,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::limiterMeaning, "O tyle ogranicznik ścisza miks. Mniejsza głośność podkładu lub wokalu tego uniknie.",
      "So much the limiter turns the mix down. A lower volume of song or voice avoids it."},
     {OwnText::menuButton, "Menu", "Menu"},
+    {OwnText::minimise, "Minimalizuj", "Minimise"},
     {OwnText::backToMain, "Powrót do głównego okna", "Back to the main window"},
     {OwnText::cannotUseFile, "Nie można użyć tego pliku: %1", "This file cannot be used: %1"},
     {OwnText::openSong, "Otwórz podkład", "Open song"},

@@ -41,6 +41,7 @@ enum class OwnText {
     lampMeaning,
     limiterMeaning,
     menuButton,
+    minimise,
     backToMain,
     cannotUseFile,  // file
     // The dialogs for files.

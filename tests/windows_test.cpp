@@ -462,6 +462,20 @@ TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
     EXPECT_EQ(shell.language, "pl");
 }
 
+TEST_F(WindowFixture, IsMinimisedAndOnlyItsCloseButtonWarns) {
+    const auto lit = [this](const char* name) {
+        QImage image(30, 30, QImage::Format_RGB32);
+        image.fill(QColor(skin::kBody));
+        QPainter painter(&image);
+        drawPicture(painter, find<Ed_Button>(main(), name).Hot());
+        return image.pixelColor(12, 17);
+    };
+    EXPECT_GT(lit("bClose").saturation(), 100);
+    for (const char* calm : {"bHelp", "bMinimise"}) EXPECT_LT(lit(calm).saturation(), 60) << calm;
+    press("bMinimise");
+    EXPECT_TRUE(main().isMinimized());
+}
+
 TEST_F(WindowFixture, MovesByItsTop) {
     main().move(100, 100);
     for (const auto& [y, mouseButton, moves] : {std::tuple(0, Qt::LeftButton, true),
