@@ -222,6 +222,13 @@ void frmMain::usePort(bool running) {
     attempt([this] { mixer_.midi().reopen(); });
 }
 
+void frmMain::takeWaiting(bool running) {
+    if (waiting_.empty() || choosing_ || running) return;
+    // Once what is under way is over.
+    QMetaObject::invokeMethod(
+        this, [this] { takeFiles(std::exchange(waiting_, {})); }, Qt::QueuedConnection);
+}
+
 void frmMain::BR_Click(int index) {
     withButtonsOff([&] { mixer_.sourceFiles().BR_Click(index); });
     rememberFiles();
@@ -243,7 +250,11 @@ void frmMain::rememberFiles() {
 }
 
 void frmMain::takeFiles(const std::vector<std::string>& paths) {
-    if (paths.empty() || mixer_.isRunning() || choosing_) return;
+    if (mixer_.isRunning() || choosing_) {
+        waiting_.insert(waiting_.end(), paths.begin(), paths.end());
+        return;
+    }
+    if (paths.empty()) return;
     std::vector<std::string> ordered = paths;
     // A song may bring a voice, and empties the destination.
     std::ranges::stable_sort(ordered, {}, [](const std::string& path) {
@@ -404,6 +415,7 @@ void frmMain::refresh() {
         Timer1_.start();
     if (std::exchange(wasRunning_, running) && !running) QApplication::alert(this);  // unless it is in front
     usePort(running);
+    takeWaiting(running);
     refreshPaths();
     sliders_->showValues();
     refreshButtons(running);

@@ -6,6 +6,7 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "app/frm_level_panel.h"
 #include "app/frm_settings_keeper.h"
@@ -33,7 +34,8 @@ public:
     void DoRest();
     // Sets all texts from the current language, also those of the other windows.
     void SetMainLanguage();
-    // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths.
+    // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths. In a run, or while a file is
+    // being opened, they are taken afterwards.
     void takeFiles(const std::vector<std::string>& paths);
 
     // Keeps what mixes had recorded that were cut off, and tells where it is.
@@ -78,6 +80,7 @@ private:
     void keepSettings();
     void fillRecentFiles();
     void useLanguage(const std::string& code);
+    void takeWaiting(bool running);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
     void usePort(bool running);
     // Runs what lets window events run while sources are opened: no other button may be pressed meanwhile.
@@ -104,6 +107,8 @@ private:
     bool portChosen_ = false;          // and not used yet
     std::vector<std::string> chosen_;  // sources, to be remembered
     bool unloaded_ = false;
+
+    std::vector<std::string> waiting_;  // files that are to be taken
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};

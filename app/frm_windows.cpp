@@ -1,18 +1,12 @@
 #include "app/frm_windows.h"
 
 #include <QEvent>
-#include <QScreen>
 #include <algorithm>
 #include <utility>
-
-#include "controls/window_layout.h"
-#include "controls/zoom.h"
 
 namespace melvane {
 
 namespace {
-
-constexpr int kGap = 8;
 
 // Listed anew, but not in a run, which uses them.
 std::vector<std::string> recordingInputs(AudioLibrary& library, bool running) {
@@ -24,15 +18,6 @@ std::vector<std::string> recordingInputs(AudioLibrary& library, bool running) {
 
 std::string nameOf(const QObject* window) {
     return window->objectName().toStdString();
-}
-
-// Of a window as wide as the main one that covers nothing of it: above it, or else on the side that has room.
-QPoint freePlace(const QWidget& main) {
-    const QRect room = main.screen()->availableGeometry();
-    const int across = main.width() + kGap;
-    const int above = zoomed(frmChann::kHeight) + kGap;
-    if (main.y() - room.top() >= above) return {0, -above};
-    return {main.x() + across + main.width() <= room.right() ? across : -across, 0};
 }
 
 }  // namespace
@@ -54,11 +39,15 @@ SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const En
     mixer_.midi().updateChannels = [this] { updateChannels(); };
 }
 
-void SecondaryWindows::showEffects() {
-    const bool first = !effects_;
-    if (first)
+void SecondaryWindows::openEffects(bool takesFocus) {
+    if (!effects_)
         effects_ = new frmEff(mixer_.effects(), mixer_.settings(), environment_.language, environment_.dialogs, main_);
-    bringUp(effects_, {0, main_->height() + kGap});
+    place(effects_, Qt::BottomEdge);
+    effects_->bringUp(takesFocus);
+}
+
+void SecondaryWindows::showEffects() {
+    openEffects(true);
 }
 
 void SecondaryWindows::showChannels() {
@@ -68,7 +57,7 @@ void SecondaryWindows::showChannels() {
 void SecondaryWindows::openChannels(const frmChann::StartFlags& flags) {
     if (!channels_)
         channels_ = new frmChann(mixer_.midi(), mixer_.settings(), environment_.language, environment_.dialogs, main_);
-    place(channels_, freePlace(*main_));
+    place(channels_, Qt::TopEdge);
     channels_->startFlags = flags;
     channels_->open();
 }
@@ -86,30 +75,23 @@ void SecondaryWindows::showPreferences() {
                 [this](const QString& code) { preferenceCalls_.useLanguage(code.toStdString()); });
         connect(preferences_, &mnuHelp::midiPortChanged, this, preferenceCalls_.usePort);
     }
-    bringUp(preferences_, freePlace(*main_));
+    place(preferences_, Qt::TopEdge);
+    preferences_->bringUp();
 }
 
 void SecondaryWindows::showPlayer(const std::string& file) {
     delete player_;
     player_ = new frmPlayer(environment_.library, environment_.language, environment_.dialogs, file, main_);
-    bringUp(player_, {(main_->width() - player_->width()) / 2, kGap});
+    player_->moveBesideOwner(Qt::BottomEdge);
+    player_->bringUp();
 }
 
-void SecondaryWindows::place(FramelessWindow* window, const QPoint& firstPlace) {
+void SecondaryWindows::place(FramelessWindow* window, Qt::Edge edge) {
     if (window->isVisible()) return;
     window->removeEventFilter(this);
     window->installEventFilter(this);
-    if (const auto kept = places_.find(nameOf(window)))
-        window->moveOntoScreen(toPixels(*kept));
-    else
-        window->moveOntoScreen(main_->pos() + firstPlace);
-}
-
-void SecondaryWindows::bringUp(FramelessWindow* window, const QPoint& firstPlace) {
-    place(window, firstPlace);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    const auto kept = places_.find(nameOf(window));
+    window->moveBesideOwner(edge, kept ? std::optional(toPixels(*kept)) : std::nullopt);
 }
 
 bool SecondaryWindows::eventFilter(QObject* window, QEvent* event) {
@@ -121,7 +103,7 @@ bool SecondaryWindows::eventFilter(QObject* window, QEvent* event) {
 }
 
 void SecondaryWindows::reopen() {
-    if (mixer_.settings().effectsWindowOpen != 0) showEffects();
+    if (mixer_.settings().effectsWindowOpen != 0) openEffects(false);
     // Without a song there is nothing to see yet.
     if (mixer_.settings().channelsWindowOpen != 0) openChannels({.waitsForSong = true, .takesFocus = false});
 }

@@ -34,7 +34,7 @@ public:
     void showPreferences();
     // Plays a file; the other windows wait until the player is closed.
     void showPlayer(const std::string& file);
-    // Opens again what was open when the program ended.
+    // Opens again what was open when the program ended; the focus stays in the main window.
     void reopen();
     // Hides all of them and keeps their places; to the settings they count as open.
     void hideAll();
@@ -45,9 +45,10 @@ public:
     void updateChannels();
 
 private:
+    void openEffects(bool takesFocus);
     void openChannels(const frmChann::StartFlags& flags);
-    void place(FramelessWindow* window, const QPoint& firstPlace);
-    void bringUp(FramelessWindow* window, const QPoint& firstPlace);
+    // Where it stood, or else beside the main window.
+    void place(FramelessWindow* window, Qt::Edge edge);
     bool eventFilter(QObject* window, QEvent* event) override;  // keeps the place of a window that goes
 
     FramelessWindow* main_;

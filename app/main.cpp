@@ -15,6 +15,7 @@
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
+#include "desktop/running_program.h"
 #include "music/music.h"
 
 namespace melvane {
@@ -22,11 +23,16 @@ namespace melvane {
 namespace {
 
 // What was named behind the program's name, as absolute paths.
-std::vector<std::string> filesOf(const QStringList& arguments) {
-    std::vector<std::string> files;
-    for (const QString& argument : arguments.mid(1))
-        files.push_back(QFileInfo(argument).absoluteFilePath().toStdString());
+QStringList filesOf(const QStringList& arguments) {
+    QStringList files;
+    for (const QString& argument : arguments.mid(1)) files << QFileInfo(argument).absoluteFilePath();
     return files;
+}
+
+std::vector<std::string> toPaths(const QStringList& files) {
+    std::vector<std::string> paths;
+    for (const QString& file : files) paths.push_back(file.toStdString());
+    return paths;
 }
 
 Instruments createInstruments(AudioLibrary& library) {
@@ -35,6 +41,9 @@ Instruments createInstruments(AudioLibrary& library) {
 }
 
 int run() {
+    const QStringList files = filesOf(QCoreApplication::arguments());
+    RunningProgram running;
+    if (running.handOver(files)) return 0;
     RegistryFile registry(RegistryFile::defaultPath());
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
@@ -43,7 +52,9 @@ int run() {
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;
     Program program({libraryFile, createInstruments, registry, names, destinations, dialogs, shell},
-                    filesOf(QCoreApplication::arguments()));
+                    toPaths(files));
+    QObject::connect(&running, &RunningProgram::startedAgain, &program.startWindow(),
+                     [&](const QStringList& more) { program.startedAgain(toPaths(more)); });
     const EndSignals signals([&program] { program.endSession(); });
     return QApplication::exec();
 }

@@ -55,6 +55,15 @@ void Program::endSession() {
     QCoreApplication::exit();
 }
 
+void Program::startedAgain(const std::vector<std::string>& files) {
+    if (!main_) {
+        files_.insert(files_.end(), files.begin(), files.end());
+        return start_.comeForward();
+    }
+    main_->comeForward();
+    main_->takeFiles(files);
+}
+
 bool Program::startLibrary() {
     StartResult started =
         startAudioLibrary(on_.libraryFile, on_.names, {.programDirectory = on_.names.programDirectory()});

@@ -43,6 +43,8 @@ public:
 
     // Ends a run, keeps everything and ends the event loop.
     void endSession();
+    // Brings its window forward, which takes these files too, or will when it is open.
+    void startedAgain(const std::vector<std::string>& files);
 
     MixerStart& startWindow() { return start_; }
     // These are there once the main window was opened.
@@ -54,7 +56,7 @@ private:
     bool startLibrary();
 
     const Foundation on_;
-    const std::vector<std::string> files_;
+    std::vector<std::string> files_;  // for the main window, once it is open
     // In this order, so that each goes before what it uses.
     SettingsStore store_;
     WindowZoom zoom_;

@@ -1,6 +1,7 @@
 #include "controls/frameless_window.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -8,6 +9,7 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "controls/free_place.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
 #include "state/product.h"
@@ -16,7 +18,9 @@ namespace melvane {
 
 FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner)
     : QWidget(owner), region_(RegionFromResource(regionId)), outline_(region_), gripHeight_(gripHeight) {
-    setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint);
+    // The window system takes dialogs for parts of their owner.
+    setWindowFlags((owner ? Qt::Dialog : Qt::Window | Qt::WindowMinimizeButtonHint) | Qt::FramelessWindowHint |
+                   Qt::WindowSystemMenuHint);
     setAttribute(Qt::WA_TranslucentBackground);
     fit();
 }
@@ -70,6 +74,31 @@ void FramelessWindow::moveOntoScreen(const QPoint& wanted) {
     const QRect room = screen->availableGeometry();
     move(std::clamp(wanted.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
          std::clamp(wanted.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height())));
+}
+
+void FramelessWindow::moveBesideOwner(Qt::Edge edge, const std::optional<QPoint>& kept) {
+    const QWidget* owner = parentWidget()->window();
+    QList<QRect> others{owner->geometry()};
+    for (const QWidget* other : QApplication::topLevelWidgets())
+        if (other != this && other != owner && other->isVisible() && qobject_cast<const FramelessWindow*>(other))
+            others << other->geometry();
+    const QPoint free = freePlace(size(), others, owner->screen()->availableGeometry(), edge);
+    if (kept) moveOntoScreen(*kept);
+    if (!kept || coveredBy(geometry(), others) > coveredBy({free, size()}, others)) move(free);
+}
+
+void FramelessWindow::bringUp(bool takesFocus) {
+    setAttribute(Qt::WA_ShowWithoutActivating, !takesFocus);
+    show();
+    if (!takesFocus) return;
+    raise();
+    activateWindow();
+}
+
+void FramelessWindow::comeForward() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    bringUp();
+    QApplication::alert(this);  // where the desktop leaves the focus to who has it
 }
 
 void FramelessWindow::mousePressEvent(QMouseEvent* event) {

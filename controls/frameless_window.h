@@ -15,8 +15,9 @@ class FramelessWindow : public QWidget {
 
 public:
     // As large as the region of that id; without it a rectangle. The top `gripHeight` units move the window while the
-    // left button is held there. A window with an owner stays in front of it, and Escape closes it. At another zoom the
-    // window keeps its place, one with such an owner the way to that, and stays on the screen.
+    // left button is held there. A window with an owner belongs to it: it stays in front of it, is minimised with it
+    // and has no entry of its own in the taskbar, and Escape closes it. At another zoom the window keeps its place, one
+    // with such an owner the way to that, and stays on the screen.
     FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner = nullptr);
 
     // False where the window system lets no program place its windows.
@@ -24,6 +25,16 @@ public:
 
     // Goes to `wanted`, or as near to it as the window is whole on the screen.
     void moveOntoScreen(const QPoint& wanted);
+
+    // Goes to a free place beside its owner, at `edge` if there is one. With `kept`: there, unless it would cover
+    // another window of the program that it need not.
+    void moveBesideOwner(Qt::Edge edge, const std::optional<QPoint>& kept = {});
+
+    // Shows the window and gives it the focus, or leaves the focus where it is.
+    void bringUp(bool takesFocus = true);
+
+    // Back from the taskbar if it is there, in front of other programs' windows, with the focus.
+    void comeForward();
 
     // Grows with its windows, unless another window leads it: part of setZoom().
     void followZoom();

@@ -38,8 +38,8 @@ constexpr const char* kLines[] = {
     "M 5.3 3.2 L 5.3 12.8 M 10.7 3.2 L 10.7 12.8",
     // next
     "M 3.4 3.5 L 7.9 8 L 3.4 12.5 M 8.4 3.5 L 12.9 8 L 8.4 12.5",
-    // back
-    "M 12.6 3.5 L 8.1 8 L 12.6 12.5 M 7.6 3.5 L 3.1 8 L 7.6 12.5",
+    // back: an arrow that turns round, as two that point to the left are known from rewinding
+    "M 6.3 2.6 L 2.3 6.6 L 6.3 10.6 M 2.3 6.6 L 10 6.6 C 14.6 6.6 14.6 13.2 10 13.2 L 6.5 13.2",
     // list
     "M 6 3.5 L 14 3.5 M 6 8 L 14 8 M 6 12.5 L 14 12.5 M 2.4 3.5 L 2.5 3.5 M 2.4 8 L 2.5 8 M 2.4 12.5 L 2.5 12.5",
     // listen: headphones

@@ -53,6 +53,16 @@ std::string answerTo(const FileQuestion& question, QFileDialog& dialog) {
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0).toStdString() : std::string();
 }
 
+// The window that a box belongs to, also while another program has the focus: it could come up behind all else
+// otherwise.
+QWidget* owner() {
+    for (QWidget* window : {QApplication::activeModalWidget(), QApplication::activeWindow()})
+        if (window) return window;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->windowType() == Qt::Window) return window;
+    return nullptr;
+}
+
 }  // namespace
 
 QString nameFilter(const std::string& filter) {
@@ -76,8 +86,7 @@ BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string&
                                      BoxButtons buttons) {
     const bool question = buttons == BoxButtons::yesNoCancel;
     QMessageBox box(iconOf(icon), QString::fromStdString(title), QString::fromStdString(text),
-                    question ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel : QMessageBox::Ok,
-                    QApplication::activeWindow());
+                    question ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel : QMessageBox::Ok, owner());
     box.setTextFormat(Qt::PlainText);  // file names are no markup
     if (question) box.setDefaultButton(QMessageBox::No);
     const int button = box.exec();
@@ -85,7 +94,7 @@ BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string&
 }
 
 std::string DesktopDialogs::openFile(const FileQuestion& question) {
-    QFileDialog dialog(QApplication::activeWindow());
+    QFileDialog dialog(owner());
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setDirectory(question.start.empty() ? musicFolder() : QString::fromStdString(question.start));
     return answerTo(question, dialog);
@@ -93,7 +102,7 @@ std::string DesktopDialogs::openFile(const FileQuestion& question) {
 
 std::string DesktopDialogs::saveFile(const FileQuestion& question) {
     const QFileInfo proposed(QString::fromStdString(question.start));
-    QFileDialog dialog(QApplication::activeWindow());
+    QFileDialog dialog(owner());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setDirectory(proposed.path());

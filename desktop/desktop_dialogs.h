@@ -1,4 +1,4 @@
-// Message boxes and file dialogs of the desktop, over the active window of the application.
+// Message boxes and file dialogs of the desktop, over the window of the program that they belong to.
 #pragma once
 
 #include <QString>

@@ -256,11 +256,7 @@ void frmChann::open() {
     const auto waiting = [](const QWidget* toggle) { return toggle->isHidden(); };
     if (startFlags.waitsForSong && std::all_of(onoff_.begin(), onoff_.end(), waiting)) return;
     startFlags.waitsForSong = false;
-    setAttribute(Qt::WA_ShowWithoutActivating, !startFlags.takesFocus);
-    show();
-    if (!startFlags.takesFocus) return;
-    raise();
-    activateWindow();
+    bringUp(startFlags.takesFocus);
 }
 
 void frmChann::showEvent(QShowEvent* event) {

@@ -24,8 +24,6 @@ class frmChann : public FramelessWindow {
     Q_OBJECT
 
 public:
-    static constexpr int kHeight = 210;  // units
-
     // How open() shows the window.
     struct StartFlags {
         bool waitsForSong = false;  // hidden until there are channels to show

@@ -1,7 +1,6 @@
 #include "midi/frmIns.h"
 
 #include <QKeyEvent>
-#include <QScreen>
 
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
@@ -17,7 +16,6 @@ constexpr QRect kTitle(kLeft, 4, 214, 22);
 constexpr QRect kCloseButton(274 - kLeft - 24, 4, 24, 22);
 constexpr int kRowHeight = 18;
 constexpr QRect kList(kLeft, 33, 250, 7 * kRowHeight + 2);  // whole rows and a frame
-constexpr int kGap = 8;
 
 }  // namespace
 
@@ -77,16 +75,9 @@ void frmIns::GetInstrumentsLanguage() {
 
 void frmIns::open() {
     GetInstrumentsLanguage();
-    if (!isVisible()) {
-        const QRect beside = parentWidget()->geometry();
-        const QScreen* screen = parentWidget()->screen();
-        const bool fits = beside.right() + kGap + width() <= screen->availableGeometry().right();
-        moveOntoScreen({fits ? beside.right() + 1 + kGap : beside.left() - kGap - width(), beside.top()});
-    }
+    if (!isVisible()) moveBesideOwner(Qt::RightEdge);
     List3_->setFocus();
-    show();
-    raise();
-    activateWindow();
+    bringUp();
     List3_->scrollToItem(List3_->currentItem(), QAbstractItemView::PositionAtCenter);
 }
 

@@ -1,6 +1,9 @@
 // The desktop that the program runs on: files, folders, dialogs, signals.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <QApplication>
 #include <QDir>
@@ -12,12 +15,18 @@
 #include <QPushButton>
 #include <QTimer>
 #include <csignal>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <string>
+#include <utility>
 
 #include "desktop/desktop_dialogs.h"
 #include "desktop/end_signals.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
+#include "desktop/running_program.h"
 #include "tests/temp_dir.h"
 
 namespace melvane {
@@ -149,6 +158,43 @@ TEST_F(DialogsTest, BoxesAnswerWithTheirButton) {
     EXPECT_EQ(dialogs_.messageBox("text", "", BoxIcon::question, BoxButtons::yesNoCancel), BoxAnswer::cancel);
     whenOpen<QMessageBox>([](QMessageBox& box) { box.reject(); });
     EXPECT_EQ(dialogs_.messageBox("text", "", BoxIcon::critical, BoxButtons::ok), BoxAnswer::ok);
+}
+
+TEST_F(DialogsTest, ABoxBelongsToAWindowWhoeverHasTheFocus) {
+    QWidget window;
+    window.show();
+    whenOpen<QMessageBox>([&](QMessageBox& box) {
+        EXPECT_EQ(box.parentWidget(), &window);
+        box.reject();
+    });
+    ASSERT_EQ(QApplication::activeWindow(), nullptr);
+    dialogs_.messageBox("text", "", BoxIcon::information, BoxButtons::ok);
+}
+
+// What ended without a farewell leaves its socket.
+TEST_F(DialogsTest, AProgramThatIsStartedAgainGivesItsFilesToTheOneThatRuns) {
+    const TempDir dir;
+    const QString place = QString::fromStdString(dir / "socket");
+    const int dead = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    (dir / "socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(dead, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    close(dead);
+    RunningProgram first(place);
+    QStringList taken;
+    QObject::connect(&first, &RunningProgram::startedAgain, [&](const QStringList& files) { taken << files; });
+    EXPECT_FALSE(first.handOver({QStringLiteral("/own.mp3")}));
+    EXPECT_EQ(QFile::permissions(place) & (QFile::ReadOther | QFile::WriteOther | QFile::WriteGroup),
+              QFile::Permissions());
+
+    const QStringList files{QStringLiteral("/pieśń.mp3"), QStringLiteral("/voice.wav")};
+    const auto startAgain = [&] { return RunningProgram(place).handOver(files); };
+    auto second = std::async(std::launch::async, startAgain);
+    while (second.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready)
+        QCoreApplication::processEvents();
+    EXPECT_TRUE(second.get());
+    EXPECT_EQ(taken, files);
+    EXPECT_FALSE(startAgain()) << "one that hangs does not keep another from starting";
 }
 
 TEST_F(DialogsTest, SavingProposesTheNameAndTakesAnExistingOne) {

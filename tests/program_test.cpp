@@ -287,7 +287,7 @@ TEST_F(ProgramFixture, AKaraokeSongIsPlayedInterruptedAndHeard) {
     const Settings saved = closeProgram();
     EXPECT_EQ(saved.language, "pl");
     EXPECT_EQ(saved.channelsWindowOpen, -1);
-    for (const char* window : {"frmChann", "mnuHelp", "frmPlayer"})
+    for (const char* window : {"frmChann", "mnuHelp"})
         EXPECT_TRUE(WindowPlaces(SettingsStore(registry)).find(window)) << window;
 }
 

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/run_messages.h"
+#include "controls/free_place.h"
 #include "controls/level_meter.h"
 #include "controls/window_layout.h"
 #include "tests/file_accesses.h"
@@ -457,6 +458,7 @@ TEST_F(WindowFixture, TheEffectsWindowIsKeptAndComesAlongAtTheNextStart) {
 
     restart();
     ASSERT_TRUE(effects() && effects()->isVisible());
+    EXPECT_TRUE(effects()->testAttribute(Qt::WA_ShowWithoutActivating)) << "the focus stays in the main window";
     EXPECT_EQ(effects()->windowTitle(), QStringLiteral("Efekty – Melvane"));
     EXPECT_EQ(find(*effects(), "eq_song0").position(), 70);
     EXPECT_EQ(shell.language, "pl");
@@ -474,6 +476,52 @@ TEST_F(WindowFixture, IsMinimisedAndOnlyItsCloseButtonWarns) {
     for (const char* calm : {"bHelp", "bMinimise"}) EXPECT_LT(lit(calm).saturation(), 60) << calm;
     press("bMinimise");
     EXPECT_TRUE(main().isMinimized());
+}
+
+TEST_F(WindowFixture, OtherWindowsArePartsOfItAndHideNoneAsLongAsThereIsRoom) {
+    main().move(0, 0);
+    for (const char* name : {"b_eff", "bHelp"}) press(name);
+    for (auto* window : main().findChildren<FramelessWindow*>()) {
+        EXPECT_EQ(window->windowType(), Qt::Dialog) << "is minimised with its owner, has no entry in the taskbar";
+        EXPECT_FALSE(window->geometry().intersects(main().geometry()) &&
+                     main().height() * 2 < main().screen()->size().height());
+    }
+    const QRect room(0, 0, 1000, 600);
+    const QSize size(460, 210);
+    QList<QRect> others{{100, 200, 460, 196}};
+    for (int window = 0; window < 2; ++window) {
+        const QRect place(freePlace(size, others, room, Qt::TopEdge), size);
+        EXPECT_TRUE(room.contains(place));
+        EXPECT_EQ(coveredBy(place, others), window == 0 ? 6 * 460 : 0) << "as far as possible";
+        others[0].moveTop(220);
+        others << place;
+    }
+}
+
+TEST_F(WindowFixture, AnotherStartBringsItForwardAndItsFilesAreTakenWhenThereIsTime) {
+    const std::string voice = dir.write("other voice.wav", "");
+    chooseFiles();
+    press("mi_button");
+    main().showMinimized();
+    program->startedAgain({voice});
+    EXPECT_FALSE(main().isMinimized());
+    EXPECT_EQ(mixer().fields().vocal, "/voice.wav") << "in a run";
+    press("b_STOP");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return mixer().fields().vocal == voice; }));
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>());
+}
+
+// A box runs the events of the windows behind it.
+TEST_F(WindowFixture, ABoxDoesNotHoldUpTheEndOfARun) {
+    chooseFiles();
+    press("mi_button");
+    dialogs.onBox = [this] {
+        library.position = library.length;
+        EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << status();
+    };
+    press("bClose");
+    EXPECT_EQ(dialogs.boxes.size(), 1U);
+    EXPECT_TRUE(main().isVisible());
 }
 
 TEST_F(WindowFixture, MovesByItsTop) {
