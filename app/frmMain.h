@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,8 @@ public:
     void SetMainLanguage();
     // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths. In a run, or while a file is
     // being opened, they are taken afterwards.
-    void takeFiles(const std::vector<std::string>& paths);
+    // `pointedAt` is the field that they were dropped on.
+    void takeFiles(const std::vector<std::string>& paths, std::optional<int> pointedAt = {});
 
     // Keeps what mixes had recorded that were cut off, and tells where it is.
     void bringBackMixes();
@@ -52,6 +54,7 @@ protected:
     void showEvent(QShowEvent* event) override;  // windows that were open come along
     void contextMenuEvent(QContextMenuEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -92,7 +95,10 @@ private:
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
     bool canListen() const;
-    void setDropLook(bool on);
+    void tellUnusable(const std::vector<std::string>& paths);
+    std::optional<int> fieldAt(const QPoint& place) const;
+    // Lights the fields that take these files, dropped on the field `pointedAt`.
+    void showTakers(const std::vector<std::string>& paths, std::optional<int> pointedAt);
 
     Mixer& mixer_;
     Environment environment_;

@@ -51,8 +51,7 @@ int run() {
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;
-    Program program({libraryFile, createInstruments, registry, names, destinations, dialogs, shell},
-                    toPaths(files));
+    Program program({libraryFile, createInstruments, registry, names, destinations, dialogs, shell}, toPaths(files));
     QObject::connect(&running, &RunningProgram::startedAgain, &program.startWindow(),
                      [&](const QStringList& more) { program.startedAgain(toPaths(more)); });
     const EndSignals signals([&program] { program.endSession(); });

@@ -67,22 +67,20 @@ void SourceFiles::chooseBackground(const std::string& path) {
     }
 }
 
-bool SourceFiles::take(const std::string& path) {
-    const std::string extension = lowerCase(GetFileExtension(path));
-    std::error_code error;
-    const bool isFolder = fs::is_directory(toPath(path), error);
-    if (!isFolder && !isFile(path)) return false;
-    if (isFolder) {
-        if (fields_.background.empty()) return BR_Click(2), true;
-        chooseDestination(proposedDestination(path + "/" + fileName(fields_.background)));
-    } else if (extension == "wav") {
+bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
+    const std::optional<int> field = fieldFor(path, pointedAt);
+    if (!field) return false;
+    if (*field == kBackgroundField) {
+        chooseBackground(path);
+    } else if (*field == kVocalField) {
         // Another voice makes another mix.
         if (path != fields_.vocal && fields_.destination == run_.lastMixPath) fields_.destination.clear();
         chooseVocal(path);
-    } else if (isMidiFile(path) || extension == "mp3" || extension == "ogg") {
-        chooseBackground(path);
+    } else if (isFile(path)) {
+        if (sourcesChosen()) offerDestination(path);
     } else {
-        return false;
+        if (fields_.background.empty()) return BR_Click(kDestinationField), true;
+        chooseDestination(proposedDestination(path + "/" + fileName(fields_.background)));
     }
     if (fields_.destination.empty() && !fields_.background.empty() && !fields_.vocal.empty())
         chooseDestination(proposedDestination(fields_.background));
@@ -122,17 +120,22 @@ std::string SourceFiles::startFolder(std::size_t kind, const std::string& file) 
     return "";
 }
 
+bool SourceFiles::sourcesChosen() {
+    if (!fields_.background.empty() && !fields_.vocal.empty()) return true;
+    dialogs_.messageBox(language_.lang(LangEntry::sourcesFirst), kProductCaption, BoxIcon::information, BoxButtons::ok);
+    return false;
+}
+
 void SourceFiles::browseDestination() {
-    if (fields_.background.empty() || fields_.vocal.empty()) {
-        dialogs_.messageBox(language_.lang(LangEntry::sourcesFirst), kProductCaption, BoxIcon::information,
-                            BoxButtons::ok);
-        return;
-    }
+    if (!sourcesChosen()) return;
     const std::string chosen =
         dialogs_.saveFile({kDialogTitle, language_.lang(LangEntry::compressedAudio) + kDestinationFilter,
                            proposedDestination(fields_.background), language_.ownText(OwnText::saveMix),
                            language_.ownText(OwnText::allFiles)});
-    if (chosen.empty()) return;
+    if (!chosen.empty()) offerDestination(chosen);
+}
+
+void SourceFiles::offerDestination(const std::string& chosen) {
     const std::string path = withMp3Extension(chosen);
     if (!exists(path) || agreesToOverwrite()) chooseDestination(path);
 }
@@ -164,6 +167,17 @@ bool SourceFiles::mayReplaceDestination() {
     agreedPath_ = path;
     agreedStanding_ = standing;
     return true;
+}
+
+std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt) {
+    std::error_code error;
+    if (fs::is_directory(toPath(path), error)) return kDestinationField;
+    if (!isFile(path)) return std::nullopt;
+    const std::string extension = lowerCase(GetFileExtension(path));
+    if (extension == "wav") return kVocalField;
+    if (extension == "mp3" && pointedAt == kDestinationField) return kDestinationField;
+    if (isMidiFile(path) || extension == "mp3" || extension == "ogg") return kBackgroundField;
+    return std::nullopt;
 }
 
 std::string proposedDestination(const std::string& background) {

@@ -17,6 +17,11 @@
 
 namespace melvane {
 
+// The numbers of the fields, and of what browses for them.
+inline constexpr int kBackgroundField = 0;
+inline constexpr int kVocalField = 1;
+inline constexpr int kDestinationField = 2;
+
 class SourceFiles {
 public:
     SourceFiles(MixState& state, MidiBackground& midi, const modLang& language, Dialogs& dialogs)
@@ -42,8 +47,9 @@ public:
     void chooseBackground(const std::string& path);
 
     // Takes what was dropped on the window or chosen again: a song or a voice by its extension, or a folder for the
-    // mix. With both sources there and no destination yet, proposes one. False when it is none of these.
-    bool take(const std::string& path);
+    // mix; an MP3 that was dropped on that field is where the mix goes. With both sources there and no destination
+    // yet, proposes one. False when it is none of these.
+    bool take(const std::string& path, std::optional<int> pointedAt = {});
 
     // Asks when something else stands at the destination than when that was chosen, such as a mix that was finished
     // since. True when a run may replace it.
@@ -56,12 +62,15 @@ private:
     static Standing standingAt(const std::string& path);
     void chooseVocal(const std::string& path);
     void chooseDestination(const std::string& path);
+    // Asks first where there is a file.
+    void offerDestination(const std::string& chosen);
     bool agreesToOverwrite();
     std::string startFolder(std::size_t kind, const std::string& file) const;
     void browseBackground();
     void openMidi();
     void browseVocal();
     void browseDestination();
+    bool sourcesChosen();
 
     RunState& run_;
     PathFields& fields_;
@@ -73,6 +82,9 @@ private:
     std::string agreedPath_;   // a destination
     Standing agreedStanding_;  // and what the user knows to stand there
 };
+
+// The field that takes what has this name; `pointedAt` is the one that it was dropped on. None takes the rest.
+std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt);
 
 // The background's name as an MP3, numbered from 2 on until no such file exists.
 std::string proposedDestination(const std::string& background);

@@ -54,7 +54,7 @@ QLabel[accent="mix"] { color: @mix; }
 #path0, #path1, #path2 { background: @inset; border-left: 3px solid @song; padding: 0 8px; }
 #path1 { border-left-color: @voice; }
 #path2 { border-left-color: @recording; }
-#path0[dropping="true"], #path1[dropping="true"], #path2[dropping="true"] { background: @hover; }
+#path0[dropping="true"], #path1[dropping="true"], #path2[dropping="true"] { background: @hover; color: @text; }
 #path0[empty="true"], #path1[empty="true"], #path2[empty="true"] { color: @muted; }
 
 QPushButton { background: @raised; color: @text; border: 2px solid @raised; border-radius: 4px; padding: 3px 10px; }

@@ -48,7 +48,15 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::menuButton, "Menu", "Menu"},
     {OwnText::minimise, "Minimalizuj", "Minimise"},
     {OwnText::backToMain, "Powrót do głównego okna", "Back to the main window"},
-    {OwnText::cannotUseFile, "Nie można użyć tego pliku: %1", "This file cannot be used: %1"},
+    {OwnText::cannotUseFiles,
+     "Nie można użyć: %1\nPodkład to plik MP3, OGG, MIDI, MID lub KAR, nagranie głosu to plik WAV, a miks trafia do "
+     "folderu "
+     "lub pliku MP3.",
+     "This cannot be used: %1\nA song is an MP3, OGG, MIDI, MID or KAR file, a voice is a WAV file, and the mix goes "
+     "to a "
+     "folder or an MP3 file."},
+    {OwnText::cannotUseAddresses, "Pliki z sieci trzeba najpierw zapisać na tym komputerze.",
+     "Files from the network have to be saved on this computer first."},
     {OwnText::openSong, "Otwórz podkład", "Open song"},
     {OwnText::openVoice, "Otwórz nagranie głosu", "Open voice"},
     {OwnText::saveMix, "Zapisuj miks tutaj", "Save mix here"},

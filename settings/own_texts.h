@@ -43,7 +43,8 @@ enum class OwnText {
     menuButton,
     minimise,
     backToMain,
-    cannotUseFile,  // file
+    cannotUseFiles,  // files
+    cannotUseAddresses,
     // The dialogs for files.
     openSong,
     openVoice,

@@ -1,8 +1,8 @@
 // The desktop that the program runs on: files, folders, dialogs, signals.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <QApplication>
@@ -14,8 +14,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
-#include <csignal>
 #include <chrono>
+#include <csignal>
 #include <functional>
 #include <future>
 #include <string>

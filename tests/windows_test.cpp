@@ -1,6 +1,12 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QDragEnterEvent>
+#include <QImage>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QUrl>
+#include <functional>
 #include <set>
 
 #include "app/run_messages.h"
@@ -509,6 +515,54 @@ TEST_F(WindowFixture, AnotherStartBringsItForwardAndItsFilesAreTakenWhenThereIsT
     press("b_STOP");
     EXPECT_TRUE(QTest::qWaitFor([&] { return mixer().fields().vocal == voice; }));
     EXPECT_EQ(dialogs.boxes, std::vector<std::string>());
+}
+
+TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
+    const std::string song = dir.write("song.mp3", "");
+    const std::string voice = dir.write("voice.WAV", "");
+    const std::string old = dir.write("old.mp3", "");
+    const auto lit = [this] {
+        std::string fields;
+        for (const char* name : {"path0", "path1", "path2"})
+            if (find<QWidget>(main(), name).property("dropping").toBool()) fields += name;
+        return fields;
+    };
+    // The fields that are lit before.
+    const auto drop = [&](const QList<QUrl>& urls, const char* onto) {
+        QMimeData data;
+        data.setUrls(urls);
+        const QPoint place = find<QWidget>(main(), onto).geometry().center();
+        QDragEnterEvent enter(main().rect().center(), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&main(), &enter);
+        QDragMoveEvent move(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&main(), &move);
+        EXPECT_TRUE(move.isAccepted());
+        const std::string before = lit();
+        QDropEvent event(place, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&main(), &event);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(lit(), "");
+        return before;
+    };
+    const auto file = [](const std::string& path) { return QUrl::fromLocalFile(QString::fromStdString(path)); };
+    EXPECT_EQ(drop({file(voice), file(song)}, "path2"), "path1path2");
+    EXPECT_EQ(dialogs.boxes.size(), 1U) << "there is no song yet";
+    EXPECT_EQ(drop({file(song)}, "path1"), "path0") << "no voice";
+    EXPECT_EQ(mixer().fields().background, song);
+    EXPECT_EQ(mixer().fields().vocal, voice);
+    dialogs.nextAnswer = BoxAnswer::yes;
+    EXPECT_EQ(drop({file(old)}, "path2"), "path2");
+    EXPECT_EQ(mixer().fields().destination, old);
+    EXPECT_EQ(dialogs.boxes.size(), 2U) << "it is asked about";
+    EXPECT_EQ(mixer().fields().background, song);
+
+    EXPECT_EQ(
+        drop({file("/gone.mp3"), file(dir.write("text.txt", "")), QUrl(QStringLiteral("https://a.b/c.mp3"))}, "path0"),
+        "");
+    ASSERT_EQ(dialogs.boxes.size(), 3U) << "one for all of them";
+    for (const char* part :
+         {"/gone.mp3\n", "text.txt\n", "https://a.b/c.mp3\n", "OGG", "WAV", "saved on this computer"})
+        EXPECT_NE(dialogs.boxes.back().find(part), std::string::npos) << part;
 }
 
 // A box runs the events of the windows behind it.
