@@ -47,6 +47,11 @@ MixerStart::MixerStart(const modLang& language) : FramelessWindow(kStartRegion, 
         move(screen->availableGeometry().center() - rect().center());
 }
 
+void MixerStart::closeEvent(QCloseEvent* event) {
+    FramelessWindow::closeEvent(event);
+    Q_EMIT closed();
+}
+
 void MixerStart::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape)
         close();

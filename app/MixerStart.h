@@ -16,8 +16,10 @@ public:
 Q_SIGNALS:
     // Once; the button is off from then on.
     void continued();
+    void closed();
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;  // Escape closes
 
 private:

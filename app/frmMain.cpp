@@ -17,7 +17,6 @@
 #include "app/interrupted_mixes.h"
 #include "app/main_status.h"
 #include "app/run_messages.h"
-#include "app/window_patience.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "controls/control_name.h"
@@ -25,6 +24,7 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -230,7 +230,7 @@ void frmMain::useLanguage(const std::string& code) {
 void frmMain::usePort(bool running) {
     if (!portChosen_ || choosing_ || running) return;
     portChosen_ = false;
-    attempt([this] { mixer_.midi().reopen(); });
+    withButtonsOff([this] { mixer_.sourceFiles().reopenMidi(); });
 }
 
 void frmMain::takeWaiting(bool running) {

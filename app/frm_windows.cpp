@@ -8,9 +8,7 @@ namespace melvane {
 
 namespace {
 
-// Listed anew, but not in a run, which uses them.
-std::vector<std::string> recordingInputs(AudioLibrary& library, bool running) {
-    if (!running) library.BASS_RecordInit(-1);
+std::vector<std::string> recordingInputs(const AudioLibrary& library) {
     std::vector<std::string> names;
     while (const char* name = library.BASS_RecordGetInputName(static_cast<int>(names.size()))) names.emplace_back(name);
     return names;
@@ -35,7 +33,11 @@ SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const En
       mixer_(mixer),
       environment_(environment),
       places_(store),
-      preferenceCalls_(std::move(preferenceCalls)) {
+      preferenceCalls_(std::move(preferenceCalls)),
+      search_(new DeviceSearch(this, mixer, environment)) {
+    connect(search_, &DeviceSearch::found, this, [this] {
+        if (preferences_) preferences_->refreshDevices();
+    });
     mixer_.midi().updateChannels = [this] { updateChannels(); };
 }
 
@@ -64,16 +66,14 @@ void SecondaryWindows::openChannels(const frmChann::StartFlags& flags) {
 
 void SecondaryWindows::showPreferences() {
     if (!preferences_) {
-        const auto midiPorts = [this] {
-            mixer_.midi().ReadMap();
-            return mixer_.midi().state().midiPorts;
-        };
-        const auto inputs = [this] { return recordingInputs(environment_.library, mixer_.isRunning()); };
+        const auto midiPorts = [this] { return mixer_.midi().state().midiPorts; };
+        const auto inputs = [this] { return recordingInputs(environment_.library); };
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,
                                    midiPorts, inputs, main_);
         connect(preferences_, &mnuHelp::languageChanged, this,
                 [this](const QString& code) { preferenceCalls_.useLanguage(code.toStdString()); });
         connect(preferences_, &mnuHelp::midiPortChanged, this, preferenceCalls_.usePort);
+        connect(preferences_, &mnuHelp::devicesWanted, search_, &DeviceSearch::start);
     }
     place(preferences_, Qt::TopEdge);
     preferences_->bringUp();

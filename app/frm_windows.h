@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "app/frm_device_search.h"
 #include "app/mixer.h"
 #include "effects/frmEff.h"
 #include "midi/frmChann.h"
@@ -56,6 +57,7 @@ private:
     Environment environment_;
     WindowPlaces places_;
     const PreferenceCalls preferenceCalls_;
+    DeviceSearch* search_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
     QPointer<mnuHelp> preferences_;

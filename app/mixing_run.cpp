@@ -7,10 +7,10 @@
 #include "app/failure_cause.h"
 #include "app/run_messages.h"
 #include "app/source_files.h"
-#include "app/window_patience.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "base/verdict.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -148,12 +148,8 @@ void MixingRun::start() {
     if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
     with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
     with_.library.holdCardAtEndOf(run_.backgroundChannel);
-    if (!prepareDestination()) return stopRec();
-    if (run_.isMidiBackground && !midi_.PlayMidi()) {
-        refuse(RunFailure::midiUnplayable, BoxIcon::critical);
-        return stopRec();
-    }
-    capture_.StartMixCapture();
+    if (!prepareDestination() || !playSong()) return stopRec();
+    startCapture();
     run_.isMixing = run_.recordChannel != 0;
     if (run_.isMixing) applySettings();
 }
@@ -225,6 +221,7 @@ void MixingRun::freeChannel(std::uint32_t& channel) {
 }
 
 bool MixingRun::prepareDestination() {
+    const Flag opening(opening_);
     auto claim = whileEventsRun(with_.doEvents,
                                 [this] { return with_.destinations.claim(run_.destinationPath, run_.mayReplace); });
     run_.failure = failureOf(claim.failure);
@@ -234,6 +231,22 @@ bool MixingRun::prepareDestination() {
     run_.encodePath = with_.names.shortPath(destination_->privateFile());
     run_.encoderCommandLine = kEncoderCommand + with_.names.commandLineWord(run_.encodePath);
     return true;
+}
+
+bool MixingRun::playSong() {
+    if (!run_.isMidiBackground) return true;
+    bool plays = false;
+    {
+        const Flag opening(opening_);
+        plays = midi_.PlayMidi();
+    }
+    if (abandoned_) return false;
+    return plays || refuse(RunFailure::midiUnplayable, BoxIcon::critical);
+}
+
+void MixingRun::startCapture() {
+    const Flag opening(opening_);
+    capture_.StartMixCapture([this] { return !abandoned_; });
 }
 
 // What lost its song or voice is no mix; what was only stopped gives way to a longer one.

@@ -42,8 +42,8 @@ public:
     // True from the start of mi_button_Click or stopRec to its end: window events run meanwhile, and no other
     // run may begin.
     bool busy() const { return busy_; }
-    // What of it is going on: song and voice are being opened, which stopRec gives up, or the encoder finishes its
-    // file.
+    // What of it is going on: song, voice, destination and inputs are being opened, which stopRec gives up, or the
+    // encoder finishes its file.
     bool opening() const { return opening_; }
     bool finishing() const { return stopping_ && run_.isMixing; }
 
@@ -56,6 +56,8 @@ private:
     Handle openFile(const std::string& path, std::uint32_t flags);
     void freeChannel(std::uint32_t& channel);
     bool prepareDestination();
+    bool playSong();
+    void startCapture();
     // Puts the finished file in its place, or beside a destination that holds more.
     RunFailure publish(std::int64_t frames);
     bool standsLonger(std::int64_t frames);

@@ -5,6 +5,7 @@
 
 #include "app/start_checks.h"
 #include "state/guarded.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -31,17 +32,21 @@ Program::Program(const Foundation& foundation, std::vector<std::string> files)
     QObject::connect(&start_, &MixerStart::continued, &start_, [this] {
         if (!guarded(on_.dialogs, [this] { openMainWindow(); })) QCoreApplication::exit(kCannotStart);
     });
+    QObject::connect(&start_, &MixerStart::closed, &start_, [this] {
+        if (mixer_ && !main_) mixer_->midi().CloseDevice();
+    });
     start_.show();
 }
 
 void Program::openMainWindow() {
-    if (!startLibrary()) return QCoreApplication::exit(kCannotStart);
+    if (!startLibrary()) return;
     instruments_ = on_.createMusic(*library_);
     const Environment environment{*library_, *instruments_.music, *instruments_.mixer,
                                   on_.names, on_.destinations,    on_.dialogs,
                                   on_.shell, language_,           frmMain::processWindowEvents};
     mixer_.emplace(environment);
     mixer_->Form_Load(&store_);
+    if (!start_.isVisible()) return;
     main_.emplace(*mixer_, environment, store_);
     main_->DoRest();
     main_->show();
@@ -51,7 +56,7 @@ void Program::openMainWindow() {
 }
 
 void Program::endSession() {
-    if (main_) main_->endSession();
+    main_ ? main_->endSession() : static_cast<void>(start_.close());
     QCoreApplication::exit();
 }
 
@@ -66,11 +71,20 @@ void Program::startedAgain(const std::vector<std::string>& files) {
 
 bool Program::startLibrary() {
     StartResult started =
-        startAudioLibrary(on_.libraryFile, on_.names, {.programDirectory = on_.names.programDirectory()});
+        startAudioLibrary(on_.libraryFile, on_.names, {.programDirectory = on_.names.programDirectory()},
+                          [this](const std::function<void()>& search) { return waitFor(search); });
     library_ = std::move(started.library);
-    if (!started.message) return true;
-    on_.dialogs.messageBox(language_.lang(*started.message), kProductCaption, BoxIcon::critical, BoxButtons::ok);
-    return false;
+    if (started.message) {
+        on_.dialogs.messageBox(language_.lang(*started.message), kProductCaption, BoxIcon::critical, BoxButtons::ok);
+        QCoreApplication::exit(kCannotStart);
+    }
+    return library_ != nullptr;
+}
+
+// False when the start window was closed meanwhile.
+bool Program::waitFor(const std::function<void()>& search) {
+    const auto wanted = [this] { return start_.isVisible(); };
+    return whileWanted(frmMain::processWindowEvents, wanted, [search] { return search(), true; }).has_value();
 }
 
 }  // namespace melvane

@@ -38,7 +38,8 @@ public:
     static constexpr int kCannotStart = 1;
 
     // Shows the start window. Its button opens the main window, which takes `files` (absolute paths, UTF-8) as if they
-    // were dropped on it; when it can't be opened, the event loop ends with kCannotStart.
+    // were dropped on it; when it can't be opened, the event loop ends with kCannotStart. The start window stays, and
+    // may be closed, while the machine's servers are asked for ports and inputs.
     Program(const Foundation& foundation, std::vector<std::string> files);
 
     // Ends a run, keeps everything and ends the event loop.
@@ -54,6 +55,7 @@ public:
 private:
     void openMainWindow();
     bool startLibrary();
+    bool waitFor(const std::function<void()>& search);
 
     const Foundation on_;
     std::vector<std::string> files_;  // for the main window, once it is open

@@ -89,11 +89,20 @@ bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
 
 void SourceFiles::openMidi() {
     std::string song = fields_.background;
+    whileOpening([&] { midi_.OpenMidi(song); });
+}
+
+void SourceFiles::reopenMidi() {
+    if (run_.isMidiBackground) whileOpening([this] { midi_.reopen(); });
+}
+
+// What was given up, as by closing the program, has not failed.
+void SourceFiles::whileOpening(const std::function<void()>& action) {
     {
         const Opening opening{opening_ = true};
-        midi_.OpenMidi(song);
+        action();
     }
-    if (!midi_.loaded())
+    if (!midi_.loaded() && midi_.failure() != MidiFailure::none)
         dialogs_.messageBox(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical,
                             BoxButtons::ok);
 }

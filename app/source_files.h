@@ -38,6 +38,8 @@ public:
     std::array<std::string, 2> lastFolder;
     // A MIDI song is being opened; window events run meanwhile.
     bool opening() const { return opening_; }
+    // Opens the song again, on the port that was chosen.
+    void reopenMidi();
 
     // 0 background, 1 vocal, 2 destination. A cancelled dialog changes nothing.
     void BR_Click(int index);
@@ -68,6 +70,7 @@ private:
     std::string startFolder(std::size_t kind, const std::string& file) const;
     void browseBackground();
     void openMidi();
+    void whileOpening(const std::function<void()>& action);
     void browseVocal();
     void browseDestination();
     bool sourcesChosen();

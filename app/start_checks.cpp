@@ -21,12 +21,14 @@ std::string findLibrary(const AudioLibraryFile& file, const FileNames& names) {
 
 }  // namespace
 
-StartResult startAudioLibrary(AudioLibraryFile& file, const FileNames& names, const AudioLibraryOptions& options) {
+StartResult startAudioLibrary(AudioLibraryFile& file, const FileNames& names, const AudioLibraryOptions& options,
+                              const std::function<bool(const std::function<void()>& search)>& wait) {
     const std::string path = findLibrary(file, names);
     if (path.empty()) return {LangEntry::libraryMissing};
     if (!file.load(path) || file.BASS_GetVersion() != static_cast<std::uint32_t>(MakeLong(2, 2)))
         return {LangEntry::wrongVersion};
     auto library = file.create(options);
+    if (library && !wait(library->inputSearch())) return {};
     if (!library || !library->BASS_RecordInit(-1) || !library->BASS_Init(-1, kSampleRate, 0, nullptr, nullptr))
         return {LangEntry::cannotInitialise};
     BASS_INFO info;

@@ -4,6 +4,7 @@
 
 #include "audio/encoder_tag.h"
 #include "base/verdict.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -27,7 +28,7 @@ Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> sto
       publish_(std::move(publish)),
       doEvents_(std::move(doEvents)) {}
 
-void Module1::StartMixCapture() {
+void Module1::StartMixCapture(const std::function<bool()>& wanted) {
     if (run_.lastMixStream != 0) {
         library_.BASS_StreamFree(run_.lastMixStream);
         run_.lastMixStream = 0;
@@ -36,13 +37,29 @@ void Module1::StartMixCapture() {
         library_.BASS_Encode_Stop(run_.recordChannel);
         library_.BASS_ChannelStop(run_.recordChannel);
     }
-    run_.recordChannel = library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, &library_);
+    run_.recordChannel = openInputs(wanted);
+    if (!wanted()) return;
     if (run_.recordChannel == 0) return giveUp(RunFailure::captureNotStarted, 0);
     if (!library_.BASS_Encode_Start(run_.recordChannel, run_.encoderCommandLine.c_str(), 0, nullptr, nullptr))
         return giveUp(library_.encoderFound(run_.encoderCommandLine.c_str()) ? RunFailure::encoderNotRun
                                                                              : RunFailure::encoderNotStarted,
                       run_.recordChannel);
     if (!library_.BASS_ChannelPlay(run_.recordChannel, false)) giveUp(RunFailure::noThread, run_.recordChannel);
+}
+
+// A sound server may take its time.
+Handle Module1::openInputs(const std::function<bool()>& wanted) {
+    const auto events = [&] {
+        doEvents_();
+        if (!wanted()) library_.giveUpOpening();
+    };
+    const auto open = [this] {
+        return library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, &library_);
+    };
+    const Handle channel = whileEventsRun(events, open);
+    if (wanted()) return channel;
+    whileEventsRun(doEvents_, [&] { library_.BASS_ChannelStop(channel); });
+    return 0;
 }
 
 void Module1::giveUp(RunFailure failure, Handle channel) {
@@ -85,7 +102,8 @@ RunFailure Module1::finish() {
     if (library_.encoderState(run_.recordChannel) == EncoderState::failed) return RunFailure::encoderFailed;
     const std::int64_t frames = library_.framesEncoded(run_.recordChannel);
     if (frames == 0) return RunFailure::none;
-    const Verdict verdict = judge(run_.encodePath, [&] { return isWhole(frames); });
+    const Verdict verdict =
+        whileEventsRun(doEvents_, [&] { return judge(run_.encodePath, [&] { return isWhole(frames); }); });
     if (verdict == Verdict::bad) return RunFailure::encoderFailed;
     // It is kept then, but not called a mix.
     if (verdict == Verdict::unknown && run_.failure == RunFailure::none)

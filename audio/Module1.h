@@ -16,14 +16,16 @@ public:
     Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec,
             std::function<RunFailure(std::int64_t)> publish, DoEvents doEvents);
 
-    // Starts capture and encoder; on failure recordChannel is 0, RunState::failure says why and the run was ended.
-    void StartMixCapture();
+    // Starts capture and encoder, and lets window events run until the inputs are open; on failure recordChannel is 0,
+    // RunState::failure says why and the run was ended. No longer `wanted`, it leaves nothing behind.
+    void StartMixCapture(const std::function<bool()>& wanted);
     // Ends both and lets window events run until the encoder has finished its file. Always false: the new
     // value of RunState::isMixing.
     bool StopMixCapture();
 
 private:
     void giveUp(RunFailure failure, Handle channel);
+    Handle openInputs(const std::function<bool()>& wanted);
     RunFailure finish();
     bool isWhole(std::int64_t frames);
 

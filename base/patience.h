@@ -1,19 +1,25 @@
 // Calls into a server of the machine that may never return, when the server has stopped answering.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <system_error>
 #include <thread>
 
 namespace melvane {
 
-// Runs `work` on a thread of its own and returns its result, or nothing when it takes longer than `patience`. The
-// thread then goes on by itself; what `work` uses must be owned by it. Nothing too when the system gives no thread.
+// Runs `work` on a thread of its own and returns its result, or nothing when it takes longer than `patience` or is
+// given up. The thread then goes on by itself; what `work` uses must be owned by it. Nothing too when the system gives
+// no thread.
 template <typename Work>
-auto withPatience(std::chrono::milliseconds patience, Work work) -> std::optional<decltype(work())> {
+auto withPatience(std::chrono::milliseconds patience, Work work, const std::stop_token& givenUp = {})
+    -> std::optional<decltype(work())> {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kLook{10};
     auto task = std::make_shared<std::packaged_task<decltype(work())()>>(std::move(work));
     auto result = task->get_future();
     try {
@@ -22,7 +28,9 @@ auto withPatience(std::chrono::milliseconds patience, Work work) -> std::optiona
         return std::nullopt;
     }
     task.reset();
-    if (result.wait_for(patience) != std::future_status::ready) return std::nullopt;
+    const auto end = Clock::now() + patience;
+    while (result.wait_until(std::min(end, Clock::now() + kLook)) != std::future_status::ready)
+        if (givenUp.stop_requested() || Clock::now() >= end) return std::nullopt;
     return result.get();
 }
 

@@ -108,12 +108,16 @@ Ed_Button* addButton(QWidget* window, const char* name, const QRect& place, Butt
     auto* button = new Ed_Button(window);
     button->setObjectName(QLatin1String(name));
     layOut(button, place);
-    const ButtonPictures pictures = buttonPictures(look, symbol, place.size());
+    setButtonLook(button, look, symbol);
+    QObject::connect(button, &Ed_Button::Click, window, std::move(click));
+    return button;
+}
+
+void setButtonLook(Ed_Button* button, ButtonLook look, Symbol symbol) {
+    const ButtonPictures pictures = buttonPictures(look, symbol, placeOf(*button).size());
     button->setNormal(pictures.normal);
     button->setHot(pictures.hot);
     button->setDis(pictures.disabled);
-    QObject::connect(button, &Ed_Button::Click, window, std::move(click));
-    return button;
 }
 
 void setButtonText(Ed_Button* button, const QString& caption, const QString& tooltip) {

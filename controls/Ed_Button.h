@@ -59,6 +59,9 @@ private:
 Ed_Button* addButton(QWidget* window, const char* name, const QRect& place, ButtonLook look, Symbol symbol,
                      std::function<void()> click);
 
+// Other pictures for a button that is in its place.
+void setButtonLook(Ed_Button* button, ButtonLook look, Symbol symbol);
+
 // The tooltip is the accessible name as well.
 void setButtonText(Ed_Button* button, const QString& caption, const QString& tooltip);
 

@@ -29,6 +29,7 @@ constexpr Face kFaces[][2] = {
     {{skin::kStopLight, skin::kStop, skin::kCaption}, {skin::kStopHot, skin::kStopLight, skin::kCaptionHot}},
     {{0, 0, skin::kMuted}, {skin::kRecordingLight, skin::kRecording, skin::kWhite}},
     {{0, 0, skin::kMuted}, {skin::kKeyLight, skin::kKey, skin::kCaptionHot}},
+    {{skin::kInset, skin::kInset, skin::kSong}, {skin::kInset, skin::kInset, skin::kSongLight}},
 };
 constexpr Face kDisabled = {skin::kKeyOff, skin::kKeyOff, skin::kCaption};
 constexpr Face kBareDisabled = {0, 0, skin::kFaint};

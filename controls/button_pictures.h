@@ -7,7 +7,8 @@
 
 namespace melvane {
 
-enum class ButtonLook { plain, song, recording, close, bar };  // bar: as close, but lights in no warning colour
+// bar: as close, but lights in no warning colour; running: of song, while what it starts goes on.
+enum class ButtonLook { plain, song, recording, close, bar, running };
 enum class Symbol {
     none,
     open,

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "engine/graph/tempo_source.h"
 
@@ -48,7 +49,7 @@ bool Library::BASS_Init(int, std::uint32_t freq, std::uint32_t, void*, const voi
 bool Library::BASS_Free() {
     if (!initialised_) return false;
     mixing_.reset();
-    openings_.giveUp();
+    giveUpOpening();
     scans_.end();
     for (const HandleTable::Thing& thing : handles_.takeAll()) {
         if (const auto* channel = std::get_if<std::shared_ptr<Channel>>(&thing)) card_.remove(*channel);
@@ -99,6 +100,12 @@ std::unique_ptr<WaveformScan> Library::scanWaveform(const std::string& file, int
 }
 
 // --- playback ---
+
+void Library::giveUpOpening() {
+    openings_.giveUp();
+    const std::lock_guard lock(givenUpMutex_);
+    std::exchange(givenUp_, std::stop_source()).request_stop();
+}
 
 Handle Library::BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                       std::uint32_t flags) {

@@ -1,7 +1,10 @@
 // The audio library: its interface in terms of the parts.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -35,7 +38,7 @@ public:
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
-    void giveUpOpening() override { openings_.giveUp(); }
+    void giveUpOpening() override;
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
     bool BASS_MusicFree(Handle handle) override { return BASS_StreamFree(handle); }
@@ -61,6 +64,7 @@ public:
     Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override;
     bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override;
 
+    std::function<void()> inputSearch() const override { return inputs_.search(recordingServer()); }
     bool BASS_RecordInit(int device) override;
     const char* BASS_RecordGetInputName(int input) const override;
     std::uint32_t BASS_RecordGetInput(int input) const override { return inputs_.setting(input); }
@@ -79,6 +83,8 @@ public:
     std::int64_t framesEncoded(Handle handle) const override;
 
 private:
+    // nullptr where the card's mix is the only input.
+    std::shared_ptr<SoundServer> recordingServer() const;
     // The words of a command line with its program as an absolute path; none when there is no such program.
     std::vector<std::string> encoderWords(const char* commandLine) const;
 
@@ -89,6 +95,8 @@ private:
     std::unique_ptr<MixingThread> mixing_;
     WaveformScans scans_;
     Openings openings_;
+    std::mutex givenUpMutex_;
+    std::stop_source givenUp_;  // of the devices that are being opened for a capture
     std::vector<float> stepBlock_;
     bool initialised_ = false;
     HandleTable handles_;

@@ -8,8 +8,12 @@ namespace melvane::engine {
 
 // --- capture ---
 
+std::shared_ptr<SoundServer> Library::recordingServer() const {
+    return options_.clock == CardClock::device ? server_ : nullptr;
+}
+
 bool Library::BASS_RecordInit(int) {
-    inputs_.list(options_.clock == CardClock::device ? server_ : nullptr);
+    inputs_.list(recordingServer());
     return true;
 }
 
@@ -22,7 +26,10 @@ Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::u
     if (!initialised_ || freq != kSampleRate || chans != 2 || !proc) return 0;
     handles_.forgetFinishedCaptures();
     auto capture = std::make_shared<Capture>(proc, user, options_.clock != CardClock::stepped);
-    return capture->open(inputs_, server_) ? handles_.keep(std::move(capture)) : 0;
+    std::unique_lock lock(givenUpMutex_);
+    const std::stop_token givenUp = givenUp_.get_token();
+    lock.unlock();
+    return capture->open(inputs_, server_, givenUp) ? handles_.keep(std::move(capture)) : 0;
 }
 
 // --- encoder add-on ---

@@ -9,6 +9,7 @@
 #include "midi/channel_reader.h"
 #include "midi/karaoke_container.h"
 #include "midi/song_file.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -51,22 +52,35 @@ void MidiBackground::prepare() {
 }
 
 void MidiBackground::ReadMap() {
-    state_.midiPorts.clear();
-    attempt(MidiFailure::interfaceNotInitialised, [&] { state_.midiPorts = music_.listPorts(); });
+    const auto wanted = [this, generation = generation_] { return generation == generation_; };
+    attempt(MidiFailure::interfaceNotInitialised, [&] {
+        if (auto ports = whileWanted(doEvents_, wanted, music_.portSearch())) takePorts(std::move(*ports));
+    });
+}
+
+void MidiBackground::takePorts(std::vector<std::string> ports) {
+    state_.midiPorts = std::move(ports);
     const bool there = followDevice(settings_.knownPort, settings_.midiPort, state_.midiPorts);
     if (settings_.midiPort <= std::ssize(state_.midiPorts) && settings_.midiPort != kAutomaticPort) return;
     settings_.midiPort = automaticPort(state_.midiPorts);
     if (!there) settings_.knownPort.number = settings_.midiPort;  // it may come back
 }
 
-void MidiBackground::Initialize() {
-    auto performance = music_.createPerformance();
+// None when something else was asked for meanwhile.
+std::shared_ptr<MusicPerformance> MidiBackground::Initialize(unsigned generation) {
+    std::shared_ptr<MusicPerformance> performance = music_.createPerformance(state_.midiPorts);
     const bool there = followDevice(settings_.knownPort, settings_.midiPort, state_.midiPorts);
     const bool known = there && settings_.midiPort >= 1 && settings_.midiPort <= std::ssize(state_.midiPorts);
-    performance->setPort(known ? settings_.midiPort : kDefaultPort, kChannelGroups);
-    const bool replaced = !there || (known && performance->port() == kDefaultPort);
-    missingPort_ = replaced ? settings_.knownPort.name : std::string();
-    performance_ = std::move(performance);
+    const std::string name = settings_.knownPort.name;
+    const auto open = [performance, port = known ? settings_.midiPort : kDefaultPort] {
+        performance->setPort(port, kChannelGroups);
+        return performance->port();
+    };
+    const auto port = whileWanted(
+        doEvents_, [&] { return generation == generation_; }, open);
+    if (!port) return nullptr;
+    missingPort_ = !there || (known && *port == kDefaultPort) ? name : std::string();
+    return performance;
 }
 
 void MidiBackground::OpenMidi(std::string& fileName) {
@@ -79,13 +93,15 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     state_.midiLength = 0;
     state_.touched = {};
     state_.songSettings = {};
+    std::shared_ptr<MusicPerformance> performance;
     if (!attempt(MidiFailure::fileNotPlayable, [&] { fileName = ExtractMidi(fileName); }) ||
-        !attempt(MidiFailure::interfaceNotInitialised, [&] { Initialize(); }))
+        !attempt(MidiFailure::interfaceNotInitialised, [&] { performance = Initialize(generation); }) || !performance)
         return;
     doEvents_();
     if (current()) ReadFile(fileName);
-    if (!current()) return;
-    attempt(MidiFailure::fileNotPlayable, [&] { loadSegment(); });
+    if (current()) attempt(MidiFailure::fileNotPlayable, [&] { loadSegment(performance, generation); });
+    if (!current()) return whileEventsRun(doEvents_, [&] { performance.reset(); });
+    performance_ = std::move(performance);
     applySettings();
     if (!current()) return;
     state_.midiLoaded = asFlag(true);
@@ -135,9 +151,15 @@ void MidiBackground::ReadMidi(std::string_view block, const std::function<void(d
     });
 }
 
-void MidiBackground::loadSegment() {
-    const auto segment = music_.loadSegment(state_.midiBytes);
-    performance_->download(segment);
+void MidiBackground::loadSegment(const std::shared_ptr<MusicPerformance>& performance, unsigned generation) {
+    const auto segment = whileEventsRun(doEvents_, [&, bytes = state_.midiBytes] { return music_.loadSegment(bytes); });
+    const auto download = [performance, segment] {
+        performance->download(segment);
+        return true;
+    };
+    if (!whileWanted(
+            doEvents_, [&] { return generation == generation_; }, download))
+        return;
     state_.midiLength = static_cast<float>(segment->length());
     for (std::int16_t c = 0; c < kMidiChannels; ++c)
         state_.songSettings[c] = segment->settings(static_cast<std::uint8_t>(c));
@@ -179,7 +201,14 @@ void MidiBackground::reopen() {
 
 bool MidiBackground::PlayMidi() {
     failure_ = MidiFailure::none;
-    return loaded() && attempt(MidiFailure::fileNotPlayable, [&] { performance_->playSegment(); });
+    if (!loaded()) return false;
+    const auto performance = performance_;
+    return attempt(MidiFailure::fileNotPlayable,
+                   [&] {
+                       whileEventsRun(doEvents_, [&] { performance->makeReady(); });
+                       if (performance == performance_) performance->playSegment();
+                   }) &&
+           performance == performance_;
 }
 
 void MidiBackground::StopMidi() {
@@ -206,11 +235,12 @@ void MidiBackground::closeSong() {
         attempt(MidiFailure::operationNotApplied, action);
         doEvents_();
     };
+    const auto applyBeside = [&](auto action) { apply([&] { whileEventsRun(doEvents_, action); }); };
     apply([&] { performance->stop(); });
     doEvents_();
-    apply([&] { performance->unload(); });
-    apply([&] { performance->closeDown(kChannelGroups); });
-    apply([&] { performance.reset(); });
+    applyBeside([&] { performance->unload(); });
+    applyBeside([&] { performance->closeDown(kChannelGroups); });
+    applyBeside([&] { performance.reset(); });
 }
 
 }  // namespace melvane

@@ -1,9 +1,10 @@
 // Backgrounds that are MIDI songs. The one owner of the song that is loaded, of the performance that plays it, of the
 // user's settings for its channels, and of the mixer lines that steer its sound.
 //
-// Used on the user-interface thread. Pending window events run inside OpenMidi, CloseDevice and ApplyChannelSettings;
-// when one of the first two is called again from there, the last call counts. What fails is silent towards the user and
-// kept: see failure().
+// Used on the user-interface thread. Pending window events run inside ReadMap, OpenMidi, PlayMidi, CloseDevice and
+// ApplyChannelSettings, while a thread waits for servers and reads sounds; when OpenMidi or CloseDevice is called again
+// from there, the last call counts and the others return. What fails is silent towards the user and kept: see
+// failure().
 #pragma once
 
 #include <functional>
@@ -46,6 +47,8 @@ public:
     void prepare();
     // Lists the ports anew; a choice that is automatic or beyond them becomes the port that is preferred.
     void ReadMap();
+    // The same with ports that were listed elsewhere.
+    void takePorts(std::vector<std::string> ports);
     // Loads a song; `fileName` (UTF-8) becomes the file that is played. See loaded() and failure().
     void OpenMidi(std::string& fileName);
     // Opens the song again, as after another port was chosen. The user's channel settings stay; nothing without a song.
@@ -132,8 +135,8 @@ private:
     bool attempt(MidiFailure failure, Action action);
     template <typename Message>
     void tell(Message message);
-    void Initialize();
-    void loadSegment();
+    std::shared_ptr<MusicPerformance> Initialize(unsigned generation);
+    void loadSegment(const std::shared_ptr<MusicPerformance>& performance, unsigned generation);
     void applySettings();
     void closeSong();
     void sendInstrument(std::int16_t channel);
@@ -148,7 +151,7 @@ private:
     DoEvents doEvents_;
     mod_Mixer lines_;
     MidiState state_;
-    std::unique_ptr<MusicPerformance> performance_;
+    std::shared_ptr<MusicPerformance> performance_;
     SongFile extracted_;    // what ExtractMidi has read for ReadFile
     std::string openFile_;  // as it was chosen
     std::string missingPort_;

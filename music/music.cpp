@@ -10,23 +10,22 @@ namespace {
 class System : public MusicSystem {
 public:
     System(AudioLibrary& library, const MusicOptions& options, std::shared_ptr<SynthBus> bus)
-        : library_(library),
-          soundFont_(options.soundFont),
-          ports_(std::make_shared<OutputPorts>(options.devicePorts)),
-          bus_(std::move(bus)) {}
+        : library_(library), soundFont_(options.soundFont), ports_(options.devicePorts), bus_(std::move(bus)) {}
 
-    std::vector<std::string> listPorts() override { return ports_->list(); }
+    std::function<std::vector<std::string>()> portSearch() const override {
+        return [ports = ports_] { return ports.list(); };
+    }
     std::shared_ptr<MusicSegment> loadSegment(std::string_view file) override {
         return std::make_shared<Segment>(readSong({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()}));
     }
-    std::unique_ptr<MusicPerformance> createPerformance() override {
-        return std::make_unique<Performance>(library_, soundFont_, ports_, bus_);
+    std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string> ports) override {
+        return std::make_unique<Performance>(library_, soundFont_, ports_, std::move(ports), bus_);
     }
 
 private:
     AudioLibrary& library_;
     const std::string soundFont_;
-    const std::shared_ptr<OutputPorts> ports_;
+    const OutputPorts ports_;
     const std::shared_ptr<SynthBus> bus_;
 };
 

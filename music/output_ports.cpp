@@ -36,18 +36,17 @@ std::vector<FoundPort> findPorts() {
 
 }  // namespace
 
-const std::vector<std::string>& OutputPorts::list() {
-    descriptions_ = {"Melvane synthesizer"};
+std::vector<std::string> OutputPorts::list() const {
+    std::vector<std::string> descriptions{"Melvane synthesizer"};
     if (devices_)
-        for (FoundPort& port : findPorts()) descriptions_.push_back(std::move(port.description));
-    return descriptions_;
+        for (FoundPort& port : findPorts()) descriptions.push_back(std::move(port.description));
+    return descriptions;
 }
 
-std::shared_ptr<PortInstrument> OutputPorts::open(std::size_t index) {
-    if (descriptions_.empty()) list();
-    if (index == 0 || index >= descriptions_.size()) return nullptr;
+std::shared_ptr<PortInstrument> OutputPorts::open(const std::string& description) const {
+    if (!devices_) return nullptr;
     const auto ports = findPorts();
-    const auto wanted = std::ranges::find(ports, descriptions_[index], &FoundPort::description);
+    const auto wanted = std::ranges::find(ports, description, &FoundPort::description);
     if (wanted == ports.end()) return nullptr;
     auto port = withPatience(kPatience, [from = wanted->from, at = wanted->index] { return MidiPort::open(from, at); });
     return port && *port ? std::make_shared<PortInstrument>(std::move(*port)) : nullptr;

@@ -9,21 +9,20 @@
 
 namespace melvane::music {
 
-// One thread at a time. The machine is asked anew each time; a server that doesn't answer within a second counts as
-// none, and none is ever started.
+// Any thread. The machine is asked anew each time; a server that doesn't answer within a second counts as none, and
+// none is ever started.
 class OutputPorts {
 public:
     // Without `devices` the synthesiser is the only port.
     explicit OutputPorts(bool devices) : devices_(devices) {}
 
     // Descriptions, each different from the others; the first one is the synthesiser's.
-    const std::vector<std::string>& list();
-    // `index` as listed last. nullptr for the synthesiser, and for a port that has gone.
-    std::shared_ptr<PortInstrument> open(std::size_t index);
+    std::vector<std::string> list() const;
+    // nullptr for the synthesiser, and for a port that has gone.
+    std::shared_ptr<PortInstrument> open(const std::string& description) const;
 
 private:
-    const bool devices_;
-    std::vector<std::string> descriptions_;
+    bool devices_;
 };
 
 }  // namespace melvane::music

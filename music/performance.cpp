@@ -48,9 +48,13 @@ SongSettings Segment::settings(std::uint8_t channel) const {
     return settings;
 }
 
-Performance::Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<OutputPorts> ports,
-                         std::shared_ptr<SynthBus> bus)
-    : library_(library), soundFont_(std::move(soundFont)), ports_(std::move(ports)), bus_(std::move(bus)) {}
+Performance::Performance(AudioLibrary& library, std::string soundFont, OutputPorts ports,
+                         std::vector<std::string> listed, std::shared_ptr<SynthBus> bus)
+    : library_(library),
+      soundFont_(std::move(soundFont)),
+      ports_(ports),
+      listed_(std::move(listed)),
+      bus_(std::move(bus)) {}
 
 Performance::~Performance() {
     stop();
@@ -58,9 +62,11 @@ Performance::~Performance() {
 
 void Performance::setPort(int port, int channelGroups) {
     closeDown(channelGroups);
-    if (port > 0) port_ = ports_->open(static_cast<std::size_t>(port));
+    const auto index = static_cast<std::size_t>(port);
+    if (port > 0 && index < listed_.size()) port_ = ports_.open(listed_[index]);
     portNumber_ = port;
     if (!port_) {
+        const std::lock_guard lock(synthMutex_);
         font_ = soundFont_.empty() ? findSoundFont() : soundFont_;
         nextSynth();
     }
@@ -70,8 +76,9 @@ void Performance::setPort(int port, int channelGroups) {
 void Performance::closeDown(int) {
     unload();
     port_.reset();
-    font_.clear();
     open_ = false;
+    const std::lock_guard lock(synthMutex_);
+    font_.clear();
 }
 
 void Performance::checkOpen() const {
@@ -84,15 +91,24 @@ void Performance::download(const std::shared_ptr<MusicSegment>& segment) {
     checkOpen();
     const auto ours = std::dynamic_pointer_cast<Segment>(segment);
     if (!ours) throw MusicError("There is no song.");
-    if (!port_) nextSynth().hold(*ours->song());
+    if (!port_) {
+        const std::lock_guard lock(synthMutex_);
+        nextSynth().hold(*ours->song());
+    }
     song_ = ours->song();
 }
 
 void Performance::unload() {
     stop();
     song_.reset();
+    const std::lock_guard lock(synthMutex_);
     nextSynth_.reset();
     held_.clear();
+}
+
+void Performance::makeReady() {
+    const std::lock_guard lock(synthMutex_);
+    if (!font_.empty()) nextSynth();
 }
 
 void Performance::playSegment() {
@@ -144,6 +160,7 @@ std::shared_ptr<Instrument> Performance::takeInstrument() {
         port_->reset();
         return port_;
     }
+    const std::lock_guard lock(synthMutex_);
     held_ = nextSynth().held();
     return std::move(nextSynth_);
 }
@@ -173,7 +190,10 @@ void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, s
     if (port_ && instrument == kPercussionInstrument) return;  // no device has them there
     const Patch patch{dataByte(bankHigh), dataByte(bankLow),
                       instrument == kPercussionInstrument ? instrument : dataByte(instrument)};
-    if (!port_) nextSynth().hold(channel, patch);
+    if (!port_) {
+        const std::lock_guard lock(synthMutex_);
+        nextSynth().hold(channel, patch);
+    }
     tell(PatchMessage{channel, patch});
 }
 

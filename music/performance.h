@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "music/live_channels.h"
 #include "music/output_ports.h"
@@ -29,7 +31,8 @@ private:
 class Performance : public MusicPerformance {
 public:
     // `soundFont` is the file to use, the best one installed when empty.
-    Performance(AudioLibrary& library, std::string soundFont, std::shared_ptr<OutputPorts> ports,
+    // `listed` are the ports as setPort counts them.
+    Performance(AudioLibrary& library, std::string soundFont, OutputPorts ports, std::vector<std::string> listed,
                 std::shared_ptr<SynthBus> bus);
     ~Performance() override;
 
@@ -38,6 +41,7 @@ public:
     const std::string& soundFont() const override { return font_; }
     void download(const std::shared_ptr<MusicSegment>& segment) override;
     void unload() override;
+    void makeReady() override;
     void playSegment() override;
     void stop() override;
     bool playing() const override;
@@ -56,7 +60,7 @@ public:
 private:
     void checkOpen() const;
     void tell(const LiveMessage& message);
-    // The synthesiser that plays next.
+    // The synthesiser that plays next. Under the lock.
     Synth& nextSynth();
     std::shared_ptr<Instrument> takeInstrument();
     double secondsAhead() const;
@@ -64,15 +68,17 @@ private:
 
     AudioLibrary& library_;
     const std::string soundFont_;
-    const std::shared_ptr<OutputPorts> ports_;
+    const OutputPorts ports_;
+    const std::vector<std::string> listed_;
     const std::shared_ptr<SynthBus> bus_;
     bool open_ = false;
     std::shared_ptr<PortInstrument> port_;  // none: the synthesiser plays
     int portNumber_ = 0;                    // of port_
-    std::string font_;                      // of the synthesiser
+    std::shared_ptr<const Song> song_;
+    std::mutex synthMutex_;  // held while any of these is changed
+    std::string font_;       // of the synthesiser
     std::unique_ptr<Synth> nextSynth_;
     HeldSounds held_;  // what the next synthesiser is to hold, while there is none
-    std::shared_ptr<const Song> song_;
     LiveChannels live_;
     double tempo_ = 1;
 

@@ -63,7 +63,7 @@ void askForRealTime() {
 struct PortInstrument::Sender {
     std::mutex mutex;
     std::condition_variable wake;
-    std::condition_variable changed;  // `ending` or `finished`
+    std::condition_variable ended;  // `finished`
     MessageQueue queue;
     HeardClock clock;
     const PortInstrument* owner;
@@ -95,7 +95,7 @@ struct PortInstrument::Sender {
     void run() {
         askForRealTime();
         std::unique_lock lock(mutex);
-        while (!quit) {
+        while (!quit || ending) {
             if (ending)
                 endNotes(lock);
             else if (resetting)
@@ -111,7 +111,7 @@ struct PortInstrument::Sender {
         port.reset();
         lock.lock();
         finished = true;
-        changed.notify_all();
+        ended.notify_all();
     }
 
     void sendFirst(std::unique_lock<std::mutex>& lock) {
@@ -126,7 +126,7 @@ struct PortInstrument::Sender {
     }
 
     void endNotes(std::unique_lock<std::mutex>& lock) {
-        queue.clear();
+        ending = false;
         lock.unlock();
         for (int channel = 0; channel < kMidiChannels; ++channel) {
             auto& keys = sounding[static_cast<std::size_t>(channel)];
@@ -138,8 +138,6 @@ struct PortInstrument::Sender {
             keys.reset();
         }
         lock.lock();
-        ending = false;
-        changed.notify_all();
     }
 
     void resetChannels(std::unique_lock<std::mutex>& lock) {
@@ -194,15 +192,15 @@ PortInstrument::~PortInstrument() {
     if (sender_->owner != this) return;
     sender_->quit = true;
     sender_->wake.notify_one();
-    sender_->changed.wait_for(lock, kPatience, [this] { return sender_->finished; });
+    sender_->ended.wait_for(lock, kPatience, [this] { return sender_->finished; });
 }
 
 void PortInstrument::stop() {
-    std::unique_lock lock(sender_->mutex);
+    const std::lock_guard lock(sender_->mutex);
     if (!sender_->playedBy(this)) return;
     sender_->stopped = sender_->ending = true;
+    sender_->queue.clear();  // now: what the next play sends is to stay
     sender_->wake.notify_one();
-    sender_->changed.wait_for(lock, kPatience, [this] { return !sender_->ending; });
 }
 
 void PortInstrument::reset() {

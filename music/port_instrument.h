@@ -18,10 +18,11 @@ public:
     // card's latency, from the mixing of a frame to its hearing while the card's buffers are full; where they are empty
     // at first that is seen from the speed at which they are filled.
     PortInstrument(const PortInstrument& before, double secondsAhead);
+    // Waits until that has happened, 200 ms at most.
     ~PortInstrument() override;
 
     // Any thread: forgets what isn't due yet, ends the notes that sound and resets pedals and sound on all channels.
-    // Has happened at its return, unless that takes longer than 200 ms. What is still rendered sends nothing any more.
+    // What is still rendered sends nothing any more.
     void stop();
 
     // Any thread: takes every channel back to how a device is without a song, before the first message of this play.

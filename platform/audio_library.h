@@ -1,14 +1,15 @@
 // The audio library as the program sees it: playback streams, recording inputs and capture, the encoder
 // pipe, the tempo stream and the sound card that ties them together.
 //
-// All operations are called on the user-interface thread and do not wait for audio; a sound server that does not
-// answer is given up after two seconds. BASS_Encode_IsActive may be called on any thread, and so may
-// BASS_StreamCreateFile and takePeaks between BASS_Init and BASS_Free. Handles are never reused within one library; 0
-// means none, and an operation on a handle that is unknown fails silently. Positions and lengths are bytes of 16-bit
-// stereo at 44100 Hz: four bytes a frame.
+// All operations are called on the user-interface thread and do not wait for audio, nor, but for the few that say so,
+// for a sound server; one that does not answer is given up after two seconds. BASS_Encode_IsActive may be called on any
+// thread, and so may BASS_StreamCreateFile, BASS_RecordStart and takePeaks between BASS_Init and BASS_Free. Handles are
+// never reused within one library; 0 means none, and an operation on a handle that is unknown fails silently. Positions
+// and lengths are bytes of 16-bit stereo at 44100 Hz: four bytes a frame.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -128,7 +129,8 @@ public:
     // other threads.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
-    // Whoever waits in BASS_StreamCreateFile gets 0 at once; what a file still keeps busy ends by itself. Any thread.
+    // Whoever waits in BASS_StreamCreateFile or BASS_RecordStart gets 0 within a moment; what a file or a server still
+    // keeps busy ends by itself. Any thread.
     virtual void giveUpOpening() = 0;
     // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
     // delivers fewer frames than asked for.
@@ -183,8 +185,12 @@ public:
     virtual bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) = 0;
 
     // --- Capture ---------------------------------------------------------------------------------------
+    // Asks the sound server for its inputs, which the next BASS_RecordInit lists: to be called on any thread, also one
+    // that outlives the library.
+    virtual std::function<void()> inputSearch() const = 0;
     // Opens the recording device (-1: the default one) and lists its inputs. Called again, it lists them anew: inputs
-    // that are still there keep their switch and level, new ones are off. A running capture goes on as it is.
+    // that are still there keep their switch and level, new ones are off. A running capture goes on as it is. Waits for
+    // the sound server, unless an inputSearch has found them since it was called last.
     virtual bool BASS_RecordInit(int device) = 0;
     // Name of an input, nullptr behind the last. The text belongs to the library and lives until the next
     // BASS_RecordInit.
@@ -195,7 +201,7 @@ public:
     // BASS_INPUT_OFF, BASS_INPUT_ON, or BASS_INPUT_LEVEL with a level in bits 0-15.
     virtual bool BASS_RecordSetInput(int input, std::uint32_t setting) = 0;
     // Prepares a capture of the inputs that are on; blocks come from BASS_ChannelPlay on. Only 44100 Hz
-    // stereo, always 16-bit. 0 on failure.
+    // stereo, always 16-bit. 0 on failure. Waits for the sound server where one of its inputs is on.
     virtual Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
                                     void* user) = 0;
 

@@ -2,13 +2,15 @@
 // ports. The built-in synthesiser, always the first port, sounds on the audio library's card; the others are devices of
 // the machine.
 //
-// All but loadSegment is called on the user-interface thread. Listing and opening ports ask the machine's servers and
-// wait up to a second for each answer; opening the synthesiser, a download and a patch read sounds from a file;
-// stopping a port's song waits up to 200 ms until its notes have ended. Nothing else waits. What fails throws
-// MusicError.
+// Used on the user-interface thread. What waits may be called on another, by one thread at a time, while nothing else
+// is asked of that performance but what says so: setPort asks the machine's servers, up to a second for each answer,
+// and, like download and makeReady, reads sounds from a file; unload and closeDown wait up to 200 ms until the notes on
+// a port have ended, and so does the end of a performance. A patch reads its sound from the file where it is. Nothing
+// else waits. What fails throws MusicError.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -50,7 +52,7 @@ public:
     virtual ~MusicPerformance() = default;
 
     // Opens a port for `channelGroups` groups of 16 channels, of which the first is used. Port 0 is the default one,
-    // the built-in synthesiser; `port` n is the one that was listed as n + 1; one that has gone, or can't be
+    // the built-in synthesiser; `port` n is the one that is listed as n + 1; one that has gone, or can't be
     // opened, is replaced by the default one. Must come first. Fails when the port can't be opened, as when there are
     // no sounds for the synthesiser.
     virtual void setPort(int port, int channelGroups) = 0;
@@ -65,6 +67,8 @@ public:
     virtual void download(const std::shared_ptr<MusicSegment>& segment) = 0;
     virtual void unload() = 0;
 
+    // Any thread, while other operations go on: prepares what playSegment would have to wait for.
+    virtual void makeReady() = 0;
     // Plays the downloaded segment from its beginning. The card ends with it: see AudioLibrary::holdCardAtEndOf.
     virtual void playSegment() = 0;
     // Stops with all notes off; nothing when nothing plays.
@@ -101,11 +105,13 @@ public:
 class MusicSystem {
 public:
     virtual ~MusicSystem() = default;
-    // The descriptions of the output ports, which the machine is asked for anew; the first stands for port 1.
-    virtual std::vector<std::string> listPorts() = 0;
+    // Asks the machine for the descriptions of its output ports, which may take two seconds; the first stands for
+    // port 1. To be called on any thread, also one that outlives this.
+    virtual std::function<std::vector<std::string>()> portSearch() const = 0;
     // A song from the bytes of a MIDI file. Any thread. Fails when they hold none.
     virtual std::shared_ptr<MusicSegment> loadSegment(std::string_view file) = 0;
-    virtual std::unique_ptr<MusicPerformance> createPerformance() = 0;
+    // `ports` are descriptions by which its setPort counts. It may outlive this.
+    virtual std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string> ports) = 0;
 };
 
 }  // namespace melvane

@@ -16,6 +16,7 @@
 #include "controls/zoom.h"
 #include "state/guarded.h"
 #include "state/numbers.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -33,6 +34,7 @@ constexpr int kButtonStep = 46;
 constexpr QRect kCloseButton(156, 94, 104, 28);
 
 constexpr int kTickMs = 200;
+constexpr int kOpeningMs = 10;
 constexpr int kBytesPerSecond = kSampleRate * kBytesPerFrame;
 
 // The background: a wave that goes through the whole window.
@@ -72,25 +74,21 @@ frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& di
       library_(library),
       language_(language),
       dialogs_(dialogs),
-      playerFile_(std::move(playerFile)),
-      playerStream_(library_.BASS_StreamCreateFile(false, playerFile_.c_str(), 0, 0, 0)) {
+      playerFile_(std::move(playerFile)) {
     setObjectName(QStringLiteral("frmPlayer"));
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
-    if (playerStream_ != 0) length_ = library_.BASS_ChannelGetLength(playerStream_);
     auto* Image1 = new Picture(this);
     Image1->setObjectName(QStringLiteral("Image1"));
-    // A message is cut at its end, a path keeps its file name.
-    Label1_ = new ElidedLabel(this, playerStream_ == 0 ? Qt::ElideRight : Qt::ElideMiddle);
+    Label1_ = new ElidedLabel(this, Qt::ElideMiddle);
     Label1_->setObjectName(QStringLiteral("Label1"));
     Label1_->setAlignment(Qt::AlignCenter);
     layOut(Label1_, kFile);
     addBar();
     addButtons();
+    open();
     GetPlayerLanguage();
-    showPosition();
-    (playerStream_ == 0 ? static_cast<QWidget*>(bClose_) : progress_)->setFocus();
-
+    bClose_->setFocus();
     Timer1_.setObjectName(QStringLiteral("Timer1"));
     Timer1_.setInterval(kTickMs);
     connect(&Timer1_, &QTimer::timeout, this, &frmPlayer::Timer1_Timer);
@@ -98,8 +96,30 @@ frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& di
 }
 
 frmPlayer::~frmPlayer() {
+    if (opening_.valid()) {
+        while (!isReady(opening_, kEventPatience)) library_.giveUpOpening();
+        playerStream_ = opening_.get();
+    }
     library_.BASS_ChannelStop(playerStream_);
     library_.BASS_MusicFree(playerStream_);
+}
+
+void frmPlayer::open() {
+    opening_ = std::async(std::launch::async | std::launch::deferred,
+                          [this] { return library_.BASS_StreamCreateFile(false, playerFile_.c_str(), 0, 0, 0); });
+    connect(&opened_, &QTimer::timeout, this, &frmPlayer::lookWhetherOpened);
+    opened_.start(kOpeningMs);
+}
+
+void frmPlayer::lookWhetherOpened() {
+    if (!isReady(opening_)) return;
+    opened_.stop();
+    playerStream_ = opening_.get();
+    length_ = library_.BASS_ChannelGetLength(playerStream_);
+    for (QWidget* control : std::initializer_list<QWidget*>{progress_, Ed_Button1_, Ed_Button2_, Ed_Button3_})
+        control->setEnabled(playerStream_ != 0);
+    if (bClose_->hasFocus() && playerStream_ != 0) progress_->setFocus();
+    GetPlayerLanguage();
 }
 
 void frmPlayer::addBar() {
@@ -110,7 +130,7 @@ void frmPlayer::addBar() {
     progress_ = new PlayBar(this);
     progress_->setObjectName(QStringLiteral("progress"));
     layOut(progress_, kBar);
-    progress_->setEnabled(playerStream_ != 0);
+    progress_->setEnabled(false);
     connect(progress_, &PlayBar::pointedAt, this, [this](double ratio) { seek(ratio * static_cast<double>(length_)); });
     connect(progress_, &PlayBar::stepped, this, [this](int seconds) {
         seek(static_cast<double>(library_.BASS_ChannelGetPosition(playerStream_)) + seconds * kBytesPerSecond);
@@ -131,14 +151,14 @@ Ed_Button* frmPlayer::addControl(const char* name, const QRect& place, ButtonLoo
                                  void (frmPlayer::*click)()) {
     Ed_Button* button =
         addButton(this, name, place, look, symbol, [this, click] { guarded(dialogs_, [&] { (this->*click)(); }); });
-    button->setEnabled(playerStream_ != 0);
+    button->setEnabled(false);
     // Space plays and pauses, also behind a click on this button.
     button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
 
 void frmPlayer::Ed_Button1_Click() {
-    playing_ = library_.BASS_ChannelPlay(playerStream_, false);
+    setPlaying(library_.BASS_ChannelPlay(playerStream_, false));
 }
 
 // The library knows no pause: a stopped channel keeps its position.
@@ -148,8 +168,15 @@ void frmPlayer::Ed_Button2_Click() {
 
 void frmPlayer::Ed_Button3_Click() {
     library_.BASS_ChannelStop(playerStream_);
-    playing_ = false;
+    setPlaying(false);
     showPosition();
+}
+
+// The play button is lit and says so while it plays.
+void frmPlayer::setPlaying(bool playing) {
+    playing_ = playing;
+    setButtonLook(Ed_Button1_, playing ? ButtonLook::running : ButtonLook::song, Symbol::play);
+    setButtonText(Ed_Button1_, {}, toQt(language_.ownText(playing ? OwnText::playing : OwnText::play)));
 }
 
 void frmPlayer::Timer1_Timer() {
@@ -180,18 +207,20 @@ void frmPlayer::seek(double position) {
 
 void frmPlayer::GetPlayerLanguage() {
     const auto tip = [this](OwnText text) { return toQt(language_.ownText(text)); };
-    if (playerStream_ != 0)
+    time_->setText(opening_.valid() ? tip(OwnText::opening) : QString());
+    if (playerStream_ != 0 || opening_.valid())
         Label1_->setFullText(toQt(playerFile_));
     else
         Label1_->setFullText(toQt(language_.ownText(OwnText::cannotPlayFile, toText(toPath(playerFile_).filename()))));
     setName(progress_, tip(OwnText::playPosition));
-    setButtonText(Ed_Button1_, {}, tip(OwnText::play));
+    setPlaying(playing_);
     setButtonText(Ed_Button2_, {}, tip(OwnText::pause));
     setButtonText(Ed_Button3_, {}, tip(OwnText::playerStop));
     const QString close = toQt(language_.lang(LangEntry::menuClose));
     setName(b_main_, tip(OwnText::backToMain));
     setButtonText(bClose_, close, close);
     setTitle(tip(OwnText::listen));
+    showPosition();
 }
 
 void frmPlayer::keyPressEvent(QKeyEvent* event) {

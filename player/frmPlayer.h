@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QTimer>
 #include <cstdint>
+#include <future>
 #include <string>
 
 #include "controls/Ed_Button.h"
@@ -22,7 +23,8 @@ class frmPlayer : public FramelessWindow {
 
 public:
     // `playerFile` is UTF-8. What is passed by reference outlives the window, which lets no other window of the program
-    // be used and is deleted when it is closed.
+    // be used and is deleted when it is closed. The file is opened on a thread of its own, and given up when the window
+    // goes before it is there.
     frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& dialogs, std::string playerFile, QWidget* owner);
     ~frmPlayer() override;
 
@@ -33,6 +35,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;  // Space plays and pauses, Escape closes
 
 private:
+    void open();
+    void lookWhetherOpened();
     void addBar();
     void addButtons();
     Ed_Button* addControl(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
@@ -40,6 +44,7 @@ private:
     void Ed_Button1_Click();
     void Ed_Button2_Click();
     void Ed_Button3_Click();
+    void setPlaying(bool playing);
     void Timer1_Timer();
     void showPosition();
     double ratio() const;
@@ -50,7 +55,8 @@ private:
     const modLang& language_;
     Dialogs& dialogs_;
     const std::string playerFile_;
-    Handle playerStream_;       // 0: the file can't be played
+    std::future<Handle> opening_;
+    Handle playerStream_ = 0;   // 0: the file can't be played, or not yet
     std::uint64_t length_ = 0;  // bytes
     bool playing_ = false;      // from play to pause, stop or the end
 
@@ -62,6 +68,7 @@ private:
     Ed_Button* Ed_Button3_;
     navButton* b_main_;
     Ed_Button* bClose_;
+    QTimer opened_{this};  // runs while the file is being opened
     QTimer Timer1_;
 };
 

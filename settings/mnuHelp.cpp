@@ -140,7 +140,9 @@ DeviceList* mnuHelp::addDeviceList(const char* name, int label, DeviceNames devi
     addLabel(static_cast<std::size_t>(label), FM_, kName.translated(0, down));
     auto* list = new DeviceList(FM_, kValue.translated(0, down), std::move(deviceNames));
     list->setObjectName(QLatin1String(name));
-    connect(list, &DeviceList::aboutToOpen, this, &mnuHelp::refreshDevices);
+    connect(list, &DeviceList::aboutToOpen, this, &mnuHelp::lookForDevices);
+    // Queued: what was chosen in the list is told when it has closed.
+    connect(list, &DeviceList::closed, this, &mnuHelp::refreshDevices, Qt::QueuedConnection);
     return list;
 }
 
@@ -215,7 +217,13 @@ void mnuHelp::TABA_Click(int page) {
     languagePage_->setVisible(page == 1);
 }
 
+void mnuHelp::lookForDevices() {
+    refreshDevices();
+    Q_EMIT devicesWanted();
+}
+
 void mnuHelp::refreshDevices() {
+    if (MidiDev_->isOpen() || MixDev_->isOpen()) return;
     guarded(dialogs_, [this] {
         // A port that there is not is replaced by the first one wherever it is used.
         portGone_ = !showDevices(*MidiDev_, settings_.knownPort, settings_.midiPort, 0);
@@ -270,7 +278,7 @@ void mnuHelp::GetPreferencesLanguage() {
 }
 
 bool mnuHelp::event(QEvent* event) {
-    if (event->type() == QEvent::WindowActivate) refreshDevices();
+    if (event->type() == QEvent::WindowActivate) lookForDevices();
     return FramelessWindow::event(event);
 }
 

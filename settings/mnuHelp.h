@@ -24,15 +24,19 @@ class mnuHelp : public FramelessWindow {
     Q_OBJECT
 
 public:
-    // What `midiPorts` names first is port 0, what `recordingInputs` names first is input 0. Everything passed in
-    // outlives the window, which is deleted when it is closed.
+    // What `midiPorts` names first is port 0, what `recordingInputs` names first is input 0; both answer at once.
+    // Everything passed in outlives the window, which is deleted when it is closed.
     mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dialogs& dialogs, DeviceNames midiPorts,
             DeviceNames recordingInputs, QWidget* owner);
 
     // Sets all texts from the current language.
     void GetPreferencesLanguage();
+    // Shows the devices as they are listed now, once no list is open.
+    void refreshDevices();
 
 Q_SIGNALS:
+    // The devices are to be listed anew: the user looks at them.
+    void devicesWanted();
     // The user chose a port, which is in the settings already.
     void midiPortChanged();
     // The user chose a language, which is in the settings already.
@@ -54,7 +58,7 @@ private:
     void showZoom();
     QPushButton* addLink(const char* name, const QRect& place, LangEntry address);
     void TABA_Click(int page);
-    void refreshDevices();
+    void lookForDevices();
     void showDeviceNotice();
     void openPage(const std::string& address);
 

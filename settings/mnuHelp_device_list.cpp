@@ -38,4 +38,9 @@ void DeviceList::showPopup() {
     QComboBox::showPopup();
 }
 
+void DeviceList::hidePopup() {
+    QComboBox::hidePopup();
+    Q_EMIT closed();
+}
+
 }  // namespace melvane

@@ -1,6 +1,7 @@
 // A list of devices that is up to date whenever it is opened.
 #pragma once
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <functional>
 #include <string>
@@ -8,7 +9,7 @@
 
 namespace melvane {
 
-// Names of the devices that there are now (UTF-8), in the order of their numbers, from 0.
+// Names of the devices as they were listed last (UTF-8), in the order of their numbers, from 0.
 using DeviceNames = std::function<std::vector<std::string>()>;
 
 class DeviceList : public QComboBox {
@@ -17,16 +18,19 @@ class DeviceList : public QComboBox {
 public:
     DeviceList(QWidget* page, const QRect& place, DeviceNames deviceNames);
 
-    // Lists the devices that there are now; when they have changed, none is selected.
+    // Lists the devices anew; when they have changed, none is selected.
     void refresh();
     const std::vector<std::string>& listed() const { return listed_; }
     // Shown while there is no device.
     void setEmptyText(const QString& text);
 
+    bool isOpen() const { return view()->isVisible(); }
     void showPopup() override;
+    void hidePopup() override;
 
 Q_SIGNALS:
     void aboutToOpen();
+    void closed();
 
 private:
     void showEmptyText();

@@ -97,6 +97,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::noDevices, "(brak urządzeń)", "(no devices)"},
     {OwnText::deviceGone, "Nie ma już urządzenia „%1”.", "The device %1 has gone."},
     {OwnText::play, "Odtwórz", "Play"},
+    {OwnText::playing, "Odtwarzanie trwa", "Playing"},
     {OwnText::pause, "Pauza", "Pause"},
     {OwnText::playerStop, "Zatrzymaj", "Stop"},
     {OwnText::playPosition, "Pozycja odtwarzania", "Playing position"},

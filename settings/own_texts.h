@@ -88,6 +88,7 @@ enum class OwnText {
     deviceGone,  // device
     // The player.
     play,
+    playing,
     pause,
     playerStop,
     playPosition,

@@ -249,6 +249,7 @@ TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
         }
         find<QWidget>(main(), "mnuHelp").close();
         press("b_listen");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return find<QWidget>(main(), "Ed_Button1").isEnabled(); }));
         examine("frmPlayer");
         find<QWidget>(main(), "frmPlayer").close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

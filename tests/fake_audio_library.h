@@ -1,9 +1,11 @@
 // An audio library that makes no sound: it writes down what it is called with and answers as a test says.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <concepts>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -27,6 +29,11 @@ public:
 
     // Calls that change something, in order, as "BASS_ChannelPlay 1 0"; questions are not written down.
     std::vector<std::string> calls;
+    // While another thread may call.
+    std::string lastCall() const {
+        const std::lock_guard lock(callsMutex_);
+        return calls.empty() ? "" : calls.back();
+    }
 
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
@@ -103,7 +110,10 @@ public:
         if (lengths.contains(file)) lengthsOfChannels_[lastHandle_ + 1] = lengths.at(file);
         return ++lastHandle_;
     }
-    void giveUpOpening() override { note("giveUpOpening"); }
+    void giveUpOpening() override {
+        *givenUp_ = true;
+        note("giveUpOpening");
+    }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
     bool BASS_MusicFree(Handle handle) override { return note("BASS_MusicFree", handle); }
     bool BASS_ChannelPlay(Handle handle, bool restart) override {
@@ -162,6 +172,11 @@ public:
         return note("BASS_FX_TempoSet", handle, tempo, rate, pitch);
     }
 
+    // While this is false, the sound server does not answer, for two seconds at most.
+    std::shared_ptr<std::atomic<bool>> answers = std::make_shared<std::atomic<bool>>(true);
+    std::function<void()> inputSearch() const override {
+        return [answers = answers] { waitUntil([&] { return answers->load(); }); };
+    }
     bool BASS_RecordInit(int device) override {
         note("BASS_RecordInit", device);
         return initialises;
@@ -182,8 +197,10 @@ public:
         return note("BASS_RecordSetInput", input, setting);
     }
     Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc, void*) override {
+        *givenUp_ = false;
         note("BASS_RecordStart", freq, chans, flags);
-        return capture_ = captureStarts ? ++lastHandle_ : 0;
+        waitUntil([&] { return *answers || *givenUp_; });
+        return capture_ = captureStarts && !*givenUp_ ? ++lastHandle_ : 0;
     }
 
     bool encoderFound(const char*) const override { return encoderExists; }
@@ -238,6 +255,11 @@ private:
         return defaults.at(type);
     }
 
+    static void waitUntil(const std::function<bool()>& answered) {
+        for (int waited = 0; !answered() && waited < 2000; ++waited)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
     static std::string word(const std::string& text) { return text; }
     static std::string word(float number) { return std::to_string(number); }
     template <std::integral T>
@@ -261,6 +283,7 @@ private:
     std::map<Handle, std::uint64_t> lengthsOfChannels_;
     std::string product_;  // the file that is encoded into
     Handle capture_ = 0;
+    std::shared_ptr<std::atomic<bool>> givenUp_ = std::make_shared<std::atomic<bool>>(false);
     bool finishing_ = false;
     mutable int polls_ = 0;
 };

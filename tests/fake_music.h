@@ -1,8 +1,13 @@
 // Music and a mixer that make no sound: they write down what they are called with and answer as a test says.
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/music_performance.h"
@@ -24,13 +29,24 @@ public:
     bool plays = true;
     int messagesLeft = 1000;  // until sending fails
     int openPorts = 0;
+    std::atomic<int> performances = 0;  // that there are
 
-    std::vector<std::string> listPorts() override { return ports; }
+    // While this is false, the machine's servers do not answer, for two seconds at most.
+    std::shared_ptr<std::atomic<bool>> answers = std::make_shared<std::atomic<bool>>(true);
+
+    std::function<std::vector<std::string>()> portSearch() const override {
+        return [ports = ports, answers = answers] {
+            waitFor(*answers);
+            return ports;
+        };
+    }
     std::shared_ptr<MusicSegment> loadSegment(std::string_view file) override {
         note("loadSegment " + std::to_string(file.size()), songLoads);
         return std::make_shared<Segment>();
     }
-    std::unique_ptr<MusicPerformance> createPerformance() override { return std::make_unique<Performance>(*this); }
+    std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string>) override {
+        return std::make_unique<Performance>(*this);
+    }
 
 private:
     struct Segment : MusicSegment {
@@ -42,8 +58,13 @@ private:
 
     class Performance : public MusicPerformance {
     public:
-        explicit Performance(FakeMusic& music) : music_(music) {}
+        explicit Performance(FakeMusic& music) : music_(music) { ++music_.performances; }
+        ~Performance() override {
+            if (open_) --music_.openPorts;
+            --music_.performances;
+        }
         void setPort(int port, int groups) override {
+            waitFor(*music_.answers);
             music_.note(words("setPort", port, groups), music_.portOpens && !open_);
             open_ = ++music_.openPorts > 0;
             port_ = music_.devicesOpen ? port : 0;
@@ -55,6 +76,7 @@ private:
             ready_ = segment != nullptr;
         }
         void unload() override { note("unload"), ready_ = false; }
+        void makeReady() override {}
         void playSegment() override {
             note("playSegment", ready_ && music_.plays);
             playing_ = true;
@@ -96,6 +118,10 @@ private:
         bool playing_ = false;
     };
 
+    static void waitFor(const std::atomic<bool>& answer) {
+        for (int waited = 0; !answer && waited < 2000; ++waited)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     void note(const std::string& call, bool succeeds) {
         if (!succeeds) throw MusicError("refused: " + call);
         calls.push_back(call);

@@ -109,7 +109,7 @@ protected:
         server = std::make_unique<JackServer>();
         receiver = std::make_unique<Receiver>();
         ASSERT_EQ(ports.list().size(), 2U);
-        port = ports.open(1);
+        port = ports.open(kReceiver);
         ASSERT_TRUE(port);
     }
 
@@ -211,8 +211,9 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
     engine::Library library({CardClock::stepped, 441, ""});
     library.BASS_Init(-1, 44100, 0, nullptr, nullptr);
     const music::Music music = music::createMusic(library, {});
-    EXPECT_EQ(music.system->listPorts(), (std::vector<std::string>{"Melvane synthesizer", kReceiver}));
-    const auto performance = music.system->createPerformance();
+    const auto listed = music.system->portSearch()();
+    EXPECT_EQ(listed, (std::vector<std::string>{"Melvane synthesizer", kReceiver}));
+    const auto performance = music.system->createPerformance(listed);
     performance->setPort(1, 80);
     using namespace std::string_literals;
     performance->download(

@@ -272,6 +272,31 @@ TEST_F(MixingRunFixture, OpensFilesWhileWindowEventsRunAndAStopMeanwhileLeavesNo
     EXPECT_FALSE(std::filesystem::exists(dir / "mix.mp3"));
 }
 
+TEST_F(MixingRunFixture, WindowEventsRunWhileInputsAndTheFinishedFileAreOpened) {
+    *library.answers = false;
+    onEvents = [this] {
+        if (library.lastCall().starts_with("BASS_RecordStart")) mixer.mixingRun().stopRec();
+    };
+    mixer.mixingRun().mi_button_Click();
+    EXPECT_FALSE(mixer.run().isMixing || mixer.mixingRun().busy());
+    EXPECT_EQ(mixer.run().failure, RunFailure::none);
+    EXPECT_NE(callsWith("giveUpOpening"), "");
+    EXPECT_EQ(callsWith("BASS_Encode_Start"), "");
+
+    *library.answers = true;
+    onEvents = [] {};
+    mixer.mixingRun().mi_button_Click();
+    ASSERT_TRUE(mixer.run().isMixing);
+    library.openingTime = std::chrono::milliseconds(100);
+    library.position = library.length;
+    bool opened = false;
+    const std::string opening = "BASS_StreamCreateFile " + mixer.run().encodePath + " 0";
+    onEvents = [&] { opened = opened || (library.lastCall() == opening && mixer.mixingRun().finishing()); };
+    mixer.mixingRun().Timer1_Timer();
+    EXPECT_TRUE(opened) << "while it is opened";
+    EXPECT_NE(mixer.run().lastMixPath, "");
+}
+
 TEST_F(MixingRunFixture, SelectsTheCardsMixAndPutsTheUsersInputBack) {
     using Inputs = std::vector<FakeAudioLibrary::Input>;
     constexpr std::uint32_t kOff = BASS_INPUT_OFF;

@@ -37,7 +37,7 @@ struct Stage {
         library.BASS_RecordInit(-1);
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
         music = createMusic(library, {.devicePorts = false});
-        performance = music.system->createPerformance();
+        performance = music.system->createPerformance({});
         performance->setPort(0, 80);
         capture = library.BASS_RecordStart(kSampleRate, 2, 0, store, this);
         library.BASS_ChannelPlay(capture, false);
@@ -329,8 +329,8 @@ TEST(Music, WithoutAFontThereIsNoPort) {
     const std::string broken = dir.write("Żółty font.sf2", "RIFF and nothing else");
     for (const std::string& font : {dir / "none.sf2", broken}) {
         const Music music = createMusic(library, {font, false});
-        EXPECT_EQ(music.system->listPorts(), std::vector<std::string>{"Melvane synthesizer"});
-        const auto performance = music.system->createPerformance();
+        EXPECT_EQ(music.system->portSearch()(), std::vector<std::string>{"Melvane synthesizer"});
+        const auto performance = music.system->createPerformance({});
         try {
             performance->setPort(0, 80);
             FAIL();

@@ -124,7 +124,7 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
         QList<QUrl> urls;
         for (const std::string& file : files) urls << QUrl::fromLocalFile(QString::fromStdString(file));
         data.setUrls(urls);
-        const QPoint place = main().rect().center();
+        const QPoint place(main().width() / 2, main().height() - 10);  // on no field
         QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::ShiftModifier);
         QApplication::sendEvent(&main(), &enter);
         EXPECT_TRUE(enter.isAccepted());
@@ -144,6 +144,7 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
     // Plays the file in the player, which is open.
     void listen() {
         const QPointer<frmPlayer> player = &opened<frmPlayer>();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return find<QWidget>(*player, "Ed_Button1").isEnabled(); }));
         click(*player, "Ed_Button1");
         EXPECT_TRUE(QTest::qWaitFor([&] { return find<PlayBar>(*player, "progress").value() > 5; })) << "it plays";
         QTest::keyClick(player->windowHandle(), Qt::Key_Escape);

@@ -147,7 +147,10 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
 }
 
 struct PlayerFixture : WindowFixture<frmPlayer> {
-    void open() { show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner)); }
+    void open() {
+        show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return text("time") != language.ownText(OwnText::opening); }));
+    }
     PlayBar& bar() { return find<PlayBar>(*window, "progress"); }
     std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
     bool barComesTo(int units) {
@@ -161,11 +164,17 @@ TEST_F(PlayerFixture, PlaysOneFile) {
     library.length = 4 * 44100 * 60;
     open();
     EXPECT_EQ(text("Label1"), "/m/song.mp3");
+    auto& play = find<QWidget>(*window, "Ed_Button1");
+    const QImage resting = play.grab().toImage();
     click("Ed_Button1");
+    EXPECT_NE(play.grab().toImage(), resting) << "that it plays is seen";
+    EXPECT_EQ(play.accessibleName(), QStringLiteral("Playing"));
     library.position = library.length / 2;
     EXPECT_TRUE(barComesTo(103));
     EXPECT_EQ(text("time"), "0:30 / 1:00");
     click("Ed_Button2");
+    EXPECT_EQ(play.grab().toImage(), resting);
+    EXPECT_EQ(play.accessibleName(), QStringLiteral("Play"));
     calls();
     for (int i = 0; i < 3; ++i) QTest::keyClick(window->focusWidget(), Qt::Key_Space);
     library.position = library.length;
@@ -183,6 +192,20 @@ TEST_F(PlayerFixture, PlaysOneFile) {
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(closes());
     EXPECT_EQ(calls(), (Words{"BASS_ChannelStop 1", "BASS_MusicFree 1"}));
+}
+
+TEST_F(PlayerFixture, OpensItsFileBesideTheWindowAndLeavesItWhenItGoes) {
+    library.openingTime = std::chrono::milliseconds(300);
+    show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner));
+    EXPECT_EQ(text("time"), "Opening…");
+    EXPECT_EQ(text("Label1"), "/m/song.mp3");
+    QTest::keyClick(window, Qt::Key_Space);
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_TRUE(closes());
+    const Words all = calls();
+    EXPECT_EQ(all.front(), "BASS_StreamCreateFile /m/song.mp3 0");
+    EXPECT_EQ(all[1], "giveUpOpening");
+    EXPECT_EQ((Words{all.end() - 2, all.end()}), (Words{"BASS_ChannelStop 1", "BASS_MusicFree 1"}));
 }
 
 TEST_F(PlayerFixture, SaysWhatItCannotPlay) {

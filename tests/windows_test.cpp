@@ -1,6 +1,7 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QComboBox>
 #include <QDragEnterEvent>
 #include <QImage>
 #include <QMimeData>
@@ -339,7 +340,8 @@ TEST_F(WindowFixture, AnotherPortIsOpenedOnceTheRunIsOver) {
     ASSERT_TRUE(mixer().run().isMixing) << status();
     press("bHelp");
     music->calls.clear();
-    auto& list = find<QWidget>(main(), "MidiDev");
+    auto& list = find<QComboBox>(main(), "MidiDev");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list.count() == 2; }));
     const auto opened = [this] {
         return std::ranges::count_if(music->calls, [](const std::string& call) { return call.starts_with("setPort"); });
     };
@@ -622,6 +624,38 @@ TEST_F(WindowFixture, TheStartWindowClosesWithEscapeAndHasGoneBeforeNamedFilesAr
     click(window, "CON");
     EXPECT_EQ(dialogs.boxes.size(), 1U);
     EXPECT_FALSE(startSeen);
+}
+
+TEST_F(WindowFixture, ServersThatDoNotAnswerHoldUpNoWindow) {
+    music->ports = {"Synthesiser", "Keys"};
+    *music->answers = *library.answers = false;
+    press("bHelp");
+    auto& list = find<QComboBox>(main(), "MidiDev");
+    EXPECT_EQ(list.count(), 1) << "as they were listed before";
+    *music->answers = *library.answers = true;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list.count() == 2; }));
+
+    *music->answers = false;
+    names.temporaryMidi = dir / "tmp.mid";
+    bool seen = false;
+    QTimer::singleShot(0, &main(), [&] {
+        seen = waitFor("Opening…");
+        press("bClose");
+    });
+    main().takeFiles({MELVANE_SAMPLES "/evening-ferry.kar"});
+    EXPECT_TRUE(seen);
+    EXPECT_FALSE(main().isVisible() || mixer().midi().loaded());
+    EXPECT_EQ(dialogs.boxes, std::vector<std::string>()) << "what was given up has not failed";
+    EXPECT_EQ(music->performances, 1) << "it is left behind";
+    *music->answers = true;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return music->performances == 0; }));
+
+    libraryFile.first = std::make_unique<FakeAudioLibrary>();
+    *libraryFile.first->answers = false;
+    launch();
+    QTimer::singleShot(50, &program->startWindow(), [this] { click(program->startWindow(), "bClose"); });
+    click(program->startWindow(), "CON");
+    EXPECT_THROW(main(), std::bad_optional_access) << "no window comes any more";
 }
 
 TEST_F(WindowFixture, WithoutALibraryTheStartWindowIsTheLast) {

@@ -35,7 +35,8 @@ Capture::~Capture() {
     if (thread_.joinable()) thread_.join();
 }
 
-bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server) {
+bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server,
+                   const std::stop_token& givenUp) {
     for (const RecordingInputs::Input& input : inputs.all()) {
         const float gain = static_cast<float>(input.level) / 100.0F;
         if (!input.on) continue;
@@ -44,7 +45,7 @@ bool Capture::open(const RecordingInputs& inputs, const std::shared_ptr<SoundSer
             cardGain_ = gain;
             continue;
         }
-        auto device = server ? startDevice<InputDevice>(server, input.sourceId) : nullptr;
+        auto device = server ? startDevice<InputDevice>(server, givenUp, input.sourceId) : nullptr;
         if (!device) return false;
         devices_.push_back({std::move(device), gain, {}});
     }

@@ -27,9 +27,12 @@ public:
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
 
+    // Any thread: false when a device that is on cannot be recorded, or was given up. `server` may be null when only
+    // the card is on.
+    bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server,
+              const std::stop_token& givenUp = {});
+
     // --- user-interface thread ---
-    // False when a device that is on cannot be recorded. `server` may be null when only the card is on.
-    bool open(const RecordingInputs& inputs, const std::shared_ptr<SoundServer>& server);
     bool startEncoder(const std::vector<std::string>& words) { return encoder_.start(words); }
     // Starts the thread; blocks that are pushed from now on are captured. `handle` is what the callback is told. False
     // when the system gives no thread.

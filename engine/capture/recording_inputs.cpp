@@ -7,14 +7,30 @@
 
 namespace melvane::engine {
 
+std::function<void()> RecordingInputs::search(std::shared_ptr<SoundServer> server) const {
+    return [server = std::move(server), found = found_] {
+        auto sources = server ? withPatience(kServerPatience, [server] { return server->captureSources(); })
+                              : std::vector<CaptureSource>{};
+        const std::lock_guard lock(found->mutex);
+        found->sources = std::move(sources).value_or(std::vector<CaptureSource>{});
+    };
+}
+
 void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
-    if (!server) return list(std::vector<CaptureSource>{});
-    auto sources = withPatience(kServerPatience, [server] { return server->captureSources(); });
-    if (!sources) server->reconnect();
+    const auto takeFound = [this] {
+        const std::lock_guard lock(found_->mutex);
+        return std::exchange(found_->sources, std::nullopt);
+    };
+    auto sources = takeFound();
+    if (!sources) {
+        search(server)();
+        sources = takeFound();
+    }
     list(std::move(sources).value_or(std::vector<CaptureSource>{}));
 }
 
 void RecordingInputs::list(std::vector<CaptureSource> sources) {
+    const std::lock_guard lock(mutex_);
     const auto before = std::exchange(inputs_, {{"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true}});
     for (CaptureSource& source : sources) {
         const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
@@ -29,6 +45,11 @@ void RecordingInputs::list(std::vector<CaptureSource> sources) {
     }
 }
 
+std::deque<RecordingInputs::Input> RecordingInputs::all() const {
+    const std::lock_guard lock(mutex_);
+    return inputs_;
+}
+
 const RecordingInputs::Input* RecordingInputs::at(int input) const {
     return input >= 0 && static_cast<std::size_t>(input) < inputs_.size() ? &inputs_[static_cast<std::size_t>(input)]
                                                                           : nullptr;
@@ -41,6 +62,7 @@ std::uint32_t RecordingInputs::setting(int input) const {
 
 bool RecordingInputs::set(int input, std::uint32_t setting) {
     if (!at(input)) return false;
+    const std::lock_guard lock(mutex_);
     Input& changed = inputs_[static_cast<std::size_t>(input)];
     if (setting & BASS_INPUT_OFF) changed.on = false;
     if (setting & BASS_INPUT_ON) changed.on = true;

@@ -20,13 +20,13 @@ MixingThread::MixingThread(Card& card, std::shared_ptr<SoundServer> server, std:
       }) {}
 
 MixingThread::~MixingThread() {
-    quit_ = true;
+    quit_.request_stop();
     card_.wake();
     thread_.join();
 }
 
 void MixingThread::run() {
-    while (!quit_) {
+    while (!quit_.stop_requested()) {
         if (card_.active()) {
             openDevice();
             playWhileActive();
@@ -39,7 +39,7 @@ void MixingThread::run() {
 
 void MixingThread::playWhileActive() {
     restartMachineClock();
-    while (!quit_ && card_.active()) {
+    while (!quit_.stop_requested() && card_.active()) {
         if (!card_.running()) {
             if (device_) device_->expectFrames(false);
             card_.waitForChange();
@@ -54,14 +54,13 @@ void MixingThread::playWhileActive() {
             device_->expectFrames(frames == blockFrames_);
         }
     }
-    if (!quit_) letDeviceFinish();
+    if (!quit_.stop_requested()) letDeviceFinish();
 }
 
 // Waits a moment at most. True when a block may be mixed now.
 bool MixingThread::waitForRoom() {
     if (device_ && deviceStalled()) {
         closeDevice();
-        server_->reconnect();
         restartMachineClock();
     }
     if (device_) {
@@ -85,7 +84,7 @@ bool MixingThread::deviceStalled() {
 
 void MixingThread::openDevice() {
     if (!server_) return;
-    device_ = startDevice<OutputDevice>(server_, blockFrames_, underruns_);
+    device_ = startDevice<OutputDevice>(server_, quit_.get_token(), blockFrames_, underruns_);
     if (!device_) return;
     callbacksSeen_ = 0;
     lastCallback_ = Clock::now();

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <stop_token>
 #include <thread>
 #include <vector>
 
@@ -51,7 +52,7 @@ private:
     const std::shared_ptr<std::atomic<std::uint64_t>> underruns_ = std::make_shared<std::atomic<std::uint64_t>>(0);
     std::atomic<std::uint32_t> latency_{0};
     std::atomic<bool> deviceOpen_{false};
-    std::atomic<bool> quit_{false};
+    std::stop_source quit_;
     std::thread thread_;
 };
 

@@ -1,33 +1,16 @@
 #include "engine/device/sound_server.h"
 
-#include <memory>
 #include <utility>
 
 namespace melvane::engine {
 
-std::shared_ptr<cubeb> SoundServer::connection() {
-    {
-        const std::lock_guard lock(mutex_);
-        if (connection_) return connection_;
-    }
+std::shared_ptr<cubeb> SoundServer::connection() const {
     cubeb* made = nullptr;
     if (cubeb_init(&made, "Melvane", nullptr) != CUBEB_OK) return nullptr;
-    std::shared_ptr<cubeb> connection(made, cubeb_destroy);
-    const std::lock_guard lock(mutex_);
-    if (!connection_) connection_ = connection;
-    return connection_;
+    return {made, cubeb_destroy};
 }
 
-void SoundServer::reconnect() {
-    std::unique_lock lock(mutex_);
-    auto old = std::move(connection_);
-    connection_.reset();
-    lock.unlock();
-    // Closing it waits for the server.
-    closeWithPatience(std::chrono::milliseconds(0), std::make_unique<std::shared_ptr<cubeb>>(std::move(old)));
-}
-
-std::vector<CaptureSource> SoundServer::captureSources() {
+std::vector<CaptureSource> SoundServer::captureSources() const {
     std::vector<CaptureSource> sources;
     const auto server = connection();
     cubeb_device_collection found{};

@@ -1,11 +1,11 @@
-// The connection to the machine's sound server, made when it is first needed and made again after a loss.
+// The machine's sound server.
 #pragma once
 
 #include <cubeb/cubeb.h>
 
 #include <chrono>
 #include <memory>
-#include <mutex>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -26,31 +26,25 @@ struct CaptureSource {
 
 class SoundServer {
 public:
-    // Any thread. nullptr when no server can be reached. A stream keeps the connection that it was made on. Like
-    // every call to the server, this one waits as long as the server does: see base/patience.h.
-    std::shared_ptr<cubeb> connection();
-    // Any thread: the next connection is a new one.
-    void reconnect();
-    // The microphones, lines and monitors that can be recorded, in the server's order.
-    std::vector<CaptureSource> captureSources();
-
-private:
-    std::mutex mutex_;
-    std::shared_ptr<cubeb> connection_;
+    // Any thread. nullptr when no server can be reached. Like every call to the server, this one waits as long as the
+    // server does: see base/patience.h. A new connection each time: what is asked of an old one after the server has
+    // stopped answering crashes in cubeb when the server's library gives it up, after 30 s.
+    std::shared_ptr<cubeb> connection() const;
+    // The microphones, lines and monitors that can be recorded, in the server's order. Any thread.
+    std::vector<CaptureSource> captureSources() const;
 };
 
-// A Device that was made of a connection and `arguments` and has started; nullptr when the server has none or does not
-// answer, and the next connection to it is then a new one.
+// A Device that was made of a connection and `arguments` and has started; nullptr when the server has none, does not
+// answer or is given up.
 template <typename Device, typename... Arguments>
-std::unique_ptr<Device> startDevice(const std::shared_ptr<SoundServer>& server, Arguments... arguments) {
+std::unique_ptr<Device> startDevice(const std::shared_ptr<SoundServer>& server, const std::stop_token& givenUp,
+                                    Arguments... arguments) {
     const auto open = [server, arguments...] {
         auto connection = server->connection();
         auto device = connection ? std::make_unique<Device>(std::move(connection), arguments...) : nullptr;
         return device && device->start() ? std::move(device) : nullptr;
     };
-    auto device = withPatience(kServerPatience, open).value_or(nullptr);
-    if (!device) server->reconnect();
-    return device;
+    return withPatience(kServerPatience, open, givenUp).value_or(nullptr);
 }
 
 }  // namespace melvane::engine
