@@ -24,6 +24,7 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
+#include "settings/guarded.h"
 #include "state/window_patience.h"
 
 namespace melvane {
@@ -148,15 +149,11 @@ Ed_Button* frmMain::add(const char* name, const QRect& place, ButtonLook look, S
 }
 
 void frmMain::attempt(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const std::exception& error) {
-        tell(errorMessage(environment_.language, error), BoxIcon::critical);
-    }
+    guarded(environment_.dialogs, environment_.language, action);
 }
 
 void frmMain::tell(const std::string& text, BoxIcon icon) {
-    environment_.dialogs.messageBox(text, kProductCaption, icon, BoxButtons::ok);
+    environment_.dialogs.tell(text, kProductCaption, icon);
 }
 
 void frmMain::openHelp() {
@@ -289,7 +286,7 @@ void frmMain::tellUnusable(const std::vector<std::string>& paths) {
     const modLang& language = environment_.language;
     std::string text = language.ownText(OwnText::cannotUseFiles, names);
     if (std::ranges::any_of(paths, isAddress)) text += "\n" + language.ownText(OwnText::cannotUseAddresses);
-    environment_.dialogs.messageBox(text, kProductCaption, BoxIcon::information, BoxButtons::ok);
+    tell(text, BoxIcon::information);
 }
 
 void frmMain::bringBackMixes() {
@@ -347,9 +344,7 @@ void frmMain::Timer1_Timer() {
 void frmMain::closeEvent(QCloseEvent* event) {
     if (mixer_.isRunning() && !mixer_.mixingRun().opening()) {
         event->ignore();
-        environment_.dialogs.messageBox(environment_.language.lang(LangEntry::stopMixingFirst), kProductCaption,
-                                        BoxIcon::information, BoxButtons::ok);
-        return;
+        return tell(environment_.language.lang(LangEntry::stopMixingFirst), BoxIcon::information);
     }
     attempt([this] { Form_Unload(); });
 }

@@ -6,7 +6,7 @@
 #include "controls/caption.h"
 #include "controls/control_name.h"
 #include "controls/window_layout.h"
-#include "state/guarded.h"
+#include "settings/guarded.h"
 
 namespace melvane {
 
@@ -110,11 +110,11 @@ Slider* SliderPanel::add(Slider* slider, const char* name, std::function<void(do
     slider->setObjectName(QLatin1String(name));
     if (!reset) reset = [move, neutral = slider->track().neutral] { move(neutral); };
     connect(slider, &Slider::moved, this, [this, move = std::move(move)](double position) {
-        guarded(environment_.dialogs, [&] { move(position); });
+        guarded(environment_.dialogs, environment_.language, [&] { move(position); });
         showValues();
     });
     connect(slider, &Slider::resetWanted, this, [this, reset = std::move(reset)] {
-        guarded(environment_.dialogs, reset);
+        guarded(environment_.dialogs, environment_.language, reset);
         showValues();
     });
     return slider;

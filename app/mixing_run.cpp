@@ -126,7 +126,7 @@ bool MixingRun::usesFile(const std::string& path) const {
 
 bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
     run_.failure = failure;
-    with_.dialogs.messageBox(runMessage(with_.language, run_), kProductCaption, icon, BoxButtons::ok);
+    with_.dialogs.tell(runMessage(with_.language, run_), kProductCaption, icon);
     return false;
 }
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "app/start_checks.h"
-#include "state/guarded.h"
+#include "settings/guarded.h"
 #include "state/window_patience.h"
 
 namespace melvane {
@@ -30,7 +30,11 @@ Program::Program(const Foundation& foundation, std::vector<std::string> files)
       start_(language_) {
     on_.shell.useLanguage(language_.languageCode());
     QObject::connect(&start_, &MixerStart::continued, &start_, [this] {
-        if (!guarded(on_.dialogs, [this] { openMainWindow(); })) QCoreApplication::exit(kCannotStart);
+        try {
+            openMainWindow();
+        } catch (const std::exception& error) {
+            refuseStart(errorMessage(language_, error));
+        }
     });
     QObject::connect(&start_, &MixerStart::closed, &start_, [this] {
         if (mixer_ && !main_) mixer_->midi().CloseDevice();
@@ -74,11 +78,13 @@ bool Program::startLibrary() {
         startAudioLibrary(on_.libraryFile, on_.names, {.programDirectory = on_.names.programDirectory()},
                           [this](const std::function<void()>& search) { return waitFor(search); });
     library_ = std::move(started.library);
-    if (started.message) {
-        on_.dialogs.messageBox(language_.lang(*started.message), kProductCaption, BoxIcon::critical, BoxButtons::ok);
-        QCoreApplication::exit(kCannotStart);
-    }
+    if (started.message) refuseStart(language_.lang(*started.message));
     return library_ != nullptr;
+}
+
+void Program::refuseStart(const std::string& message) {
+    on_.dialogs.messageBox(message, kProductCaption, BoxIcon::critical, BoxButtons::ok);
+    QCoreApplication::exit(kCannotStart);
 }
 
 // False when the start window was closed meanwhile.

@@ -55,6 +55,7 @@ public:
 private:
     void openMainWindow();
     bool startLibrary();
+    void refuseStart(const std::string& message);
     bool waitFor(const std::function<void()>& search);
 
     const Foundation on_;

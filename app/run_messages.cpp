@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
-#include <new>
 #include <optional>
-#include <stdexcept>
 
 #include "platform/registry.h"
-#include "state/errors.h"
 
 namespace melvane {
 
@@ -100,13 +97,6 @@ std::string runMessage(const modLang& language, const RunState& run) {
     std::string text = row.sentence ? language.lang(*row.sentence) : "";
     append(text, runCause(language, run));
     return text;
-}
-
-std::string errorMessage(const modLang& language, const std::exception& error) {
-    if (dynamic_cast<const OverflowError*>(&error)) return language.ownText(OwnText::numberTooLarge);
-    if (dynamic_cast<const std::bad_alloc*>(&error)) return language.ownText(OwnText::outOfMemory);
-    if (dynamic_cast<const std::logic_error*>(&error)) return language.ownText(OwnText::internalError);
-    return language.ownText(OwnText::unexpectedError, error.what());
 }
 
 std::string midiMessage(const modLang& language, MidiFailure failure) {

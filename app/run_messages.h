@@ -17,9 +17,6 @@ std::string runMessage(const modLang& language, const RunState& run);
 std::string runCause(const modLang& language, const RunState& run);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
-
-// What an error says to the user.
-std::string errorMessage(const modLang& language, const std::exception& error);
 // Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.
 std::string settingsMessage(const modLang& language, std::int32_t failure);
 

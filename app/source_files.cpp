@@ -103,8 +103,7 @@ void SourceFiles::whileOpening(const std::function<void()>& action) {
         action();
     }
     if (!midi_.loaded() && midi_.failure() != MidiFailure::none)
-        dialogs_.messageBox(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical,
-                            BoxButtons::ok);
+        dialogs_.tell(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical);
 }
 
 void SourceFiles::browseVocal() {
@@ -131,7 +130,7 @@ std::string SourceFiles::startFolder(std::size_t kind, const std::string& file) 
 
 bool SourceFiles::sourcesChosen() {
     if (!fields_.background.empty() && !fields_.vocal.empty()) return true;
-    dialogs_.messageBox(language_.lang(LangEntry::sourcesFirst), kProductCaption, BoxIcon::information, BoxButtons::ok);
+    dialogs_.tell(language_.lang(LangEntry::sourcesFirst), kProductCaption, BoxIcon::information);
     return false;
 }
 

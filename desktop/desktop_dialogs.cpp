@@ -82,6 +82,14 @@ QString nameFilter(const std::string& filter) {
     return label.trimmed() + QLatin1String(" (") + patterns.join(u' ') + u')';
 }
 
+void DesktopDialogs::tell(const std::string& text, const std::string& title, BoxIcon icon) {
+    auto* box = new QMessageBox(iconOf(icon), QString::fromStdString(title), QString::fromStdString(text),
+                                QMessageBox::Ok, owner());
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);  // file names are no markup
+    box->open();
+}
+
 BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string& title, BoxIcon icon,
                                      BoxButtons buttons) {
     const bool question = buttons == BoxButtons::yesNoCancel;

@@ -10,6 +10,7 @@ namespace melvane {
 
 class DesktopDialogs : public Dialogs {
 public:
+    void tell(const std::string& text, const std::string& title, BoxIcon icon) override;
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons buttons) override;
     std::string openFile(const FileQuestion& question) override;
     std::string saveFile(const FileQuestion& question) override;

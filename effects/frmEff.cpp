@@ -7,7 +7,7 @@
 #include "controls/zoom.h"
 #include "effects/effect_knobs.h"
 #include "effects/presets.h"
-#include "state/guarded.h"
+#include "settings/guarded.h"
 
 namespace melvane {
 
@@ -102,7 +102,7 @@ void frmEff::addEffects() {
         efo_[i] = new Switch(this, spare ? kSpareSwitch : kEffectSwitch.translated(step, 0), Accent::voice);
         efo_[i]->setObjectName(QStringLiteral("efo%1").arg(i + 1));
         connect(efo_[i], &Switch::clicked, this,
-                [this, i](bool on) { guarded(dialogs_, [&] { effects_.setEffectEnabled(i, on); }); });
+                [this, i](bool on) { guarded(dialogs_, language_, [&] { effects_.setEffectEnabled(i, on); }); });
         if (spare) continue;
         ef_[i] = addSlider(
             "ef", i + 1,
@@ -151,7 +151,9 @@ Slider* frmEff::addSlider(const char* name, std::size_t number, const SliderPlac
                           SliderValue value, std::function<void(double)> move) {
     auto* slider = new Slider(this, place, accent, std::move(value));
     slider->setObjectName(QLatin1String(name) + QString::number(number));
-    const auto apply = [this, slider, move = std::move(move)] { guarded(dialogs_, [&] { move(slider->position()); }); };
+    const auto apply = [this, slider, move = std::move(move)] {
+        guarded(dialogs_, language_, [&] { move(slider->position()); });
+    };
     connect(slider, &Slider::moved, this, apply);
     connect(slider, &Slider::resetWanted, this, apply);
     return slider;
@@ -171,7 +173,7 @@ void frmEff::SetEffects() {
 }
 
 void frmEff::choosePreset(int row) {
-    guarded(dialogs_, [&] { effects_.ApplyPreset(static_cast<std::int16_t>(row)); });
+    guarded(dialogs_, language_, [&] { effects_.ApplyPreset(static_cast<std::int16_t>(row)); });
     showPreset();
 }
 

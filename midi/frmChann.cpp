@@ -8,8 +8,8 @@
 #include "controls/window_region.h"
 #include "controls/zoom.h"
 #include "midi/channel_knobs.h"
+#include "settings/guarded.h"
 #include "settings/instrument_names.h"
-#include "state/guarded.h"
 
 namespace melvane {
 
@@ -89,10 +89,11 @@ void frmChann::addStrip(std::int16_t channel) {
     onoff_[c]->setObjectName(QStringLiteral("onoff%1").arg(c));
     connect(onoff_[c], &ChannelToggle::clicked, this, [this, channel] { onoff_Click(channel); });
     const Track balance = channelBalanceTrack(channel);
-    bl_[c] = addKnob(
-        "bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
-        channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
-        [this, channel](std::int16_t value) { guarded(dialogs_, [&] { midi_.setChannelBalance(channel, value); }); });
+    bl_[c] = addKnob("bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
+                     channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
+                     [this, channel](std::int16_t value) {
+                         guarded(dialogs_, language_, [&] { midi_.setChannelBalance(channel, value); });
+                     });
     vol_[c] =
         addKnob("vol", channel,
                 {Qt::Vertical, kChannelVolumeTrack, kVolumeMiddle + step, kVolumeKnob, kChannelVolumeTrack.last},
@@ -150,7 +151,7 @@ void frmChann::onoff_Click(std::int16_t channel) {
 }
 
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
-    guarded(dialogs_, [&] { midi_.switchChannel(channel, volume, on); });
+    guarded(dialogs_, language_, [&] { midi_.switchChannel(channel, volume, on); });
     showOn(channel, on);
     nameStrip(channel);
 }

@@ -5,8 +5,8 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
+#include "settings/guarded.h"
 #include "settings/instrument_names.h"
-#include "state/guarded.h"
 
 namespace melvane {
 
@@ -53,7 +53,7 @@ void frmIns::List3_Click() {
     const QList<QListWidgetItem*> selected = List3_->selectedItems();
     if (selected.isEmpty()) return;
     const QListWidgetItem* item = selected.first();
-    guarded(dialogs_, [&] {
+    guarded(dialogs_, language_, [&] {
         midi_.setChannelInstrument(editedChannel, static_cast<std::int16_t>(List3_->row(item)));
         Q_EMIT picked(editedChannel, item->text());
     });

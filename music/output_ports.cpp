@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/patience.h"
+#include "platform/music_performance.h"
 
 namespace melvane::music {
 
@@ -37,7 +38,7 @@ std::vector<FoundPort> findPorts() {
 }  // namespace
 
 std::vector<std::string> OutputPorts::list() const {
-    std::vector<std::string> descriptions{"Melvane synthesizer"};
+    std::vector<std::string> descriptions{kSynthesizerPort};
     if (devices_)
         for (FoundPort& port : findPorts()) descriptions.push_back(std::move(port.description));
     return descriptions;

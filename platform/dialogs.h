@@ -1,4 +1,4 @@
-// Message boxes and file dialogs. Called on the user-interface thread; each call returns when the user has
+// Message boxes and file dialogs. Called on the user-interface thread; each call but tell() returns when the user has
 // answered.
 #pragma once
 
@@ -23,6 +23,8 @@ class Dialogs {
 public:
     virtual ~Dialogs() = default;
 
+    // A message that wants no answer: what goes on behind it goes on.
+    virtual void tell(const std::string& text, const std::string& title, BoxIcon icon) = 0;
     virtual BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon,
                                  BoxButtons buttons) = 0;
     // The result is an absolute UTF-8 path, empty when cancelled.

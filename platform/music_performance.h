@@ -26,6 +26,9 @@ struct MusicError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// How the built-in synthesiser is listed among the ports.
+inline constexpr const char* kSynthesizerPort = "Melvane synthesizer";
+
 // The time of a message is given as reference time.
 inline constexpr std::uint32_t kReferenceTime = 1;
 

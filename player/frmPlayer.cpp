@@ -14,7 +14,7 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
-#include "state/guarded.h"
+#include "settings/guarded.h"
 #include "state/numbers.h"
 #include "state/window_patience.h"
 
@@ -149,8 +149,8 @@ void frmPlayer::addButtons() {
 
 Ed_Button* frmPlayer::addControl(const char* name, const QRect& place, ButtonLook look, Symbol symbol,
                                  void (frmPlayer::*click)()) {
-    Ed_Button* button =
-        addButton(this, name, place, look, symbol, [this, click] { guarded(dialogs_, [&] { (this->*click)(); }); });
+    Ed_Button* button = addButton(this, name, place, look, symbol,
+                                  [this, click] { guarded(dialogs_, language_, [&] { (this->*click)(); }); });
     button->setEnabled(false);
     // Space plays and pauses, also behind a click on this button.
     button->setFocusPolicy(Qt::TabFocus);

@@ -8,7 +8,8 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
-#include "state/guarded.h"
+#include "platform/music_performance.h"
+#include "settings/guarded.h"
 
 namespace melvane {
 
@@ -224,7 +225,7 @@ void mnuHelp::lookForDevices() {
 
 void mnuHelp::refreshDevices() {
     if (MidiDev_->isOpen() || MixDev_->isOpen()) return;
-    guarded(dialogs_, [this] {
+    guarded(dialogs_, language_, [this] {
         // A port that there is not is replaced by the first one wherever it is used.
         portGone_ = !showDevices(*MidiDev_, settings_.knownPort, settings_.midiPort, 0);
         inputGone_ = !showDevices(*MixDev_, settings_.knownInput, settings_.mixDevice, -1);
@@ -247,8 +248,7 @@ void mnuHelp::showDeviceNotice() {
 
 void mnuHelp::openPage(const std::string& address) {
     if (shell_.open(address)) return;
-    dialogs_.messageBox(language_.ownText(OwnText::cannotOpenPage, address), kProductCaption, BoxIcon::information,
-                        BoxButtons::ok);
+    dialogs_.tell(language_.ownText(OwnText::cannotOpenPage, address), kProductCaption, BoxIcon::information);
 }
 
 void mnuHelp::GetPreferencesLanguage() {
@@ -263,6 +263,7 @@ void mnuHelp::GetPreferencesLanguage() {
         setName(list, LB_[label]->text());
         list->setEmptyText(toQt(language_.ownText(OwnText::noDevices)));
     }
+    MidiDev_->rename(kSynthesizerPort, toQt(language_.ownText(OwnText::synthesizer)));
     setName(zoom_, LB_[kZoomLabel]->text());
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
     showDeviceNotice();

@@ -17,10 +17,19 @@ void DeviceList::refresh() {
     if (names == listed_) return;
     listed_ = std::move(names);
     clear();
-    for (const std::string& name : listed_) addItem(QString::fromStdString(name));
+    for (const std::string& name : listed_) addItem(shownName(name));
     setCurrentIndex(-1);
     setEnabled(!listed_.empty());
     showEmptyText();
+}
+
+void DeviceList::rename(const std::string& name, const QString& shown) {
+    renamed_ = {name, shown};
+    for (int i = 0; i < count(); ++i) setItemText(i, shownName(listed_[static_cast<std::size_t>(i)]));
+}
+
+QString DeviceList::shownName(const std::string& name) const {
+    return name == renamed_.first ? renamed_.second : QString::fromStdString(name);
 }
 
 void DeviceList::setEmptyText(const QString& text) {

@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace melvane {
@@ -21,6 +22,8 @@ public:
     // Lists the devices anew; when they have changed, none is selected.
     void refresh();
     const std::vector<std::string>& listed() const { return listed_; }
+    // Shows the device of that name under another.
+    void rename(const std::string& name, const QString& shown);
     // Shown while there is no device.
     void setEmptyText(const QString& text);
 
@@ -34,9 +37,11 @@ Q_SIGNALS:
 
 private:
     void showEmptyText();
+    QString shownName(const std::string& name) const;
 
     DeviceNames askForNames_;
     std::vector<std::string> listed_;
+    std::pair<std::string, QString> renamed_;
     QString emptyText_;
 };
 

@@ -95,6 +95,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::homePage, "Strona domowa", "Home page"},
     {OwnText::cannotOpenPage, "Nie można otworzyć strony: %1", "The page cannot be opened: %1"},
     {OwnText::noDevices, "(brak urządzeń)", "(no devices)"},
+    {OwnText::synthesizer, "Syntezator programu Melvane", "Melvane synthesizer"},
     {OwnText::deviceGone, "Nie ma już urządzenia „%1”.", "The device %1 has gone."},
     {OwnText::play, "Odtwórz", "Play"},
     {OwnText::playing, "Odtwarzanie trwa", "Playing"},

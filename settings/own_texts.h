@@ -85,6 +85,7 @@ enum class OwnText {
     homePage,
     cannotOpenPage,  // address
     noDevices,
+    synthesizer,
     deviceGone,  // device
     // The player.
     play,

@@ -171,6 +171,19 @@ TEST_F(DialogsTest, ABoxBelongsToAWindowWhoeverHasTheFocus) {
     dialogs_.messageBox("text", "", BoxIcon::information, BoxButtons::ok);
 }
 
+TEST_F(DialogsTest, AMessageWithoutAQuestionHoldsUpNothing) {
+    QWidget window;
+    window.show();
+    QTimer::singleShot(2000, &window, [] { QApplication::activeModalWidget()->close(); });
+    dialogs_.tell("<b>ż", "Melvane", BoxIcon::critical);
+    auto* box = window.findChild<QMessageBox*>();
+    ASSERT_TRUE(box && box->isVisible()) << "nobody has closed it";
+    EXPECT_EQ(box->text(), QStringLiteral("<b>ż"));
+    EXPECT_EQ(box->textFormat(), Qt::PlainText);
+    box->reject();
+    EXPECT_FALSE(box->isVisible());
+}
+
 // What ended without a farewell leaves its socket.
 TEST_F(DialogsTest, AProgramThatIsStartedAgainGivesItsFilesToTheOneThatRuns) {
     const TempDir dir;

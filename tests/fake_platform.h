@@ -22,6 +22,9 @@ public:
     BoxIcon lastIcon = BoxIcon::none;
     FileQuestion lastQuestion;
 
+    void tell(const std::string& text, const std::string& title, BoxIcon icon) override {
+        messageBox(text, title, icon, BoxButtons::ok);
+    }
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons) override {
         boxes.push_back(title + ": " + text);
         lastIcon = icon;

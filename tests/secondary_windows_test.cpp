@@ -35,7 +35,7 @@ struct WindowFixture : SilentParts {
 
 struct PreferencesFixture : WindowFixture<mnuHelp> {
     Settings settings;
-    std::vector<std::string> ports = {"Synthesiser", "Keys", "Piano"};
+    std::vector<std::string> ports = {"Melvane synthesizer", "Keys", "Piano"};
     std::vector<std::string> inputs = {"Mic", "Line", "Stereo Mix"};
 
     void open() {
@@ -49,7 +49,7 @@ struct PreferencesFixture : WindowFixture<mnuHelp> {
 TEST_F(PreferencesFixture, ChoicesCountAtOnce) {
     settings.mixDevice = 1;
     open();
-    EXPECT_EQ(shown("MidiDev"), "Synthesiser") << "port -5 is replaced by the first one";
+    EXPECT_EQ(shown("MidiDev"), "Melvane synthesizer") << "port -5 is replaced by the first one";
     EXPECT_EQ(shown("MixDev"), "Line");
     EXPECT_FALSE(find<QCheckBox>(*window, "CustMix").isChecked());
     EXPECT_EQ(settings.midiPort, -5) << "looking changes nothing";
@@ -136,6 +136,7 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
         click("language_" + code);
         EXPECT_EQ(settings.language, code);
         EXPECT_EQ(language.languageCode(), code);
+        EXPECT_EQ(shown("MidiDev"), code == "pl" ? "Syntezator programu Melvane" : "Melvane synthesizer");
         click("online");
         EXPECT_EQ(shell.addresses.back(), "docs/help." + code + ".md");
     }

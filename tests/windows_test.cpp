@@ -574,6 +574,7 @@ TEST_F(WindowFixture, ABoxDoesNotHoldUpTheEndOfARun) {
     dialogs.onBox = [this] {
         library.position = library.length;
         EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << status();
+        EXPECT_EQ(readFile(dir / "mix.mp3"), library.product);
     };
     press("bClose");
     EXPECT_EQ(dialogs.boxes.size(), 1U);

@@ -9,6 +9,7 @@ namespace melvane {
 
 class ConsoleDialogs : public Dialogs {
 public:
+    void tell(const std::string&, const std::string&, BoxIcon) override {}
     BoxAnswer messageBox(const std::string&, const std::string&, BoxIcon, BoxButtons) override {
         return BoxAnswer::cancel;
     }
