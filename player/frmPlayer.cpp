@@ -88,7 +88,7 @@ frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& di
     addButtons();
     open();
     GetPlayerLanguage();
-    bClose_->setFocus();
+    setFocus();  // a stray Space closes nothing
     Timer1_.setObjectName(QStringLiteral("Timer1"));
     Timer1_.setInterval(kTickMs);
     connect(&Timer1_, &QTimer::timeout, this, &frmPlayer::Timer1_Timer);
@@ -118,7 +118,8 @@ void frmPlayer::lookWhetherOpened() {
     length_ = library_.BASS_ChannelGetLength(playerStream_);
     for (QWidget* control : std::initializer_list<QWidget*>{progress_, Ed_Button1_, Ed_Button2_, Ed_Button3_})
         control->setEnabled(playerStream_ != 0);
-    if (bClose_->hasFocus() && playerStream_ != 0) progress_->setFocus();
+    if (!focusWidget() || focusWidget() == this)
+        (playerStream_ == 0 ? static_cast<QWidget*>(bClose_) : progress_)->setFocus();
     GetPlayerLanguage();
 }
 

@@ -149,8 +149,9 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
 
 struct PlayerFixture : WindowFixture<frmPlayer> {
     void open() {
-        show(new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner));
+        window = new frmPlayer(library, language, dialogs, "/m/song.mp3", &owner);
         EXPECT_TRUE(QTest::qWaitFor([this] { return text("time") != language.ownText(OwnText::opening); }));
+        show(window);
     }
     PlayBar& bar() { return find<PlayBar>(*window, "progress"); }
     std::string text(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
