@@ -24,10 +24,11 @@ bool isReady(const std::future<Result>& result, std::chrono::milliseconds patien
 template <typename Work>
 auto beside(Work work) -> std::future<decltype(work())> {
     // What it owns is gone when the result is there.
-    auto task = std::make_shared<std::packaged_task<decltype(work())()>>([work = std::move(work)]() mutable {
-        auto owner = std::move(work);
-        return owner();
-    });
+    auto task = std::make_shared<std::packaged_task<decltype(work())()>>(
+        [work = std::make_unique<Work>(std::move(work))]() mutable {
+            const auto owner = std::move(work);
+            return (*owner)();
+        });
     auto result = task->get_future();
     try {
         std::thread([task] { (*task)(); }).detach();

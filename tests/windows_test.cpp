@@ -207,6 +207,7 @@ TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
     EXPECT_TRUE(mixer().run().isMixing);
     press("b_STOP");
     EXPECT_FALSE(mixer().run().isMixing);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return find<QWidget>(main(), "Ed_Button1").isEnabled(); }));
     EXPECT_EQ(std::ranges::count(library.calls, "hurryEncoder 4"), 1) << "it does not wait for an encoder that hangs";
     EXPECT_EQ(status(), "Stopped");
     EXPECT_EQ(enabled(), kMixed);
