@@ -122,6 +122,7 @@ void frmMain::addButtons() {
     b_eff_ = add("b_eff", kEffects, ButtonLook::plain, Symbol::effects, [this] { windows_->showEffects(); });
     b_listen_ = add("b_listen", kListen, ButtonLook::plain, Symbol::listen, [this] { listen(); });
     bMinimise_ = add("bMinimise", kMinimise, ButtonLook::bar, Symbol::minimise, [this] { showMinimized(); });
+    bMinimise_->setFocusPolicy(Qt::TabFocus);  // a Space in the window that came back would send it away again
     b_menu_ = addNavButton(this, "b_menu", kMenu, kListButton,
                            [this] { menu_->mnuKar()->popup(b_menu_->mapToGlobal(QPoint(0, b_menu_->height()))); });
     bHelp_ = add("bHelp", kHelp, ButtonLook::bar, Symbol::settings, [this] { windows_->showPreferences(); });

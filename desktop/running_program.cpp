@@ -66,7 +66,9 @@ void RunningProgram::take() {
             if (!stream.commitTransaction()) return;
             socket->putChar(kTaken);
             socket->flush();
-            Q_EMIT startedAgain(files);
+            // Who hears it may let events run until this socket has gone.
+            QMetaObject::invokeMethod(
+                this, [this, files] { Q_EMIT startedAgain(files); }, Qt::QueuedConnection);
         };
         connect(socket, &QLocalSocket::readyRead, this, read);
         read();

@@ -206,6 +206,7 @@ TEST_F(DialogsTest, AProgramThatIsStartedAgainGivesItsFilesToTheOneThatRuns) {
     while (second.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready)
         QCoreApplication::processEvents();
     EXPECT_TRUE(second.get());
+    QCoreApplication::processEvents();
     EXPECT_EQ(taken, files);
     EXPECT_FALSE(startAgain()) << "one that hangs does not keep another from starting";
 }

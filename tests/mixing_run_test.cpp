@@ -206,6 +206,9 @@ TEST_F(MixingRunFixture, KeepsWhatItHadBesideALongerMixOrWhenASourceWasLost) {
 
 // With no file to be had its check fails, which says nothing of the mix.
 TEST_F(MixingRunFixture, KeepsAMixThatCannotBeCheckedNow) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "a sanitizer opens a pipe to look at an object";
+#endif
     const std::string mix = dir.write("mix.mp3", "old mix");
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
