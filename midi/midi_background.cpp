@@ -94,7 +94,11 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     state_.touched = {};
     state_.songSettings = {};
     std::shared_ptr<MusicPerformance> performance;
-    if (!attempt(MidiFailure::fileNotPlayable, [&] { fileName = ExtractMidi(fileName); }) ||
+    const auto extracts = [&] {
+        auto bytes = whileWanted(doEvents_, current, [fileName] { return readSongFile(fileName); });
+        if (bytes) fileName = extract(fileName, std::move(*bytes));
+    };
+    if (!attempt(MidiFailure::fileNotPlayable, extracts) || !current() ||
         !attempt(MidiFailure::interfaceNotInitialised, [&] { performance = Initialize(generation); }) || !performance)
         return;
     doEvents_();
@@ -109,8 +113,12 @@ void MidiBackground::OpenMidi(std::string& fileName) {
 }
 
 std::string MidiBackground::ExtractMidi(const std::string& fileName) {
+    return extract(fileName, readSongFile(fileName));
+}
+
+std::string MidiBackground::extract(const std::string& fileName, std::string bytes) {
     state_.midiSettingsBlock.clear();
-    SongFile song{fileName, readSongFile(fileName)};
+    SongFile song{fileName, std::move(bytes)};
     const auto container = splitContainer(song.bytes);
     const std::string temporary = names_.temporaryMidiFile();
     std::error_code error;

@@ -136,6 +136,7 @@ private:
     template <typename Message>
     void tell(Message message);
     std::shared_ptr<MusicPerformance> Initialize(unsigned generation);
+    std::string extract(const std::string& fileName, std::string bytes);
     void loadSegment(const std::shared_ptr<MusicPerformance>& performance, unsigned generation);
     void applySettings();
     void closeSong();
