@@ -7,8 +7,8 @@
 namespace melvane::decode {
 
 // Whether no Vorbis stream in the file has larger code books than any encoder makes, all in all 2^18 entries or 2^22
-// values, or books without a dimension. Reads the whole file and goes back to its start. The layout is that of the
-// Vorbis I specification, section 3.2.1.
+// values, or books without a dimension. Reads the whole file and goes back to its start. The layout is that of a code
+// book in Vorbis I's set-up header.
 bool hasUsualBooks(InputFile& file);
 
 }  // namespace melvane::decode
