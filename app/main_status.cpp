@@ -12,7 +12,7 @@ constexpr double kStalledSeconds = 10;
 
 }  // namespace
 
-// With the file's name where there is little room, in whose folder it lies is told on hover.
+// Where there is little room, the file's name alone; its folder is told on hover.
 StatusLine MainStatus::about(OwnText text, const std::string& file, bool warned, bool failed) const {
     const modLang& language = environment_.language;
     return {language.ownText(text, file), language.ownText(text, fileName(file)), warned, failed};
