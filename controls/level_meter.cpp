@@ -11,8 +11,8 @@ namespace melvane {
 
 namespace {
 
-constexpr int kTickMs = 80;
-constexpr int kLamp = 4;  // along the meter, with a gap before it
+constexpr int kTickMs = 100;  // a little longer than from peaks to peaks
+constexpr int kLamp = 4;      // along the meter, with a gap before it
 constexpr int kGap = 1;
 constexpr int kTwoBars = 5;  // units across, from which on there are two
 constexpr double kMsPerSecond = 1000;
@@ -55,6 +55,7 @@ LevelMeter::LevelMeter(QWidget* window, const QRect& place, Qt::Orientation dire
 }
 
 void LevelMeter::setPeaks(float left, float right) {
+    passTime();
     sides_[0].take(left);
     sides_[1].take(right);
     refresh();
@@ -73,9 +74,16 @@ QString LevelMeter::valueText() const {
     return QStringLiteral("%1 dB").arg(std::lround(level()));
 }
 
-void LevelMeter::tick() {
+// While peaks come, the timer is put off: all meters change, and are painted, in one go.
+void LevelMeter::passTime() {
+    if (!timer_.isActive()) return;
     const double seconds = static_cast<double>(sinceTick_.restart()) / kMsPerSecond;
     for (PeakFall& side : sides_) side.pass(seconds);
+    timer_.start();
+}
+
+void LevelMeter::tick() {
+    passTime();
     refresh();
 }
 

@@ -46,6 +46,7 @@ private:
     QRect part(int from, int to, int bar) const;
     QRect lamp() const;
     Shown shownOf(const PeakFall& side) const;
+    void passTime();
     void tick();
     void refresh();
 

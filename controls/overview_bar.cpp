@@ -19,6 +19,7 @@ constexpr int kMixedTint = 36;  // of 255
 
 OverviewBar::OverviewBar(QWidget* window, const QRect& place) : QProgressBar(window) {
     layOut(this, place);
+    setAttribute(Qt::WA_OpaquePaintEvent);
     setRange(0, kColumns);
     setValue(0);
 }
@@ -32,8 +33,9 @@ void OverviewBar::setOverview(std::vector<float> peaks) {
 void OverviewBar::setProgress(int width) {
     width = std::clamp(width, 0, kColumns);
     if (width == value()) return;
+    setUpdatesEnabled(false);  // it would be painted at once, and once more than the window
     setValue(width);
-    update();
+    setUpdatesEnabled(true);
 }
 
 void OverviewBar::setScanned(double part) {
@@ -56,22 +58,13 @@ void OverviewBar::paintEvent(QPaintEvent*) {
     QColor tint(skin::kSong);
     tint.setAlpha(kMixedTint);
     if (!peaks_.empty()) painter.fillRect(0, 0, value(), area.height(), tint);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(columns(0, value()), QColor(skin::kSong));
-    painter.fillPath(columns(value(), kColumns), QColor(skin::kFaint));
+    for (int x = 0; x < kColumns; ++x) {
+        const double tall = columnHeight(x);
+        const QRectF column(x, (area.height() - tall) / 2, 1, tall);
+        painter.fillRect(column, QColor(x < value() ? skin::kSong : skin::kFaint));
+    }
     if (scanned_ < 1)
         painter.fillRect(QRectF(static_cast<int>(scanned_ * kColumns), 0, 1, area.height()), QColor(skin::kMuted));
-}
-
-// In one path, so that columns that share an edge leave no line between them.
-QPainterPath OverviewBar::columns(int from, int to) const {
-    QPainterPath path;
-    path.setFillRule(Qt::WindingFill);
-    for (int x = from; x < to; ++x) {
-        const double tall = columnHeight(x);
-        path.addRect(x, (placeRect(*this).height() - tall) / 2, 1, tall);
-    }
-    return path;
 }
 
 }  // namespace melvane

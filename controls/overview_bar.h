@@ -1,7 +1,6 @@
 // How far the mix is, drawn over the shape of the song.
 #pragma once
 
-#include <QPainterPath>
 #include <QProgressBar>
 #include <vector>
 
@@ -27,7 +26,6 @@ protected:
 
 private:
     double columnHeight(int column) const;
-    QPainterPath columns(int from, int to) const;
 
     std::vector<float> peaks_;
     double scanned_ = 1;
