@@ -16,7 +16,6 @@
 
 #include "app/interrupted_mixes.h"
 #include "app/main_status.h"
-#include "app/run_messages.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "controls/control_name.h"
@@ -24,6 +23,7 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
+#include "mixing/run_messages.h"
 #include "settings/guarded.h"
 #include "state/window_patience.h"
 

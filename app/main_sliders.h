@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "app/mixing_run.h"
+#include "mixing/mix_graph.h"
 #include "state/run_state.h"
 #include "state/settings.h"
 
@@ -11,27 +11,26 @@ namespace melvane {
 
 class MainSliders {
 public:
-    MainSliders(RunState& run, Settings& settings, MixingRun& mixing)
-        : run_(run), settings_(settings), mixing_(mixing) {}
+    MainSliders(RunState& run, Settings& settings, MixGraph& graph) : run_(run), settings_(settings), graph_(graph) {}
 
     // Source 0 background, 1 vocal.
     void setVolume(std::size_t source, std::int16_t percent) {
         settings_.volume.at(source) = percent;
-        if (run_.isMixing) mixing_.SetBassVolume();
+        if (run_.isMixing) graph_.SetBassVolume();
     }
     void setKey(double semitones) {
         run_.key = semitones;
-        mixing_.applyKey();
+        graph_.applyKey();
     }
     void setSync(float seconds) {
         run_.syncOffset = seconds;
-        mixing_.applySyncOffset();
+        graph_.applySyncOffset();
     }
 
 private:
     RunState& run_;
     Settings& settings_;
-    MixingRun& mixing_;
+    MixGraph& graph_;
 };
 
 }  // namespace melvane

@@ -1,7 +1,7 @@
 #include "app/main_status.h"
 
-#include "app/run_messages.h"
 #include "base/paths.h"
+#include "mixing/run_messages.h"
 #include "state/numbers.h"
 
 namespace melvane {

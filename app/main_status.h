@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "app/environment.h"
 #include "app/mixer.h"
+#include "mixing/environment.h"
 
 namespace melvane {
 

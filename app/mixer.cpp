@@ -8,7 +8,7 @@ Mixer::Mixer(const Environment& with)
       sourceFiles_(state_, midi_, with.language, with.dialogs),
       effects_(with.library, state_.run, state_.settings, midi_.lines()),
       mixingRun_(with, state_, input_, effects_, midi_),
-      sliders_(state_.run, state_.settings, mixingRun_) {}
+      sliders_(state_.run, state_.settings, mixingRun_.graph()) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
     input_.SaveUserInput();

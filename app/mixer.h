@@ -2,13 +2,13 @@
 // the program. All of it is used on one thread, the user interface's.
 #pragma once
 
-#include "app/environment.h"
 #include "app/main_sliders.h"
-#include "app/mixing_run.h"
 #include "app/source_files.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
 #include "midi/midi_background.h"
+#include "mixing/environment.h"
+#include "mixing/mixing_run.h"
 #include "settings/settings_store.h"
 #include "state/mix_state.h"
 

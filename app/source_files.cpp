@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-#include "app/run_messages.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
+#include "mixing/run_messages.h"
 
 namespace melvane {
 
@@ -205,13 +205,6 @@ std::string withMp3Extension(const std::string& path) {
             --end;
         while (end > nameStart(path) && (path[end] & 0xC0) == 0x80);  // a character may be several bytes
     return path.substr(0, end) + kMp3;
-}
-
-bool isSameFile(const std::string& one, const std::string& other) {
-    std::error_code error;
-    if (fs::equivalent(toPath(one), toPath(other), error)) return true;
-    const fs::path oneResolved = fs::weakly_canonical(fs::absolute(toPath(one), error), error);
-    return !error && oneResolved == fs::weakly_canonical(fs::absolute(toPath(other), error), error) && !error;
 }
 
 }  // namespace melvane

@@ -94,7 +94,5 @@ std::string proposedDestination(const std::string& background);
 // The name with the extension ".mp3": appended where the file name has no point; otherwise the last four
 // characters of the file name make way for it, whatever they are.
 std::string withMp3Extension(const std::string& path);
-// True when both name the same file, whatever the spelling, also through links.
-bool isSameFile(const std::string& one, const std::string& other);
 
 }  // namespace melvane

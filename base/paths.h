@@ -27,4 +27,13 @@ inline bool isFile(const std::string& utf8) {
     return std::filesystem::is_regular_file(toPath(utf8), error);
 }
 
+// True when both name the same file, whatever the spelling, also through links.
+inline bool isSameFile(const std::string& one, const std::string& other) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (fs::equivalent(toPath(one), toPath(other), error)) return true;
+    const fs::path resolved = fs::weakly_canonical(fs::absolute(toPath(one), error), error);
+    return !error && resolved == fs::weakly_canonical(fs::absolute(toPath(other), error), error) && !error;
+}
+
 }  // namespace melvane

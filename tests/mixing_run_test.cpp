@@ -9,9 +9,9 @@
 
 #include "app/interrupted_mixes.h"
 #include "app/mixer.h"
-#include "app/run_messages.h"
 #include "app/start_checks.h"
 #include "desktop/local_destinations.h"
+#include "mixing/run_messages.h"
 #include "tests/silent_parts.h"
 
 namespace melvane {

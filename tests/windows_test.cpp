@@ -10,10 +10,10 @@
 #include <functional>
 #include <set>
 
-#include "app/run_messages.h"
 #include "controls/free_place.h"
 #include "controls/level_meter.h"
 #include "controls/window_layout.h"
+#include "mixing/run_messages.h"
 #include "tests/file_accesses.h"
 #include "tests/program_fixture.h"
 

@@ -13,7 +13,6 @@
 
 #include "app/interrupted_mixes.h"
 #include "app/mixer.h"
-#include "app/run_messages.h"
 #include "app/start_checks.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
@@ -22,6 +21,7 @@
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
+#include "mixing/run_messages.h"
 #include "music/music.h"
 #include "tools/console_dialogs.h"
 #include "tools/options.h"

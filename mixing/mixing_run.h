@@ -4,11 +4,10 @@
 
 #include <memory>
 
-#include "app/environment.h"
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
-#include "effects/effect_chain.h"
-#include "midi/midi_background.h"
+#include "mixing/environment.h"
+#include "mixing/mix_graph.h"
 #include "state/mix_state.h"
 
 namespace melvane {
@@ -27,12 +26,8 @@ public:
     // Follows the run and ends it with the background, or when the encoder has gone.
     void Timer1_Timer();
 
-    // Sets the two source volumes on what plays.
-    void SetBassVolume();
-    // Moves the background's key, when there is a background channel or a MIDI song.
-    void applyKey();
-    // Moves the vocal by the synchronisation offset, when there is a vocal channel.
-    void applySyncOffset();
+    // What sounds in it.
+    MixGraph& graph() { return graph_; }
 
     // How much of the background was mixed, in this run or the last one: 0 to 1.
     double done() const;
@@ -50,11 +45,8 @@ public:
 private:
     bool canRun();
     bool readPaths();
-    void freeLastRun();
     void start();
     bool openSources();
-    Handle openFile(const std::string& path, std::uint32_t flags);
-    void freeChannel(std::uint32_t& channel);
     bool prepareDestination();
     bool playSong();
     void startCapture();
@@ -62,20 +54,16 @@ private:
     RunFailure publish(std::int64_t frames);
     bool standsLonger(std::int64_t frames);
     bool usesFile(const std::string& path) const;
-    void applySettings();
     bool backgroundEnded() const;
-    // Which of the sources could no longer be read.
-    RunFailure lostSource() const;
     // Puts the failure down and shows it in a box.
     bool refuse(RunFailure failure, BoxIcon icon);
 
     const Environment with_;
     RunState& run_;
     const PathFields& fields_;
-    const Settings& settings_;
     RecordingInput& input_;
-    EffectChain& effects_;
-    MidiBackground& midi_;
+    const MidiBackground& midi_;
+    MixGraph graph_;
     Module1 capture_;
     std::unique_ptr<Destination> destination_;  // of the run
     std::int64_t framesTotal_ = 0;

@@ -1,4 +1,4 @@
-#include "app/failure_cause.h"
+#include "mixing/failure_cause.h"
 
 #include <cerrno>
 #include <cstdint>

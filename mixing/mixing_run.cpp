@@ -1,15 +1,15 @@
-#include "app/mixing_run.h"
+#include "mixing/mixing_run.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "app/failure_cause.h"
-#include "app/run_messages.h"
-#include "app/source_files.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "base/verdict.h"
+#include "mixing/failure_cause.h"
+#include "mixing/run_messages.h"
+#include "state/product.h"
 #include "state/window_patience.h"
 
 namespace melvane {
@@ -17,18 +17,6 @@ namespace melvane {
 namespace {
 
 constexpr const char* kEncoderCommand = "lame.exe --alt-preset standard - ";
-
-// While one lives no frame is mixed: what is set up starts on one frame.
-class CardHold {
-public:
-    explicit CardHold(AudioLibrary& library) : library_(library) { library_.holdCard(); }
-    ~CardHold() { library_.resumeCard(); }
-    CardHold(const CardHold&) = delete;
-    CardHold& operator=(const CardHold&) = delete;
-
-private:
-    AudioLibrary& library_;
-};
 
 class Flag {
 public:
@@ -44,10 +32,6 @@ private:
 
 std::int64_t toFrames(std::uint64_t bytes) {
     return static_cast<std::int64_t>(bytes / kBytesPerFrame);
-}
-
-std::int64_t toFrames(double seconds) {
-    return std::llround(seconds * kSampleRate);
 }
 
 RunFailure failureOf(ClaimFailure failure) {
@@ -71,10 +55,9 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
     : with_(environment),
       run_(state.run),
       fields_(state.fields),
-      settings_(state.settings),
       input_(input),
-      effects_(effects),
       midi_(midi),
+      graph_(environment, state, effects, midi),
       capture_(
           with_.library, run_, [this] { stopRec(); }, [this](std::int64_t frames) { return publish(frames); },
           with_.doEvents) {}
@@ -84,7 +67,7 @@ void MixingRun::mi_button_Click() {
     const Flag busy(busy_);
     framesTotal_ = framesAtEnd_ = 0;
     if (!canRun()) return;
-    freeLastRun();
+    graph_.closeLast();
     input_.SelectMixInput();
     run_.recordsSilence = !input_.anyOn();
     const CardHold hold(with_.library);
@@ -130,94 +113,23 @@ bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
     return false;
 }
 
-void MixingRun::freeLastRun() {
-    if (run_.isMidiBackground) {
-        midi_.setTone();
-    } else {
-        freeChannel(run_.backgroundChannel);
-        midi_.close();
-    }
-    freeChannel(run_.vocalChannel);
-}
-
 void MixingRun::start() {
     abandoned_ = false;
     if (!openSources()) return input_.RestoreUserInput();
     with_.doEvents();
     if (abandoned_) return;
-    if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
-    with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
-    with_.library.holdCardAtEndOf(run_.backgroundChannel);
+    graph_.playFiles();
     if (!prepareDestination() || !playSong()) return stopRec();
     startCapture();
     run_.isMixing = run_.recordChannel != 0;
-    if (run_.isMixing) applySettings();
-}
-
-void MixingRun::applySettings() {
-    effects_.PrepareEffects();
-    effects_.ApplyAllEffects();
-    SetBassVolume();
-    effects_.applyTone();
-    effects_.applyBalance();
-    applyKey();
-    applySyncOffset();
-}
-
-void MixingRun::applyKey() {
-    if (run_.backgroundChannel != 0)
-        with_.library.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
-                                       static_cast<float>(run_.key));
-    midi_.transpose(run_.key);
-}
-
-// A place on the vocal's own time, so that setting it again changes nothing.
-void MixingRun::applySyncOffset() {
-    if (run_.vocalChannel == 0) return;
-    const auto bytes = static_cast<std::int64_t>(
-        with_.library.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
-    with_.library.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
+    if (run_.isMixing) graph_.applySettings();
 }
 
 bool MixingRun::openSources() {
     const Flag opening(opening_);
-    if (!run_.isMidiBackground) {
-        const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE);
-        run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
-    }
-    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP);
-    const bool background = run_.isMidiBackground || run_.backgroundChannel != 0;
-    if (!abandoned_ && background && run_.vocalChannel != 0) {
-        framesTotal_ = run_.isMidiBackground ? toFrames(midi_.length())
-                                             : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
-        return true;
-    }
-    if (!abandoned_ && run_.failure == RunFailure::none) {
-        run_.failure = background ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
-        run_.cause = whileEventsRun(with_.doEvents,
-                                    [&] { return readingError(background ? run_.vocalPath : run_.backgroundPath); });
-    }
-    freeChannel(run_.backgroundChannel);
-    freeChannel(run_.vocalChannel);
-    return false;
-}
-
-// A long file takes a while: window events run meanwhile.
-Handle MixingRun::openFile(const std::string& path, std::uint32_t flags) {
-    if (abandoned_) return 0;
-    return whileEventsRun(
-        [this] {
-            with_.doEvents();
-            if (abandoned_) with_.library.giveUpOpening();
-        },
-        [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
-}
-
-// Whatever kind of channel it is.
-void MixingRun::freeChannel(std::uint32_t& channel) {
-    with_.library.BASS_MusicFree(channel);
-    with_.library.BASS_StreamFree(channel);
-    channel = 0;
+    const bool opened = graph_.open([this] { return !abandoned_; });
+    framesTotal_ = opened ? graph_.length() : 0;
+    return opened;
 }
 
 bool MixingRun::prepareDestination() {
@@ -234,11 +146,10 @@ bool MixingRun::prepareDestination() {
 }
 
 bool MixingRun::playSong() {
-    if (!run_.isMidiBackground) return true;
     bool plays = false;
     {
         const Flag opening(opening_);
-        plays = midi_.PlayMidi();
+        plays = graph_.playSong();
     }
     if (abandoned_) return false;
     return plays || refuse(RunFailure::midiUnplayable, BoxIcon::critical);
@@ -281,14 +192,6 @@ bool MixingRun::standsLonger(std::int64_t frames) {
     });
 }
 
-void MixingRun::SetBassVolume() {
-    if (run_.isMidiBackground)
-        midi_.applyVolumeAndBalance();
-    else
-        SetChannelVolume(with_.library, run_.backgroundChannel, settings_.volume[0]);
-    SetChannelVolume(with_.library, run_.vocalChannel, settings_.volume[1]);
-}
-
 void MixingRun::stopRec() {
     if (stopping_) return with_.library.hurryEncoder(run_.recordChannel);
     const Flag stopping(stopping_);
@@ -296,7 +199,7 @@ void MixingRun::stopRec() {
     const CardHold hold(with_.library);
     abandoned_ = true;
     framesAtEnd_ = framesDone();
-    if (const RunFailure lost = lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
+    if (const RunFailure lost = graph_.lostSource(); run_.isMixing && lost != RunFailure::none) run_.failure = lost;
     stoppedEarly_ = run_.isMixing && !backgroundEnded();
     if (stoppedEarly_) with_.library.hurryEncoder(run_.recordChannel);
     run_.isMixing = capture_.StopMixCapture();
@@ -304,32 +207,16 @@ void MixingRun::stopRec() {
         run_.failure == RunFailure::encoderFailed || run_.failure == RunFailure::destinationNotWritable;
     if (destination_ && unwritten && run_.cause == 0) run_.cause = writingError(run_.destinationPath);
     destination_.reset();
-    for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
-        with_.library.BASS_ChannelStop(*channel);
-        with_.library.BASS_MusicFree(*channel);
-    }
-    midi_.StopMidi();
-    midi_.restoreTone();
-    run_.vocalChannel = 0;
-    run_.backgroundChannel = 0;
+    graph_.close();
     input_.RestoreUserInput();
 }
 
 std::int64_t MixingRun::framesDone() const {
-    if (!run_.isMixing) return framesAtEnd_;
-    return run_.isMidiBackground ? toFrames(midi_.position())
-                                 : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
+    return run_.isMixing ? graph_.position() : framesAtEnd_;
 }
 
-// A MIDI song may fade sooner than at its full length.
 bool MixingRun::backgroundEnded() const {
-    return framesDone() >= framesTotal_ || (run_.isMidiBackground && !midi_.playing());
-}
-
-RunFailure MixingRun::lostSource() const {
-    if (with_.library.channelFailed(run_.backgroundChannel)) return RunFailure::backgroundLost;
-    if (with_.library.channelFailed(run_.vocalChannel)) return RunFailure::vocalLost;
-    return RunFailure::none;
+    return framesDone() >= framesTotal_ || graph_.ended();
 }
 
 double MixingRun::done() const {
@@ -341,8 +228,8 @@ void MixingRun::Timer1_Timer() {
     if (!run_.isMixing || busy_) return;
     const bool ended = backgroundEnded();
     if (ended) framesTotal_ = framesDone();
-    applySyncOffset();
-    const bool lost = lostSource() != RunFailure::none;
+    graph_.applySyncOffset();
+    const bool lost = graph_.lostSource() != RunFailure::none;
     if (ended || lost || !with_.library.BASS_Encode_IsActive(run_.recordChannel)) stopRec();
 }
 

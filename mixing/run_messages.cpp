@@ -1,4 +1,4 @@
-#include "app/run_messages.h"
+#include "mixing/run_messages.h"
 
 #include <algorithm>
 #include <cerrno>

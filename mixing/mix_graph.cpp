@@ -1,0 +1,144 @@
+#include "mixing/mix_graph.h"
+
+#include <cmath>
+
+#include "audio/modAudio.h"
+#include "mixing/failure_cause.h"
+#include "state/window_patience.h"
+
+namespace melvane {
+
+namespace {
+
+std::int64_t toFrames(std::uint64_t bytes) {
+    return static_cast<std::int64_t>(bytes / kBytesPerFrame);
+}
+
+std::int64_t toFrames(double seconds) {
+    return std::llround(seconds * kSampleRate);
+}
+
+}  // namespace
+
+MixGraph::MixGraph(const Environment& environment, MixState& state, EffectChain& effects, MidiBackground& midi)
+    : with_(environment), run_(state.run), settings_(state.settings), effects_(effects), midi_(midi) {}
+
+bool MixGraph::open(const std::function<bool()>& wanted) {
+    if (!run_.isMidiBackground) {
+        const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE, wanted);
+        run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
+    }
+    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP, wanted);
+    const bool song = run_.isMidiBackground || run_.backgroundChannel != 0;
+    if (wanted() && song && run_.vocalChannel != 0) {
+        length_ = run_.isMidiBackground ? toFrames(midi_.length())
+                                        : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
+        return true;
+    }
+    if (wanted() && run_.failure == RunFailure::none) {
+        run_.failure = song ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
+        run_.cause =
+            whileEventsRun(with_.doEvents, [&] { return readingError(song ? run_.vocalPath : run_.backgroundPath); });
+    }
+    freeChannel(run_.backgroundChannel);
+    freeChannel(run_.vocalChannel);
+    return false;
+}
+
+// A long file takes a while: window events run meanwhile.
+Handle MixGraph::openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted) {
+    if (!wanted()) return 0;
+    return whileEventsRun(
+        [&] {
+            with_.doEvents();
+            if (!wanted()) with_.library.giveUpOpening();
+        },
+        [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
+}
+
+// Whatever kind of channel it is.
+void MixGraph::freeChannel(std::uint32_t& channel) {
+    with_.library.BASS_MusicFree(channel);
+    with_.library.BASS_StreamFree(channel);
+    channel = 0;
+}
+
+void MixGraph::closeLast() {
+    if (run_.isMidiBackground) {
+        midi_.setTone();
+    } else {
+        freeChannel(run_.backgroundChannel);
+        midi_.close();
+    }
+    freeChannel(run_.vocalChannel);
+}
+
+void MixGraph::playFiles() {
+    if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
+    with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
+    with_.library.holdCardAtEndOf(run_.backgroundChannel);
+}
+
+bool MixGraph::playSong() {
+    return !run_.isMidiBackground || midi_.PlayMidi();
+}
+
+void MixGraph::applySettings() {
+    effects_.PrepareEffects();
+    effects_.ApplyAllEffects();
+    SetBassVolume();
+    effects_.applyTone();
+    effects_.applyBalance();
+    applyKey();
+    applySyncOffset();
+}
+
+void MixGraph::close() {
+    for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
+        with_.library.BASS_ChannelStop(*channel);
+        with_.library.BASS_MusicFree(*channel);
+        *channel = 0;
+    }
+    midi_.StopMidi();
+    midi_.restoreTone();
+}
+
+void MixGraph::SetBassVolume() {
+    if (run_.isMidiBackground)
+        midi_.applyVolumeAndBalance();
+    else
+        SetChannelVolume(with_.library, run_.backgroundChannel, settings_.volume[0]);
+    SetChannelVolume(with_.library, run_.vocalChannel, settings_.volume[1]);
+}
+
+void MixGraph::applyKey() {
+    if (run_.backgroundChannel != 0)
+        with_.library.BASS_FX_TempoSet(run_.backgroundChannel, kTempoUnchanged, kRateUnchanged,
+                                       static_cast<float>(run_.key));
+    midi_.transpose(run_.key);
+}
+
+// A place on the vocal's own time, so that setting it again changes nothing.
+void MixGraph::applySyncOffset() {
+    if (run_.vocalChannel == 0) return;
+    const auto bytes = static_cast<std::int64_t>(
+        with_.library.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
+    with_.library.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
+}
+
+std::int64_t MixGraph::position() const {
+    return run_.isMidiBackground ? toFrames(midi_.position())
+                                 : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
+}
+
+bool MixGraph::ended() const {
+    return position() >= length_ || (run_.isMidiBackground && !midi_.playing());
+}
+
+RunFailure MixGraph::lostSource() const {
+    if (with_.library.channelFailed(run_.backgroundChannel)) return RunFailure::backgroundLost;
+    if (with_.library.channelFailed(run_.vocalChannel)) return RunFailure::vocalLost;
+    return RunFailure::none;
+}
+
+}  // namespace melvane
