@@ -481,7 +481,7 @@ void frmMain::refreshButtons(bool running) {
     menu_->setCanStop(canStop);
     menu_->setCanListen(canListen());
     const bool parked = !focusWidget() || focusWidget() == progress_;
-    if (parked && canStop) progress_->setFocus();
+    if (parked && !idle) progress_->setFocus();
     if (parked && idle) mi_button_->setFocus();
 }
 
