@@ -207,6 +207,13 @@ void MidiBackground::reopen() {
     updateChannels();
 }
 
+void MidiBackground::renewPort() {
+    if (!onDevice() && missingPort_.empty()) return;
+    const unsigned generation = generation_;
+    ReadMap();
+    if (generation == generation_) reopen();
+}
+
 bool MidiBackground::PlayMidi() {
     failure_ = MidiFailure::none;
     if (!loaded()) return false;

@@ -1,10 +1,10 @@
 // Backgrounds that are MIDI songs. The one owner of the song that is loaded, of the performance that plays it, of the
 // user's settings for its channels, and of the mixer lines that steer its sound.
 //
-// Used on the user-interface thread. Pending window events run inside ReadMap, OpenMidi, PlayMidi, CloseDevice and
-// ApplyChannelSettings, while a thread waits for servers and reads sounds; when OpenMidi or CloseDevice is called again
-// from there, the last call counts and the others return. What fails is silent towards the user and kept: see
-// failure().
+// Used on the user-interface thread. Pending window events run inside ReadMap, OpenMidi, reopen, renewPort, PlayMidi,
+// CloseDevice and ApplyChannelSettings, while a thread waits for servers and reads sounds; when OpenMidi or CloseDevice
+// is called again from there, the last call counts and the others return. What fails is silent towards the user and
+// kept: see failure().
 #pragma once
 
 #include <functional>
@@ -53,6 +53,8 @@ public:
     void OpenMidi(std::string& fileName);
     // Opens the song again, as after another port was chosen. The user's channel settings stay; nothing without a song.
     void reopen();
+    // The same where a device of the machine plays the song, or should: it may have gone or come back since.
+    void renewPort();
     // From the beginning. False when there is nothing to play or it can't be played.
     bool PlayMidi();
     void StopMidi();

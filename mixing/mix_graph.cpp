@@ -24,7 +24,9 @@ MixGraph::MixGraph(const Environment& environment, MixState& state, EffectChain&
     : with_(environment), run_(state.run), settings_(state.settings), effects_(effects), midi_(midi) {}
 
 bool MixGraph::open(const std::function<bool()>& wanted) {
-    if (!run_.isMidiBackground) {
+    if (run_.isMidiBackground) {
+        midi_.renewPort();
+    } else {
         const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE, wanted);
         run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
     }

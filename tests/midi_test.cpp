@@ -174,12 +174,16 @@ TEST_F(MidiFixture, SettingsAreSentAsTheyAreMade) {
 
 TEST_F(MidiFixture, APortIsChosenByItsNameAndMissedWhenItHasGone) {
     std::string file = dir.write("a.mid", bytes);
-    const auto openedOn = [&](Words ports) {
+    const auto openedOn = [&](Words ports, bool renewed = false) {
         music.ports = std::move(ports);
-        midi.ReadMap();
-        EXPECT_EQ(state.midiPorts, music.ports);
         sent();
-        midi.OpenMidi(file);
+        if (renewed) {
+            midi.renewPort();
+        } else {
+            midi.ReadMap();
+            midi.OpenMidi(file);
+        }
+        EXPECT_EQ(state.midiPorts, music.ports);
         EXPECT_EQ(music.openPorts, 1);
         const Words all = sent();
         return *std::ranges::find_if(all, [](const std::string& call) { return call.starts_with("setPort"); }) + " " +
@@ -205,8 +209,14 @@ TEST_F(MidiFixture, APortIsChosenByItsNameAndMissedWhenItHasGone) {
     EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 ");
     music.devicesOpen = false;
     EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 1 80 keys");
+    music.devicesOpen = true;
+    EXPECT_EQ(openedOn({"synth", "keys"}, true), "setPort 1 80 ");
+    EXPECT_EQ(openedOn({"synth"}, true), "setPort 0 80 keys");
+    EXPECT_EQ(openedOn({"synth", "organ", "keys"}, true), "setPort 2 80 ");
     settings.midiPort = 0;
     EXPECT_EQ(openedOn({"synth", "keys"}), "setPort 0 80 ");
+    midi.renewPort();
+    EXPECT_EQ(sent(), Words{}) << "the synthesiser stays";
 }
 
 TEST_F(MidiFixture, ASongIsOpenedPlayedAndClosed) {
