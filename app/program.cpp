@@ -53,6 +53,7 @@ void Program::openMainWindow() {
     if (!start_.isVisible()) return;
     main_.emplace(*mixer_, environment, store_);
     main_->DoRest();
+    start_.hide();  // the windows that open with the main one may have its place
     main_->show();
     start_.close();
     main_->bringBackMixes();
