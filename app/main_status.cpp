@@ -63,7 +63,8 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!facts.tellsRun && !facts.interrupted.empty()) return about(OwnText::interruptedMix, facts.interrupted, true);
     if (!facts.tellsRun) return {};
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
-    if (run.recordsSilence) return about(OwnText::mixIsSilent, run.destinationPath, true);
+    if (run.recordsSilence)
+        return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
     if (facts.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
