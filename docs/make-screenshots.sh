@@ -40,7 +40,7 @@ write_settings() {
   "volume": "84,92", "audio effects": "1,35;0,20;1,60;0,40", "audio preset": "12",
   "bass & treble": "40,50,62,38", "balance": "-31,13"},
  "HKEY_CURRENT_USER\\\\software\\\\Tessaro\\\\Melvane\\\\windows": {"frmEff": "60,270", "frmChann": "540,270",
-  "frmIns": "780,490", "mnuHelp": "540,50", "frmPlayer": "150,500", "zoom": "100"}}
+  "frmIns": "780,490", "mnuHelp": "540,50", "zoom": "100"}}
 JSON
 }
 
@@ -77,13 +77,26 @@ quit_program() {
     wait "$running" 2>/dev/null || true
 }
 
+# find_window NAME: puts its place into x and y.
+find_window() {
+    local X Y
+    wait_for "$1"
+    eval "$(xdotool search --onlyvisible --name "$1" getwindowgeometry --shell)"
+    x=$((X / scale)) y=$((Y / scale))
+}
+
 shoot_start_window() {
-    local place
-    place=$(xdotool search --onlyvisible --name Melvane getwindowgeometry | sed -n 's/.*Position: \([0-9]*\),\([0-9]*\).*/\1 \2/p')
-    # shellcheck disable=SC2086 # Two numbers.
-    set -- $place
-    shoot start $(($1 / scale)) $(($2 / scale)) 274 174
+    find_window Melvane
+    shoot start "$x" "$y" 274 174
     continue_from_start
+}
+
+# It opens beside the others.
+shoot_player() {
+    find_window '^(Listen|Ods)'
+    press $((x + 33)) $((y + 107))
+    sleep 2
+    shoot player "$x" "$y" 274 146
 }
 
 # The start window is in the middle of the screen.
@@ -111,10 +124,7 @@ shoot_all() {
     shoot main-run 60 60 460 196
     shoot effects-run 60 270 460 210
     click 147 130
-    sleep 3
-    press 184 607
-    sleep 2
-    shoot player 150 500 274 146
+    shoot_player
     quit_program
 
     run_program evening-ferry.kar
