@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <variant>
@@ -23,9 +25,15 @@ void sendPatch(MidiSink& sink, std::int64_t frame, int channel, const Patch& pat
 // 14 bits, as the universal message; full is the song as it is.
 void sendMasterVolume(MidiSink& sink, std::int64_t frame, int value);
 
+// Of a patch: whether they are in memory.
+enum class Sounds : std::uint8_t { awaited, loaded, missing };
+
 struct PatchMessage {
     std::uint8_t channel;
     Patch patch;
+    std::shared_ptr<const std::atomic<Sounds>> sounds = {};  // none: nothing has to be read
+
+    bool has(Sounds state) const { return sounds && *sounds == state; }
 };
 struct ShortMessage {
     std::uint8_t status, data1, data2;

@@ -66,9 +66,8 @@ void Performance::setPort(int port, int channelGroups) {
     if (port > 0 && index < listed_.size()) port_ = ports_.open(listed_[index]);
     portNumber_ = port;
     if (!port_) {
-        const std::lock_guard lock(synthMutex_);
         font_ = soundFont_.empty() ? findSoundFont() : soundFont_;
-        nextSynth();
+        nextSynth_->use(font_);
     }
     open_ = true;
 }
@@ -77,8 +76,8 @@ void Performance::closeDown(int) {
     unload();
     port_.reset();
     open_ = false;
-    const std::lock_guard lock(synthMutex_);
     font_.clear();
+    nextSynth_->use(font_);
 }
 
 void Performance::checkOpen() const {
@@ -91,24 +90,18 @@ void Performance::download(const std::shared_ptr<MusicSegment>& segment) {
     checkOpen();
     const auto ours = std::dynamic_pointer_cast<Segment>(segment);
     if (!ours) throw MusicError("There is no song.");
-    if (!port_) {
-        const std::lock_guard lock(synthMutex_);
-        nextSynth().hold(*ours->song());
-    }
+    if (!port_) nextSynth_->hold(*ours->song());
     song_ = ours->song();
 }
 
 void Performance::unload() {
     stop();
     song_.reset();
-    const std::lock_guard lock(synthMutex_);
-    nextSynth_.reset();
-    held_.clear();
+    nextSynth_->clear();
 }
 
 void Performance::makeReady() {
-    const std::lock_guard lock(synthMutex_);
-    if (!font_.empty()) nextSynth();
+    nextSynth_->prepare();
 }
 
 void Performance::playSegment() {
@@ -149,20 +142,13 @@ std::int64_t Performance::framesSounded() const {
     return static_cast<std::int64_t>(library_.BASS_ChannelGetPosition(stream_) / kBytesPerFrame);
 }
 
-Synth& Performance::nextSynth() {
-    if (!nextSynth_) nextSynth_ = std::make_unique<Synth>(font_, held_);
-    return *nextSynth_;
-}
-
 std::shared_ptr<Instrument> Performance::takeInstrument() {
     if (port_) {
         port_ = std::make_shared<PortInstrument>(*port_, secondsAhead());
         port_->reset();
         return port_;
     }
-    const std::lock_guard lock(synthMutex_);
-    held_ = nextSynth().held();
-    return std::move(nextSynth_);
+    return nextSynth_->take();
 }
 
 double Performance::secondsAhead() const {
@@ -190,11 +176,7 @@ void Performance::sendPatch(std::int64_t, std::uint32_t, std::uint8_t channel, s
     if (port_ && instrument == kPercussionInstrument) return;  // no device has them there
     const Patch patch{dataByte(bankHigh), dataByte(bankLow),
                       instrument == kPercussionInstrument ? instrument : dataByte(instrument)};
-    if (!port_) {
-        const std::lock_guard lock(synthMutex_);
-        nextSynth().hold(channel, patch);
-    }
-    tell(PatchMessage{channel, patch});
+    tell(port_ ? PatchMessage{channel, patch} : PatchMessage{channel, patch, nextSynth_->askFor(channel, patch)});
 }
 
 void Performance::sendMidi(std::int64_t, std::uint32_t, std::uint8_t channel, std::uint8_t status, std::uint8_t data1,

@@ -2,14 +2,13 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "music/live_channels.h"
+#include "music/next_synth.h"
 #include "music/output_ports.h"
 #include "music/song_source.h"
-#include "music/synth.h"
 #include "music/synth_bus.h"
 #include "platform/audio_library.h"
 #include "platform/music_performance.h"
@@ -60,8 +59,6 @@ public:
 private:
     void checkOpen() const;
     void tell(const LiveMessage& message);
-    // The synthesiser that plays next. Under the lock.
-    Synth& nextSynth();
     std::shared_ptr<Instrument> takeInstrument();
     double secondsAhead() const;
     std::int64_t framesSounded() const;
@@ -75,10 +72,8 @@ private:
     std::shared_ptr<PortInstrument> port_;  // none: the synthesiser plays
     int portNumber_ = 0;                    // of port_
     std::shared_ptr<const Song> song_;
-    std::mutex synthMutex_;  // held while any of these is changed
-    std::string font_;       // of the synthesiser
-    std::unique_ptr<Synth> nextSynth_;
-    HeldSounds held_;  // what the next synthesiser is to hold, while there is none
+    std::string font_;  // of the synthesiser
+    const std::shared_ptr<NextSynth> nextSynth_ = std::make_shared<NextSynth>();
     LiveChannels live_;
     double tempo_ = 1;
 

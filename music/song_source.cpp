@@ -1,6 +1,7 @@
 #include "music/song_source.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace melvane::music {
 
@@ -8,6 +9,11 @@ namespace {
 
 // What still sounds at the end fades out over 20 ms.
 constexpr std::int64_t kFadeFrames = 882;
+
+bool has(const LiveMessage& message, Sounds state) {
+    const auto* patch = std::get_if<PatchMessage>(&message);
+    return patch && patch->has(state);
+}
 
 }  // namespace
 
@@ -77,12 +83,16 @@ bool SongSource::renderPiece() {
     return true;
 }
 
+// A patch waits for its sounds, and what was posted behind it waits too. Without them the channel stays as it is.
 void SongSource::drainPosted() {
     {
         const std::lock_guard lock(postedMutex_);
-        taken_.swap(posted_);
+        const auto end = std::ranges::find_if(posted_, [](const LiveMessage& m) { return has(m, Sounds::awaited); });
+        std::move(posted_.begin(), end, std::back_inserter(taken_));
+        posted_.erase(posted_.begin(), end);
     }
     for (const LiveMessage& message : taken_) {
+        if (has(message, Sounds::missing)) continue;
         live_.keep(message);
         sequencer_.take(message, rendered_);
     }

@@ -5,8 +5,7 @@
 // Used on the user-interface thread. What waits may be called on another, by one thread at a time, while nothing else
 // is asked of that performance but what says so: setPort asks the machine's servers, up to a second for each answer,
 // and, like download and makeReady, reads sounds from a file; unload and closeDown wait up to 200 ms until the notes on
-// a port have ended, and so does the end of a performance. A patch reads its sound from the file where it is. Nothing
-// else waits. What fails throws MusicError.
+// a port have ended, and so does the end of a performance. Nothing else waits. What fails throws MusicError.
 #pragma once
 
 #include <cstdint>
@@ -89,7 +88,8 @@ public:
 
     // What is sent here is the user's and wins over the song's own messages for the same setting of the channel
     // (program, volume, balance), also when the song is played again. Data beyond 127 count as 127; instrument 128 is
-    // the drums, on the synthesiser only.
+    // the drums, on the synthesiser only. A patch acts when its sounds have been read, and what is sent behind it acts
+    // behind it; makeReady waits for them.
     virtual void sendPatch(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t instrument,
                            std::uint8_t bankHigh, std::uint8_t bankLow) = 0;
     virtual void sendMidi(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t status,

@@ -1,8 +1,12 @@
 // Songs through the sequencer, the synthesiser and the real library on the stepped clock.
 #include "music/music.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <filesystem>
 #include <mutex>
 #include <thread>
 
@@ -33,10 +37,11 @@ Song songOf(std::vector<SongEvent> events, double end) {
 
 // What the card mixes in a run of the stepped clock.
 struct Stage {
-    explicit Stage(std::uint32_t block = 441, CardClock clock = CardClock::stepped) : library({clock, block, ""}) {
+    explicit Stage(std::uint32_t block = 441, CardClock clock = CardClock::stepped, std::string font = "")
+        : library({clock, block, ""}) {
         library.BASS_RecordInit(-1);
         library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
-        music = createMusic(library, {.devicePorts = false});
+        music = createMusic(library, {.soundFont = std::move(font), .devicePorts = false});
         performance = music.system->createPerformance({});
         performance->setPort(0, 80);
         capture = library.BASS_RecordStart(kSampleRate, 2, 0, store, this);
@@ -164,6 +169,7 @@ TEST(Music, TheBlockSizeAndAnEarlierPlayDoNotMatter) {
             stage.run(1);
             stage.volume(0, 40);
             stage.performance->sendPatch(0, kReferenceTime, 1, 48, 0, 0);
+            stage.performance->makeReady();
             stage.run(1);
             stage.performance->sendTranspose(0, kReferenceTime, 0, 3);
             stage.performance->setMasterVolume(600);
@@ -199,6 +205,28 @@ TEST(Music, AMuteIsImmediateAndHoldsAgainstTheSong) {
         stage.run();
         EXPECT_EQ(peak(stage.sound(), 0, 6) > 0.01F, lifted);
     }
+}
+
+// The font can't be opened for a while, and is none then.
+TEST(Music, APatchWaitsForItsSoundsAndNobodyElseForThem) {
+    const TempDir dir;
+    const std::string font = dir / "font.sf2";
+    std::filesystem::create_symlink(findSoundFont(), font);
+    Stage stage(441, CardClock::stepped, font);
+    stage.start(songOf({event(0, 0xC0, 19), event(0, 0x90, 60, 127)}, 4));
+    std::filesystem::remove(font);
+    dir.write("font.sf2", "RIFF");
+    std::signal(SIGIO, SIG_IGN);
+    const int lease = open(font.c_str(), O_WRONLY);
+    ASSERT_EQ(fcntl(lease, F_SETLEASE, F_WRLCK), 0);
+    stage.performance->sendPatch(0, kReferenceTime, 0, 48, 0, 0);
+    stage.volume(0, 0);
+    stage.run(1);
+    EXPECT_GT(peak(stage.sound(), 0.5, 1), 0.01F) << "what follows a patch stays behind it";
+    close(lease);
+    EXPECT_THROW(stage.performance->makeReady(), MusicError);
+    stage.run(2);
+    EXPECT_LT(peak(stage.sound(), 1, 2), 0.001F);
 }
 
 TEST(Music, ToneAndVolumeAreExactInTheMiddleAndLinear) {
