@@ -4,14 +4,10 @@
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
-#include <QDragEnterEvent>
-#include <QMimeData>
 #include <QPointer>
 #include <QScreen>
 #include <QSessionManager>
 #include <QThread>
-#include <QUrl>
-#include <algorithm>
 #include <utility>
 
 #include "app/interrupted_mixes.h"
@@ -56,18 +52,6 @@ constexpr std::array kBrowseEntries = {LangEntry::browseBackground, LangEntry::b
 constexpr std::array kRowTexts = {OwnText::karaokeBackground, OwnText::vocalRecording, OwnText::mixingDestination};
 constexpr std::array kEmptyTexts = {OwnText::dropSongHere, OwnText::dropVoiceHere, OwnText::dropDestinationHere};
 constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
-
-bool isAddress(const std::string& path) {
-    return path.find("://") != std::string::npos;
-}
-
-// What is dragged, by its names in the file system, or else by its addresses.
-std::vector<std::string> pathsOf(const QMimeData& data) {
-    std::vector<std::string> paths;
-    for (const QUrl& url : data.urls())
-        paths.push_back((url.isLocalFile() ? url.toLocalFile() : url.toDisplayString()).toStdString());
-    return paths;
-}
 
 }  // namespace
 
@@ -258,38 +242,6 @@ void frmMain::rememberFiles() {
     recent_.keepFolders(mixer_.sourceFiles().lastFolder);
 }
 
-void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
-    if (mixer_.isRunning() || choosing_) {
-        waiting_.insert(waiting_.end(), paths.begin(), paths.end());
-        return;
-    }
-    if (paths.empty()) return;
-    std::vector<std::string> ordered = paths;
-    // A song may bring a voice, and empties the destination.
-    std::ranges::stable_sort(
-        ordered, {}, [&](const std::string& path) { return fieldFor(path, pointedAt).value_or(kDestinationField); });
-    std::vector<std::string> unusable;
-    withButtonsOff([&] {
-        for (const std::string& path : ordered)
-            if (!mixer_.sourceFiles().take(path, pointedAt)) unusable.push_back(path);
-    });
-    rememberFiles();
-    refresh();
-    if (!unusable.empty()) tellUnusable(unusable);
-}
-
-// In one message, however many they are.
-void frmMain::tellUnusable(const std::vector<std::string>& paths) {
-    constexpr std::size_t kShown = 8;
-    std::string names;
-    for (std::size_t i = 0; i < std::min(paths.size(), kShown); ++i) names += "\n" + paths[i];
-    if (paths.size() > kShown) names += "\n…";
-    const modLang& language = environment_.language;
-    std::string text = language.ownText(OwnText::cannotUseFiles, names);
-    if (std::ranges::any_of(paths, isAddress)) text += "\n" + language.ownText(OwnText::cannotUseAddresses);
-    tell(text, BoxIcon::information);
-}
-
 void frmMain::bringBackMixes() {
     withButtonsOff([this] {
         const auto files = whileEventsRun(environment_.doEvents, [this] {
@@ -394,48 +346,6 @@ void frmMain::fillRecentFiles() {
                 [this, path] { takeFiles({path}); });
     if (menu->isEmpty())
         menu->addAction(toQt(environment_.language.ownText(OwnText::noRecentFiles)))->setEnabled(false);
-}
-
-void frmMain::dragEnterEvent(QDragEnterEvent* event) {
-    if (mixer_.isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
-    if (event->possibleActions() & Qt::CopyAction) dragMoveEvent(event);
-}
-
-void frmMain::dragMoveEvent(QDragMoveEvent* event) {
-    // A file that is moved would be removed by who gave it.
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    showTakers(pathsOf(*event->mimeData()), fieldAt(event->position().toPoint()));
-}
-
-void frmMain::dragLeaveEvent(QDragLeaveEvent*) {
-    showTakers({}, {});
-}
-
-void frmMain::dropEvent(QDropEvent* event) {
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    showTakers({}, {});
-    // Once the drop is over: opening a song takes a moment, and a box may come.
-    QMetaObject::invokeMethod(
-        this,
-        [this, paths = pathsOf(*event->mimeData()), field = fieldAt(event->position().toPoint())] {
-            takeFiles(paths, field);
-        },
-        Qt::QueuedConnection);
-}
-
-std::optional<int> frmMain::fieldAt(const QPoint& place) const {
-    for (std::size_t i = 0; i < path_.size(); ++i)
-        if (path_[i]->geometry().united(BR_[i]->geometry()).contains(place)) return static_cast<int>(i);
-    return std::nullopt;
-}
-
-void frmMain::showTakers(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
-    std::array<bool, 3> takes{};
-    for (const std::string& path : paths)
-        if (const auto field = fieldFor(path, pointedAt)) takes.at(static_cast<std::size_t>(*field)) = true;
-    for (std::size_t i = 0; i < path_.size(); ++i) setStyleState(*path_[i], "dropping", takes.at(i));
 }
 
 void frmMain::refresh() {

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <array>
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -97,8 +98,16 @@ private:
     bool canListen() const;
     void tellUnusable(const std::vector<std::string>& paths);
     std::optional<int> fieldAt(const QPoint& place) const;
-    // Lights the fields that take these files, dropped on the field `pointedAt`.
-    void showTakers(const std::vector<std::string>& paths, std::optional<int> pointedAt);
+    using FieldSet = std::array<bool, 3>;
+    // The fields that take what is dragged, when it is dropped on the destination or elsewhere.
+    struct Takers {
+        FieldSet onDestination{};
+        FieldSet elsewhere{};
+    };
+    static Takers takersOf(const std::vector<std::string>& paths);
+    // Lights the fields that take what is dragged, dropped on the field `pointedAt`.
+    void showTakers(std::optional<int> pointedAt);
+    void light(const FieldSet& fields);
 
     Mixer& mixer_;
     Environment environment_;
@@ -115,6 +124,8 @@ private:
     bool unloaded_ = false;
 
     std::vector<std::string> waiting_;  // files that are to be taken
+    Takers takers_;                     // of what is dragged, once the disk has told
+    std::future<Takers> takersSearch_;
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};

@@ -173,7 +173,8 @@ RunFailure MixingRun::publish(std::int64_t frames) {
     if (!kept.empty()) run_.listenPath = kept;
     const bool well = replaced || (part && !lost && !kept.empty());
     if (well) run_.lastMixPath = kept;
-    if (kept.empty() && isFile(destination_->privateFile())) run_.partPath = destination_->privateFile();
+    if (kept.empty() && whileEventsRun(with_.doEvents, [this] { return isFile(destination_->privateFile()); }))
+        run_.partPath = destination_->privateFile();
     return well || lost ? RunFailure::none : RunFailure::destinationNotWritable;
 }
 
@@ -205,8 +206,9 @@ void MixingRun::stopRec() {
     run_.isMixing = capture_.StopMixCapture();
     const bool unwritten =
         run_.failure == RunFailure::encoderFailed || run_.failure == RunFailure::destinationNotWritable;
-    if (destination_ && unwritten && run_.cause == 0) run_.cause = writingError(run_.destinationPath);
-    destination_.reset();
+    if (destination_ && unwritten && run_.cause == 0)
+        run_.cause = whileEventsRun(with_.doEvents, [this] { return writingError(run_.destinationPath); });
+    if (destination_) whileEventsRun(with_.doEvents, [this] { destination_.reset(); });
     graph_.close();
     input_.RestoreUserInput();
 }
