@@ -244,10 +244,10 @@ void frmMain::rememberFiles() {
 
 void frmMain::bringBackMixes() {
     withButtonsOff([this] {
-        const auto files = whileEventsRun(environment_.doEvents, [this] {
+        interrupted_ = whileEventsRun(environment_.doEvents, [this] {
             return melvane::bringBackMixes(environment_.destinations, environment_.library);
         });
-        if (!files.empty()) interrupted_ = mixer_.run().listenPath = files.back();
+        if (!interrupted_.empty()) mixer_.run().listenPath = interrupted_.back();
     });
 }
 

@@ -114,9 +114,9 @@ private:
     const SettingsStore& store_;
     RecentFiles recent_;
     SettingsKeeper keeper_;
-    std::string interrupted_;  // what is left of a mix that was cut off, until the next run
-    bool stopped_ = false;     // the last run was ended with the stop button
-    bool tellsRun_ = false;    // nothing was chosen since it
+    std::vector<std::string> interrupted_;  // what is left of mixes that were cut off, until the next run
+    bool stopped_ = false;                  // the last run was ended with the stop button
+    bool tellsRun_ = false;                 // nothing was chosen since it
     bool wasRunning_ = false;
     bool choosing_ = false;            // a file is being chosen or opened
     bool portChosen_ = false;          // and not used yet

@@ -1,5 +1,9 @@
 #include "app/interrupted_mixes.h"
 
+#include <algorithm>
+#include <filesystem>
+
+#include "base/paths.h"
 #include "base/verdict.h"
 
 namespace melvane {
@@ -25,6 +29,10 @@ std::vector<std::string> bringBackMixes(Destinations& destinations, AudioLibrary
         const std::string part = mix->putBeside();
         files.push_back(part.empty() ? file : part);
     }
+    std::ranges::sort(files, {}, [](const std::string& file) {
+        std::error_code error;
+        return std::filesystem::last_write_time(toPath(file), error);
+    });
     return files;
 }
 

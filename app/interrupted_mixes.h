@@ -10,7 +10,7 @@
 namespace melvane {
 
 // Puts what they had recorded beside their destinations, and removes what can't be played. Opens files; any thread.
-// Where what they had is now; UTF-8.
+// Where what they had is now, the newest last; UTF-8.
 std::vector<std::string> bringBackMixes(Destinations& destinations, AudioLibrary& library);
 
 }  // namespace melvane

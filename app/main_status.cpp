@@ -53,6 +53,16 @@ StatusLine MainStatus::ended(const Facts& facts) const {
     return line;
 }
 
+// All of them on hover, and the last, which can be listened to, where there is little room.
+StatusLine MainStatus::broughtBack(const std::vector<std::string>& files) const {
+    if (files.size() == 1) return about(OwnText::interruptedMix, files.back(), true);
+    const std::string count =
+        environment_.language.ownText(OwnText::interruptedMixes, std::to_string(files.size())) + " ";
+    std::string all = files.back();
+    for (std::size_t i = files.size() - 1; i > 0; --i) all += "\n" + files[i - 1];
+    return {count + all, count + fileName(files.back()), true};
+}
+
 StatusLine MainStatus::result(const Facts& facts) const {
     const modLang& language = environment_.language;
     const PathFields& fields = mixer_.fields();
@@ -60,7 +70,7 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!facts.tellsRun && facts.songUnreadable)
         return about(OwnText::cannotOpenBackground, fields.background, false, true);
     if (!facts.tellsRun && facts.voiceUnreadable) return about(OwnText::cannotOpenVocal, fields.vocal, false, true);
-    if (!facts.tellsRun && !facts.interrupted.empty()) return about(OwnText::interruptedMix, facts.interrupted, true);
+    if (!facts.tellsRun && !facts.interrupted.empty()) return broughtBack(facts.interrupted);
     if (!facts.tellsRun) return {};
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
     if (run.recordsSilence)

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "app/mixer.h"
 #include "mixing/environment.h"
@@ -24,8 +25,8 @@ public:
         bool stopped = false;   // it was ended with the stop button
         bool songUnreadable = false;
         bool voiceUnreadable = false;
-        std::string interrupted;           // mix that was cut off before the program started
-        std::int32_t settingsFailure = 0;  // SettingsStore::failure()
+        std::vector<std::string> interrupted;  // mixes that were cut off before the program started
+        std::int32_t settingsFailure = 0;      // SettingsStore::failure()
     };
 
     // Both outlive this.
@@ -35,6 +36,7 @@ public:
 
 private:
     StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
+    StatusLine broughtBack(const std::vector<std::string>& files) const;
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;
     // What is heard and recorded of the run under way.

@@ -115,6 +115,7 @@ constexpr OwnTextRow kRows[] = {
      "Stopped: the longer mix is still there, and this part is in %1"},
     {OwnText::interruptedMix, "Miksowanie przerwano nagle. To, co zdążono nagrać, jest w pliku %1",
      "A mix was cut off. What had been recorded is in %1"},
+    {OwnText::interruptedMixes, "Przerwane miksy: %1. Ostatni jest w pliku", "Mixes cut off: %1. The last is in"},
     {OwnText::playsSilently, "Brak urządzenia dźwiękowego: miksu nie słychać, ale jest nagrywany.",
      "No sound device: the mix cannot be heard, but it is recorded."},
     {OwnText::portOutsideMix, "Dźwięku tego portu MIDI nie ma w miksie, chyba że nagrywa go wejście.",

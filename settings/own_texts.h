@@ -102,8 +102,9 @@ enum class OwnText {
     mixFinished,  // file
     mixIsSilent,  // file
     stopped,
-    partKept,        // file
-    interruptedMix,  // file
+    partKept,          // file
+    interruptedMix,    // file
+    interruptedMixes,  // how many; the last file follows
     playsSilently,
     portOutsideMix,
     portGone,   // port

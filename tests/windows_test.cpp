@@ -1,4 +1,5 @@
 // The start window and the main window, driven by mouse and keyboard, over a library that makes no sound.
+#include <sys/wait.h>
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
@@ -7,6 +8,9 @@
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QUrl>
+
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <set>
 
@@ -569,6 +573,24 @@ TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
     for (const char* part :
          {"/gone.mp3\n", "text.txt\n", "https://a.b/c.mp3\n", "OGG", "WAV", "saved on this computer"})
         EXPECT_NE(dialogs.boxes.back().find(part), std::string::npos) << part;
+}
+
+TEST_F(WindowFixture, TellsOfAllMixesThatWereCutOff) {
+    namespace fs = std::filesystem;
+    for (const int age : {0, 1, 2}) {
+        const std::string mix = dir / std::to_string(age) + ".mp3";
+        if (fork() == 0) {
+            const std::string left = destinations.claim(mix, true).destination.release()->privateFile();
+            std::ofstream(left) << "sound";
+            fs::last_write_time(left, fs::file_time_type::clock::now() - std::chrono::hours(age));
+            _exit(0);
+        }
+        wait(nullptr);
+    }
+    main().bringBackMixes();
+    EXPECT_EQ(whole("status"), "Mixes cut off: 3. The last is in " + dir.path() + "/0 (part).mp3\n" + dir.path() +
+                                   "/1 (part).mp3\n" + dir.path() + "/2 (part).mp3");
+    EXPECT_EQ(mixer().run().listenPath, dir / "0 (part).mp3");
 }
 
 // A box runs the events of the windows behind it.
