@@ -69,7 +69,8 @@ bool isUnreadable(RunFailure failure) {
 
 std::optional<OwnText> causeOf(const RunState& run) {
     const bool reading = isUnreadable(run.failure);
-    if (run.cause == 0) return reading ? std::optional(OwnText::noSoundInFile) : std::nullopt;
+    if (run.cause == 0 && reading) return OwnText::noSoundInFile;
+    if (run.cause == 0 && run.failure == RunFailure::encoderFailed) return OwnText::encoderCure;
     const auto* const cause = std::ranges::find(kCauses, run.cause, &Cause::error);
     if (cause == std::end(kCauses)) return std::nullopt;
     return reading ? cause->reading : cause->writing;
@@ -85,7 +86,7 @@ void append(std::string& text, const std::string& sentence) {
 std::string runCause(const modLang& language, const RunState& run) {
     const Row& row = rowOf(run.failure);
     std::string text;
-    if (const auto cause = causeOf(run)) append(text, language.ownText(*cause));
+    if (const auto cause = causeOf(run)) append(text, language.ownText(*cause, kEncoderName));
     if (row.detail) append(text, language.ownText(*row.detail, row.name ? run.*row.name : kEncoderName));
     if (run.failure != RunFailure::none && !run.partPath.empty())
         append(text, language.ownText(OwnText::mixedUntilThen, run.partPath));

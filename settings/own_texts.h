@@ -126,6 +126,7 @@ enum class OwnText {
     encoderNotFound,  // program
     encoderNotRun,    // program
     encoderFailed,    // file
+    encoderCure,      // program
     // Why the settings are not kept.
     settingsNotKept,
     diskFull,
