@@ -1,9 +1,12 @@
 // MIDI ports of the machine: a JACK server without a card, and a receiver that notes when messages come.
 #include <RtMidi.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <jack/jack.h>
 
+#include <cerrno>
 #include <ctime>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -35,16 +38,42 @@ public:
         jack_set_error_function([](const char*) {});
         start();
     }
-    // A killed one keeps its place among the eight that a machine can have, until another of its name ends well.
     ~JackServer() {
-        if (killed_) start();
+        server_.reset();
+        clearPlacesOfTheDead();
     }
-    void vanish() { killed_ = true, server_->stop(SIGKILL); }
-    void freeze() { killed_ = true, server_->freeze(); }
+    void vanish() { server_->stop(SIGKILL); }
+    void freeze() { server_->freeze(); }
 
 private:
+    static bool isDead(pid_t process) { return process > 0 && kill(process, 0) != 0 && errno == ESRCH; }
+
+    // A killed server keeps its place among the eight that a machine can have, and the files of its clients.
+    static void clearPlacesOfTheDead() {
+        const std::filesystem::path shared = "/dev/shm";
+        const int registry = open((shared / "jack-shm-registry").c_str(), O_RDWR | O_CLOEXEC);
+        std::int32_t head[6]{};  // the fifth is its length and that of all places
+        if (pread(registry, head, sizeof head, 0) == sizeof head) {
+            const std::string nobody((static_cast<std::size_t>(head[4]) - sizeof head) / 8, '\0');
+            for (auto place = static_cast<off_t>(sizeof head); place < head[4]; place += std::ssize(nobody)) {
+                pid_t process = 0;
+                const bool told = pread(registry, &process, sizeof process, place) == sizeof process;
+                if (told && isDead(process) && pwrite(registry, nobody.data(), nobody.size(), place) < 0) break;
+            }
+        }
+        close(registry);
+        for (const auto& entry : std::filesystem::directory_iterator(shared)) {
+            const std::string name = entry.path().filename();
+            const auto at = name.find(kName);
+            std::error_code error;
+            if (name.starts_with("jack") && at != std::string::npos && isDead(std::atoi(&name[at + kName.size()])))
+                std::filesystem::remove(entry, error);
+        }
+    }
+
     // One that follows a killed one may have to try more than once.
     void start() {
+        clearPlacesOfTheDead();
         for (int attempt = 0; attempt < 5; ++attempt) {
             server_.emplace(std::vector<std::string>{"jackd", "-s", "-S", "-t", "2000", "--no-realtime", "-n", name_,
                                                      "-d", "dummy", "-r", "44100", "-p", "64"});
@@ -61,14 +90,14 @@ private:
         return client && jack_client_close(client) == 0;
     }
 
+    static constexpr std::string_view kName = "melvane-";  // and the test's process
     const std::string name_ = [] {
-        const std::string name = "melvane-" + std::to_string(getpid());
+        const std::string name = std::string(kName) + std::to_string(getpid());
         setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
         setenv("JACK_NO_AUDIO_RESERVATION", "1", 1);
         return name;
     }();
     std::optional<test::Child> server_;
-    bool killed_ = false;
 };
 
 class Receiver {
