@@ -111,10 +111,34 @@ int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioL
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 
-int run(const MixOptions& options) {
+Reporter::Style styleOf(const MixOptions& options) {
     using Style = Reporter::Style;
-    const Style bar = options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
-    Reporter reporter(options.json ? Style::json : bar);
+    if (options.json) return Style::json;
+    return options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
+}
+
+bool mayNotReplace(const MixOptions& options) {
+    std::error_code error;
+    return !options.overwrite && std::filesystem::exists(toPath(options.destination), error);
+}
+
+int mixWith(const MixOptions& options, AudioLibrary& library, const LocalFileNames& names, Destinations& destinations,
+            modLang& language, Reporter& reporter) {
+    ConsoleDialogs dialogs;
+    ConsoleShell shell;
+    MixingRun* running = nullptr;
+    const auto doEvents = [&running] {
+        if (interruptedBy && running && running->busy()) running->stopRec();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    const music::Music music = music::createMusic(library, {.soundFont = options.soundFont, .devicePorts = false});
+    Mixer mixer({library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
+    running = &mixer.mixingRun();
+    return mix(options, mixer, language, library, reporter);
+}
+
+int run(const MixOptions& options) {
+    Reporter reporter(styleOf(options));
     modLang language;
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
@@ -128,23 +152,11 @@ int run(const MixOptions& options) {
     }
     for (const std::string& part : bringBackMixes(destinations, *start.library))
         reporter.note(language.ownText(OwnText::interruptedMix, part));
-    std::error_code error;
-    if (!options.overwrite && std::filesystem::exists(toPath(options.destination), error)) {
+    if (mayNotReplace(options)) {
         reporter.failed(existsMessage(options));
         return kCouldNot;
     }
-    ConsoleDialogs dialogs;
-    ConsoleShell shell;
-    MixingRun* running = nullptr;
-    const auto doEvents = [&running] {
-        if (interruptedBy && running && running->busy()) running->stopRec();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    };
-    const music::Music music =
-        music::createMusic(*start.library, {.soundFont = options.soundFont, .devicePorts = false});
-    Mixer mixer({*start.library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
-    running = &mixer.mixingRun();
-    return mix(options, mixer, language, *start.library, reporter);
+    return mixWith(options, *start.library, names, destinations, language, reporter);
 }
 
 }  // namespace
