@@ -16,7 +16,7 @@ public:
     // Source 0 background, 1 vocal.
     void setVolume(std::size_t source, std::int16_t percent) {
         settings_.volume.at(source) = percent;
-        if (run_.isMixing) graph_.SetBassVolume();
+        if (run_.sounds()) graph_.SetBassVolume();
     }
     void setKey(double semitones) {
         run_.key = semitones;

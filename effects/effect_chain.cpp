@@ -73,18 +73,18 @@ void EffectChain::setEffectLevel(std::size_t index, std::int16_t level, bool lea
     EffectSwitch& effect = settings_.EffectState.at(index);
     effect.level = level;
     effect.parameter = kVocalEffects.at(index).parameter(level);
-    if (run_.isMixing && (effect.enabled != 0 || !leaveOff)) EnableEffect(static_cast<std::int16_t>(index + 1));
+    if (run_.sounds() && (effect.enabled != 0 || !leaveOff)) EnableEffect(static_cast<std::int16_t>(index + 1));
 }
 
 void EffectChain::setEffectEnabled(std::size_t index, bool on) {
     settings_.EffectState.at(index).enabled = on ? -1 : 0;
-    if (run_.isMixing) applyEffect(index);
+    if (run_.sounds()) applyEffect(index);
 }
 
 void EffectChain::ApplyPreset(std::int16_t index) {
     settings_.currentPreset = index;
     const bool known = index >= 0 && static_cast<std::size_t>(index) < kPresets.size();
-    if (!run_.isMixing || !known) return;
+    if (!run_.sounds() || !known) return;
     const auto gains = split(kPresets[static_cast<std::size_t>(index)].gains, ',');
     for (std::size_t i = 0; i < eqFx_.size(); ++i)
         change(eqFx_[i], [&](EffectRecord& record) {
@@ -106,7 +106,7 @@ void EffectChain::setToneOf(Handle channel, std::size_t corner) {
 
 void EffectChain::setTone(std::size_t index, std::int16_t value) {
     settings_.toneValue.at(index) = value;
-    if (run_.isMixing) applyTone(index);
+    if (run_.sounds()) applyTone(index);
 }
 
 void EffectChain::applyTone() {
@@ -122,7 +122,7 @@ void EffectChain::applyTone(std::size_t index) {
 
 void EffectChain::setBalance(std::size_t source, std::int32_t value) {
     settings_.balanceValue.at(source) = value;
-    if (run_.isMixing) applyBalance(source);
+    if (run_.sounds()) applyBalance(source);
 }
 
 void EffectChain::applyBalance() {

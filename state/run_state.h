@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "state/voice_place.h"
+
 namespace melvane {
 
 using DoEvents = std::function<void()>;  // lets pending window events run once
@@ -48,17 +50,22 @@ struct RunState {
     bool isMidiBackground = false;
     bool mayReplace = true;  // a file that stands at the destination
     bool isMixing = false;
+    bool isRehearsing = false;    // what a run would play is heard, and not recorded
     bool recordsSilence = false;  // no recording input could be switched on for the run
     std::uint32_t backgroundChannel = 0;
     std::uint32_t vocalChannel = 0;
     std::uint32_t recordChannel = 0;
-    std::uint32_t lastMixStream = 0;        // playback stream over the finished file
-    double key = 0;                         // semitones, -5..5
-    float syncOffset = 0;                   // seconds, -0.6..0.6; positive: the vocal is earlier
+    std::uint32_t lastMixStream = 0;  // playback stream over the finished file
+    double key = 0;                   // semitones, -5..5
+    float syncOffset = 0;             // seconds, -0.6..0.6; positive: the vocal is earlier
+    VoicePlace voicePlace;
     std::int32_t savedInput = 0;            // recording input that was on when the program started
     std::int32_t savedLevel = 0;            // its level, 0..100
     RunFailure failure = RunFailure::none;  // of the last run
     int cause = 0;                          // error number (<cerrno>) behind it; 0: none is known
+
+    // What the user moves is heard at once.
+    bool sounds() const { return isMixing || isRehearsing; }
 };
 
 }  // namespace melvane
