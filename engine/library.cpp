@@ -12,6 +12,8 @@ namespace melvane::engine {
 
 namespace {
 
+// Twelve hours, more than any place between song and voice.
+constexpr std::int64_t kFurthest = std::int64_t{12 * 3600} * kSampleRate;
 constexpr std::uint32_t kEffectInterfaceVersion = 8;  // the least that is asked for
 
 std::uint64_t toBytes(std::int64_t frames) {
@@ -68,6 +70,11 @@ void Library::holdCardAtEndOf(Handle handle) {
     card_.holdAtEndOf(handles_.find<Channel>(handle));
 }
 
+bool Library::cueCard(std::int64_t frame) {
+    if (initialised_) card_.cue(std::max<std::int64_t>(frame, 0));
+    return initialised_;
+}
+
 std::uint32_t Library::stepCard(std::uint32_t frames) {
     if (options_.clock != CardClock::stepped) return 0;
     constexpr int kPatience = 100;  // ms
@@ -109,8 +116,12 @@ void Library::giveUpOpening() {
 
 Handle Library::BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                       std::uint32_t flags) {
-    if (!initialised_ || mem || !file || offset != 0 || length != 0) return 0;
-    std::shared_ptr<PcmSource> source = openings_.open(file);
+    return mem || !file || offset != 0 || length != 0 ? 0 : openRecording(file, 0, flags);
+}
+
+Handle Library::openRecording(const std::string& file, double driftPpm, std::uint32_t flags) {
+    if (!initialised_ || !(std::abs(driftPpm) <= kMostDrift)) return 0;
+    std::shared_ptr<PcmSource> source = openings_.open(file, driftPpm);
     if (!source) return 0;
     if (flags & BASS_STREAM_DECODE) return handles_.keep(std::move(source));
     return handles_.keep(std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0));
@@ -202,9 +213,9 @@ bool Library::BASS_ChannelSetAttributes(Handle handle, std::uint32_t, std::uint3
     return channel != nullptr;
 }
 
-bool Library::setChannelOffset(Handle handle, std::int64_t bytes) {
+bool Library::placeChannel(Handle handle, std::int64_t earlierFrames, bool once) {
     const auto channel = handles_.find<Channel>(handle);
-    if (channel) channel->setOffset(bytes / kBytesPerFrame);
+    if (channel) channel->place({static_cast<std::int32_t>(std::clamp(earlierFrames, -kFurthest, kFurthest)), once});
     return channel != nullptr;
 }
 

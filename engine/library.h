@@ -30,6 +30,9 @@ public:
     void holdCard() override { card_.hold(true); }
     void resumeCard() override { card_.hold(false); }
     void holdCardAtEndOf(Handle channel) override;
+    bool cueCard(std::int64_t frame) override;
+    void loopCard(std::int64_t begin, std::int64_t end) override { card_.loop(begin, end); }
+    std::int64_t cardPosition() const override { return card_.songFrame(); }
     std::uint32_t stepCard(std::uint32_t frames) override;
     CardStatus cardStatus() const override;
     PeakLevels takePeaks(Handle channel) override;
@@ -38,6 +41,7 @@ public:
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
+    Handle openRecording(const std::string& file, double driftPpm, std::uint32_t flags) override;
     void giveUpOpening() override;
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
@@ -55,7 +59,7 @@ public:
     bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                    std::int32_t pan) override;
 
-    bool setChannelOffset(Handle handle, std::int64_t bytes) override;
+    bool placeChannel(Handle handle, std::int64_t earlierFrames, bool once) override;
 
     Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override;
     bool BASS_FXSetParameters(Handle effect, const EffectRecord& record) override;

@@ -12,7 +12,7 @@ namespace melvane::engine {
 
 // What an opening and its thread share.
 struct Openings::Work {
-    void run(const std::string& file);
+    void run(const std::string& file, double driftPpm);
 
     const std::shared_ptr<std::atomic<bool>> cancelled = std::make_shared<std::atomic<bool>>(false);
     std::atomic<bool> over{false};  // opened or given up
@@ -20,8 +20,8 @@ struct Openings::Work {
     std::shared_ptr<PcmSource> source;
 };
 
-void Openings::Work::run(const std::string& file) {
-    std::shared_ptr<PcmSource> opened = decode::openSource(file, cancelled);
+void Openings::Work::run(const std::string& file, double driftPpm) {
+    std::shared_ptr<PcmSource> opened = decode::openSource(file, cancelled, driftPpm);
     {
         const std::lock_guard lock(mutex);
         if (!*cancelled) source = std::move(opened);
@@ -30,16 +30,16 @@ void Openings::Work::run(const std::string& file) {
     over.notify_all();
 }
 
-std::shared_ptr<PcmSource> Openings::open(const std::string& file) {
+std::shared_ptr<PcmSource> Openings::open(const std::string& file, double driftPpm) {
     const auto work = std::make_shared<Work>();
     {
         const std::lock_guard lock(mutex_);
         running_.push_back(work);
     }
     try {
-        std::thread([work, file] { work->run(file); }).detach();
+        std::thread([work, file, driftPpm] { work->run(file, driftPpm); }).detach();
     } catch (const std::system_error&) {
-        work->run(file);
+        work->run(file, driftPpm);
     }
     work->over.wait(false);
     {

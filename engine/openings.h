@@ -13,9 +13,10 @@ namespace melvane::engine {
 // Any thread.
 class Openings {
 public:
-    // Opens the file on a thread of its own, so that a reader that never finishes can be left behind; on the caller's
-    // where the system gives none. nullptr when there is no sound in it, or when it was given up.
-    std::shared_ptr<PcmSource> open(const std::string& file);
+    // Opens the file, `driftPpm` longer than it should be, on a thread of its own, so that a reader that never finishes
+    // can be left behind; on the caller's where the system gives none. nullptr when there is no sound in it, or when it
+    // was given up.
+    std::shared_ptr<PcmSource> open(const std::string& file, double driftPpm);
     // Whoever waits in open() goes on at once.
     void giveUp();
 

@@ -123,6 +123,11 @@ void MidiBackground::ApplyChannelSettings() {
     });
 }
 
+void MidiBackground::solo(std::uint16_t channels) {
+    state_.soloed = channels;
+    tell([&](MusicPerformance& performance) { performance.solo(channels); });
+}
+
 void MidiBackground::MidiRestore() {
     if (!state_.midiLoaded) return;
     for (std::int16_t c = 0; c < kMidiChannels; ++c) {

@@ -93,6 +93,8 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     state_.midiLength = 0;
     state_.touched = {};
     state_.songSettings = {};
+    state_.trackNames = {};
+    state_.soloed = 0;
     std::shared_ptr<MusicPerformance> performance;
     const auto extracts = [&] {
         auto bytes = whileWanted(doEvents_, current, [fileName] { return readSongFile(fileName); });
@@ -169,8 +171,10 @@ void MidiBackground::loadSegment(const std::shared_ptr<MusicPerformance>& perfor
             doEvents_, [&] { return generation == generation_; }, download))
         return;
     state_.midiLength = static_cast<float>(segment->length());
-    for (std::int16_t c = 0; c < kMidiChannels; ++c)
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
         state_.songSettings[c] = segment->settings(static_cast<std::uint8_t>(c));
+        state_.trackNames[c] = segment->trackName(static_cast<std::uint8_t>(c));
+    }
     state_.deviceOpen = true;
 }
 
@@ -190,6 +194,7 @@ void MidiBackground::reopen() {
     auto wanted = state_.ChannelInfo;
     const auto initial = state_.InitialChannel;
     const auto touched = state_.touched;
+    const std::uint16_t soloed = state_.soloed;
     std::string fileName = openFile_;
     const unsigned generation = generation_ + 1;
     OpenMidi(fileName);
@@ -204,6 +209,7 @@ void MidiBackground::reopen() {
     state_.InitialChannel = initial;
     state_.touched = touched;
     ApplyChannelSettings();
+    solo(soloed);
     updateChannels();
 }
 

@@ -111,6 +111,10 @@ public:
                           std::int16_t instrument);
     // Sends what SetSingleChannel has recorded since the song was read.
     void ApplyChannelSettings();
+    // Only these channels are heard, all of them where there is none; another song clears it. Their volumes stay.
+    void solo(std::uint16_t channels);
+    // A bit for each channel that sounds now.
+    std::uint16_t soundingChannels() const { return loaded() ? performance_->soundingChannels() : std::uint16_t{0}; }
     // Back to what the song itself sets; nothing before a song was loaded.
     void MidiRestore();
     // Moves the notes of every used channel but the percussion by `key` semitones, rounded to whole ones.

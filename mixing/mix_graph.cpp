@@ -30,7 +30,7 @@ bool MixGraph::open(const std::function<bool()>& wanted) {
         const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE, wanted);
         run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
     }
-    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP, wanted);
+    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP, wanted, run_.voicePlace.driftPpm);
     const bool song = run_.isMidiBackground || run_.backgroundChannel != 0;
     if (wanted() && song && run_.vocalChannel != 0) {
         length_ = run_.isMidiBackground ? toFrames(midi_.length())
@@ -48,14 +48,15 @@ bool MixGraph::open(const std::function<bool()>& wanted) {
 }
 
 // A long file takes a while: window events run meanwhile.
-Handle MixGraph::openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted) {
+Handle MixGraph::openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted,
+                          double driftPpm) {
     if (!wanted()) return 0;
     return whileEventsRun(
         [&] {
             with_.doEvents();
             if (!wanted()) with_.library.giveUpOpening();
         },
-        [&] { return with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags); });
+        [&] { return with_.library.openRecording(path, driftPpm, flags); });
 }
 
 // Whatever kind of channel it is.
@@ -123,9 +124,9 @@ void MixGraph::applyKey() {
 // A place on the vocal's own time, so that setting it again changes nothing.
 void MixGraph::applySyncOffset() {
     if (run_.vocalChannel == 0) return;
-    const auto bytes = static_cast<std::int64_t>(
-        with_.library.BASS_ChannelSeconds2Bytes(run_.vocalChannel, std::abs(run_.syncOffset)));
-    with_.library.setChannelOffset(run_.vocalChannel, run_.syncOffset < 0 ? -bytes : bytes);
+    with_.library.placeChannel(run_.vocalChannel,
+                               run_.voicePlace.earlier + toFrames(static_cast<double>(run_.syncOffset)),
+                               run_.voicePlace.given());
 }
 
 std::int64_t MixGraph::position() const {

@@ -47,7 +47,8 @@ public:
     RunFailure lostSource() const;
 
 private:
-    Handle openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted);
+    Handle openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted,
+                    double driftPpm = 0);
     void freeChannel(std::uint32_t& channel);
 
     const Environment with_;

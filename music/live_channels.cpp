@@ -24,6 +24,7 @@ void LiveChannels::keep(const LiveMessage& message) {
                    [&](const TransposeMessage& m) {
                        if (m.channel != kPercussionChannel) channels_[m.channel].semitones = m.semitones;
                    },
+                   [&](const SoloMessage& m) { soloed_ = m.channels; },
                    [&](const LiftMessage&) {
                        for (Channel& channel : channels_) channel = {.semitones = channel.semitones};
                    },
@@ -50,7 +51,7 @@ bool LiveChannels::overrides(const SongEvent& event) const {
             return channel.patch.has_value();
         case kVolumeController:
         case kVolumeController + kFine:
-            return channel.volume.has_value();
+            return channel.volume.has_value() || silenced(event.status & 0x0F);
         case kBalanceController:
         case kBalanceController + kFine:
             return channel.balance.has_value();
@@ -59,11 +60,26 @@ bool LiveChannels::overrides(const SongEvent& event) const {
     }
 }
 
+bool LiveChannels::silences(const ShortMessage& message) const {
+    return (message.status & 0xF0) == kControlChange && message.data1 == kVolumeController &&
+           silenced(message.status & 0x0F);
+}
+
+void LiveChannels::sendVolumes(MidiSink& sink, std::int64_t frame) const {
+    for (int channel = 0; channel < kMidiChannels; ++channel) sendVolume(sink, frame, channel);
+}
+
+void LiveChannels::sendVolume(MidiSink& sink, std::int64_t frame, int channel) const {
+    const std::optional<std::uint8_t> volume =
+        silenced(channel) ? std::uint8_t{0} : channels_[static_cast<std::size_t>(channel)].volume;
+    if (volume) sink.send(frame, onChannel(kControlChange, channel), kVolumeController, *volume);
+}
+
 void LiveChannels::sendSettings(MidiSink& sink, std::int64_t frame, int index) const {
     const Channel& channel = channels_[static_cast<std::size_t>(index)];
     const std::uint8_t control = onChannel(kControlChange, index);
     if (channel.patch) sendPatch(sink, frame, index, *channel.patch);
-    if (channel.volume) sink.send(frame, control, kVolumeController, *channel.volume);
+    sendVolume(sink, frame, index);
     if (channel.balance) sink.send(frame, control, kBalanceController, *channel.balance);
 }
 

@@ -42,11 +42,16 @@ struct TransposeMessage {
     std::uint8_t channel;
     int semitones;
 };
+// A bit for each channel that is heard; none: all are.
+struct SoloMessage {
+    std::uint16_t channels;
+};
 struct LiftMessage {};
 struct MasterVolumeMessage {
     int value;
 };
-using LiveMessage = std::variant<PatchMessage, ShortMessage, TransposeMessage, LiftMessage, MasterVolumeMessage>;
+using LiveMessage =
+    std::variant<PatchMessage, ShortMessage, TransposeMessage, SoloMessage, LiftMessage, MasterVolumeMessage>;
 
 class LiveChannels {
 public:
@@ -56,11 +61,16 @@ public:
     // Whether a message of the song is to be left out.
     bool overrides(const SongEvent& event) const;
     bool overrides(std::span<const std::uint8_t> sysex) const { return masterVolume_ && isMasterVolume(sysex); }
+    // Others are heard alone.
+    bool silenced(int channel) const { return soloed_ != 0 && !(soloed_ >> channel & 1); }
+    // Such a message is kept, but not to be sent.
+    bool silences(const ShortMessage& message) const;
     int transposition(int channel) const { return channels_[static_cast<std::size_t>(channel)].semitones; }
 
     // Sends the user's settings of one channel or all of them.
     void sendSettings(MidiSink& sink, std::int64_t frame, int channel) const;
     void sendSettings(MidiSink& sink, std::int64_t frame) const;
+    void sendVolumes(MidiSink& sink, std::int64_t frame) const;
 
 private:
     struct Channel {
@@ -70,10 +80,12 @@ private:
         int semitones = 0;
     };
 
+    void sendVolume(MidiSink& sink, std::int64_t frame, int channel) const;
     void keepShort(const ShortMessage& message);
 
     std::array<Channel, kMidiChannels> channels_;
     std::optional<int> masterVolume_;
+    std::uint16_t soloed_ = 0;
 };
 
 }  // namespace melvane::music

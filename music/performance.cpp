@@ -48,6 +48,10 @@ SongSettings Segment::settings(std::uint8_t channel) const {
     return settings;
 }
 
+std::string Segment::trackName(std::uint8_t channel) const {
+    return channel < song_->trackNames.size() ? song_->trackNames[channel] : "";
+}
+
 Performance::Performance(AudioLibrary& library, std::string soundFont, OutputPorts ports,
                          std::vector<std::string> listed, std::shared_ptr<SynthBus> bus)
     : library_(library),
@@ -188,6 +192,14 @@ void Performance::sendMidi(std::int64_t, std::uint32_t, std::uint8_t channel, st
 
 void Performance::sendTranspose(std::int64_t, std::uint32_t, std::uint8_t channel, int semitones) {
     tell(TransposeMessage{checkedChannel(channel), std::clamp(semitones, -127, 127)});
+}
+
+void Performance::solo(std::uint16_t channels) {
+    tell(SoloMessage{channels});
+}
+
+std::uint16_t Performance::soundingChannels() const {
+    return playing() ? source_->sounding() : std::uint16_t{0};
 }
 
 void Performance::liftChannelSettings() {

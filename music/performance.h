@@ -21,6 +21,7 @@ public:
 
     double length() const override;
     SongSettings settings(std::uint8_t channel) const override;
+    std::string trackName(std::uint8_t channel) const override;
     const std::shared_ptr<const Song>& song() const { return song_; }
 
 private:
@@ -53,6 +54,8 @@ public:
     void sendMidi(std::int64_t time, std::uint32_t flags, std::uint8_t channel, std::uint8_t status, std::uint8_t data1,
                   std::uint8_t data2) override;
     void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) override;
+    void solo(std::uint16_t channels) override;
+    std::uint16_t soundingChannels() const override;
     void liftChannelSettings() override;
     void closeDown(int channelGroups) override;
 

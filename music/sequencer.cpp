@@ -60,20 +60,26 @@ void Sequencer::begin(const LiveChannels& live) {
 }
 
 void Sequencer::take(const LiveMessage& message, std::int64_t frame) {
-    if (std::holds_alternative<LiftMessage>(message)) sendHeldBack(frame);
+    const LiveChannels before = live_;
     live_.keep(message);
     std::visit(Visitor{
                    [&](const PatchMessage& m) { sendPatch(sink_, frame, m.channel, m.patch); },
-                   [&](const ShortMessage& m) { sink_.send(frame, m.status, m.data1, m.data2); },
+                   [&](const ShortMessage& m) {
+                       if (!live_.silences(m)) sink_.send(frame, m.status, m.data1, m.data2);
+                   },
                    [&](const MasterVolumeMessage& m) { sendMasterVolume(sink_, frame, m.value); },
                    [](const TransposeMessage&) {},
-                   [](const LiftMessage&) {},
+                   [&](const SoloMessage&) {
+                       sendHeldBack(frame, before, live_);
+                       live_.sendVolumes(sink_, frame);
+                   },
+                   [&](const LiftMessage&) { sendHeldBack(frame, before, live_); },
                },
                message);
 }
 
-// What the song has set by now of all that the user's settings have kept from it.
-void Sequencer::sendHeldBack(std::int64_t frame) {
+// What the song has set by now of all that the settings before have kept from it, and those of now no longer do.
+void Sequencer::sendHeldBack(std::int64_t frame, const LiveChannels& before, const LiveChannels& now) {
     std::array<std::array<std::uint8_t, kSettings.size()>, kMidiChannels> values{};
     const auto forget = [&] {
         for (auto& channel : values)
@@ -92,7 +98,8 @@ void Sequencer::sendHeldBack(std::int64_t frame) {
     for (int channel = 0; channel < kMidiChannels; ++channel)
         for (std::size_t i = 0; i < kSettings.size(); ++i) {
             const SongEvent event = kSettings[i].event(channel, values[static_cast<std::size_t>(channel)][i]);
-            if (live_.overrides(event)) sink_.send(frame, event.status, event.data1, event.data2);
+            if (before.overrides(event) && !now.overrides(event))
+                sink_.send(frame, event.status, event.data1, event.data2);
         }
 }
 
@@ -185,6 +192,12 @@ std::uint8_t Sequencer::moved(int channel, std::uint8_t key) const {
     while (to < 0) to += 12;
     while (to > 127) to -= 12;
     return static_cast<std::uint8_t>(to);
+}
+
+std::uint16_t Sequencer::keysDown() const {
+    unsigned channels = 0;
+    for (const Sounding& s : sounding_) channels |= 1U << s.channel;
+    return static_cast<std::uint16_t>(channels);
 }
 
 std::vector<Sequencer::Sounding>::iterator Sequencer::sounding(int channel, std::uint8_t key) {

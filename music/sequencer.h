@@ -27,6 +27,8 @@ public:
 
     // Everything was sent, the end of all notes included.
     bool finished() const { return finished_; }
+    // A bit for each channel with a key down.
+    std::uint16_t keysDown() const;
     // When a note or a pedal was let go last.
     std::int64_t lastRelease() const { return lastRelease_; }
 
@@ -39,7 +41,7 @@ private:
     };
 
     std::int64_t placeOf(std::int64_t songFrame) const;
-    void sendHeldBack(std::int64_t frame);
+    void sendHeldBack(std::int64_t frame, const LiveChannels& before, const LiveChannels& now);
     void send(const SongEvent& event, std::int64_t frame);
     void sendNote(const SongEvent& event, std::int64_t frame);
     void sendControl(const SongEvent& event, std::int64_t frame);

@@ -1,8 +1,10 @@
 // A MIDI song as a list of events on the card's time.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace melvane::music {
@@ -18,6 +20,7 @@ struct SongEvent {
 struct Song {
     std::vector<SongEvent> events;  // in order of time; events of one time in the order of file and track
     std::vector<std::vector<std::uint8_t>> sysex;  // whole messages, from 0xF0 to 0xF7
+    std::array<std::string, 16> trackNames;        // by channel: of the track that plays there first, in UTF-8
     std::int64_t endFrame = 0;                     // of the last event, end-of-track marks included
 };
 

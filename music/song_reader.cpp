@@ -7,6 +7,7 @@
 #include "music/midi_messages.h"
 #include "music/song.h"
 #include "music/song_clock.h"
+#include "music/song_text.h"
 #include "music/track_reader.h"
 #include "platform/audio_library.h"
 #include "platform/music_performance.h"
@@ -80,6 +81,14 @@ bool append(std::vector<TrackEvent>& events, SongClock clock, Song& song) {
     return true;
 }
 
+// A channel goes by the name of the first track in the file that plays a note there.
+void nameChannels(std::span<const TrackEvent> track, const std::string& name, Song& song) {
+    for (const TrackEvent& event : track) {
+        std::string& channel = song.trackNames[event.status & 0x0F];
+        if ((event.status & 0xF0) == kNoteOn && event.data2 > 0 && channel.empty()) channel = toUtf8(name);
+    }
+}
+
 bool isNote(const SongEvent& event) {
     return (event.status & 0xF0) == kNoteOn && event.data2 > 0;
 }
@@ -103,7 +112,9 @@ Song readSong(std::span<const std::uint8_t> file) {
     while (goesOn && !rest.empty() && song.events.size() < kMostEvents) {
         const auto track = takeChunk(rest);
         if (!track) continue;
-        readTrack(*track, kMostEvents - song.events.size(), events, song.sysex);
+        const std::size_t before = events.size();
+        const std::string name = readTrack(*track, kMostEvents - song.events.size(), events, song.sysex);
+        nameChannels(std::span(events).subspan(before), name, song);
         if (format != 2) continue;
         goesOn = append(events, clock, song);
         events.clear();

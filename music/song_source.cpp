@@ -72,6 +72,7 @@ bool SongSource::renderPiece() {
     drainPosted();
     sequencer_.playTo(rendered_ + static_cast<std::int64_t>(kPieceFrames / 2));
     instrument_->render(piece_.data());
+    sounding_ = sequencer_.keysDown();
     pieceAt_ = 0;
     pieceFrames_ = kPieceFrames;
     if (sequencer_.finished()) {

@@ -25,6 +25,8 @@ public:
 
     // --- any thread ---
     void post(const LiveMessage& message);
+    // A bit for each channel that sounds.
+    std::uint16_t sounding() const { return sounding_; }
     // How long the song was, in frames, once its end has been read; 0 before.
     std::int64_t endedAt() const { return endedAt_; }
 
@@ -54,6 +56,7 @@ private:
     std::size_t pieceFrames_ = 0;
 
     std::atomic<std::int64_t> endedAt_{0};
+    std::atomic<std::uint16_t> sounding_{0};
     std::mutex postedMutex_;
     std::vector<LiveMessage> posted_;
     std::vector<LiveMessage> taken_;

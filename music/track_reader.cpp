@@ -9,6 +9,7 @@ namespace melvane::music {
 namespace {
 
 constexpr std::uint8_t kMeta = 0xFF;
+constexpr std::uint8_t kMetaTrackName = 0x03;
 constexpr std::uint8_t kMetaEndOfTrack = 0x2F;
 constexpr std::uint8_t kMetaTempo = 0x51;
 
@@ -17,6 +18,8 @@ public:
     TrackReader(std::span<const std::uint8_t> track, std::vector<TrackEvent>& events,
                 std::vector<std::vector<std::uint8_t>>& sysex)
         : bytes_(track), events_(events), sysex_(sysex) {}
+
+    const std::string& name() const { return name_; }
 
     void read(std::size_t maxEvents) {
         while (!ended_ && !bytes_.empty() && events_.size() < maxEvents) {
@@ -59,10 +62,13 @@ private:
 
     void readMeta() {
         const std::uint8_t type = bytes_.byte();
-        MidiBytes content(bytes_.take(bytes_.variableLength()));
+        const auto bytes = bytes_.take(bytes_.variableLength());
+        MidiBytes content(bytes);
         if (type == kMetaEndOfTrack) {
             ended_ = true;
             events_.push_back({tick_, 0, TrackEventKind::kEndOfTrack});
+        } else if (type == kMetaTrackName && name_.empty()) {
+            name_.assign(bytes.begin(), bytes.end());
         } else if (type == kMetaTempo) {
             const std::uint32_t tempo = content.bigEndian(3);
             if (!content.overrun()) events_.push_back({tick_, tempo, TrackEventKind::kTempo});
@@ -102,6 +108,7 @@ private:
     MidiBytes bytes_;
     std::vector<TrackEvent>& events_;
     std::vector<std::vector<std::uint8_t>>& sysex_;
+    std::string name_;
     std::int64_t tick_ = 0;
     std::uint8_t runningStatus_ = 0;
     std::vector<std::uint8_t> message_;  // the packets so far of one that is not over
@@ -111,9 +118,11 @@ private:
 
 }  // namespace
 
-void readTrack(std::span<const std::uint8_t> track, std::size_t maxEvents, std::vector<TrackEvent>& events,
-               std::vector<std::vector<std::uint8_t>>& sysex) {
-    TrackReader(track, events, sysex).read(maxEvents);
+std::string readTrack(std::span<const std::uint8_t> track, std::size_t maxEvents, std::vector<TrackEvent>& events,
+                      std::vector<std::vector<std::uint8_t>>& sysex) {
+    TrackReader reader(track, events, sysex);
+    reader.read(maxEvents);
+    return reader.name();
 }
 
 }  // namespace melvane::music

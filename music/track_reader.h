@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace melvane::music {
@@ -20,8 +21,9 @@ struct TrackEvent {
 };
 
 // Appends what can be read of the track, until there are `maxEvents` in all. Events come in the track's order, only
-// that a message in pieces may stand behind later ones that are no messages.
-void readTrack(std::span<const std::uint8_t> track, std::size_t maxEvents, std::vector<TrackEvent>& events,
-               std::vector<std::vector<std::uint8_t>>& sysex);
+// that a message in pieces may stand behind later ones that are no messages. Returns the track's name as its bytes are,
+// "" where it has none.
+std::string readTrack(std::span<const std::uint8_t> track, std::size_t maxEvents, std::vector<TrackEvent>& events,
+                      std::vector<std::vector<std::uint8_t>>& sysex);
 
 }  // namespace melvane::music

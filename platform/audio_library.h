@@ -36,6 +36,9 @@ inline constexpr std::uint32_t BASS_INPUT_TYPE_UNDEF = 0x00000000;
 inline constexpr std::uint32_t BASS_INPUT_TYPE_MIC = 0x03000000;
 inline constexpr std::uint32_t BASS_INPUT_TYPE_ANALOG = 0x0A000000;
 
+// Beyond any clock that runs, in parts in a million.
+inline constexpr double kMostDrift = 10000;
+
 // Tempo and rate values that leave the parameter of a tempo stream unchanged.
 inline constexpr float kTempoUnchanged = -100.0F;
 inline constexpr float kRateUnchanged = 0.0F;
@@ -104,6 +107,14 @@ public:
     virtual void resumeCard() = 0;
     // The card holds itself right behind the last frame of `channel`, so that nothing later is mixed.
     virtual void holdCardAtEndOf(Handle channel) = 0;
+    // Everything that plays goes to the song's frame `frame`, clamped to 0 or later: the next frame that leaves the
+    // card is what a run from the beginning has there. Returns at once, also while the card is held.
+    virtual bool cueCard(std::int64_t frame) = 0;
+    // While `end` > `begin`, the card goes on with the song's frame `begin` behind the frame `end` - 1.
+    virtual void loopCard(std::int64_t begin, std::int64_t end) = 0;
+    // The song's frame that leaves the card next, BASS_INFO::latency before it is heard; counted from where the first
+    // channel began to play.
+    virtual std::int64_t cardPosition() const = 0;
     // On the stepped clock: mixes up to `frames` frames and returns how many. Waits for a slow encoder, but
     // at most 100 ms a call, so that the caller can look at its signals; 0 too while the card is held.
     virtual std::uint32_t stepCard(std::uint32_t frames) = 0;
@@ -129,6 +140,10 @@ public:
     // other threads.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
+    // The same for a recording that is `driftPpm` parts in a million longer than it should be (shorter where negative,
+    // at most kMostDrift either way): it is played that much faster, in one go with the conversion of its rate. Any
+    // thread, as above.
+    virtual Handle openRecording(const std::string& file, double driftPpm, std::uint32_t flags) = 0;
     // Whoever waits in BASS_StreamCreateFile or BASS_RecordStart gets 0 within a moment; what a file or a server still
     // keeps busy ends by itself. Any thread.
     virtual void giveUpOpening() = 0;
@@ -162,9 +177,10 @@ public:
     virtual bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                            std::int32_t pan) = 0;
 
-    // Plays `bytes` ahead of where the channel would be (positive: it is heard earlier) or behind; silent before
-    // its own start. The same value again changes nothing. A sounding channel fades over within 20 ms.
-    virtual bool setChannelOffset(Handle handle, std::int64_t bytes) = 0;
+    // The channel begins `earlierFrames` before the song (behind its beginning where negative) and is silent before its
+    // own start. `once`: it never loops, and fades within 5 ms at its two ends. The same place again changes nothing; a
+    // sounding channel fades over within 20 ms.
+    virtual bool placeChannel(Handle handle, std::int64_t earlierFrames, bool once) = 0;
 
     // --- Effects ---------------------------------------------------------------------------------------
     // Attaches an effect of EffectType `type` with its default record to a playback channel. Higher priorities

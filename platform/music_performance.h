@@ -45,6 +45,8 @@ public:
     // Seconds to the last event and, behind it, the longest that the last notes may take to fade.
     virtual double length() const = 0;
     virtual SongSettings settings(std::uint8_t channel) const = 0;
+    // What the song calls the track that plays the channel (UTF-8); "" where it has no name or no notes.
+    virtual std::string trackName(std::uint8_t channel) const = 0;
 };
 
 // Channels count from 0 to 15, 9 is percussion. Messages take effect at once, before the song begins at its first
@@ -96,6 +98,11 @@ public:
                           std::uint8_t data1, std::uint8_t data2) = 0;
     // Moves the notes that begin from now on by `semitones`; percussion is never moved.
     virtual void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) = 0;
+    // Only the channels whose bits are set are heard, all of them where none is; their volumes stay as they are. Holds
+    // for what is played later too.
+    virtual void solo(std::uint16_t channels) = 0;
+    // A bit for each channel that sounds now: a note of it is down or can still be heard. Any thread; never waits.
+    virtual std::uint16_t soundingChannels() const = 0;
     // From now on the song's own messages count again on every channel; while it plays, so do those that were held
     // back.
     virtual void liftChannelSettings() = 0;

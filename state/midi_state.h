@@ -66,10 +66,12 @@ struct MidiState {
     ChannelTable<InitialSettings> InitialChannel;
     ChannelTable<TouchedSettings> touched;
     ChannelTable<SongSettings> songSettings;
-    std::string midiBytes;               // the song's file
-    std::string midiSettingsBlock;       // of the karaoke container it came in
-    bool fileSettingsFound = false;      // such a block was read; nothing asks for it yet
-    std::vector<std::string> midiPorts;  // descriptions; the first stands for port 1
+    ChannelTable<std::string> trackNames;  // "" where there is none
+    std::uint16_t soloed = 0;              // a bit for each channel that is heard alone; none: all are heard
+    std::string midiBytes;                 // the song's file
+    std::string midiSettingsBlock;         // of the karaoke container it came in
+    bool fileSettingsFound = false;        // such a block was read; nothing asks for it yet
+    std::vector<std::string> midiPorts;    // descriptions; the first stands for port 1
     std::int16_t midiLoaded = 0;
     bool deviceOpen = false;  // a song is loaded into the performance
     float midiLength = 0;     // seconds

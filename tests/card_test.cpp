@@ -99,7 +99,7 @@ TEST(Card, AVoiceLoopsWithoutAGapFromItsOffsetOn) {
     for (const int offset : {-300, 0, 250, 1200}) {
         Session session;
         const auto channel = channelOf(voice, true);
-        channel->setOffset(offset);
+        channel->place({static_cast<std::int32_t>(offset), false});
         session.play(channel);
         mix(session.card, 3000, 100);
         for (int i = 0; i < 3000; ++i) {
@@ -118,7 +118,7 @@ TEST(Card, AnOffsetInARunFadesOverToTheSample) {
         const auto channel = channelOf(voice, true);
         session.play(channel);
         for (const int offset : {0, 5000, 5000, -20000, 0}) {
-            channel->setOffset(offset);
+            channel->place({static_cast<std::int32_t>(offset), false});
             mix(session.card, 4096, block);
         }
         return session.recorder->sound;
@@ -145,7 +145,7 @@ TEST(Card, AnOffsetMovedAgainInItsFadeStillFadesTheSameInAnyBlock) {
         session.play(channel);
         mix(session.card, 4000, block);
         for (const int offset : {400, 800, 1200, 0}) {
-            channel->setOffset(offset);
+            channel->place({static_cast<std::int32_t>(offset), false});
             mix(session.card, 300, block);
         }
         mix(session.card, 8000, block);

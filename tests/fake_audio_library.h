@@ -84,6 +84,13 @@ public:
     void holdCard() override { note("holdCard"); }
     void resumeCard() override { note("resumeCard"); }
     void holdCardAtEndOf(Handle channel) override { note("holdCardAtEndOf", channel); }
+    std::int64_t cardPlace = 0;
+    bool cueCard(std::int64_t frame) override {
+        cardPlace = frame;
+        return note("cueCard", frame);
+    }
+    void loopCard(std::int64_t begin, std::int64_t end) override { note("loopCard", begin, end); }
+    std::int64_t cardPosition() const override { return cardPlace; }
     std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
     float reduction = 0;
     float takeReduction() override { return reduction; }
@@ -104,6 +111,13 @@ public:
     }
     Handle BASS_StreamCreateFile(bool, const char* file, std::uint32_t, std::uint32_t, std::uint32_t flags) override {
         note("BASS_StreamCreateFile", std::string(file), flags);
+        return open(file);
+    }
+    Handle openRecording(const std::string& file, double driftPpm, std::uint32_t flags) override {
+        note("openRecording", file, static_cast<float>(driftPpm), flags);
+        return open(file);
+    }
+    Handle open(const std::string& file) {
         std::this_thread::sleep_for(openingTime);
         if (failingOnce.erase(file) > 0) return 0;
         if (unreadable.contains(file) || (product_ == file && !productReadable)) return 0;
@@ -145,8 +159,8 @@ public:
         return note("BASS_ChannelSetAttributes", handle, frequency, volume, pan);
     }
 
-    bool setChannelOffset(Handle handle, std::int64_t bytes) override {
-        return note("setChannelOffset", handle, bytes);
+    bool placeChannel(Handle handle, std::int64_t earlierFrames, bool once) override {
+        return note("placeChannel", handle, earlierFrames, once);
     }
 
     Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override {

@@ -27,7 +27,8 @@ public:
     bool devicesOpen = true;
     bool songLoads = true;
     bool plays = true;
-    int messagesLeft = 1000;  // until sending fails
+    std::uint16_t sounding = 0;  // channels
+    int messagesLeft = 1000;     // until sending fails
     int openPorts = 0;
     std::atomic<int> performances = 0;  // that there are
 
@@ -50,6 +51,7 @@ public:
 
 private:
     struct Segment : MusicSegment {
+        std::string trackName(std::uint8_t channel) const override { return channel == 2 ? "Lead" : ""; }
         double length() const override { return 3; }
         SongSettings settings(std::uint8_t channel) const override {
             return channel == 2 ? SongSettings{0, 127, {}} : SongSettings{};
@@ -98,6 +100,8 @@ private:
         void sendTranspose(std::int64_t time, std::uint32_t flags, std::uint8_t channel, int semitones) override {
             send(words("sendTranspose", time, flags, channel, semitones));
         }
+        void solo(std::uint16_t channels) override { note(words("solo", channels)); }
+        std::uint16_t soundingChannels() const override { return music_.sounding; }
         void liftChannelSettings() override { note("liftChannelSettings"); }
         void closeDown(int groups) override {
             note(words("closeDown", groups), !ready_);

@@ -377,9 +377,9 @@ TEST_F(WindowFixture, SlidersStandForValuesAndAreHeardInARun) {
     const std::tuple<const char*, int, double, std::function<double()>, const char*> steps[] = {
         {"volm0", 94, 50, volume(0), "BASS_ChannelSetAttributes 2 44100 50 0"},
         {"volm1", 0, 100, volume(1), "BASS_ChannelSetAttributes 3 44100 100 0"},
-        {"snc", 96, -0.04, sync, "setChannelOffset 3 -7056"},
-        {"snc", 94, -0.04, sync, "setChannelOffset 3 -7056"},
-        {"snc", 500, -0.6, sync, "setChannelOffset 3 -105840"},
+        {"snc", 96, -0.04, sync, "placeChannel 3 -1764 0"},
+        {"snc", 94, -0.04, sync, "placeChannel 3 -1764 0"},
+        {"snc", 500, -0.6, sync, "placeChannel 3 -26460 0"},
         {"tone", 341, 1 / 6.4, key, "BASS_FX_TempoSet 2 -100.000000 0.000000 0.156250"},
     };
     for (const auto& [slider, to, value, stored, heard] : steps) {

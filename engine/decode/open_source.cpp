@@ -56,12 +56,12 @@ std::unique_ptr<NativeSource> tryOpen(Decoder decoder, const std::string& path, 
 
 }  // namespace
 
-std::unique_ptr<PcmSource> openSource(const std::string& utf8Path, const CancelFlag& cancelled) try {
+std::unique_ptr<PcmSource> openSource(const std::string& utf8Path, const CancelFlag& cancelled, double driftPpm) try {
     for (const Decoder decoder : kindOf(utf8Path).decoders) {
         if (!decoder) break;
         auto source = tryOpen(decoder, utf8Path, cancelled);
         // A length that was measured up to an error is wrong.
-        if (source) return source->failed() ? nullptr : atCardRate(std::move(source));
+        if (source) return source->failed() ? nullptr : atCardRate(std::move(source), driftPpm);
     }
     return nullptr;
 } catch (const std::exception&) {

@@ -17,7 +17,7 @@ constexpr std::int64_t kFilterReach = 1024;
 
 }  // namespace
 
-std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source) {
+std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source, double) {
     if (source->rate() == kSampleRate) return source;
     return std::make_unique<ResampledSource>(std::move(source));
 }

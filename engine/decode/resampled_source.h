@@ -14,7 +14,7 @@ namespace melvane::decode {
 
 // `source` itself when it is at 44100 Hz already, so that its samples pass bit by bit; else resampled. The
 // first sample out stands for the first one in, and the length is the rounded frames * 44100 / rate.
-std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source);
+std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source, double driftPpm = 0);
 
 class ResampledSource : public NativeSource {
 public:

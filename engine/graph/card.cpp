@@ -16,7 +16,10 @@ void Card::change(Change change) {
 
 void Card::play(const std::shared_ptr<Channel>& channel, bool restart) {
     change([&] {
-        if (!activeLocked()) afresh_ = true;
+        if (!activeLocked()) {
+            afresh_ = true;
+            songBegin_ = handedOut_.load();
+        }
         if (std::ranges::find(channels_, channel) == channels_.end()) channels_.push_back(channel);
         channel->play(restart);
     });
@@ -45,6 +48,21 @@ void Card::hold(bool held) {
 
 void Card::holdAtEndOf(std::shared_ptr<Channel> channel) {
     change([&] { holdAtEndOf_ = std::move(channel); });
+}
+
+void Card::cue(std::int64_t frame) {
+    change([&] {
+        for (const auto& channel : channels_) channel->cue(frame);
+        afresh_ = true;
+        songBegin_ = handedOut_ - frame;
+    });
+}
+
+void Card::loop(std::int64_t begin, std::int64_t end) {
+    change([&] {
+        loopBegin_ = begin;
+        loopEnd_ = end;
+    });
 }
 
 void Card::wake() {

@@ -36,6 +36,10 @@ public:
     void hold(bool held);
     // Holds the card behind the last frame of `channel`.
     void holdAtEndOf(std::shared_ptr<Channel> channel);
+    // Every channel goes to the song's frame `frame`.
+    void cue(std::int64_t frame);
+    // While `end` > `begin`, `begin` comes behind the frame `end` - 1.
+    void loop(std::int64_t begin, std::int64_t end);
     // Wakes the mixing thread to look again at what plays.
     void wake();
 
@@ -50,6 +54,8 @@ public:
     // Returns when wake() or another call above may have changed something.
     void waitForChange();
 
+    // Any thread: the song's frame that is handed out next.
+    std::int64_t songFrame() const { return handedOut_ - songBegin_; }
     std::uint64_t framesMixed() const { return framesMixed_; }
     // Any thread: of the channels' sum, before the limiter, since this was asked last.
     PeakLevels takePeaks() { return peaks_.take(); }
@@ -80,7 +86,10 @@ private:
     std::vector<std::shared_ptr<CardListener>> listeners_;
     std::shared_ptr<Channel> holdAtEndOf_;
     bool held_ = false;
-    bool afresh_ = true;  // nothing played before: the next frame mixed is the first to come out
+    std::int64_t loopBegin_ = 0;
+    std::int64_t loopEnd_ = 0;
+    std::atomic<std::int64_t> songBegin_{0};  // the song's first frame, counted as handedOut_
+    bool afresh_ = true;                      // nothing played before: the next frame mixed is the first to come out
 
     // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
     Limiter limiter_;

@@ -24,6 +24,11 @@ bool Channel::seek(std::int64_t frame) {
     return true;
 }
 
+void Channel::cue(std::int64_t frame) {
+    wantedCue_ = frame;
+    if (ended_.exchange(false)) playing_ = true;
+}
+
 void Channel::addEffect(std::shared_ptr<Effect> effect, int priority) {
     const std::lock_guard lock(effectsMutex_);
     const auto behind = std::ranges::find_if(effects_, [&](const PlacedEffect& e) { return e.priority < priority; });
@@ -45,14 +50,14 @@ std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFr
     return got;
 }
 
-// In pieces that end with a fade: an offset that waits for it is taken at that frame, not with the next block.
+// In pieces that end with a fade: a place that waits for it is taken at that frame, not with the next block.
 std::size_t Channel::readAlong(float* out, std::size_t frames) {
     std::size_t done = 0;
     while (done < frames) {
-        takeOffset();
+        takePlace();
         const std::size_t piece =
             fadeLeft_ > 0 ? std::min(frames - done, static_cast<std::size_t>(fadeLeft_)) : frames - done;
-        const std::size_t got = readAt(time_ + offset_, out + done * 2, piece);
+        const std::size_t got = readAt(time_ + place_.earlier, out + done * 2, piece);
         fadeOver(out + done * 2, got);
         time_ += static_cast<std::int64_t>(got);
         done += got;
@@ -63,41 +68,45 @@ std::size_t Channel::readAlong(float* out, std::size_t frames) {
 }
 
 void Channel::takeSeek() {
+    if (const std::int64_t cue = wantedCue_.exchange(kNoSeek); cue != kNoSeek) {
+        time_ = cue;
+        fadeLeft_ = 0;
+    }
     std::int64_t wanted = wantedSeek_;
     if (wanted == kNoSeek) return;
-    time_ = wanted - offset_;
+    time_ = wanted - place_.earlier;
     fadeLeft_ = 0;
     position_ = wanted;
     wantedSeek_.compare_exchange_strong(wanted, kNoSeek);
 }
 
-void Channel::takeOffset() {
-    const std::int64_t wanted = wantedOffset_;
+void Channel::takePlace() {
+    const Place wanted = wantedPlace_;
     // One move after the other: a fade that runs is not cut off.
-    if (wanted == offset_ || fadeLeft_ > 0) return;
+    if (wanted == place_ || fadeLeft_ > 0) return;
     if (sounded_) {
-        const std::size_t got = readAt(time_ + offset_, fade_.data(), kFadeFrames);
+        const std::size_t got = readAt(time_ + place_.earlier, fade_.data(), kFadeFrames);
         std::fill(fade_.begin() + static_cast<std::ptrdiff_t>(got * 2), fade_.end(), 0.0F);
         fadeLeft_ = kFadeFrames;
     }
-    offset_ = wanted;
+    place_ = wanted;
 }
 
-std::size_t Channel::readAt(std::int64_t place, float* out, std::size_t frames) {
+std::size_t Channel::readAt(std::int64_t at, float* out, std::size_t frames) {
     std::size_t done = 0;
-    if (place < 0) {
-        done = std::min(frames, static_cast<std::size_t>(-place));
+    if (at < 0) {
+        done = std::min(frames, static_cast<std::size_t>(-at));
         std::fill_n(out, done * 2, 0.0F);
-        place += static_cast<std::int64_t>(done);
+        at += static_cast<std::int64_t>(done);
     }
     while (done < frames) {
-        const std::int64_t at = loop_ ? place % length_ : std::min(place, length_);
-        if (at != sourceAt_) source_->seek(at);
+        const std::int64_t inside = loop_ ? at % length_ : std::min(at, length_);
+        if (inside != sourceAt_) source_->seek(inside);
         const std::size_t got = source_->read(out + done * 2, frames - done);
-        sourceAt_ = at + static_cast<std::int64_t>(got);
+        sourceAt_ = inside + static_cast<std::int64_t>(got);
         if (got == 0) break;
         done += got;
-        place += static_cast<std::int64_t>(got);
+        at += static_cast<std::int64_t>(got);
     }
     return done;
 }
@@ -117,8 +126,8 @@ void Channel::applyEffects(std::size_t frames) {
 
 void Channel::publishPosition(std::int64_t cardFrame) {
     const std::int64_t inside = std::max<std::int64_t>(cardFrameBehind_ - cardFrame, 0);
-    const std::int64_t place = std::max<std::int64_t>(time_ + offset_ - inside, 0);
-    position_ = loop_ ? place % length_ : std::min(place, length_);
+    const std::int64_t at = std::max<std::int64_t>(time_ + place_.earlier - inside, 0);
+    position_ = loop_ ? at % length_ : std::min(at, length_);
 }
 
 }  // namespace melvane::engine

@@ -14,6 +14,13 @@
 
 namespace melvane::engine {
 
+// Where a channel lies on the song's time.
+struct Place {
+    std::int32_t earlier = 0;  // frames by which it begins before the song
+    bool once = false;         // it is silent around its sound, and never loops
+    bool operator==(const Place&) const = default;
+};
+
 class Channel {
 public:
     Channel(std::shared_ptr<PcmSource> source, bool loop);
@@ -31,8 +38,9 @@ public:
     std::int64_t position() const;
     // False when `frame` lies outside 0..length.
     bool seek(std::int64_t frame);
-    // Plays `frames` ahead of its own time (behind it where negative; silence before its start).
-    void setOffset(std::int64_t frames) { wantedOffset_ = frames; }
+    void place(Place place) { wantedPlace_ = place; }
+    // Goes to the song's frame `frame`; one that has ended plays on.
+    void cue(std::int64_t frame);
     void setLevel(VolumeAndPan level) { level_.set(level); }
     VolumeAndPan level() const { return level_.get(); }
     // Of what it added to the card since this was asked last.
@@ -54,11 +62,11 @@ private:
     };
 
     void takeSeek();
-    void takeOffset();
+    void takePlace();
     // Reads on from where the channel is; fewer frames only at the end.
     std::size_t readAlong(float* out, std::size_t frames);
-    // Reads what lies at `place` of the channel's own time line; fewer frames only at the end.
-    std::size_t readAt(std::int64_t place, float* out, std::size_t frames);
+    // Reads what lies at `at` of the channel's own time line; fewer frames only at the end.
+    std::size_t readAt(std::int64_t at, float* out, std::size_t frames);
     void fadeOver(float* block, std::size_t frames);
     void applyEffects(std::size_t frames);
 
@@ -73,20 +81,21 @@ private:
     std::atomic<bool> failed_{false};
     std::atomic<std::int64_t> position_{0};
     std::atomic<std::int64_t> wantedSeek_{kNoSeek};
-    std::atomic<std::int64_t> wantedOffset_{0};
+    std::atomic<std::int64_t> wantedCue_{kNoSeek};
+    std::atomic<Place> wantedPlace_{Place{}};
     Level level_;
     PeakMeter peaks_;
     std::mutex effectsMutex_;
     std::vector<PlacedEffect> effects_;
 
     // Mixing thread only.
-    std::int64_t time_ = 0;  // frames since the start; with offset_ the place in the source
-    std::int64_t offset_ = 0;
+    std::int64_t time_ = 0;  // the song's frame
+    Place place_;
     std::int64_t sourceAt_ = 0;         // where the source stands
     std::int64_t cardFrameBehind_ = 0;  // the card's frame behind the last one that was mixed
     bool sounded_ = false;
     std::vector<float> block_;
-    std::vector<float> fade_;  // what plays on at the old offset
+    std::vector<float> fade_;  // what plays on at the old place
     int fadeLeft_ = 0;
 };
 
