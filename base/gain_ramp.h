@@ -26,6 +26,11 @@ public:
         step_ = {(goal.left - now_.left) / count, (goal.right - now_.right) / count};
         left_ = frames_;
     }
+    // At the goal at once.
+    void finish() {
+        now_ = goal_;
+        left_ = 0;
+    }
     bool moving() const { return left_ > 0; }
     StereoGain now() const { return now_; }
     // Goes on by one frame.

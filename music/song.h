@@ -20,8 +20,9 @@ struct SongEvent {
 struct Song {
     std::vector<SongEvent> events;  // in order of time; events of one time in the order of file and track
     std::vector<std::vector<std::uint8_t>> sysex;  // whole messages, from 0xF0 to 0xF7
-    std::array<std::string, 16> trackNames;        // by channel: of the track that plays there first, in UTF-8
     std::int64_t endFrame = 0;                     // of the last event, end-of-track marks included
+    // By channel: the name of the track that plays there first, in UTF-8.
+    std::array<std::string, 16> trackNames = {};
 };
 
 // Reads a Standard MIDI File of format 0, 1 or 2 (whose sequences follow one another), bare or in a RIFF file, with a

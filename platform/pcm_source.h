@@ -18,6 +18,9 @@ public:
     virtual std::size_t read(float* out, std::size_t frames) = 0;
     // The next read() begins at `frame`, which is clamped to 0..frames().
     virtual void seek(std::int64_t frame) = 0;
+    // As seek(frame), where what is read before `heard` will not be heard: it is only to bring what follows into the
+    // state that it would have.
+    virtual void roll(std::int64_t frame, std::int64_t /*heard*/) { seek(frame); }
     // True for good once the file could not be read although there was more of it: an error of the drive, or a file
     // that was cut off meanwhile.
     virtual bool failed() const { return false; }

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "engine/decode/drift_source.h"
 #include "platform/audio_library.h"
 
 namespace melvane::decode {
@@ -17,7 +18,8 @@ constexpr std::int64_t kFilterReach = 1024;
 
 }  // namespace
 
-std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source, double) {
+std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source, double driftPpm) {
+    if (driftPpm != 0) return std::make_unique<DriftSource>(std::move(source), driftPpm);
     if (source->rate() == kSampleRate) return source;
     return std::make_unique<ResampledSource>(std::move(source));
 }

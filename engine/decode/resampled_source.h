@@ -13,7 +13,8 @@
 namespace melvane::decode {
 
 // `source` itself when it is at 44100 Hz already, so that its samples pass bit by bit; else resampled. The
-// first sample out stands for the first one in, and the length is the rounded frames * 44100 / rate.
+// first sample out stands for the first one in, and the length is the rounded frames * 44100 / rate. With `driftPpm` it
+// is as much shorter as a recording should be that is longer by so many parts in a million.
 std::unique_ptr<PcmSource> atCardRate(std::unique_ptr<NativeSource> source, double driftPpm = 0);
 
 class ResampledSource : public NativeSource {

@@ -47,6 +47,7 @@ void MixingThread::playWhileActive() {
             continue;
         }
         if (!waitForRoom()) continue;
+        if (device_ && card_.cued()) device_->expectFrames(false);
         const std::size_t frames = card_.mix(block_.data(), blockFrames_);
         clockFrames_ += frames;
         if (device_) {

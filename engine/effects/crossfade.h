@@ -17,6 +17,12 @@ public:
         if (!started_) heard_ = {setting, setting};
         started_ = true;
     }
+    // The setting that is wanted is heard alone at once.
+    void finish() {
+        heard_ = {wanted_, wanted_};
+        frame_ = kRampFrames;
+        share_ = 1;
+    }
     // Goes on by one frame.
     void advance() {
         if (!fading()) {

@@ -30,6 +30,11 @@ void Echo::render(float* block, std::size_t frames, const EchoValues& values) {
     }
 }
 
+void Echo::clear(std::int64_t, const EchoValues&) {
+    for (DelayLine& line : lines_) line.clear();
+    delays_.finish();
+}
+
 // How many frames repeat nothing of one another.
 std::size_t Echo::straightFrames() const {
     std::size_t frames = kChunk;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "platform/effect_records.h"
@@ -20,6 +21,11 @@ public:
 
     // Mixing thread: `frames` stereo frames in place. Allocates nothing.
     virtual void process(float* block, std::size_t frames) = 0;
+    // Mixing thread: the next frame is the song's frame `frame`, as if only silence had been before, with the newest
+    // record. Oscillators are where they would have come from frame 0 on.
+    virtual void restart(std::int64_t frame) = 0;
+    // Mixing thread: with the newest record it changes the sound.
+    virtual bool audible() = 0;
 };
 
 // An effect for 44100 Hz with its default record.

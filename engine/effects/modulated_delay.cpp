@@ -69,6 +69,13 @@ void ModulatedDelay<Record>::render(float* block, std::size_t frames, const Modu
 }
 
 template <typename Record>
+void ModulatedDelay<Record>::clear(std::int64_t frame, const ModulatedDelayValues& values) {
+    for (DelayLine& line : lines_) line.clear();
+    sweep_.finish();
+    turning_.place(0, values.rate, frame);
+}
+
+template <typename Record>
 void ModulatedDelay<Record>::push(const float* block, std::size_t frames) {
     for (std::size_t side = 0; side < 2; ++side) {
         float* line = lines_[side].append(frames);

@@ -17,14 +17,22 @@ class Turning {
 public:
     explicit Turning(Phase start = 0) : place_(std::uint64_t{start} << 32) {}
 
+    // To where `rate` takes it in `frames` frames from `start`.
+    void place(Phase start, double rate, std::int64_t frames) {
+        place_ = (std::uint64_t{start} << 32) + stepOf(rate) * static_cast<std::uint64_t>(frames);
+    }
     // Goes on by `count` frames of `rate` turns each, 0 <= rate < 0.5, and writes their phases.
     void advance(double rate, std::size_t count, Row<Phase>& phases) {
-        const auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(rate * 0x1p64));
+        const std::uint64_t step = stepOf(rate);
         for (std::size_t f = 0; f < count; ++f) phases[f] = static_cast<Phase>((place_ + f * step) >> 32);
         place_ += count * step;
     }
 
 private:
+    static std::uint64_t stepOf(double rate) {
+        return static_cast<std::uint64_t>(static_cast<std::int64_t>(rate * 0x1p64));
+    }
+
     std::uint64_t place_;
 };
 

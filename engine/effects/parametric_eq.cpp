@@ -67,6 +67,11 @@ void ParametricEq::render(float* block, std::size_t frames, const Biquad& band) 
     if (flatFrames_ == kRestFrames) state_ = State{};
 }
 
+void ParametricEq::clear(std::int64_t, const Biquad& band) {
+    state_ = State{};
+    flatFrames_ = band.flat() ? kRestFrames : 0;
+}
+
 // The states follow from the sound alone, not from what comes out, so that a frame waits as shortly as possible for the
 // one before it: first' = (b1 - a1 b0) in + second - a1 first.
 void ParametricEq::filter(float* block, std::size_t frames, const Biquad& band) {

@@ -30,6 +30,8 @@ class ParametricEq final : public RecordEffect<ParametricEqRecord, Biquad, doubl
 private:
     Biquad goalOf(const ParametricEqRecord& record) override;
     void render(float* block, std::size_t frames, const Biquad& band) override;
+    void clear(std::int64_t frame, const Biquad& band) override;
+    bool changes(const Biquad& band) const override { return !band.flat(); }
     void filter(float* block, std::size_t frames, const Biquad& band);
 
     // A flat band works on until the narrowest one has died away, and then passes the sound on untouched.

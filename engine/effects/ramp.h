@@ -32,7 +32,13 @@ public:
         to_ = to;
         frame_ = 0;
     }
+    // At the goal at once.
+    void finish() {
+        now_ = to_;
+        frame_ = kRampFrames;
+    }
     bool moving() const { return frame_ < kRampFrames; }
+    Values goal() const { return std::bit_cast<Values>(to_); }
     Values now() const { return std::bit_cast<Values>(now_); }
     // Goes on by one frame.
     Values advance() {

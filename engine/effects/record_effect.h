@@ -37,11 +37,25 @@ public:
         if (frames > 0) render(block, frames, ramp_.now());
     }
 
+    void restart(std::int64_t frame) final {
+        takeRecord();
+        ramp_.finish();
+        clear(frame, ramp_.now());
+    }
+    bool audible() final {
+        takeRecord();
+        return changes(ramp_.goal());
+    }
+
 protected:
     // Mixing thread: the values that `record`, limited to its ranges, asks for.
     virtual Values goalOf(const Record& record) = 0;
     // Mixing thread: `frames` frames in place, all with `values`.
     virtual void render(float* block, std::size_t frames, const Values& values) = 0;
+    // Mixing thread: nothing has sounded, and the song's frame `frame` is next.
+    virtual void clear(std::int64_t frame, const Values& values) = 0;
+    // Whether anything of the sound is changed with `values`.
+    virtual bool changes(const Values& values) const = 0;
 
 private:
     void takeRecord() {

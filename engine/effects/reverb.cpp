@@ -123,7 +123,7 @@ ReverbValues Reverb::goalOf(const ReverbRecord& record) {
 
 void Reverb::render(float* block, std::size_t frames, const ReverbValues& values) {
     if (values.wet == 0) {
-        clear();
+        empty();
         return;
     }
     empty_ = false;
@@ -221,7 +221,13 @@ void Reverb::writeLines(std::size_t frames) {
     }
 }
 
-void Reverb::clear() {
+void Reverb::clear(std::int64_t frame, const ReverbValues&) {
+    empty();
+    for (std::size_t i = 0; i < turnings_.size(); ++i)
+        turnings_[i].place(static_cast<Phase>(i) * kQuarterTurn, kMoveRates[i] / kSampleRate, frame);
+}
+
+void Reverb::empty() {
     if (empty_) return;
     for (DelayLine& line : lines_) line.clear();
     for (DelayLine& diffuser : diffusers_) diffuser.clear();

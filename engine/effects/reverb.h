@@ -49,7 +49,9 @@ private:
     void absorb(std::size_t first, std::size_t frames, const ReverbValues& values);
     void addWet(float* block, std::size_t frames, const ReverbValues& values) const;
     void writeLines(std::size_t frames);
-    void clear();
+    void clear(std::int64_t frame, const ReverbValues& values) override;
+    bool changes(const ReverbValues& values) const override { return values.wet != 0; }
+    void empty();
 
     std::vector<DelayLine> lines_;
     std::array<FilterState, kReverbLines> filters_{};

@@ -36,7 +36,7 @@ public:
     void hold(bool held);
     // Holds the card behind the last frame of `channel`.
     void holdAtEndOf(std::shared_ptr<Channel> channel);
-    // Every channel goes to the song's frame `frame`.
+    // Everything goes to the song's frame `frame`, those that have ended too. What sounds fades over within 5 ms.
     void cue(std::int64_t frame);
     // While `end` > `begin`, `begin` comes behind the frame `end` - 1.
     void loop(std::int64_t begin, std::int64_t end);
@@ -51,11 +51,13 @@ public:
     // True while active() and not held.
     bool running();
     bool congested();
+    // The next block may take long: the graph has a way to go unheard.
+    bool cued() const { return wantedCue_ != kNoCue; }
     // Returns when wake() or another call above may have changed something.
     void waitForChange();
 
-    // Any thread: the song's frame that is handed out next.
-    std::int64_t songFrame() const { return handedOut_ - songBegin_; }
+    // Any thread: the song's frame that is handed out next, also while the card is on its way there.
+    std::int64_t songFrame() const { return songFrame_; }
     std::uint64_t framesMixed() const { return framesMixed_; }
     // Any thread: of the channels' sum, before the limiter, since this was asked last.
     PeakLevels takePeaks() { return peaks_.take(); }
@@ -69,12 +71,30 @@ private:
     struct Playing {
         Channels channels;
         std::shared_ptr<Channel> last;  // the channel that ends the mix
+        std::int64_t loopBegin = 0;
+        std::int64_t loopEnd = 0;
     };
+
+    static constexpr std::int64_t kNoCue = -1;
+    // In frames.
+    static constexpr std::int64_t kRoll = 66150;          // 1.5 s, by which the limiter has forgotten
+    static constexpr std::int64_t kEffectsRoll = 352800;  // 8 s
+    static constexpr std::int64_t kBridge = 220;          // 5 ms
+    static constexpr std::int64_t kPiece = 4096;          // rolled before it is asked whether another place is wanted
 
     bool activeLocked() const;
     template <typename Change>
     void change(Change change);
     void startAfresh();
+    void finishBlock(const Playing& playing);
+    // Up to `frames` of what comes next; fewer at the song's end and where a loop goes back.
+    std::size_t produce(float* out, std::size_t frames, const Playing& playing);
+    bool atLoopEnd(const Playing& playing) const;
+    void goTo(std::int64_t frame, bool cut, const Playing& playing);
+    bool roll(std::int64_t frame, const Playing& playing);
+    bool rollChannel(Channel& channel, std::int64_t begin, std::int64_t heard);
+    bool rollCard(std::int64_t end, const Playing& playing);
+    void buildBridge(const std::vector<float>& tail, std::size_t before, const Playing& playing);
     std::size_t mixChannels(float* out, std::size_t frames, const Playing& playing);
     std::size_t limit(float* out, std::size_t frames, const Playing& playing);
 
@@ -86,10 +106,12 @@ private:
     std::vector<std::shared_ptr<CardListener>> listeners_;
     std::shared_ptr<Channel> holdAtEndOf_;
     bool held_ = false;
+    bool afresh_ = true;  // nothing played before: the next frame mixed is the first to come out
+    bool cut_ = true;     // what was handed out last has been heard to its end
     std::int64_t loopBegin_ = 0;
     std::int64_t loopEnd_ = 0;
-    std::atomic<std::int64_t> songBegin_{0};  // the song's first frame, counted as handedOut_
-    bool afresh_ = true;                      // nothing played before: the next frame mixed is the first to come out
+    std::atomic<std::int64_t> wantedCue_{kNoCue};
+    std::atomic<std::int64_t> songFrame_{0};
 
     // Mixing thread only. The limiter is late, so the card mixes ahead of what it hands out.
     Limiter limiter_;
@@ -100,7 +122,13 @@ private:
     std::int64_t mixed_ = 0;                   // how many of them were sound,
     std::atomic<std::int64_t> handedOut_{0};   // and how many have come out
     std::atomic<std::int64_t> drainUntil_{0};  // the end of the last channel that ended by itself
+    std::int64_t songBegin_ = 0;               // the song's first frame, counted like these
     bool ended_ = false;
+    bool rolling_ = false;              // what is mixed is not heard
+    std::int64_t rollingFor_ = kNoCue;  // the cue that asked for it
+    std::vector<float> rolled_;         // a piece of it
+    std::vector<float> bridge_;         // from one place in the song to another, to be handed out first
+    std::size_t bridgeAt_ = 0;
     std::atomic<std::uint64_t> framesMixed_{0};
 };
 

@@ -1,6 +1,7 @@
 #include "engine/graph/channel.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace melvane::engine {
 
@@ -24,30 +25,49 @@ bool Channel::seek(std::int64_t frame) {
     return true;
 }
 
-void Channel::cue(std::int64_t frame) {
-    wantedCue_ = frame;
-    if (ended_.exchange(false)) playing_ = true;
-}
-
 void Channel::addEffect(std::shared_ptr<Effect> effect, int priority) {
     const std::lock_guard lock(effectsMutex_);
     const auto behind = std::ranges::find_if(effects_, [&](const PlacedEffect& e) { return e.priority < priority; });
     effects_.insert(behind, {std::move(effect), priority});
 }
 
-std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFrame) {
+std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFrame, bool heard) {
     takeSeek();
     block_.resize(frames * 2);
     const std::size_t got = readAlong(block_.data(), frames);
     if (source_->failed()) failed_ = true;
     cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
     applyEffects(got);
-    peaks_.raise(level_.mixInto(out, block_.data(), got));
+    const PeakLevels peaks = level_.mixInto(out, block_.data(), got);
+    if (heard) peaks_.raise(peaks);
     if (got < frames) {
         ended_ = true;
         playing_ = false;
     }
     return got;
+}
+
+void Channel::roll(std::int64_t frame, std::int64_t heard) {
+    if (ended_.exchange(false)) playing_ = true;
+    wantedSeek_ = kNoSeek;
+    time_ = frame;
+    place_ = wantedPlace_;
+    fadeLeft_ = 0;
+    sourceAt_ = std::clamp<std::int64_t>(inside(time_ + place_.earlier), 0, length_);
+    source_->roll(sourceAt_, std::clamp<std::int64_t>(inside(heard + place_.earlier), 0, length_));
+    level_.finish();
+    const std::lock_guard lock(effectsMutex_);
+    for (const PlacedEffect& placed : effects_) placed.effect->restart(frame);
+}
+
+std::int64_t Channel::framesLeft() const {
+    if (!place_.once) return std::numeric_limits<std::int64_t>::max();
+    return std::max<std::int64_t>(length_ - time_ - place_.earlier, 0);
+}
+
+bool Channel::hasEffects() {
+    const std::lock_guard lock(effectsMutex_);
+    return std::ranges::any_of(effects_, [](const PlacedEffect& placed) { return placed.effect->audible(); });
 }
 
 // In pieces that end with a fade: a place that waits for it is taken at that frame, not with the next block.
@@ -68,10 +88,6 @@ std::size_t Channel::readAlong(float* out, std::size_t frames) {
 }
 
 void Channel::takeSeek() {
-    if (const std::int64_t cue = wantedCue_.exchange(kNoSeek); cue != kNoSeek) {
-        time_ = cue;
-        fadeLeft_ = 0;
-    }
     std::int64_t wanted = wantedSeek_;
     if (wanted == kNoSeek) return;
     time_ = wanted - place_.earlier;
@@ -100,15 +116,31 @@ std::size_t Channel::readAt(std::int64_t at, float* out, std::size_t frames) {
         at += static_cast<std::int64_t>(done);
     }
     while (done < frames) {
-        const std::int64_t inside = loop_ ? at % length_ : std::min(at, length_);
-        if (inside != sourceAt_) source_->seek(inside);
+        const std::int64_t wanted = inside(at);
+        if (wanted != sourceAt_) source_->seek(wanted);
         const std::size_t got = source_->read(out + done * 2, frames - done);
-        sourceAt_ = inside + static_cast<std::int64_t>(got);
+        sourceAt_ = wanted + static_cast<std::int64_t>(got);
         if (got == 0) break;
+        if (place_.once) fadeEnds(at, out + done * 2, got);
         done += got;
         at += static_cast<std::int64_t>(got);
     }
-    return done;
+    if (!place_.once) return done;
+    std::fill(out + done * 2, out + frames * 2, 0.0F);
+    return frames;
+}
+
+std::int64_t Channel::inside(std::int64_t at) const {
+    return loop_ && !place_.once && at >= 0 ? at % length_ : std::min(at, length_);
+}
+
+void Channel::fadeEnds(std::int64_t at, float* block, std::size_t frames) const {
+    for (std::size_t i = 0; i < frames; ++i, ++at) {
+        const std::int64_t toEnd = std::min(at, length_ - 1 - at);
+        if (toEnd >= kEndFrames) continue;
+        const float gain = (static_cast<float>(toEnd) + 0.5F) / kEndFrames;
+        for (std::size_t side = 0; side < 2; ++side) block[2 * i + side] *= gain;
+    }
 }
 
 void Channel::fadeOver(float* block, std::size_t frames) {
@@ -125,9 +157,8 @@ void Channel::applyEffects(std::size_t frames) {
 }
 
 void Channel::publishPosition(std::int64_t cardFrame) {
-    const std::int64_t inside = std::max<std::int64_t>(cardFrameBehind_ - cardFrame, 0);
-    const std::int64_t at = std::max<std::int64_t>(time_ + place_.earlier - inside, 0);
-    position_ = loop_ ? at % length_ : std::min(at, length_);
+    const std::int64_t ahead = std::max<std::int64_t>(cardFrameBehind_ - cardFrame, 0);
+    position_ = inside(std::max<std::int64_t>(time_ + place_.earlier - ahead, 0));
 }
 
 }  // namespace melvane::engine

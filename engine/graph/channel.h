@@ -39,8 +39,6 @@ public:
     // False when `frame` lies outside 0..length.
     bool seek(std::int64_t frame);
     void place(Place place) { wantedPlace_ = place; }
-    // Goes to the song's frame `frame`; one that has ended plays on.
-    void cue(std::int64_t frame);
     void setLevel(VolumeAndPan level) { level_.set(level); }
     VolumeAndPan level() const { return level_.get(); }
     // Of what it added to the card since this was asked last.
@@ -49,9 +47,15 @@ public:
     void addEffect(std::shared_ptr<Effect> effect, int priority);
 
     // --- mixing thread ---
-    // Adds up to `frames` frames to `out`, whose first one is the card's frame `cardFrame`. Fewer only when the
-    // channel ended, which stops it.
-    std::size_t mixInto(float* out, std::size_t frames, std::int64_t cardFrame);
+    // Adds up to `frames` frames to `out`, whose first one is the card's frame `cardFrame`. Fewer only when the channel
+    // ended, which stops it. One that sounds once does not end: it may still be placed elsewhere.
+    std::size_t mixInto(float* out, std::size_t frames, std::int64_t cardFrame, bool heard = true);
+    // Goes to the song's frame `frame`, one that has ended too, to be mixed unheard up to the frame `heard`.
+    void roll(std::int64_t frame, std::int64_t heard);
+    // What is to come of one that sounds once; no end is known of others before it comes.
+    std::int64_t framesLeft() const;
+    // Its effects are at work: what sounds now depends on what was there before.
+    bool hasEffects();
     // Tells position() that the card has handed out its frames up to `cardFrame`.
     void publishPosition(std::int64_t cardFrame);
 
@@ -67,11 +71,15 @@ private:
     std::size_t readAlong(float* out, std::size_t frames);
     // Reads what lies at `at` of the channel's own time line; fewer frames only at the end.
     std::size_t readAt(std::int64_t at, float* out, std::size_t frames);
+    // Where the source is for `at`.
+    std::int64_t inside(std::int64_t at) const;
+    void fadeEnds(std::int64_t at, float* block, std::size_t frames) const;
     void fadeOver(float* block, std::size_t frames);
     void applyEffects(std::size_t frames);
 
     static constexpr std::int64_t kNoSeek = -1;
-    static constexpr int kFadeFrames = 882;  // 20 ms
+    static constexpr int kFadeFrames = 882;          // 20 ms
+    static constexpr std::int64_t kEndFrames = 220;  // 5 ms
 
     const std::shared_ptr<PcmSource> source_;
     const std::int64_t length_;
@@ -81,7 +89,6 @@ private:
     std::atomic<bool> failed_{false};
     std::atomic<std::int64_t> position_{0};
     std::atomic<std::int64_t> wantedSeek_{kNoSeek};
-    std::atomic<std::int64_t> wantedCue_{kNoSeek};
     std::atomic<Place> wantedPlace_{Place{}};
     Level level_;
     PeakMeter peaks_;

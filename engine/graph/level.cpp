@@ -20,6 +20,11 @@ void Level::set(VolumeAndPan wanted) {
     wanted_ = {std::min(wanted.volume, 100U), std::clamp(wanted.pan, -100, 100)};
 }
 
+void Level::finish() {
+    ramp_.aim(gainOf(wanted_));
+    ramp_.finish();
+}
+
 PeakLevels Level::mixInto(float* out, const float* in, std::size_t frames) {
     ramp_.aim(gainOf(wanted_));
     std::size_t i = 0;

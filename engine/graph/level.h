@@ -25,6 +25,9 @@ public:
     // is reached over 20 ms, one that is set before the first frame at once.
     PeakLevels mixInto(float* out, const float* in, std::size_t frames);
 
+    // Mixing thread: the level that is wanted holds at once.
+    void finish();
+
 private:
     std::atomic<VolumeAndPan> wanted_{VolumeAndPan{}};
     GainRamp ramp_{882};

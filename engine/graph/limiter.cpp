@@ -16,6 +16,8 @@ constexpr int kTaps = 2 * static_cast<int>(Limiter::kHalfTaps);
 constexpr float kCeiling = 0.915F;
 // A sinc of this length adds up to less than this: quieter surroundings hold no peak beyond the ceiling.
 constexpr float kQuiet = 0.4F;
+// Longer than beats between a tone and the sample rate hide its peaks.
+constexpr std::uint64_t kWork = 4410;
 constexpr double kReleaseSeconds = 0.15;  // long enough not to follow the lowest notes
 constexpr double kReleased = 1e-4;        // 0.001 dB: then samples pass bit by bit again
 
@@ -51,7 +53,7 @@ float peakOf(float left, float right) {
 void Limiter::reset() {
     ring_.fill({});
     // Far from 0, so that frames before the start have numbers too.
-    now_ = kRing;
+    now_ = kWork + kRing;
     lastOver_ = 0;
     reduction_ = 0;
     firstCandidate_ = candidateCount_ = 0;
@@ -86,9 +88,9 @@ Limiter::Frame Limiter::step(Frame in) {
     return {out.left * gain, out.right * gain};
 }
 
-// 1 unless the limiter is at work, or a sample beyond full scale is near.
+// 1 unless a sample beyond full scale is near or was there of late.
 float Limiter::demandAt(std::uint64_t centre) const {
-    const bool atWork = reduction_ > 0 || lastOver_ + kHalfTaps >= centre;
+    const bool atWork = lastOver_ + kWork >= centre;
     if (!atWork) return 1;
     const float peak = truePeakAt(centre);
     return peak > kCeiling ? kCeiling / peak : 1;

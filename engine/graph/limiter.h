@@ -1,6 +1,7 @@
 // Keeps the card's sum within full scale. What stays within it passes bit by bit, late by kDelay frames and
 // otherwise untouched. A sample beyond it brings the level down before it comes (look-ahead) and lets it up again
-// slowly; while that lasts the peaks between the samples count too, so that the true peak stays below -0.1 dBTP.
+// slowly; for 0.1 s the peaks between the samples count too, so that the true peak stays below -0.1 dBTP. It has
+// forgotten everything that lies 1.5 s behind.
 //
 // Gain: per frame the ceiling divided by the true peak, held over the look-ahead (sliding minimum) and smoothed by
 // a moving average of the same length, which reaches the demanded gain exactly at the peak. True peak: four times
