@@ -52,6 +52,7 @@ bool Library::BASS_Free() {
     if (!initialised_) return false;
     mixing_.reset();
     giveUpOpening();
+    openings_.end();
     scans_.end();
     for (const HandleTable::Thing& thing : handles_.takeAll()) {
         if (const auto* channel = std::get_if<std::shared_ptr<Channel>>(&thing)) card_.remove(*channel);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/capture/recording_inputs.h"
+#include "engine/decode/decoded_files.h"
 #include "engine/device/mixing_thread.h"
 #include "engine/device/sound_server.h"
 #include "engine/graph/card.h"
@@ -43,6 +44,7 @@ public:
                                  std::uint32_t flags) override;
     Handle openRecording(const std::string& file, double driftPpm, std::uint32_t flags) override;
     void giveUpOpening() override;
+    Decoding decoding(const std::string& file) const override { return decoded_->state(file); }
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
     bool BASS_MusicFree(Handle handle) override { return BASS_StreamFree(handle); }
@@ -97,8 +99,10 @@ private:
     RecordingInputs inputs_;
     Card card_;
     std::unique_ptr<MixingThread> mixing_;
-    WaveformScans scans_;
-    Openings openings_;
+    const std::shared_ptr<decode::DecodedFiles> decoded_ =
+        std::make_shared<decode::DecodedFiles>(options_.programDirectory);
+    WaveformScans scans_{decoded_};
+    Openings openings_{decoded_};
     std::mutex givenUpMutex_;
     std::stop_source givenUp_;  // of the devices that are being opened for a capture
     std::vector<float> stepBlock_;

@@ -1,8 +1,7 @@
 // The library's recording inputs, captures and encoders.
-#include <cstdlib>
-
 #include "engine/capture/command_line.h"
 #include "engine/library.h"
+#include "engine/process/find_program.h"
 
 namespace melvane::engine {
 
@@ -37,8 +36,7 @@ Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::u
 std::vector<std::string> Library::encoderWords(const char* commandLine) const {
     auto words = commandWords(commandLine ? commandLine : "");
     if (words.empty()) return {};
-    const char* path = std::getenv("PATH");
-    const auto program = findProgram(words.front(), options_.programDirectory, path ? path : "");
+    const auto program = findProgram(words.front(), options_.programDirectory);
     if (!program) return {};
     words.front() = *program;
     return words;

@@ -33,13 +33,15 @@ void lowerPriority() {
 
 // What a scan and its thread share.
 struct WaveformScans::Work {
-    Work(std::string name, int columns) : file(std::move(name)), peaks(static_cast<std::size_t>(columns)) {}
+    Work(std::string name, int columns, std::shared_ptr<decode::DecodedFiles> decodedFiles)
+        : file(std::move(name)), decoded(std::move(decodedFiles)), peaks(static_cast<std::size_t>(columns)) {}
 
     void run();
     void readColumns(PcmSource& source);
     float highestOf(PcmSource& source, std::int64_t frames);
 
     const std::string file;
+    const std::shared_ptr<decode::DecodedFiles> decoded;
     std::vector<std::atomic<float>> peaks;
     std::atomic<double> progress{0};
     const std::shared_ptr<std::atomic<bool>> cancelled = std::make_shared<std::atomic<bool>>(false);
@@ -55,7 +57,7 @@ private:
 
 void WaveformScans::Work::run() {
     lowerPriority();
-    const auto source = decode::openSource(file, cancelled);
+    const auto source = decode::openSource(file, cancelled, 0, decoded.get());
     failed = !source;
     if (source) readColumns(*source);
     if (source && source->failed()) failed = true;
@@ -104,7 +106,7 @@ private:
 
 std::unique_ptr<WaveformScan> WaveformScans::begin(const std::string& file, int columns) {
     forgetEnded();
-    auto work = std::make_shared<Work>(file, std::max(columns, 1));
+    auto work = std::make_shared<Work>(file, std::max(columns, 1), decoded_);
     std::packaged_task<void()> task([work] { work->run(); });
     auto done = task.get_future();
     try {

@@ -5,8 +5,10 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "engine/decode/decoded_files.h"
 #include "platform/audio_library.h"
 
 namespace melvane::engine {
@@ -14,7 +16,7 @@ namespace melvane::engine {
 // Used on the user-interface thread.
 class WaveformScans {
 public:
-    WaveformScans() = default;
+    explicit WaveformScans(std::shared_ptr<decode::DecodedFiles> decoded) : decoded_(std::move(decoded)) {}
     ~WaveformScans() { end(); }
     WaveformScans(const WaveformScans&) = delete;
     WaveformScans& operator=(const WaveformScans&) = delete;
@@ -34,6 +36,7 @@ private:
 
     void forgetEnded();
 
+    const std::shared_ptr<decode::DecodedFiles> decoded_;
     std::vector<Running> running_;
 };
 

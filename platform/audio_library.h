@@ -74,6 +74,22 @@ struct PeakLevels {
     float right = 0;
 };
 
+// Why another program could not decode a file.
+enum class DecodingFailure {
+    none,
+    noSound,    // it finds none, or ended without a result
+    noDecoder,  // it isn't installed
+    notRun,     // it could not be started
+    noRoom,     // for what it has decoded
+};
+
+// How a file stands that another program decodes before it is read.
+struct Decoding {
+    bool running = false;
+    double progress = 0;  // 0..1, 0 where the file does not say how long it is
+    DecodingFailure failure = DecodingFailure::none;
+};
+
 // The outline of a file's sound, made beside everything else. It may be destroyed at any time, which ends the work
 // without waiting for it. Its questions may be asked on any thread and answer at once.
 class WaveformScan {
@@ -136,8 +152,8 @@ public:
     // --- Playback --------------------------------------------------------------------------------------
     // Opens a whole file (`mem` false, `offset` and `length` 0) by its UTF-8 name; MP3, OGG, WAV and what
     // else the decoders read. BASS_STREAM_DECODE: not playable itself, but the source of a tempo stream.
-    // 0 when the file cannot be read as sound. Reads some files through once, so it may take a while: see above for
-    // other threads.
+    // 0 when the file cannot be read as sound. Reads some files through once, and has others decoded by the program
+    // ffmpeg, so it may take a while: see above for other threads.
     virtual Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                          std::uint32_t flags) = 0;
     // The same for a recording that is `driftPpm` parts in a million longer than it should be (shorter where negative,
@@ -147,6 +163,9 @@ public:
     // Whoever waits in BASS_StreamCreateFile or BASS_RecordStart gets 0 within a moment; what a file or a server still
     // keeps busy ends by itself. Any thread.
     virtual void giveUpOpening() = 0;
+    // Of a file that was opened or scanned lately, or is just now. Nothing of one that needs no other program. Any
+    // thread, at once.
+    virtual Decoding decoding(const std::string& file) const = 0;
     // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
     // delivers fewer frames than asked for.
     virtual Handle createStream(std::shared_ptr<PcmSource> source) = 0;

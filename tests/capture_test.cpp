@@ -7,6 +7,7 @@
 
 #include "engine/capture/command_line.h"
 #include "engine/capture/pcm16.h"
+#include "engine/process/find_program.h"
 #include "tests/no_threads.h"
 #include "tests/sound.h"
 #include "tests/temp_dir.h"

@@ -39,8 +39,9 @@ public:
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
     std::set<std::string> unreadable;   // files that no stream is made of
     std::set<std::string> failingOnce;  // of which no stream is made at first
-    std::set<Handle> failedChannels;    // whose files can no longer be read
-    std::uint64_t length = 1760;        // of every channel but those of these files
+    std::map<std::string, Decoding> decodings;
+    std::set<Handle> failedChannels;  // whose files can no longer be read
+    std::uint64_t length = 1760;      // of every channel but those of these files
     std::map<std::string, std::uint64_t> lengths;
     std::uint64_t position = 0;                // of every channel
     std::chrono::milliseconds openingTime{0};  // of a file
@@ -127,6 +128,9 @@ public:
     void giveUpOpening() override {
         *givenUp_ = true;
         note("giveUpOpening");
+    }
+    Decoding decoding(const std::string& file) const override {
+        return decodings.contains(file) ? decodings.at(file) : Decoding{};
     }
     bool BASS_StreamFree(Handle handle) override { return note("BASS_StreamFree", handle); }
     bool BASS_MusicFree(Handle handle) override { return note("BASS_MusicFree", handle); }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/process/child_process.h"
 #include "platform/audio_library.h"
 
 namespace melvane::engine {
@@ -20,8 +21,7 @@ public:
     EncoderProcess(const EncoderProcess&) = delete;
     EncoderProcess& operator=(const EncoderProcess&) = delete;
 
-    // Starts words[0], an absolute path, in a process group of its own (an interrupt typed at the terminal
-    // is for this program, which then lets the encoder finish). False when it cannot be started.
+    // Starts words[0], an absolute path. False when it cannot be started.
     bool start(const std::vector<std::string>& words);
 
     // Called once on the thread that writes: a child that has gone then shows as a failed write, not as a signal.
@@ -45,7 +45,7 @@ private:
     void reap();
 
     std::mutex mutex_;
-    int pid_ = 0;
+    ChildProcess child_;
     int pipe_ = -1;
     bool inputClosed_ = false;
     EncoderState state_ = EncoderState::none;

@@ -1,0 +1,65 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "engine/decode/nameless_file.h"
+
+namespace melvane::decode {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path cacheFolder() {
+    const char* const cache = std::getenv("XDG_CACHE_HOME");
+    if (cache && fs::path(cache).is_absolute()) return cache;
+    const char* const home = std::getenv("HOME");
+    return home ? fs::path(home) / ".cache" : fs::path();
+}
+
+int openIn(const fs::path& folder) {
+    constexpr mode_t kPrivate = 0600;
+#ifdef O_TMPFILE
+    const int file = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, kPrivate);
+    if (file >= 0) return file;
+#endif
+    // Not every file system knows files without a name.
+    std::string name = (folder / "melvane-XXXXXX").string();
+    const int named = mkostemp(name.data(), O_CLOEXEC);
+    if (named >= 0) unlink(name.c_str());
+    return named;
+}
+
+}  // namespace
+
+NamelessFile::NamelessFile() {
+    std::error_code error;
+    const fs::path cache = cacheFolder();
+    if (cache.is_absolute()) {
+        fs::create_directories(cache, error);
+        file_ = openIn(cache);
+    }
+    if (file_ < 0) file_ = openIn(fs::temp_directory_path(error));
+    if (file_ < 0) throw std::system_error(errno, std::generic_category());
+}
+
+NamelessFile::~NamelessFile() {
+    close(file_);
+}
+
+std::string NamelessFile::path() const {
+    return "/proc/self/fd/" + std::to_string(file_);
+}
+
+bool NamelessFile::canGrow() const {
+    constexpr std::size_t kPiece = 1 << 16;
+    const std::vector<char> piece(kPiece);
+    return pwrite(file_, piece.data(), piece.size(), lseek(file_, 0, SEEK_END)) == static_cast<ssize_t>(kPiece);
+}
+
+}  // namespace melvane::decode
