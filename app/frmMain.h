@@ -99,12 +99,9 @@ private:
     void tellUnusable(const std::vector<std::string>& paths);
     std::optional<int> fieldAt(const QPoint& place) const;
     using FieldSet = std::array<bool, 3>;
-    // The fields that take what is dragged, when it is dropped on the destination or elsewhere.
-    struct Takers {
-        FieldSet onDestination{};
-        FieldSet elsewhere{};
-    };
-    static Takers takersOf(const std::vector<std::string>& paths);
+    // The fields that take what is dragged, when it is dropped on one of the three, or last beside them.
+    using Takers = std::array<FieldSet, 4>;
+    static Takers takersOf(const std::vector<std::string>& paths, const PathFields& chosen);
     // Lights the fields that take what is dragged, dropped on the field `pointedAt`.
     void showTakers(std::optional<int> pointedAt);
     void light(const FieldSet& fields);

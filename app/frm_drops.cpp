@@ -28,6 +28,11 @@ std::vector<std::string> pathsOf(const QMimeData& data) {
     return paths;
 }
 
+// Song and voice that come together are told apart by themselves.
+std::optional<int> fieldMeant(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
+    return paths.size() == 1 || pointedAt == kDestinationField ? pointedAt : std::nullopt;
+}
+
 }  // namespace
 
 void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
@@ -36,10 +41,13 @@ void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int
         return;
     }
     if (paths.empty()) return;
+    pointedAt = fieldMeant(paths, pointedAt);
     std::vector<std::string> ordered = paths;
-    // A song may bring a voice, and empties the destination.
-    std::ranges::stable_sort(
-        ordered, {}, [&](const std::string& path) { return fieldFor(path, pointedAt).value_or(kDestinationField); });
+    // A song may bring a voice, and empties the destination; what may be either then has one field left.
+    std::ranges::stable_sort(ordered, {}, [&](const std::string& path) {
+        const int field = fieldFor(path, pointedAt, mixer_.fields()).value_or(kDestinationField);
+        return field == kDestinationField ? kSongOrVoice + 1 : field;
+    });
     std::vector<std::string> unusable;
     withButtonsOff([&] {
         for (const std::string& path : ordered)
@@ -62,12 +70,16 @@ void frmMain::tellUnusable(const std::vector<std::string>& paths) {
     tell(text, BoxIcon::information);
 }
 
-frmMain::Takers frmMain::takersOf(const std::vector<std::string>& paths) {
-    Takers takers;
-    for (const std::string& path : paths) {
-        if (const auto field = fieldFor(path, kDestinationField))
-            takers.onDestination.at(static_cast<std::size_t>(*field)) = true;
-        if (const auto field = fieldFor(path, {})) takers.elsewhere.at(static_cast<std::size_t>(*field)) = true;
+frmMain::Takers frmMain::takersOf(const std::vector<std::string>& paths, const PathFields& chosen) {
+    Takers takers{};
+    for (std::size_t place = 0; place < takers.size(); ++place) {
+        FieldSet& fields = takers.at(place);
+        const auto pointedAt = place < fields.size() ? std::optional(static_cast<int>(place)) : std::nullopt;
+        for (const std::string& path : paths) {
+            const auto field = fieldFor(path, fieldMeant(paths, pointedAt), chosen);
+            if (field == kSongOrVoice) fields[kBackgroundField] = fields[kVocalField] = true;
+            if (field && field != kSongOrVoice) fields.at(static_cast<std::size_t>(*field)) = true;
+        }
     }
     return takers;
 }
@@ -76,7 +88,8 @@ void frmMain::dragEnterEvent(QDragEnterEvent* event) {
     if (mixer_.isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
     if (!(event->possibleActions() & Qt::CopyAction)) return;
     takers_ = {};
-    takersSearch_ = beside([paths = pathsOf(*event->mimeData())] { return takersOf(paths); });
+    takersSearch_ =
+        beside([paths = pathsOf(*event->mimeData()), chosen = mixer_.fields()] { return takersOf(paths, chosen); });
     isReady(takersSearch_, kDiskPatience);
     dragMoveEvent(event);
 }
@@ -113,7 +126,7 @@ std::optional<int> frmMain::fieldAt(const QPoint& place) const {
 
 void frmMain::showTakers(std::optional<int> pointedAt) {
     if (takersSearch_.valid() && isReady(takersSearch_)) takers_ = takersSearch_.get();
-    light(pointedAt == kDestinationField ? takers_.onDestination : takers_.elsewhere);
+    light(takers_.at(pointedAt ? static_cast<std::size_t>(*pointedAt) : takers_.size() - 1));
 }
 
 void frmMain::light(const FieldSet& fields) {

@@ -18,10 +18,30 @@ StatusLine MainStatus::about(OwnText text, const std::string& file, bool warned,
     return {language.ownText(text, file), language.ownText(text, fileName(file)), warned, failed};
 }
 
+// What can be done about it comes first.
+StatusLine MainStatus::unreadable(OwnText text, const std::string& file) const {
+    StatusLine line = about(text, file, false, true);
+    const auto failure = environment_.library.decoding(file).failure;
+    const std::string cause = decodingMessage(environment_.language, failure);
+    if (!cause.empty()) line = {cause + " " + line.text, cause, false, true};
+    return line;
+}
+
+std::string MainStatus::opening() const {
+    constexpr int kPercent = 100;
+    for (const std::string& file : {mixer_.run().backgroundPath, mixer_.run().vocalPath}) {
+        const Decoding decoding = environment_.library.decoding(file);
+        if (decoding.running && decoding.progress > 0)
+            return environment_.language.ownText(OwnText::openingShare,
+                                                 std::to_string(static_cast<int>(decoding.progress * kPercent)));
+    }
+    return environment_.language.ownText(OwnText::opening);
+}
+
 StatusLine MainStatus::line(const Facts& facts) const {
     const modLang& language = environment_.language;
     const MixingRun& mixing = mixer_.mixingRun();
-    if (mixing.opening() || mixer_.sourceFiles().opening()) return {language.ownText(OwnText::opening)};
+    if (mixing.opening() || mixer_.sourceFiles().opening()) return {opening()};
     if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
     if (!mixer_.run().isMixing) return ended(facts);
     return {clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
@@ -67,9 +87,8 @@ StatusLine MainStatus::result(const Facts& facts) const {
     const modLang& language = environment_.language;
     const PathFields& fields = mixer_.fields();
     const RunState& run = mixer_.run();
-    if (!facts.tellsRun && facts.songUnreadable)
-        return about(OwnText::cannotOpenBackground, fields.background, false, true);
-    if (!facts.tellsRun && facts.voiceUnreadable) return about(OwnText::cannotOpenVocal, fields.vocal, false, true);
+    if (!facts.tellsRun && facts.songUnreadable) return unreadable(OwnText::cannotOpenBackground, fields.background);
+    if (!facts.tellsRun && facts.voiceUnreadable) return unreadable(OwnText::cannotOpenVocal, fields.vocal);
     if (!facts.tellsRun && !facts.interrupted.empty()) return broughtBack(facts.interrupted);
     if (!facts.tellsRun) return {};
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};

@@ -39,6 +39,8 @@ private:
     StatusLine broughtBack(const std::vector<std::string>& files) const;
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;
+    StatusLine unreadable(OwnText text, const std::string& file) const;
+    std::string opening() const;
     // What is heard and recorded of the run under way.
     std::string sound() const;
     // What is to be known of the song's port; empty when there is nothing.

@@ -1,6 +1,9 @@
 #include "app/source_files.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
+#include <string_view>
 
 #include "audio/modAudio.h"
 #include "base/paths.h"
@@ -17,6 +20,10 @@ constexpr const char* kBackgroundFilter = " (*mp3;*ogg;*mid;*midi;*kar)|**mp3;*o
 constexpr const char* kVocalFilter = " *wav;|*wav;";
 constexpr const char* kDestinationFilter = " (*mp3;)|*mp3;";
 constexpr const char* kMp3 = ".mp3";
+// Files with sound in them, besides those of the filters above.
+constexpr std::array<std::string_view, 27> kOtherSound{
+    "m4a", "mp4", "m4b", "mov",  "3gp",  "aac", "opus", "oga", "webm", "mkv", "mka", "flac", "wma", "asf",
+    "wmv", "wv",  "aif", "aiff", "aifc", "caf", "amr",  "ape", "tta",  "avi", "w64", "rf64", "ogv"};
 constexpr std::size_t kExtensionLength = 4;
 
 bool exists(const std::string& path) {
@@ -49,8 +56,15 @@ void SourceFiles::BR_Click(int index) {
 void SourceFiles::browseBackground() {
     const std::string path = dialogs_.openFile(
         {kDialogTitle, language_.lang(LangEntry::audioFiles) + kBackgroundFilter, startFolder(0, fields_.background),
-         language_.ownText(OwnText::openSong), language_.ownText(OwnText::allFiles)});
+         language_.ownText(OwnText::openSong), language_.ownText(OwnText::allFiles), soundFilter(true)});
     if (!path.empty()) chooseBackground(path);
+}
+
+std::string SourceFiles::soundFilter(bool song) const {
+    std::string filter = language_.ownText(OwnText::anySound) + "|*mp3;*ogg;*wav;";
+    if (song) filter += "*mid;*midi;*kar;";
+    for (const std::string_view extension : kOtherSound) filter += "*." + std::string(extension) + ";";
+    return filter;
 }
 
 void SourceFiles::chooseBackground(const std::string& path) {
@@ -68,8 +82,10 @@ void SourceFiles::chooseBackground(const std::string& path) {
 }
 
 bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
-    const std::optional<int> field = fieldFor(path, pointedAt);
+    std::optional<int> field = fieldFor(path, pointedAt, fields_);
     if (!field) return false;
+    if (*field == kSongOrVoice) field = askForField(path);
+    if (!field) return true;
     if (*field == kBackgroundField) {
         chooseBackground(path);
     } else if (*field == kVocalField) {
@@ -85,6 +101,14 @@ bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
     if (fields_.destination.empty() && !fields_.background.empty() && !fields_.vocal.empty())
         chooseDestination(proposedDestination(fields_.background));
     return true;
+}
+
+std::optional<int> SourceFiles::askForField(const std::string& path) {
+    const auto answer =
+        dialogs_.choose(language_.ownText(OwnText::songOrVoice, fileName(path)), kProductCaption,
+                        {language_.ownText(OwnText::karaokeBackground), language_.ownText(OwnText::vocalRecording)});
+    if (!answer) return std::nullopt;
+    return *answer == 0 ? kBackgroundField : kVocalField;
 }
 
 void SourceFiles::openMidi() {
@@ -108,9 +132,9 @@ void SourceFiles::whileOpening(const std::function<void()>& action) {
 
 void SourceFiles::browseVocal() {
     const std::string start = settings_.recDirectory.empty() ? startFolder(1, fields_.vocal) : settings_.recDirectory;
-    const std::string path =
-        dialogs_.openFile({kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter, start,
-                           language_.ownText(OwnText::openVoice), language_.ownText(OwnText::allFiles)});
+    const std::string path = dialogs_.openFile({kDialogTitle, language_.lang(LangEntry::audioFiles) + kVocalFilter,
+                                                start, language_.ownText(OwnText::openVoice),
+                                                language_.ownText(OwnText::allFiles), soundFilter(false)});
     if (!path.empty()) chooseVocal(path);
 }
 
@@ -177,15 +201,21 @@ bool SourceFiles::mayReplaceDestination() {
     return true;
 }
 
-std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt) {
+std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt, const PathFields& chosen) {
     std::error_code error;
     if (fs::is_directory(toPath(path), error)) return kDestinationField;
     if (!isFile(path)) return std::nullopt;
     const std::string extension = lowerCase(GetFileExtension(path));
-    if (extension == "wav") return kVocalField;
+    const bool usualSong = extension == "mp3" || extension == "ogg";
+    const bool usualVoice = extension == "wav";
+    if (isMidiFile(path)) return kBackgroundField;
+    if (!usualSong && !usualVoice && std::ranges::find(kOtherSound, extension) == kOtherSound.end())
+        return std::nullopt;
     if (extension == "mp3" && pointedAt == kDestinationField) return kDestinationField;
-    if (isMidiFile(path) || extension == "mp3" || extension == "ogg") return kBackgroundField;
-    return std::nullopt;
+    if (pointedAt == kBackgroundField || pointedAt == kVocalField) return pointedAt;
+    if (usualSong || usualVoice) return usualSong ? kBackgroundField : kVocalField;
+    if (chosen.background.empty() == chosen.vocal.empty()) return kSongOrVoice;
+    return chosen.background.empty() ? kBackgroundField : kVocalField;
 }
 
 std::string proposedDestination(const std::string& background) {

@@ -21,6 +21,8 @@ namespace melvane {
 inline constexpr int kBackgroundField = 0;
 inline constexpr int kVocalField = 1;
 inline constexpr int kDestinationField = 2;
+// Song or voice: the user is asked.
+inline constexpr int kSongOrVoice = 3;
 
 class SourceFiles {
 public:
@@ -48,9 +50,8 @@ public:
     // destination.
     void chooseBackground(const std::string& path);
 
-    // Takes what was dropped on the window or chosen again: a song or a voice by its extension, or a folder for the
-    // mix; an MP3 that was dropped on that field is where the mix goes. With both sources there and no destination
-    // yet, proposes one. False when it is none of these.
+    // Takes what was dropped on the window or chosen again: a song or a voice, or a folder for the mix; see fieldFor.
+    // With both sources there and no destination yet, proposes one. False when it is none of these.
     bool take(const std::string& path, std::optional<int> pointedAt = {});
 
     // Asks when something else stands at the destination than when that was chosen, such as a mix that was finished
@@ -74,6 +75,8 @@ private:
     void browseVocal();
     void browseDestination();
     bool sourcesChosen();
+    std::optional<int> askForField(const std::string& path);
+    std::string soundFilter(bool song) const;
 
     RunState& run_;
     PathFields& fields_;
@@ -86,8 +89,11 @@ private:
     Standing agreedStanding_;  // and what the user knows to stand there
 };
 
-// The field that takes what has this name; `pointedAt` is the one that it was dropped on. None takes the rest.
-std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt);
+// The field that takes what has this name; `pointedAt` is the one that it was dropped on. A MIDI file is a song and a
+// folder is where the mix goes, as is an MP3 that was dropped on that field. Other sound goes to the song or the voice
+// that it was dropped on; else an MP3 or OGG is a song, a WAV a voice, and what may be either goes to the one of the
+// two that is empty. None takes the rest.
+std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt, const PathFields& chosen);
 
 // The background's name as an MP3, numbered from 2 on until no such file exists.
 std::string proposedDestination(const std::string& background);

@@ -5,8 +5,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <QStringList>
+#include <algorithm>
+#include <vector>
 
 namespace melvane {
 
@@ -47,8 +50,10 @@ std::string answerTo(const FileQuestion& question, QFileDialog& dialog) {
     dialog.setWindowTitle(QString::fromStdString(question.title));
     dialog.setSupportedSchemes({QStringLiteral("file")});
     dialog.setOption(QFileDialog::HideNameFilterDetails);
-    dialog.setNameFilters(
-        {nameFilter(question.filter), QString::fromStdString(question.allFiles) + QStringLiteral(" (*)")});
+    QStringList filters{nameFilter(question.filter)};
+    if (!question.wider.empty()) filters << nameFilter(question.wider);
+    dialog.setNameFilters(filters + QStringList{QString::fromStdString(question.allFiles) + QStringLiteral(" (*)")});
+    dialog.selectNameFilter(filters.last());
     dialog.setLabelText(QFileDialog::Accept, QString::fromStdString(question.button));
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0).toStdString() : std::string();
 }
@@ -99,6 +104,20 @@ BoxAnswer DesktopDialogs::messageBox(const std::string& text, const std::string&
     if (question) box.setDefaultButton(QMessageBox::No);
     const int button = box.exec();
     return question ? answerOf(button) : BoxAnswer::ok;
+}
+
+std::optional<std::size_t> DesktopDialogs::choose(const std::string& text, const std::string& title,
+                                                  const std::vector<std::string>& answers) {
+    QMessageBox box(QMessageBox::Question, QString::fromStdString(title), QString::fromStdString(text),
+                    QMessageBox::Cancel, owner());
+    box.setTextFormat(Qt::PlainText);  // file names are no markup
+    std::vector<QAbstractButton*> buttons;
+    for (const std::string& answer : answers)
+        buttons.push_back(box.addButton(QString::fromStdString(answer), QMessageBox::AcceptRole));
+    box.exec();
+    const auto clicked = std::ranges::find(buttons, box.clickedButton());
+    if (clicked == buttons.end()) return std::nullopt;
+    return static_cast<std::size_t>(clicked - buttons.begin());
 }
 
 std::string DesktopDialogs::openFile(const FileQuestion& question) {

@@ -12,6 +12,8 @@ class DesktopDialogs : public Dialogs {
 public:
     void tell(const std::string& text, const std::string& title, BoxIcon icon) override;
     BoxAnswer messageBox(const std::string& text, const std::string& title, BoxIcon icon, BoxButtons buttons) override;
+    std::optional<std::size_t> choose(const std::string& text, const std::string& title,
+                                      const std::vector<std::string>& answers) override;
     std::string openFile(const FileQuestion& question) override;
     std::string saveFile(const FileQuestion& question) override;
 };

@@ -39,8 +39,9 @@ bool MixGraph::open(const std::function<bool()>& wanted) {
     }
     if (wanted() && run_.failure == RunFailure::none) {
         run_.failure = song ? RunFailure::vocalUnreadable : RunFailure::backgroundUnreadable;
-        run_.cause =
-            whileEventsRun(with_.doEvents, [&] { return readingError(song ? run_.vocalPath : run_.backgroundPath); });
+        const std::string& path = song ? run_.vocalPath : run_.backgroundPath;
+        run_.cause = whileEventsRun(with_.doEvents, [&] { return readingError(path); });
+        run_.decoding = with_.library.decoding(path).failure;
     }
     freeChannel(run_.backgroundChannel);
     freeChannel(run_.vocalChannel);

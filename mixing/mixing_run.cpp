@@ -82,6 +82,7 @@ void MixingRun::mi_button_Click() {
 bool MixingRun::canRun() {
     run_.failure = RunFailure::none;
     run_.cause = 0;
+    run_.decoding = DecodingFailure::none;
     run_.lastMixPath.clear();
     run_.partPath.clear();
     if (!readPaths()) return false;

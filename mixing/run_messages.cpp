@@ -12,6 +12,7 @@ namespace melvane {
 namespace {
 
 constexpr const char* kEncoderName = "lame";
+constexpr const char* kDecoderName = "ffmpeg";
 
 // What is said of a failure: a sentence, then a detail with a name.
 struct Row {
@@ -86,7 +87,8 @@ void append(std::string& text, const std::string& sentence) {
 std::string runCause(const modLang& language, const RunState& run) {
     const Row& row = rowOf(run.failure);
     std::string text;
-    if (const auto cause = causeOf(run)) append(text, language.ownText(*cause, kEncoderName));
+    if (run.cause == 0 && isUnreadable(run.failure)) text = decodingMessage(language, run.decoding);
+    if (const auto cause = causeOf(run); text.empty() && cause) append(text, language.ownText(*cause, kEncoderName));
     if (row.detail) append(text, language.ownText(*row.detail, row.name ? run.*row.name : kEncoderName));
     if (run.failure != RunFailure::none && !run.partPath.empty())
         append(text, language.ownText(OwnText::mixedUntilThen, run.partPath));
@@ -98,6 +100,21 @@ std::string runMessage(const modLang& language, const RunState& run) {
     std::string text = row.sentence ? language.lang(*row.sentence) : "";
     append(text, runCause(language, run));
     return text;
+}
+
+std::string decodingMessage(const modLang& language, DecodingFailure failure) {
+    switch (failure) {
+        case DecodingFailure::none:
+        case DecodingFailure::noSound:
+            return "";
+        case DecodingFailure::noDecoder:
+            return language.ownText(OwnText::needsDecoder, kDecoderName);
+        case DecodingFailure::notRun:
+            return language.ownText(OwnText::decoderNotRun, kDecoderName);
+        case DecodingFailure::noRoom:
+            return language.ownText(OwnText::noRoomToDecode);
+    }
+    return "";
 }
 
 std::string midiMessage(const modLang& language, MidiFailure failure) {

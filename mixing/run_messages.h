@@ -15,6 +15,8 @@ namespace melvane {
 std::string runMessage(const modLang& language, const RunState& run);
 // Its part behind the first sentence: the cause with its cure, then what they belong to.
 std::string runCause(const modLang& language, const RunState& run);
+// Why a file could not be decoded; "" where that is not the cause.
+std::string decodingMessage(const modLang& language, DecodingFailure failure);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
 // Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.

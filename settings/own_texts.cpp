@@ -49,18 +49,18 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::minimise, "Minimalizuj", "Minimise"},
     {OwnText::backToMain, "Powrót do głównego okna", "Back to the main window"},
     {OwnText::cannotUseFiles,
-     "Nie można użyć: %1\nPodkład to plik MP3, OGG, MIDI, MID lub KAR, nagranie głosu to plik WAV, a miks trafia do "
-     "folderu "
-     "lub pliku MP3.",
-     "This cannot be used: %1\nA song is an MP3, OGG, MIDI, MID or KAR file, a voice is a WAV file, and the mix goes "
-     "to a "
-     "folder or an MP3 file."},
+     "Nie można użyć: %1\nPodkład i nagranie głosu to pliki z dźwiękiem (MP3, OGG, WAV, M4A, FLAC i inne), podkład "
+     "także MIDI, MID lub KAR, a miks trafia do folderu lub pliku MP3.",
+     "This cannot be used: %1\nA song and a voice are files with sound (MP3, OGG, WAV, M4A, FLAC and others), a song "
+     "also MIDI, MID or KAR, and the mix goes to a folder or an MP3 file."},
     {OwnText::cannotUseAddresses, "Pliki z sieci trzeba najpierw zapisać na tym komputerze.",
      "Files from the network have to be saved on this computer first."},
     {OwnText::openSong, "Otwórz podkład", "Open song"},
     {OwnText::openVoice, "Otwórz nagranie głosu", "Open voice"},
     {OwnText::saveMix, "Zapisuj miks tutaj", "Save mix here"},
+    {OwnText::anySound, "Dźwięk i filmy", "Sound and films"},
     {OwnText::allFiles, "Wszystkie pliki", "All files"},
+    {OwnText::songOrVoice, "Czym jest plik %1?", "What is %1?"},
     {OwnText::numberTooLarge, "Liczba jest zbyt duża.", "A number is too large."},
     {OwnText::outOfMemory, "Zabrakło pamięci. Zamknij inne programy i spróbuj ponownie.",
      "There is not enough memory. Close other programs and try again."},
@@ -105,6 +105,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::cannotPlayFile, "Nie można odtworzyć pliku: %1", "This file cannot be played: %1"},
     {OwnText::ready, "Gotowy do pracy", "Ready"},
     {OwnText::opening, "Otwieranie…", "Opening…"},
+    {OwnText::openingShare, "Otwieranie… %1 %", "Opening… %1 %"},
     {OwnText::mixing, "Miksowanie…", "Mixing…"},
     {OwnText::finishingFile, "Kończenie zapisu pliku MP3…", "Finishing the MP3 file…"},
     {OwnText::mixFinished, "Miksowanie zakończone: %1", "Mix finished: %1"},
@@ -158,6 +159,12 @@ constexpr OwnTextRow kRows[] = {
      "Check that the folder of the settings (~/.config/Tessaro) can be written."},
     {OwnText::noSoundInFile, "Wybierz inny plik: w tym nie ma dźwięku, który można odczytać.",
      "Choose another file: this one holds no sound that can be read."},
+    {OwnText::needsDecoder, "Taki plik czyta inny program: zainstaluj go, np. „sudo apt install %1”.",
+     "Such a file is read by another program: install it, for example with “sudo apt install %1”."},
+    {OwnText::decoderNotRun, "Nie można uruchomić programu %1: zamknij inne programy.",
+     "The program %1 cannot be started: close other programs."},
+    {OwnText::noRoomToDecode, "Brak miejsca na zdekodowany dźwięk: zwolnij je na dysku, na którym jest ~/.cache.",
+     "There is no room for the decoded sound: free some on the disk that holds ~/.cache."},
     {OwnText::noSuchFile, "Nie ma takiego pliku: wybierz go ponownie.", "There is no such file: choose it again."},
     {OwnText::noSuchFolder, "Nie ma takiego folderu: wybierz inny.", "There is no such folder: choose another."},
     {OwnText::longName, "Nazwa pliku jest za długa: wybierz krótszą.",

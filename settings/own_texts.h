@@ -49,7 +49,9 @@ enum class OwnText {
     openSong,
     openVoice,
     saveMix,
+    anySound,
     allFiles,
+    songOrVoice,  // file
     // Errors that end an action.
     numberTooLarge,
     outOfMemory,
@@ -97,6 +99,7 @@ enum class OwnText {
     // What a run is doing.
     ready,
     opening,
+    openingShare,  // per cent
     mixing,
     finishingFile,
     mixFinished,  // file
@@ -133,6 +136,9 @@ enum class OwnText {
     settingsFolderRefuses,
     // Causes of a failed run.
     noSoundInFile,
+    needsDecoder,   // program
+    decoderNotRun,  // program
+    noRoomToDecode,
     noSuchFile,
     noSuchFolder,
     longName,

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/audio_library.h"
 #include "state/voice_place.h"
 
 namespace melvane {
@@ -59,10 +60,11 @@ struct RunState {
     double key = 0;                   // semitones, -5..5
     float syncOffset = 0;             // seconds, -0.6..0.6; positive: the vocal is earlier
     VoicePlace voicePlace;
-    std::int32_t savedInput = 0;            // recording input that was on when the program started
-    std::int32_t savedLevel = 0;            // its level, 0..100
-    RunFailure failure = RunFailure::none;  // of the last run
-    int cause = 0;                          // error number (<cerrno>) behind it; 0: none is known
+    std::int32_t savedInput = 0;                       // recording input that was on when the program started
+    std::int32_t savedLevel = 0;                       // its level, 0..100
+    RunFailure failure = RunFailure::none;             // of the last run
+    int cause = 0;                                     // error number (<cerrno>) behind it; 0: none is known
+    DecodingFailure decoding = DecodingFailure::none;  // the cause where a file could not be decoded
 
     // What the user moves is heard at once.
     bool sounds() const { return isMixing || isRehearsing; }

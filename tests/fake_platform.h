@@ -14,6 +14,7 @@ namespace melvane::test {
 class FakeDialogs : public Dialogs {
 public:
     BoxAnswer nextAnswer = BoxAnswer::ok;
+    std::optional<std::size_t> nextChoice;
     std::string nextFile;                    // "": cancelled
     std::function<void()> onBox = [] {};     // while one is open
     std::function<void()> onDialog = [] {};  // while one for files is
@@ -30,6 +31,13 @@ public:
         lastIcon = icon;
         onBox();
         return nextAnswer;
+    }
+    std::optional<std::size_t> choose(const std::string& text, const std::string& title,
+                                      const std::vector<std::string>& answers) override {
+        std::string buttons;
+        for (const std::string& answer : answers) buttons += " [" + answer + "]";
+        messageBox(text + buttons, title, BoxIcon::question, BoxButtons::ok);
+        return nextChoice;
     }
     std::string openFile(const FileQuestion& question) override {
         lastQuestion = question;

@@ -557,7 +557,10 @@ TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
     const auto file = [](const std::string& path) { return QUrl::fromLocalFile(QString::fromStdString(path)); };
     EXPECT_EQ(drop({file(voice), file(song)}, "path2"), "path1path2");
     EXPECT_EQ(dialogs.boxes.size(), 1U) << "there is no song yet";
-    EXPECT_EQ(drop({file(song)}, "path1"), "path0") << "no voice";
+    const std::string take = dir.write("take.M4A", "");
+    EXPECT_EQ(drop({file(take)}, "path2"), "path0") << "the only empty one";
+    EXPECT_EQ(drop({file(song)}, "path1"), "path1") << "where it is meant to go";
+    EXPECT_EQ(drop({file(voice), file(song)}, "path0"), "path0path1") << "each to its own";
     EXPECT_EQ(mixer().fields().background, song);
     EXPECT_EQ(mixer().fields().vocal, voice);
     dialogs.nextAnswer = BoxAnswer::yes;
@@ -565,6 +568,14 @@ TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
     EXPECT_EQ(mixer().fields().destination, old);
     EXPECT_EQ(dialogs.boxes.size(), 2U) << "it is asked about";
     EXPECT_EQ(mixer().fields().background, song);
+    for (const std::optional<std::size_t> answer : {std::optional<std::size_t>(), std::optional<std::size_t>(1)}) {
+        dialogs.nextChoice = answer;
+        EXPECT_EQ(drop({file(take)}, "path2"), "path0path1");
+        EXPECT_EQ(dialogs.boxes.back(), "Melvane: What is take.M4A? [Karaoke background] [Vocal recording]");
+        EXPECT_EQ(mixer().fields().vocal, answer ? take : voice);
+    }
+    EXPECT_EQ(mixer().fields().background, song);
+    dialogs.boxes.resize(2);
 
     EXPECT_EQ(
         drop({file("/gone.mp3"), file(dir.write("text.txt", "")), QUrl(QStringLiteral("https://a.b/c.mp3"))}, "path0"),

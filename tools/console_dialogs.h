@@ -13,6 +13,10 @@ public:
     BoxAnswer messageBox(const std::string&, const std::string&, BoxIcon, BoxButtons) override {
         return BoxAnswer::cancel;
     }
+    std::optional<std::size_t> choose(const std::string&, const std::string&,
+                                      const std::vector<std::string>&) override {
+        return std::nullopt;
+    }
     std::string openFile(const FileQuestion&) override { return ""; }
     std::string saveFile(const FileQuestion&) override { return ""; }
 };

@@ -95,6 +95,9 @@ void DecodedFiles::decode(Entry& entry, const CancelFlag& cancelled) {
         sound = std::make_shared<NamelessFile>();
         failure = decodeWithFfmpeg(engine::findProgram("ffmpeg", programDirectory_), entry.path, *sound, cancelled,
                                    entry.progress);
+        if (failure == DecodingFailure::none) DecodedSource(sound, cancelled);
+    } catch (const NotSound&) {
+        failure = DecodingFailure::noSound;  // what it wrote is none
     } catch (const std::system_error&) {
         // There is no room for another file either.
     }
