@@ -122,6 +122,11 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
          "The disk fails"},
         {[&] { library.unreadable = {mixer.fields().vocal = text.write("text.wav", "La la la")}; },
          Failure::vocalUnreadable, "holds no sound"},
+        {[&] {
+             library.unreadable = {mixer.fields().vocal = text.write("text.m4a", "La la la")};
+             library.decodings[mixer.fields().vocal].failure = DecodingFailure::noDecoder;
+         },
+         Failure::vocalUnreadable, "apt install ffmpeg”. The vocal recording cannot be opened"},
         {[&] { mixer.fields().vocal = dir / "./mix.mp3"; }, Failure::destinationIsSource, "one of the source files"},
         {[&] { mixer.fields().destination = inside; }, Failure::destinationNotWritable, "no such folder"},
         {[&] { mixer.fields().destination = dir.path(); }, Failure::destinationNotWritable, dir.path()},

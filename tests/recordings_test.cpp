@@ -74,7 +74,7 @@ TEST_F(Recordings, HaveTheFramesThatFfmpegWrites) {
         const std::string input = " -i 'file:" + std::string(one.file) + "' -map 0:a:0 ";
         run(input + "-c:a pcm_f32le floats.wav");
         run(input + "plain.wav");
-        const auto source = openSource(dir / one.file, {}, &decoded);
+        const auto source = openSource(dir / one.file, {}, 0, &decoded);
         ASSERT_TRUE(source);
         const auto expected = openSource(dir / "floats.wav");
         EXPECT_EQ(source->frames(), openSource(dir / "plain.wav")->frames());
@@ -93,7 +93,7 @@ TEST_F(Recordings, OpenOnlyWhatHasSoundOfAKnownKind) {
     dir.write("list.ffconcat", "ffconcat version 1.0\nfile '" + dir.path() + "/in.m4a'\n");
     dir.write("text.m4a", "no sound");
     for (const char* name : {"silent.mp4", "list.m3u8", "list.ffconcat", "text.m4a", "none.m4a", "."}) {
-        EXPECT_FALSE(openSource(dir / name, {}, &decoded)) << name;
+        EXPECT_FALSE(openSource(dir / name, {}, 0, &decoded)) << name;
         EXPECT_NE(decoded.state(dir / name).failure, DecodingFailure::noDecoder) << name;
     }
     EXPECT_FALSE(openSource(dir / "in.m4a")) << "nobody who decodes it";
@@ -103,7 +103,7 @@ TEST_F(Recordings, TellWhyTheyCannotBeDecoded) {
     const std::string file = noFile();
     const auto failureWith = [&](const std::string& script) {
         DecodedFiles files = withProgram(script);
-        EXPECT_FALSE(openSource(file, {}, &files));
+        EXPECT_FALSE(openSource(file, {}, 0, &files));
         EXPECT_FALSE(files.state(file).running);
         return files.state(file).failure;
     };
@@ -117,8 +117,10 @@ TEST_F(Recordings, TellWhyTheyCannotBeDecoded) {
 
     const std::string path = getenv("PATH");
     setenv("PATH", "/none", 1);
-    EXPECT_FALSE(openSource(file, {}, &decoded));
+    EXPECT_FALSE(openSource(file, {}, 0, &decoded));
+    EXPECT_FALSE(openSource(dir.write("bad.wav", "RIFF"), {}, 0, &decoded));
     setenv("PATH", path.c_str(), 1);
+    EXPECT_EQ(decoded.state(dir / "bad.wav").failure, DecodingFailure::none) << "it is the file";
     EXPECT_EQ(decoded.state(file).failure, DecodingFailure::noDecoder);
 
     const auto before = signal(SIGXFSZ, SIG_IGN);
@@ -127,11 +129,11 @@ TEST_F(Recordings, TellWhyTheyCannotBeDecoded) {
     const rlimit little{.rlim_cur = 100000, .rlim_max = usual.rlim_max};
     DecodedFiles files = withProgram(whole);
     setrlimit(RLIMIT_FSIZE, &little);
-    EXPECT_FALSE(openSource(file, {}, &files));
+    EXPECT_FALSE(openSource(file, {}, 0, &files));
     setrlimit(RLIMIT_FSIZE, &usual);
     signal(SIGXFSZ, before);
     EXPECT_EQ(files.state(file).failure, DecodingFailure::noRoom);
-    EXPECT_TRUE(openSource(file, {}, &files)) << "and again when there is";
+    EXPECT_TRUE(openSource(file, {}, 0, &files)) << "and again when there is";
 }
 
 TEST_F(Recordings, GiveUpAProgramThatHangs) {
@@ -140,14 +142,14 @@ TEST_F(Recordings, GiveUpAProgramThatHangs) {
         "\"\nprintf '  Duration: 00:00:10.00, start\\nout_time_us=4000000\\n' >&2\nsleep 1000 & kill -STOP $$\n");
     const std::string file = noFile();
     const auto cancelled = std::make_shared<std::atomic<bool>>(false);
-    std::thread opening([&] { EXPECT_FALSE(openSource(file, cancelled, &files)); });
+    std::thread opening([&] { EXPECT_FALSE(openSource(file, cancelled, 0, &files)); });
     while (files.state(file).progress != 0.4) std::this_thread::yield();
     EXPECT_TRUE(files.state(file).running);
     *cancelled = true;
     opening.join();
     const pid_t child = std::stoi(readFile(dir / "pid"));
     EXPECT_NE(kill(child, 0), 0) << "it is gone";
-    EXPECT_FALSE(openSource(file, std::make_shared<std::atomic<bool>>(true), &files)) << "not even begun";
+    EXPECT_FALSE(openSource(file, std::make_shared<std::atomic<bool>>(true), 0, &files)) << "not even begun";
 }
 
 TEST_F(Recordings, AreDecodedOnceForAllWhoReadThem) {

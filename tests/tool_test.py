@@ -204,6 +204,19 @@ class MixTest(ToolTest):
                                              voice=self.wav("one.wav", pcm=clicks(self.FRAMES, [self.FIRST], 1))), 1)
         self.assertEqual(echoes[:2], [self.FIRST, self.FIRST + round(0.266 * RATE)])
 
+    def test_any_recording_is_song_or_voice(self):
+        def convert(*arguments):
+            subprocess.run(["ffmpeg", "-v", "error", *arguments], check=True, cwd=self.dir)
+
+        wav = self.wav("in.wav", 3 * RATE)
+        for name in ("-song.m4a", "voice.wma"):
+            convert("-i", wav, f"./{name}")
+            convert("-i", f"./{name}", "-map", "0:a:0", "-c:a", "pcm_f32le", f"./{Path(name).stem}.float.wav")
+        expected = self.mixed_pcm(song="./-song.float.wav", voice="voice.float.wav")
+        self.assertEqual(self.mixed_pcm("--", song="-song.m4a", voice="voice.wma"), expected)
+        alone = self.encoder(folder="alone").split(":")[0]
+        self.expect_refused(wav, "voice.wma", "none.mp3", path=alone, says="apt install ffmpeg.*voice.wma")
+
     def test_names_pass_as_they_are(self):
         path = self.encoder()
         pcm = noise(5003)

@@ -171,9 +171,11 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     chooseFiles();
     library.unreadable = {"/voice.wav"};
     library.openingTime = std::chrono::milliseconds(300);
+    library.decodings["/voice.wav"] = {.running = true, .progress = 0.407};
     QTimer::singleShot(200, [&] { shown = status(); });
     press("mi_button");
-    EXPECT_EQ(std::exchange(shown, ""), "Opening…");
+    EXPECT_EQ(std::exchange(shown, ""), "Opening… 40 %");
+    library.decodings.clear();
     const std::string failed = status();
     EXPECT_NE(failed, "Ready");
     browse("BR1", "");
@@ -264,6 +266,11 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     browse("BR1", "/v.wav");
     EXPECT_TRUE(waitFor("The vocal recording cannot be opened: /v.wav"));
     EXPECT_TRUE(find<QWidget>(main(), "status").property("failed").toBool());
+    library.decodings["/v.wav"].failure = DecodingFailure::noRoom;
+    browse("BR1", "/v.wav");
+    EXPECT_TRUE(
+        waitFor("There is no room for the decoded sound: free some on the disk that holds ~/.cache. The vocal "
+                "recording cannot be opened: /v.wav"));
     library.unreadable = {};
     browse("BR1", "/v.wav");
     EXPECT_EQ(status(), "Ready");

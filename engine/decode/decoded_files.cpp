@@ -93,8 +93,7 @@ void DecodedFiles::decode(Entry& entry, const CancelFlag& cancelled) {
     DecodingFailure failure = DecodingFailure::noRoom;
     try {
         sound = std::make_shared<NamelessFile>();
-        failure = decodeWithFfmpeg(engine::findProgram("ffmpeg", programDirectory_), entry.path, *sound, cancelled,
-                                   entry.progress);
+        failure = decodeWithFfmpeg(program(), entry.path, *sound, cancelled, entry.progress);
         if (failure == DecodingFailure::none) DecodedSource(sound, cancelled);
     } catch (const NotSound&) {
         failure = DecodingFailure::noSound;  // what it wrote is none
@@ -107,6 +106,10 @@ void DecodedFiles::decode(Entry& entry, const CancelFlag& cancelled) {
     entry.running = false;
     forgetOld();
     changed_.notify_all();
+}
+
+std::optional<std::string> DecodedFiles::program() const {
+    return engine::findProgram("ffmpeg", programDirectory_);
 }
 
 void DecodedFiles::forgetOld() {

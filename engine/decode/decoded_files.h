@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "engine/decode/input_file.h"
@@ -21,6 +22,8 @@ public:
     explicit DecodedFiles(std::string programDirectory);
     ~DecodedFiles();
 
+    // Whether ffmpeg is there.
+    bool canDecode() const { return program().has_value(); }
     // The sound of the file. It is decoded once for all who read it at the same time; the last ones stay decoded, for
     // as long as the file stays as it is. Waits for it, unless `cancelled` becomes true. Throws NotSound.
     std::unique_ptr<NativeSource> open(const std::string& utf8Path, const CancelFlag& cancelled);
@@ -33,6 +36,7 @@ private:
     std::shared_ptr<Entry> claim(const Entry& wanted, const CancelFlag& cancelled);
     void decode(Entry& entry, const CancelFlag& cancelled);
     void forgetOld();
+    std::optional<std::string> program() const;
 
     const std::string programDirectory_;
     mutable std::mutex mutex_;

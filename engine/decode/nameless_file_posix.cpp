@@ -40,10 +40,7 @@ int openIn(const fs::path& folder) {
 NamelessFile::NamelessFile() {
     std::error_code error;
     const fs::path cache = cacheFolder();
-    if (cache.is_absolute()) {
-        fs::create_directories(cache, error);
-        file_ = openIn(cache);
-    }
+    if (fs::is_directory(cache, error)) file_ = openIn(cache);
     if (file_ < 0) file_ = openIn(fs::temp_directory_path(error));
     if (file_ < 0) throw std::system_error(errno, std::generic_category());
 }

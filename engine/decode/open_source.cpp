@@ -34,13 +34,15 @@ struct Kind {
     Mark another;
     std::array<Decoder, 2> decoders;
     bool elsewhere = true;  // another program may decode what these refuse
+
+    bool isOurs() const { return decoders.front() != nullptr; }
 };
 
 constexpr std::size_t kInPage = 28;  // where the first page of an OGG file says what its stream is
 
 // A WAV file may hold MP3. Nothing tells an MP3 file for sure, so what could pass for one comes before. Damaged OGG
 // makes libsndfile lose memory, so it gets none; and where Vorbis is, nobody else is to find sound.
-constexpr std::array<Kind, 17> kKinds{{
+constexpr std::array<Kind, 23> kKinds{{
     {{0, "RIFF"}, {8, "AVI "}, {}},
     {{0, "RIFF"}, {}, {open<SndfileSource>, open<Mp3Source>}},
     {{0, "OggS"}, {kInPage, "OpusHead"}, {}},
@@ -57,6 +59,12 @@ constexpr std::array<Kind, 17> kKinds{{
     {{0, "\x1A\x45\xDF\xA3"}, {}, {}},  // Matroska, WebM
     {{0, "\x30\x26\xB2\x75"}, {}, {}},  // ASF, WMA
     {{0, "wvpk"}, {}, {}},              // WavPack
+    {{0, "\xFF\xF1"}, {}, {}},          // AAC
+    {{0, "\xFF\xF9"}, {}, {}},
+    {{0, "caff"}, {}, {}},
+    {{0, "#!AMR"}, {}, {}},
+    {{0, "MAC "}, {}, {}},
+    {{0, "TTA1"}, {}, {}},
     {{}, {}, {open<Mp3Source>}},
 }};
 
@@ -84,7 +92,9 @@ std::unique_ptr<PcmSource> openSource(const std::string& utf8Path, const CancelF
     std::unique_ptr<NativeSource> source;
     for (const Decoder decoder : kind.decoders)
         if (decoder && !source) source = tryOpen(decoder, utf8Path, cancelled);
-    if (!source && kind.elsewhere && decoded) source = decoded->open(utf8Path, cancelled);
+    // Where that program is missing, it is not to blame for a damaged file of ours.
+    const bool elsewhere = kind.elsewhere && decoded && (!kind.isOurs() || decoded->canDecode());
+    if (!source && elsewhere) source = decoded->open(utf8Path, cancelled);
     // A length that was measured up to an error is wrong.
     return !source || source->failed() ? nullptr : atCardRate(std::move(source), driftPpm);
 } catch (const std::exception&) {
