@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "engine/graph/tempo_source.h"
+#include "engine/readers.h"
 
 namespace melvane::engine {
 
@@ -126,6 +127,14 @@ Handle Library::openRecording(const std::string& file, double driftPpm, std::uin
     if (!source) return 0;
     if (flags & BASS_STREAM_DECODE) return handles_.keep(std::move(source));
     return handles_.keep(std::make_shared<Channel>(std::move(source), (flags & BASS_SAMPLE_LOOP) != 0));
+}
+
+std::unique_ptr<PcmSource> Library::openReader(const std::string& file, const std::function<bool()>& wanted) {
+    return engine::openReader(file, wanted);
+}
+
+std::unique_ptr<PcmSource> Library::inKey(std::unique_ptr<PcmSource> source, double semitones) {
+    return engine::inKey(std::move(source), semitones);
 }
 
 Handle Library::createStream(std::shared_ptr<PcmSource> source) {

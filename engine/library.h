@@ -45,6 +45,8 @@ public:
     Handle openRecording(const std::string& file, double driftPpm, std::uint32_t flags) override;
     void giveUpOpening() override;
     Decoding decoding(const std::string& file) const override { return decoded_->state(file); }
+    std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted) override;
+    std::unique_ptr<PcmSource> inKey(std::unique_ptr<PcmSource> source, double semitones) override;
     Handle createStream(std::shared_ptr<PcmSource> source) override;
     bool BASS_StreamFree(Handle handle) override;
     bool BASS_MusicFree(Handle handle) override { return BASS_StreamFree(handle); }

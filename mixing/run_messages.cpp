@@ -5,6 +5,7 @@
 #include <iterator>
 #include <optional>
 
+#include "mixing/failure_cause.h"
 #include "platform/registry.h"
 
 namespace melvane {
@@ -115,6 +116,27 @@ std::string decodingMessage(const modLang& language, DecodingFailure failure) {
             return language.ownText(OwnText::noRoomToDecode);
     }
     return "";
+}
+
+std::string searchMessage(const modLang& language, SearchEnd end, const std::string& song, const std::string& voice) {
+    RunState unread;
+    switch (end) {
+        case SearchEnd::found:
+        case SearchEnd::givenUp:
+            return "";
+        case SearchEnd::noTrace:
+            return language.ownText(OwnText::noTraceOfSong);
+        case SearchEnd::songUnreadable:
+            unread.failure = RunFailure::backgroundUnreadable;
+            break;
+        case SearchEnd::voiceUnreadable:
+            unread.failure = RunFailure::vocalUnreadable;
+            break;
+    }
+    unread.backgroundPath = song;
+    unread.vocalPath = voice;
+    unread.cause = readingError(end == SearchEnd::songUnreadable ? song : voice);
+    return runCause(language, unread);
 }
 
 std::string midiMessage(const modLang& language, MidiFailure failure) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "midi/midi_background.h"
+#include "mixing/voice_search.h"
 #include "settings/modLang.h"
 #include "state/run_state.h"
 
@@ -17,6 +18,8 @@ std::string runMessage(const modLang& language, const RunState& run);
 std::string runCause(const modLang& language, const RunState& run);
 // Why a file could not be decoded; "" where that is not the cause.
 std::string decodingMessage(const modLang& language, DecodingFailure failure);
+// Why a voice's place wasn't found; "" when it was, or when nobody wanted it any more. Looks at the files again.
+std::string searchMessage(const modLang& language, SearchEnd end, const std::string& song, const std::string& voice);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
 // Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.

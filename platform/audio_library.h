@@ -166,6 +166,12 @@ public:
     // Of a file that was opened or scanned lately, or is just now. Nothing of one that needs no other program. Any
     // thread, at once.
     virtual Decoding decoding(const std::string& file) const = 0;
+    // The sound of a file for a reader of the program's own, which reads it on any one thread and where it wants.
+    // nullptr when there is no sound in it or it can't be read, and when it is not `wanted` any more before it is open.
+    // Any thread, also without BASS_Init; may take as long as BASS_StreamCreateFile.
+    virtual std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted) = 0;
+    // The same sound in another key, -12 to 12 semitones, as a tempo stream plays it.
+    virtual std::unique_ptr<PcmSource> inKey(std::unique_ptr<PcmSource> source, double semitones) = 0;
     // A playable stream over a source of the program's own, which is read on the mixing thread; it ends where that
     // delivers fewer frames than asked for.
     virtual Handle createStream(std::shared_ptr<PcmSource> source) = 0;

@@ -120,6 +120,9 @@ public:
     virtual std::function<std::vector<std::string>()> portSearch() const = 0;
     // A song from the bytes of a MIDI file. Any thread. Fails when they hold none.
     virtual std::shared_ptr<MusicSegment> loadSegment(std::string_view file) = 0;
+    // The sound of such a song as the built-in synthesiser plays it, its notes moved by `semitones`, for a reader of
+    // the program's own. Any thread; reads sounds from a file. Fails when there is no song or no sounds for it.
+    virtual std::unique_ptr<PcmSource> openReader(std::string_view file, int semitones) = 0;
     // `ports` are descriptions by which its setPort counts. It may outlive this.
     virtual std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string> ports) = 0;
 };

@@ -132,6 +132,8 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::vocalLost, "Miksowanie przerwano, bo nie można dalej czytać nagrania wokalu: %1",
      "The mix ended because the vocal recording can no longer be read: %1"},
     {OwnText::mixedUntilThen, "To, co zdążono nagrać, jest w pliku %1", "What had been recorded is in %1"},
+    {OwnText::noTraceOfSong, "W nagraniu wokalu nie słychać ani śladu podkładu: zostaje tam, gdzie jest.",
+     "There is no trace of the background in the vocal recording: it stays where it is."},
     {OwnText::noThread, "System nie pozwala na więcej wątków. Zamknij inne programy i spróbuj ponownie.",
      "The system allows no more threads. Close other programs and try again."},
     {OwnText::encoderStalled, "Koder MP3 nie odbiera dźwięku; miks czeka w pamięci.",

@@ -118,6 +118,7 @@ enum class OwnText {
     backgroundLost,        // file
     vocalLost,             // file
     mixedUntilThen,        // file
+    noTraceOfSong,
     noThread,
     encoderStalled,
     destinationIsSource,

@@ -45,6 +45,7 @@ public:
         note("loadSegment " + std::to_string(file.size()), songLoads);
         return std::make_shared<Segment>();
     }
+    std::unique_ptr<PcmSource> openReader(std::string_view, int) override { return nullptr; }
     std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string>) override {
         return std::make_unique<Performance>(*this);
     }

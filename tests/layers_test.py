@@ -10,7 +10,8 @@ import sys
 from fnmatch import fnmatch
 from pathlib import Path
 
-ROWS = ["base", "platform", "state", "controls", "settings", "audio", "effects", "midi", "mixing", "player", "app", "tools"]
+ROWS = ["base", "platform", "state", "alignment", "controls", "settings", "audio", "effects", "midi", "mixing", "player", "app",
+        "tools"]
 ISLANDS = ["engine", "music", "desktop"]
 SHARED = ["base", "platform"]  # All that an island sees beside itself.
 HEADERS_ONLY = ["base", "platform", "state"]

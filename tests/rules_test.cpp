@@ -221,9 +221,15 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
     EXPECT_EQ(options.destination, "-c.mp3");
     EXPECT_TRUE(parse({"--help"}).help);
+    EXPECT_EQ(options.voicePlace, VoicePlace{});
+    const MixOptions placed = parse({"--sync", "-12.75", "a", "b", "c"});
+    EXPECT_EQ(placed.syncOffset, 0);
+    EXPECT_EQ(placed.voicePlace, (VoicePlace{-562275, 0}));
+    EXPECT_TRUE(parse({"--find-sync", "a", "b"}).findSync);
     using Faults = std::vector<std::pair<std::vector<const char*>, const char*>>;
     Faults faults{{{"a", "b"}, "DESTINATION"},
                   {{"a", "b", "c", "d"}, "DESTINATION"},
+                  {{"a", "b", "c", "--find-sync"}, "--find-sync"},
                   {{"--loud"}, "--loud"},
                   {{"a", "b", "c", "--volume"}, "value"},
                   {{"--quiet=1"}, "no value"}};
@@ -232,7 +238,7 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
         std::vector<const char*> taken, refused;
     } ranges[] = {
         {"--volume", "0 to 100", {"0,100"}, {"101,0", "-1,0", "50", "5,x", "99999999999,1", "50.5,1"}},
-        {"--sync", "-0.6", {"-0.6", "+0.6"}, {"-0.61", "0.61", "+-0.1"}},
+        {"--sync", "twelve", {"-0.6", "+43200", "auto"}, {"-43201", "inf", "+-0.1", "Auto"}},
         {"--key", "-5 to 5", {"-5", "+5"}, {"-5.1", "5.1", "nan"}},
         {"--tone", "100", {"0,100,0,100"}, {"1,2,3", "0,0,0,101"}},
         {"--balance", "-100", {"-100,100"}, {"0,101", "-101,0"}},

@@ -22,6 +22,7 @@
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
 #include "mixing/run_messages.h"
+#include "mixing/voice_search.h"
 #include "music/music.h"
 #include "tools/console_dialogs.h"
 #include "tools/options.h"
@@ -73,6 +74,7 @@ bool prepare(const MixOptions& options, Mixer& mixer) {
     for (const auto& change : options.changes) change(mixer.settings());
     mixer.run().key = options.key;
     mixer.run().syncOffset = options.syncOffset;
+    mixer.run().voicePlace = options.voicePlace;
     mixer.sourceFiles().chooseBackground(options.background);
     if (mixer.run().isMidiBackground && !mixer.midi().loaded()) return false;
     for (const auto& change : options.channelChanges) change(mixer.midi());
@@ -82,14 +84,37 @@ bool prepare(const MixOptions& options, Mixer& mixer) {
     return true;
 }
 
-int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, Reporter& reporter) {
+// Puts the voice where its recording tells, or says why not: the exit status.
+int lineUp(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, MusicSystem& music,
+           Reporter& reporter) {
+    RunState& run = mixer.run();
+    const std::string midi = run.isMidiBackground ? mixer.midi().state().midiBytes : "";
+    const VoiceFound found = findVoice(library, music, {options.background, midi, options.vocal, options.key},
+                                       [](double) { return interruptedBy == 0; });
+    run.voicePlace = found.place();
+    if (found.end == SearchEnd::found) {
+        options.findSync ? reporter.tellPlace(found) : reporter.placed(found);
+        return kDone;
+    }
+    reporter.failed(found.end == SearchEnd::givenUp
+                        ? "interrupted before the voice's place was found"
+                        : searchMessage(language, found.end, options.background, options.vocal));
+    return found.end == SearchEnd::givenUp ? kSignalBase + interruptedBy : kCouldNot;
+}
+
+int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, MusicSystem& music,
+        Reporter& reporter) {
     if (!prepare(options, mixer)) {
         const MidiBackground& midi = mixer.midi();
         reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
         return kCouldNot;
     }
-    MixingRun& run = mixer.mixingRun();
     catchInterrupts();
+    if (options.findSync || options.findsPlace) {
+        const int found = lineUp(options, mixer, language, library, music, reporter);
+        if (found != kDone || options.findSync) return found;
+    }
+    MixingRun& run = mixer.mixingRun();
     run.mi_button_Click();
     if (interruptedBy && !mixer.run().isMixing && mixer.run().failure == RunFailure::none) {
         reporter.failed("interrupted before the mix began");
@@ -134,7 +159,7 @@ int mixWith(const MixOptions& options, AudioLibrary& library, const LocalFileNam
     const music::Music music = music::createMusic(library, {.soundFont = options.soundFont, .devicePorts = false});
     Mixer mixer({library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
     running = &mixer.mixingRun();
-    return mix(options, mixer, language, library, reporter);
+    return mix(options, mixer, language, library, *music.system, reporter);
 }
 
 int run(const MixOptions& options) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +13,9 @@
 namespace melvane {
 
 namespace {
+
+constexpr double kMostSync = 12 * 3600;
+constexpr double kMostKnobSync = 0.6;  // up to which a short vocal starts again
 
 struct Option {
     std::string_view name;
@@ -94,8 +98,13 @@ void takePreset(MixOptions& o, const std::string& text) {
 }
 
 void takeSync(MixOptions& o, const std::string& text) {
-    o.syncOffset = static_cast<float>(
-        decimal(text, -0.6, 0.6, "--sync takes seconds from -0.6 (vocal later) to 0.6 (vocal earlier)"));
+    o.findsPlace = text == "auto";
+    if (o.findsPlace) return;
+    const double seconds = decimal(text, -kMostSync, kMostSync,
+                                   "--sync takes seconds, up to twelve hours (vocal earlier, below 0 later), or auto");
+    const bool small = std::abs(seconds) <= kMostKnobSync;
+    o.syncOffset = small ? static_cast<float>(seconds) : 0;
+    o.voicePlace.earlier = small ? 0 : std::llround(seconds * kSampleRate);
 }
 
 void takeKey(MixOptions& o, const std::string& text) {
@@ -128,7 +137,7 @@ void takeChannel(MixOptions& o, const std::string& text) {
 
 constexpr Option kOptions[] = {
     {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
-    {"--sync", "SECONDS", "vocal earlier (to 0.6) or later (to -0.6)", takeSync},
+    {"--sync", "SECONDS", "vocal earlier (below 0: later); auto: as its recording tells", takeSync},
     {"--key", "SEMITONES", "key of the background, -5 to 5, fractions too", takeKey},
     {"--tone", "B,T,B,T", "bass and treble of background and vocal: 0 boost, 50 flat, 100 cut", takeTone},
     {"--balance", "B,V", "balance of background and vocal, -100 left to 100 right", takeBalance},
@@ -143,6 +152,8 @@ constexpr Option kOptions[] = {
      takeChannel<&MidiBackground::setChannelBalance>},
     {"--soundfont", "FILE", "MIDI background: play with the sounds of this file",
      [](MixOptions& o, const std::string& text) { o.soundFont = text; }},
+    {"--find-sync", "", "mix nothing: tell where the vocal belongs, and its drift",
+     [](MixOptions& o, const std::string&) { o.findSync = true; }},
     {"--settings", "", "start from what the window program saved",
      [](MixOptions& o, const std::string&) { o.storedSettings = true; }},
     {"--overwrite", "", "replace an existing DESTINATION",
@@ -183,10 +194,11 @@ MixOptions parseOptions(std::span<const char* const> arguments) {
         }
     }
     if (options.help || options.version) return options;
-    if (paths.size() != 3) throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");
+    if (options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
+    if (!options.findSync && paths.size() != 3) throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");
     options.background = paths[0];
     options.vocal = paths[1];
-    options.destination = paths[2];
+    if (!options.findSync) options.destination = paths[2];
     if (!isMidiFile(options.background) && !(options.channelChanges.empty() && options.soundFont.empty()))
         throw UsageError("options of channels and --soundfont are for MIDI backgrounds");
     return options;
@@ -195,6 +207,7 @@ MixOptions parseOptions(std::span<const char* const> arguments) {
 std::string usageText() {
     std::string text =
         "Usage: melvane-mix [options] BACKGROUND VOCAL DESTINATION\n"
+        "       melvane-mix [options] --find-sync BACKGROUND VOCAL\n"
         "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
     for (const Option& option : kOptions) {
         std::string left = "  " + std::string(option.name) + " " + std::string(option.value);

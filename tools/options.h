@@ -9,6 +9,7 @@
 
 #include "midi/midi_background.h"
 #include "state/settings.h"
+#include "state/voice_place.h"
 
 namespace melvane {
 
@@ -18,6 +19,9 @@ struct MixOptions {
     std::string destination;
     double key = 0;        // semitones, -5..5
     float syncOffset = 0;  // seconds, -0.6..0.6
+    VoicePlace voicePlace;
+    bool findsPlace = false;  // of the voice, for the mix
+    bool findSync = false;    // and only tells it
     // What the other options change in the settings, in their order.
     std::vector<std::function<void(Settings&)>> changes;
     // What they change on the channels of a MIDI background.

@@ -3,6 +3,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "platform/audio_library.h"
@@ -29,6 +30,11 @@ std::string oneLine(std::string message) {
     std::ranges::replace_if(
         message, [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
     return message;
+}
+
+// Never -0, which would be printed so.
+double rounded(double value, double steps) {
+    return std::round(value * steps) / steps + 0.0;
 }
 
 QString text(const std::string& utf8) {
@@ -80,6 +86,26 @@ void Reporter::finished(const std::string& destination, std::int64_t frames, boo
         std::fputs("melvane-mix: interrupted before anything was mixed\n", stderr);
     else if (interrupted)
         std::fprintf(stderr, "melvane-mix: interrupted; %.1f s are in %s\n", seconds(frames), destination.c_str());
+}
+
+void Reporter::placed(const VoiceFound& found) {
+    if (style_ == Style::json)
+        printLine({{text("event"), text("sync")},
+                   {text("sync"), found.sync},
+                   {text("drift_ppm"), found.driftPpm},
+                   {text("certainty"), found.certainty}});
+    else if (style_ == Style::bar)
+        std::fprintf(stderr, "melvane-mix: sync %.3f s, drift %.1f ppm, certainty %.2f\n", found.sync, found.driftPpm,
+                     found.certainty);
+}
+
+void Reporter::tellPlace(const VoiceFound& found) {
+    const double sync = rounded(found.sync, 1000);
+    const double drift = rounded(found.driftPpm, 10);
+    if (style_ == Style::json)
+        std::printf("{\"sync\": %.3f, \"drift_ppm\": %.1f, \"certainty\": %.2f}\n", sync, drift, found.certainty);
+    else
+        std::printf("sync %.3f s, drift %.1f ppm, certainty %.2f\n", sync, drift, found.certainty);
 }
 
 void Reporter::failed(const std::string& message) {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "mixing/voice_search.h"
+
 namespace melvane {
 
 class Reporter {
@@ -17,6 +19,10 @@ public:
     void progress(std::int64_t done, std::int64_t total);
     // The file was written: all of the song, or what was mixed before an interrupt; "" when that was nothing.
     void finished(const std::string& destination, std::int64_t frames, bool interrupted);
+    // Where the voice comes in the mix that follows.
+    void placed(const VoiceFound& found);
+    // The same on standard output, where nothing else is asked for.
+    void tellPlace(const VoiceFound& found);
     void failed(const std::string& message);
     // Beside the result.
     void note(const std::string& message);

@@ -1,0 +1,130 @@
+#include "alignment/coarse_search.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace melvane {
+
+namespace {
+
+constexpr std::size_t kPiece = 16384;  // frames
+constexpr std::size_t kMostPieces = 24;
+constexpr std::size_t kCell = 16;  // frames that count as one place
+constexpr std::size_t kPieceCells = kPiece / kCell;
+constexpr double kSteepest = 150e-6;
+constexpr std::size_t kGuesses = 8;
+constexpr std::int64_t kApart = 16;   // cells between two guesses
+constexpr float kMostOfAPiece = 100;  // mean deviations: no piece decides alone
+
+// Of one piece, how alike it and the song are: [c] when the song's frames from (c - kPieceCells) * kCell on are under
+// the piece's first.
+using Row = std::vector<float>;
+
+float highest(std::span<const float> values) {
+    float most = 0;
+    for (const float value : values) most = std::max(most, std::abs(value));
+    return most;
+}
+
+// All rows become alike in what is chance.
+void level(Row& row) {
+    double sum = 0;
+    for (const float height : row) sum += static_cast<double>(height);
+    const auto mean = static_cast<float>(sum / static_cast<double>(row.size()));
+    double deviation = 0;
+    for (const float height : row) deviation += static_cast<double>(std::abs(height - mean));
+    const auto scale = deviation > 0 ? static_cast<float>(static_cast<double>(row.size()) / deviation) : 0.0F;
+    for (float& height : row) height = std::min((height - mean) * scale, kMostOfAPiece);
+}
+
+std::vector<Row> correlateAll(const Trace& song, const Trace& voice, const Pieces& pieces, const GoOn& goOn) {
+    Fourier fourier(2 * kPiece);
+    std::vector<std::vector<Bin>> voices;
+    for (const std::int64_t start : pieces.starts) {
+        std::ranges::fill(fourier.time(), 0.0F);
+        readVoice(voice, start, fourier.time().first(kPiece));
+        fourier.forward();
+        voices.emplace_back(fourier.bins().begin(), fourier.bins().end());
+    }
+    const std::size_t blocks = song.size() / kPiece + 2;
+    std::vector<Row> rows(pieces.count(), Row(blocks * kPieceCells));
+    for (std::size_t block = 0; block < blocks; ++block) {
+        readVoice(song, static_cast<std::int64_t>(block * kPiece) - static_cast<std::int64_t>(kPiece), fourier.time());
+        fourier.forward();
+        const std::vector<Bin> spectrum(fourier.bins().begin(), fourier.bins().end());
+        for (std::size_t piece = 0; piece < rows.size(); ++piece) {
+            std::ranges::copy(spectrum, fourier.bins().begin());
+            correlate(fourier.bins(), voices[piece]);
+            fourier.backward();
+            for (std::size_t cell = 0; cell < kPieceCells; ++cell)
+                rows[piece][block * kPieceCells + cell] = highest(fourier.time().subspan(cell * kCell, kCell));
+        }
+        if (!goOn(static_cast<double>(block + 1) / static_cast<double>(blocks))) return {};
+    }
+    std::ranges::for_each(rows, level);
+    return rows;
+}
+
+// Of each lag, `first` cells and up, the steepness at which all pieces together are highest, and how high.
+struct Lags {
+    std::int64_t first = 0;
+    std::vector<float> heights;
+    std::vector<float> slopes;
+};
+
+// The cell of a row is the piece's start less the lag.
+Row sumRows(const std::vector<Row>& rows, const Pieces& pieces, const Line& line, std::int64_t first,
+            std::size_t lags) {
+    Row sum(lags);
+    for (std::size_t piece = 0; piece < rows.size(); ++piece) {
+        const Row& row = rows[piece];
+        const double start = static_cast<double>(pieces.starts[piece]) - line.at(pieces.middle(piece));
+        const std::int64_t cell = std::llround(start / kCell) + static_cast<std::int64_t>(kPieceCells) - first;
+        const std::int64_t from = std::max<std::int64_t>(cell - std::ssize(row) + 1, 0);
+        const std::int64_t to = std::min(cell + 1, std::ssize(sum));
+        for (std::int64_t lag = from; lag < to; ++lag)
+            sum[static_cast<std::size_t>(lag)] += row[static_cast<std::size_t>(cell - lag)];
+    }
+    return sum;
+}
+
+Lags sumUp(const std::vector<Row>& rows, const Pieces& pieces, const Trace& song, const Trace& voice) {
+    const double pivot = static_cast<double>(voice.size()) / 2;
+    const std::size_t count = (song.size() + voice.size()) / kCell + 1;
+    Lags lags{-static_cast<std::int64_t>(song.size() / kCell), Row(count), Row(count)};
+    const int steps = static_cast<int>(std::ceil(kSteepest * pivot / kCell));
+    for (int step = -steps; step <= steps; ++step) {
+        const double slope = steps > 0 ? kSteepest * step / steps : 0;
+        const Row sum = sumRows(rows, pieces, {0, slope, pivot}, lags.first, count);
+        for (std::size_t i = 0; i < count; ++i) {
+            if (sum[i] <= lags.heights[i]) continue;
+            lags.heights[i] = sum[i];
+            lags.slopes[i] = static_cast<float>(slope);
+        }
+    }
+    return lags;
+}
+
+}  // namespace
+
+std::vector<Line> searchCoarsely(const Trace& song, const Trace& voice, const GoOn& goOn) {
+    const Pieces pieces = Pieces::of(voice.size(), kPiece, kMostPieces, kCell);
+    const std::vector<Row> rows = correlateAll(song, voice, pieces, goOn);
+    if (rows.empty()) return {};
+    Lags lags = sumUp(rows, pieces, song, voice);
+    std::vector<Line> guesses;
+    while (guesses.size() < kGuesses) {
+        const auto best = std::ranges::max_element(lags.heights);
+        if (*best <= 0) break;
+        const std::int64_t at = best - lags.heights.begin();
+        guesses.push_back({static_cast<double>((lags.first + at) * static_cast<std::int64_t>(kCell)),
+                           static_cast<double>(lags.slopes[static_cast<std::size_t>(at)]),
+                           static_cast<double>(voice.size()) / 2});
+        std::fill(lags.heights.begin() + std::max<std::int64_t>(at - kApart, 0),
+                  lags.heights.begin() + std::min(at + kApart + 1, std::ssize(lags.heights)), 0.0F);
+    }
+    return guesses;
+}
+
+}  // namespace melvane

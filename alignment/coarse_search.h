@@ -1,0 +1,20 @@
+// Where in a song a recording may belong, to a few milliseconds.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "alignment/correlation.h"
+
+namespace melvane {
+
+// Is told how much is done, 0..1, and tells whether it is still wanted.
+using GoOn = std::function<bool(double done)>;
+
+// The lines on which voice and song are most alike, the best first: wrong by `kCoarseError` frames at most where they
+// are right at all. None when it is not wanted any more.
+std::vector<Line> searchCoarsely(const Trace& song, const Trace& voice, const GoOn& goOn);
+
+inline constexpr std::size_t kCoarseError = 48;
+
+}  // namespace melvane

@@ -1,0 +1,23 @@
+// Where a recording belongs in a song, from what its microphone caught of it. Pure computation: any thread, several at
+// once.
+#pragma once
+
+#include <optional>
+
+#include "alignment/coarse_search.h"
+#include "alignment/imprint.h"
+
+namespace melvane {
+
+struct FoundPlace {
+    double sync = 0;       // seconds of the song's time by which the recording begins before the song; behind it if < 0
+    double driftPpm = 0;   // by how much the recording is longer than it should be
+    double certainty = 0;  // kCertain..1
+};
+
+inline constexpr double kCertain = 0.5;
+
+// None when there is no trace of the song in the recording, or when it is not wanted any more.
+std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const GoOn& goOn);
+
+}  // namespace melvane

@@ -1,0 +1,139 @@
+#include "alignment/follow.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace melvane {
+
+namespace {
+
+constexpr double kSteepest = 200e-6;  // off the guess
+constexpr float kDirect = 0.5F;       // of what is heard best, from which on it is the direct sound
+constexpr std::size_t kAround = 16;   // bins on either side
+constexpr double kFaint = 1;          // of the mean power beside which what is fainter is not made louder
+constexpr float kHeard = 4;           // deviations of chance
+
+// How alike voice and song are, by how many frames later than guessed; in deviations of chance.
+using Row = std::vector<float>;
+
+// Divides by what the song has around each frequency: its own tones would be alike at every period of theirs.
+void takeOffTones(std::span<Bin> bins) {
+    std::vector<double> sums(bins.size() + 1);
+    for (std::size_t i = 0; i < bins.size(); ++i) sums[i + 1] = sums[i] + static_cast<double>(std::norm(bins[i]));
+    const double floor = kFaint * sums.back() / static_cast<double>(bins.size()) + 1e-9;
+    for (std::size_t i = 0; i < bins.size(); ++i) {
+        const std::size_t from = i < kAround ? 0 : i - kAround;
+        const std::size_t to = std::min(i + kAround + 1, bins.size());
+        bins[i] /= static_cast<float>((sums[to] - sums[from]) / static_cast<double>(to - from) + floor);
+    }
+}
+
+// The deviation that the correlation of these bins has in the middle.
+double chanceOf(std::span<const Bin> bins) {
+    double power = 0;
+    for (const Bin bin : bins) power += static_cast<double>(std::norm(bin));
+    return 2 * std::sqrt(power);
+}
+
+// [reach] of a row is the guess.
+std::vector<Row> correlatePieces(const Trace& song, const Trace& voice, const Pieces& pieces, const Line& guess,
+                                 std::size_t reach) {
+    const std::size_t length = pieces.length;
+    Fourier fourier(2 * length);
+    const auto time = fourier.time();
+    std::vector<Bin> spectrum(length + 1);
+    std::vector<Row> rows;
+    for (const std::int64_t start : pieces.starts) {
+        readSong(song, guess, start, time.first(length));
+        std::ranges::fill(time.subspan(length), 0.0F);
+        fourier.forward();
+        std::ranges::copy(fourier.bins(), spectrum.begin());
+        takeOffTones(spectrum);
+        readVoice(voice, start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
+        std::ranges::fill(time.subspan(length + 2 * reach), 0.0F);
+        fourier.forward();
+        correlate(fourier.bins(), spectrum);
+        const double chance = chanceOf(fourier.bins());
+        fourier.backward();
+        Row row(time.begin(), time.begin() + static_cast<std::ptrdiff_t>(2 * reach + 1));
+        for (float& value : row) value *= chance > 0 ? static_cast<float>(1 / chance) : 0.0F;
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+float between(const Row& row, double at) {
+    const double floor = std::floor(at);
+    const auto i = static_cast<std::int64_t>(floor);
+    if (i < 0 || i + 1 >= std::ssize(row)) return 0;
+    const auto part = static_cast<float>(at - floor);
+    return row[static_cast<std::size_t>(i)] * (1 - part) + row[static_cast<std::size_t>(i + 1)] * part;
+}
+
+// How far off the guess a line is in the middle of a piece.
+double turned(const Pieces& pieces, const Line& guess, double slope, std::size_t piece) {
+    return slope * (pieces.middle(piece) - guess.pivot);
+}
+
+// Without their polarity, which a microphone may turn; in deviations of chance again.
+Row sumAlong(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, double slope) {
+    Row sum(rows.front().size());
+    for (std::size_t piece = 0; piece < rows.size(); ++piece) {
+        const double turn = turned(pieces, guess, slope, piece);
+        for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += between(rows[piece], static_cast<double>(i) + turn);
+    }
+    for (float& value : sum) value = std::abs(value) / std::sqrt(static_cast<float>(rows.size()));
+    return sum;
+}
+
+// Of the values around [at]: where between them the top is, -0.5..0.5.
+template <typename Values>
+double topBeside(const Values& values, std::size_t at) {
+    if (at == 0 || at + 1 >= values.size()) return 0;
+    const auto before = static_cast<double>(values[at - 1]);
+    const auto behind = static_cast<double>(values[at + 1]);
+    const double bend = before - 2 * static_cast<double>(values[at]) + behind;
+    return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
+}
+
+// What the guess lacks in steepness: where all pieces together are highest.
+double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, std::size_t error) {
+    const double span = pieces.middle(pieces.count() - 1) - guess.pivot;
+    if (pieces.count() < 2 || span <= 0) return 0;
+    const int steps = static_cast<int>(std::min(static_cast<double>(error), std::ceil(kSteepest * span)));
+    std::vector<float> heights;
+    for (int step = -steps; step <= steps; ++step)
+        heights.push_back(std::ranges::max(sumAlong(rows, pieces, guess, step / span)));
+    const auto best = static_cast<std::size_t>(std::ranges::max_element(heights) - heights.begin());
+    return (static_cast<double>(best) - steps + topBeside(heights, best)) / span;
+}
+
+// The first that is nearly as strong as the strongest, whose reflections may be stronger.
+std::size_t findDirect(const Row& response, std::size_t top, std::size_t before) {
+    std::size_t at = top - std::min(before, top);
+    while (at < top && (response[at] < kDirect * response[top] || response[at] < response[at + 1])) ++at;
+    return at;
+}
+
+}  // namespace
+
+Followed follow(const Trace& song, const Trace& voice, const Pieces& pieces, const Line& guess, std::size_t error,
+                std::size_t before) {
+    const std::size_t reach = error + before;
+    const std::vector<Row> rows = correlatePieces(song, voice, pieces, guess, reach);
+    const double slope = findTurn(rows, pieces, guess, error);
+    const Row response = sumAlong(rows, pieces, guess, slope);
+    const auto top = static_cast<std::size_t>(std::ranges::max_element(response) - response.begin());
+    const std::size_t direct = findDirect(response, top, before);
+    double heard = 0;
+    for (std::size_t piece = 0; piece < rows.size(); ++piece) {
+        const double at = static_cast<double>(top) + turned(pieces, guess, slope, piece);
+        heard += std::abs(between(rows[piece], at)) > kHeard ? 1 : 0;
+    }
+    const double lag = static_cast<double>(direct) + topBeside(response, direct) - static_cast<double>(reach);
+    return {{guess.lag + lag, guess.slope + slope, guess.pivot},
+            static_cast<double>(response[top]),
+            heard / static_cast<double>(rows.size())};
+}
+
+}  // namespace melvane

@@ -1,0 +1,52 @@
+// What a search needs of a sound: mono at 11025 Hz, each moment as loud as any other and each frequency as strong as
+// its neighbours, so that the quiet moments between a singer's words tell as much as the loud ones.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "alignment/fourier.h"
+
+namespace melvane {
+
+inline constexpr int kImprintRate = 11025;  // Hz
+
+// Samples of an imprint; those before the first and behind the last are 0.
+using Trace = std::vector<std::int16_t>;
+
+// Takes a sound as it is read. One thread at a time. Two bytes for a sample of the trace and nothing else grow with the
+// sound; of one longer than half an hour the rest is left out.
+class ImprintMaker {
+public:
+    ImprintMaker();
+    // Interleaved stereo at 44100 Hz.
+    void add(const float* stereo, std::size_t frames);
+    // Nothing may be added any more.
+    Trace take();
+
+private:
+    static constexpr std::size_t kFrame = 1024;
+    static constexpr std::size_t kHop = kFrame / 2;
+
+    void addLow(float sample);
+    void evenOut();
+
+    std::vector<float> history_;  // mono at 44100 Hz that the low-pass filter has still to see
+    std::vector<float> window_;
+    std::array<float, kFrame> frame_{};
+    std::array<float, kFrame> overlap_{};
+    std::size_t filled_ = kHop;
+    std::size_t frames_ = 0;  // of the trace
+    std::vector<double> sums_;
+    Fourier fourier_{kFrame};
+    Trace trace_;
+};
+
+// The same at a quarter of the rate, from its lower frequencies.
+Trace quarter(const Trace& trace);
+
+}  // namespace melvane

@@ -1,0 +1,16 @@
+// Files that are read beside the card, where their reader wants.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/pcm_source.h"
+
+namespace melvane::engine {
+
+// See AudioLibrary.
+std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted);
+std::unique_ptr<PcmSource> inKey(std::unique_ptr<PcmSource> source, double semitones);
+
+}  // namespace melvane::engine

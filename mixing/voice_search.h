@@ -1,0 +1,38 @@
+// Finds where a voice belongs in its song: reads both files beside the card and lines them up.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/audio_library.h"
+#include "platform/music_performance.h"
+#include "state/voice_place.h"
+
+namespace melvane {
+
+struct VoiceSearch {
+    std::string song;   // a sound file, unless
+    std::string midi;   // these are the bytes of a MIDI song
+    std::string voice;  // a sound file
+    double key = 0;     // semitones by which the singer may have heard the song shifted
+};
+
+enum class SearchEnd { found, songUnreadable, voiceUnreadable, noTrace, givenUp };
+
+struct VoiceFound {
+    SearchEnd end = SearchEnd::noTrace;
+    // The moment of the recording at which the song begins, in seconds of the song's time from the recording's
+    // beginning: by so much the voice has to come earlier, once its clock is put right.
+    double sync = 0;
+    double driftPpm = 0;   // by how much the recording is longer than it should be
+    double certainty = 0;  // 0..1
+
+    VoicePlace place() const;
+};
+
+// Waits until it is done; any thread. `goOn` is told how much is done, 0..1, and tells whether it is still wanted.
+// Library and music outlive the call.
+VoiceFound findVoice(AudioLibrary& library, MusicSystem& music, const VoiceSearch& search,
+                     const std::function<bool(double done)>& goOn);
+
+}  // namespace melvane
