@@ -130,7 +130,7 @@ Handle Library::openRecording(const std::string& file, double driftPpm, std::uin
 }
 
 std::unique_ptr<PcmSource> Library::openReader(const std::string& file, const std::function<bool()>& wanted) {
-    return engine::openReader(file, wanted);
+    return engine::openReader(file, decoded_, wanted);
 }
 
 std::unique_ptr<PcmSource> Library::inKey(std::unique_ptr<PcmSource> source, double semitones) {

@@ -5,6 +5,7 @@
 #include <future>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "engine/decode/open_source.h"
 #include "engine/graph/tempo_source.h"
@@ -12,10 +13,13 @@
 namespace melvane::engine {
 
 // On a thread of its own, so that a file that never opens can be left behind.
-std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted) {
+std::unique_ptr<PcmSource> openReader(const std::string& file, std::shared_ptr<decode::DecodedFiles> decoded,
+                                      const std::function<bool()>& wanted) {
     const auto cancelled = std::make_shared<std::atomic<bool>>(false);
     const auto opening = std::make_shared<std::packaged_task<std::unique_ptr<PcmSource>()>>(
-        [file, cancelled] { return decode::openSource(file, cancelled); });
+        [file, cancelled, decoded = std::move(decoded)] {
+            return decode::openSource(file, cancelled, 0, decoded.get());
+        });
     auto opened = opening->get_future();
     try {
         std::thread([opening] { (*opening)(); }).detach();
