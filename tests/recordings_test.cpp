@@ -141,14 +141,17 @@ TEST_F(Recordings, GiveUpAProgramThatHangs) {
         "echo $$ > \"" + (dir / "pid") +
         "\"\nprintf '  Duration: 00:00:10.00, start\\nout_time_us=4000000\\n' >&2\nsleep 1000 & kill -STOP $$\n");
     const std::string file = noFile();
-    const auto cancelled = std::make_shared<std::atomic<bool>>(false);
-    std::thread opening([&] { EXPECT_FALSE(openSource(file, cancelled, 0, &files)); });
-    while (files.state(file).progress != 0.4) std::this_thread::yield();
-    EXPECT_TRUE(files.state(file).running);
-    *cancelled = true;
-    opening.join();
-    const pid_t child = std::stoi(readFile(dir / "pid"));
-    EXPECT_NE(kill(child, 0), 0) << "it is gone";
+    engine::Library library({.clock = CardClock::stepped, .programDirectory = dir.path()});
+    library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr);
+    const std::function<void()> ends[] = {[&] { library.giveUpOpening(); }, [&] { library.BASS_Free(); }};
+    for (const auto& end : ends) {
+        std::thread opening([&] { EXPECT_FALSE(library.BASS_StreamCreateFile(false, file.c_str(), 0, 0, 0)); });
+        while (!library.decoding(file).running || library.decoding(file).progress != 0.4) std::this_thread::yield();
+        end();
+        opening.join();
+        while (library.decoding(file).running) std::this_thread::yield();
+        EXPECT_NE(kill(std::stoi(readFile(dir / "pid")), 0), 0) << "it is gone";
+    }
     EXPECT_FALSE(openSource(file, std::make_shared<std::atomic<bool>>(true), 0, &files)) << "not even begun";
 }
 

@@ -147,18 +147,27 @@ bool mayNotReplace(const MixOptions& options) {
     return !options.overwrite && std::filesystem::exists(toPath(options.destination), error);
 }
 
+// While song and voice are being opened.
+void duringOpening(MixingRun& run, const RunState& state, const AudioLibrary& library, Reporter& reporter) {
+    if (interruptedBy && run.busy()) run.stopRec();
+    for (const std::string& file : {state.backgroundPath, state.vocalPath}) {
+        const Decoding decoding = library.decoding(file);
+        if (run.opening() && decoding.running) reporter.opening(decoding.progress);
+    }
+}
+
 int mixWith(const MixOptions& options, AudioLibrary& library, const LocalFileNames& names, Destinations& destinations,
             modLang& language, Reporter& reporter) {
     ConsoleDialogs dialogs;
     ConsoleShell shell;
-    MixingRun* running = nullptr;
-    const auto doEvents = [&running] {
-        if (interruptedBy && running && running->busy()) running->stopRec();
+    Mixer* running = nullptr;
+    const auto doEvents = [&] {
+        if (running) duringOpening(running->mixingRun(), running->run(), library, reporter);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     };
     const music::Music music = music::createMusic(library, {.soundFont = options.soundFont, .devicePorts = false});
     Mixer mixer({library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
-    running = &mixer.mixingRun();
+    running = &mixer;
     return mix(options, mixer, language, library, *music.system, reporter);
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "platform/audio_library.h"
+#include "state/numbers.h"
 
 namespace melvane {
 
@@ -46,25 +47,35 @@ QString text(const char* ascii) {
 
 }  // namespace
 
-void Reporter::progress(std::int64_t done, std::int64_t total) {
+bool Reporter::isTime() {
     const auto now = std::chrono::steady_clock::now();
-    if (style_ == Style::quiet || total <= 0 || (now - lastShown_ < kInterval && done < total)) return;
+    if (style_ == Style::quiet || now - lastShown_ < kInterval) return false;
     lastShown_ = now;
+    return true;
+}
+
+void Reporter::opening(double share) {
+    if (!isTime()) return;
+    if (style_ == Style::bar) return drawBar(share, "opening");
+    printLine({{text("event"), text("opening")}, {text("fraction"), share}});
+}
+
+void Reporter::progress(std::int64_t done, std::int64_t total) {
+    const bool last = style_ != Style::quiet && done >= total;
+    if (total <= 0 || !(isTime() || last)) return;
     const double fraction = static_cast<double>(done) / static_cast<double>(total);
-    if (style_ == Style::bar) return drawBar(fraction, seconds(done));
+    if (style_ == Style::bar) return drawBar(fraction, clockText(done / kSampleRate));
     printLine({{text("event"), text("progress")},
                {text("position"), seconds(done)},
                {text("length"), seconds(total)},
                {text("fraction"), fraction}});
 }
 
-void Reporter::drawBar(double fraction, double done) {
+void Reporter::drawBar(double fraction, const std::string& place) {
     const int filled = static_cast<int>(fraction * kBarWidth);
     const std::string bar = std::string(static_cast<std::size_t>(filled), '#') +
                             std::string(static_cast<std::size_t>(kBarWidth - filled), '-');
-    const int whole = static_cast<int>(done);
-    std::fprintf(stderr, "\r[%s] %3d %%  %d:%02d", bar.c_str(), static_cast<int>(fraction * 100), whole / 60,
-                 whole % 60);
+    std::fprintf(stderr, "\r[%s] %3d %%  %-8s", bar.c_str(), static_cast<int>(fraction * 100), place.c_str());
     std::fflush(stderr);
     barShown_ = true;
 }

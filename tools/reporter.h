@@ -15,6 +15,8 @@ public:
 
     explicit Reporter(Style style) : style_(style) {}
 
+    // The share of a file that is decoded before the mix begins, 0..1.
+    void opening(double share);
     // `done` and `total` in frames.
     void progress(std::int64_t done, std::int64_t total);
     // The file was written: all of the song, or what was mixed before an interrupt; "" when that was nothing.
@@ -28,7 +30,8 @@ public:
     void note(const std::string& message);
 
 private:
-    void drawBar(double fraction, double seconds);
+    bool isTime();
+    void drawBar(double fraction, const std::string& place);
     void clearBar();
 
     const Style style_;
