@@ -17,10 +17,10 @@ class HeardClock {
 public:
     using Clock = std::chrono::steady_clock;
 
-    // Frame 0 is mixed at `now`. `secondsAhead`: from the mixing of a frame to its hearing while all buffers are full.
-    void begin(Clock::time_point now, double secondsAhead) {
+    // `frame` is mixed at `now`. `secondsAhead`: from the mixing of a frame to its hearing while all buffers are full.
+    void begin(Clock::time_point now, std::int64_t frame, double secondsAhead) {
         ahead_ = std::max(secondsAhead, kLeastAhead);
-        startAnew(seconds(now), seconds(now));
+        startAnew(seconds(now), seconds(now) - static_cast<double>(frame) / kFramesPerSecond);
     }
 
     // The frames before `frame` have been mixed at `now`. True when the times of frames have changed by a jump.

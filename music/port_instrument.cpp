@@ -210,11 +210,16 @@ void PortInstrument::reset() {
     sender_->wake.notify_one();
 }
 
-void PortInstrument::begin() {
-    rendered_ = 0;
+void PortInstrument::begin(std::int64_t frame) {
+    const bool goesOn = rendered_ > 0;
+    rendered_ = frame;
     const std::lock_guard lock(sender_->mutex);
     if (!sender_->playedBy(this)) return;
-    sender_->clock.begin(Clock::now(), secondsAhead_);
+    if (goesOn) {
+        sender_->queue.clear();
+        sender_->ending = sender_->resetting = true;
+    }
+    sender_->clock.begin(Clock::now(), frame, secondsAhead_);
     sender_->wake.notify_one();
 }
 

@@ -28,10 +28,11 @@ public:
     // Any thread: takes every channel back to how a device is without a song, before the first message of this play.
     void reset();
 
-    void begin() override;
+    void begin(std::int64_t frame) override;
     void render(float* out) override;
     // What an instrument outside does is unknown.
     bool silent() const override { return false; }
+    bool outside() const override { return true; }
     void send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) override;
     void sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) override;
 

@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <span>
+#include <utility>
 #include <variant>
 
+#include "music/chase.h"
 #include "music/visitor.h"
 
 namespace melvane::music {
@@ -43,35 +45,41 @@ constexpr std::array<SongSetting, 7> kSettings{{{kControlChange, kBankHigh, 0},
 }  // namespace
 
 Sequencer::Sequencer(std::shared_ptr<const Song> song, double tempo, MidiSink& sink)
-    : song_(std::move(song)), tempo_(tempo), sink_(sink) {}
+    : song_(std::move(song)), tempo_(tempo), sink_(&sink) {}
 
 std::int64_t Sequencer::placeOf(std::int64_t songFrame) const {
     return std::llround(static_cast<double>(songFrame) / tempo_);
 }
 
-void Sequencer::begin(const LiveChannels& live) {
+void Sequencer::begin(const LiveChannels& live, std::int64_t frame) {
     live_ = live;
     next_ = 0;
     sounding_.clear();
     pedals_ = {};
     lastRelease_ = 0;
     finished_ = false;
-    live_.sendSettings(sink_, 0);
+    if (frame <= 0) return live_.sendSettings(*sink_, 0);
+    Chase chase;
+    MidiSink* const sink = std::exchange(sink_, &chase);
+    live_.sendSettings(*sink_, 0);
+    playTo(frame);
+    sink_ = sink;
+    chase.tell(*sink_, frame);
 }
 
 void Sequencer::take(const LiveMessage& message, std::int64_t frame) {
     const LiveChannels before = live_;
     live_.keep(message);
     std::visit(Visitor{
-                   [&](const PatchMessage& m) { sendPatch(sink_, frame, m.channel, m.patch); },
+                   [&](const PatchMessage& m) { sendPatch(*sink_, frame, m.channel, m.patch); },
                    [&](const ShortMessage& m) {
-                       if (!live_.silences(m)) sink_.send(frame, m.status, m.data1, m.data2);
+                       if (!live_.silences(m)) sink_->send(frame, m.status, m.data1, m.data2);
                    },
-                   [&](const MasterVolumeMessage& m) { sendMasterVolume(sink_, frame, m.value); },
+                   [&](const MasterVolumeMessage& m) { sendMasterVolume(*sink_, frame, m.value); },
                    [](const TransposeMessage&) {},
                    [&](const SoloMessage&) {
                        sendHeldBack(frame, before, live_);
-                       live_.sendVolumes(sink_, frame);
+                       live_.sendVolumes(*sink_, frame);
                    },
                    [&](const LiftMessage&) { sendHeldBack(frame, before, live_); },
                },
@@ -99,7 +107,7 @@ void Sequencer::sendHeldBack(std::int64_t frame, const LiveChannels& before, con
         for (std::size_t i = 0; i < kSettings.size(); ++i) {
             const SongEvent event = kSettings[i].event(channel, values[static_cast<std::size_t>(channel)][i]);
             if (before.overrides(event) && !now.overrides(event))
-                sink_.send(frame, event.status, event.data1, event.data2);
+                sink_->send(frame, event.status, event.data1, event.data2);
         }
 }
 
@@ -125,7 +133,7 @@ void Sequencer::send(const SongEvent& event, std::int64_t frame) {
         case kKeyPressure: {
             const auto found = sounding(channelOf(event), event.data1);
             const std::uint8_t key = found == sounding_.end() ? moved(channelOf(event), event.data1) : found->sentKey;
-            sink_.send(frame, event.status, key, event.data2);
+            sink_->send(frame, event.status, key, event.data2);
             break;
         }
         case kControlChange:
@@ -135,7 +143,7 @@ void Sequencer::send(const SongEvent& event, std::int64_t frame) {
             sendSysex(song_->sysex[event.sysex], frame);
             break;
         default:
-            sink_.send(frame, event.status, event.data1, event.data2);
+            sink_->send(frame, event.status, event.data1, event.data2);
     }
 }
 
@@ -155,12 +163,12 @@ void Sequencer::sendNote(const SongEvent& event, std::int64_t frame) {
             sounding_.erase(found);
         }
     }
-    sink_.send(frame, event.status, key, event.data2);
+    sink_->send(frame, event.status, key, event.data2);
 }
 
 void Sequencer::sendControl(const SongEvent& event, std::int64_t frame) {
     const int channel = channelOf(event);
-    sink_.send(frame, event.status, event.data1, event.data2);
+    sink_->send(frame, event.status, event.data1, event.data2);
     switch (event.data1) {
         case kSustain:
         case kSostenuto:
@@ -168,7 +176,7 @@ void Sequencer::sendControl(const SongEvent& event, std::int64_t frame) {
             lastRelease_ = frame;
             break;
         case kResetControllers:
-            live_.sendSettings(sink_, frame, channel);
+            live_.sendSettings(*sink_, frame, channel);
             break;
         case kAllSoundOff:
             forgetNotes(channel);
@@ -180,10 +188,10 @@ void Sequencer::sendControl(const SongEvent& event, std::int64_t frame) {
 
 void Sequencer::sendSysex(const std::vector<std::uint8_t>& message, std::int64_t frame) {
     if (live_.overrides(message)) return;
-    sink_.sendSysex(frame, message);
+    sink_->sendSysex(frame, message);
     if (!isReset(message)) return;
     sounding_.clear();
-    live_.sendSettings(sink_, frame);
+    live_.sendSettings(*sink_, frame);
 }
 
 // What leaves the range comes back by octaves.
@@ -211,11 +219,11 @@ void Sequencer::forgetNotes(int channel) {
 void Sequencer::releaseAll() {
     const std::int64_t frame = endFrame();
     if (!sounding_.empty() || std::ranges::find(pedals_, true) != pedals_.end()) lastRelease_ = frame;
-    for (const Sounding& s : sounding_) sink_.send(frame, onChannel(kNoteOff, s.channel), s.sentKey, kReleaseVelocity);
+    for (const Sounding& s : sounding_) sink_->send(frame, onChannel(kNoteOff, s.channel), s.sentKey, kReleaseVelocity);
     sounding_.clear();
     for (int channel = 0; channel < kMidiChannels; ++channel)
         for (const std::uint8_t pedal : {kSustain, kSostenuto})
-            sink_.send(frame, onChannel(kControlChange, channel), pedal, 0);
+            sink_->send(frame, onChannel(kControlChange, channel), pedal, 0);
 }
 
 }  // namespace melvane::music

@@ -19,8 +19,8 @@ public:
     // The song's end at this tempo, in frames.
     std::int64_t endFrame() const { return placeOf(song_->endFrame); }
 
-    // Back to the beginning, where the user's settings go first.
-    void begin(const LiveChannels& live);
+    // Back to the beginning, where the user's settings go first, or to `frame` with all that is set and sounds there.
+    void begin(const LiveChannels& live, std::int64_t frame = 0);
     void take(const LiveMessage& message, std::int64_t frame);
     // Sends everything before `frame`. Behind the song's end nothing is left on.
     void playTo(std::int64_t frame);
@@ -53,7 +53,7 @@ private:
 
     const std::shared_ptr<const Song> song_;
     const double tempo_;
-    MidiSink& sink_;
+    MidiSink* sink_;
     LiveChannels live_;
     std::size_t next_ = 0;
     std::vector<Sounding> sounding_;            // the oldest first

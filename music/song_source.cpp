@@ -30,7 +30,9 @@ void SongSource::post(const LiveMessage& message) {
 }
 
 std::size_t SongSource::read(float* out, std::size_t frames) {
-    std::size_t done = 0;
+    auto done = static_cast<std::size_t>(std::min<std::int64_t>(skipped_, static_cast<std::int64_t>(frames)));
+    std::fill_n(out, done * 2, 0.0F);
+    skipped_ -= static_cast<std::int64_t>(done);
     while (done < frames && (pieceAt_ < pieceFrames_ || renderPiece())) {
         const std::size_t count = std::min(frames - done, pieceFrames_ - pieceAt_);
         std::copy_n(&piece_[pieceAt_ * 2], count * 2, out + done * 2);
@@ -47,36 +49,47 @@ std::size_t SongSource::read(float* out, std::size_t frames) {
     return done;
 }
 
-void SongSource::seek(std::int64_t frame) {
+// A piece begins where it would from the beginning on, so that messages act where they do there.
+void SongSource::roll(std::int64_t frame, std::int64_t heard) {
     frame = std::clamp<std::int64_t>(frame, 0, frames());
-    if (frame < place()) begin();
-    while (frame > rendered_ && renderPiece()) {
-    }
-    const std::int64_t left = std::max<std::int64_t>(rendered_ - frame, 0);
-    pieceAt_ = pieceFrames_ - std::min(pieceFrames_, static_cast<std::size_t>(left));
+    drainPosted();
+    skipped_ = instrument_->outside() ? std::clamp<std::int64_t>(heard - frame, 0, frames() - frame) : 0;
+    frame += skipped_;
+    const auto inside = frame % static_cast<std::int64_t>(kPieceFrames);
+    begin(frame - inside);
+    gain_.aim(bus_->gain());
+    gain_.finish();
+    if (inside > 0 && renderPiece()) pieceAt_ = std::min(pieceFrames_, static_cast<std::size_t>(inside));
 }
 
-void SongSource::begin() {
+void SongSource::begin(std::int64_t frame) {
     begun_ = true;
-    rendered_ = 0;
+    rendered_ = frame;
     pieceAt_ = pieceFrames_ = 0;
-    instrument_->begin();
-    sequencer_.begin(live_);
+    endedAt_ = 0;
+    instrument_->begin(frame);
+    sequencer_.begin(live_, frame - static_cast<std::int64_t>(kPieceFrames / 2));
+    findEnd();
+}
+
+void SongSource::findEnd() {
+    if (sequencer_.finished())
+        end_ = std::max(sequencer_.endFrame() + kFadeFrames, sequencer_.lastRelease() + kTailFrames);
 }
 
 // False at the end. A message acts on the piece that begins nearest to it.
 bool SongSource::renderPiece() {
-    if (!begun_) begin();
+    if (!begun_) begin(0);
     if (sequencer_.finished() && (rendered_ >= end_ || (rendered_ >= sequencer_.endFrame() && instrument_->silent())))
         return false;
     drainPosted();
     sequencer_.playTo(rendered_ + static_cast<std::int64_t>(kPieceFrames / 2));
     instrument_->render(piece_.data());
-    sounding_ = sequencer_.keysDown();
+    sounding_ = instrument_->sounding(sequencer_.keysDown());
     pieceAt_ = 0;
     pieceFrames_ = kPieceFrames;
     if (sequencer_.finished()) {
-        end_ = std::max(sequencer_.endFrame() + kFadeFrames, sequencer_.lastRelease() + kTailFrames);
+        findEnd();
         pieceFrames_ = std::min(kPieceFrames, static_cast<std::size_t>(end_ - rendered_));
         fadeOut(piece_.data(), pieceFrames_);
     }

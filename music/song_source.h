@@ -33,12 +33,14 @@ public:
     // --- mixing thread ---
     std::int64_t frames() const override { return sequencer_.endFrame() + kTailFrames; }
     std::size_t read(float* out, std::size_t frames) override;
-    // Back means to begin anew and to render silently from there.
-    void seek(std::int64_t frame) override;
+    // What sounds there and was struck before is struck again.
+    void seek(std::int64_t frame) override { roll(frame, frame); }
+    void roll(std::int64_t frame, std::int64_t heard) override;
 
 private:
     std::int64_t place() const { return rendered_ - static_cast<std::int64_t>(pieceFrames_ - pieceAt_); }
-    void begin();
+    void begin(std::int64_t frame);
+    void findEnd();
     bool renderPiece();
     void drainPosted();
     void fadeOut(float* block, std::size_t frames);
@@ -49,6 +51,7 @@ private:
     LiveChannels live_;
     GainRamp gain_{441};  // 10 ms
     bool begun_ = false;
+    std::int64_t skipped_ = 0;   // frames that an instrument outside does not get
     std::int64_t rendered_ = 0;  // frames
     std::int64_t end_ = 0;       // once the sequencer has finished
     std::array<float, kPieceFrames * 2> piece_{};

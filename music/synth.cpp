@@ -3,6 +3,7 @@
 #include <fluidsynth.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <mutex>
 
@@ -27,6 +28,12 @@ constexpr int kQuietPieces = 40;
 constexpr int kDeviceId = 16;
 
 constexpr int kPercussionBank = 128;
+
+// After ten seconds the oscillators of chorus (0.3 Hz) and reverb (1 Hz) are where they were.
+constexpr std::int64_t kOscillators = 10 * kSampleRate;
+
+// The synthesiser's own number of them.
+constexpr int kVoices = 256;
 
 void ignoreLog(int, const char*, void*) {}
 
@@ -106,16 +113,28 @@ void Synth::holdSoundOf(int channel) {
 // A reset engine keeps the places of its oscillators and would not sound the same.
 void Synth::renew() {
     engine_ = std::make_unique<Engine>(font_, held_);
-    rendered_ = false;
+    turned_ = 0;
     quietPieces_ = 0;
 }
 
-void Synth::begin() {
-    if (rendered_) renew();
+// In the middle of a song chorus and reverb are brought to where their oscillators are there: what they do to a pad is
+// to be heard. A reset, which is quicker than a new engine, leaves them as they are.
+void Synth::begin(std::int64_t frame) {
+    if (frame == 0) {
+        if (turned_ > 0) renew();
+        return;
+    }
+    fluid_synth_system_reset(engine_->synth.get());
+    std::int64_t left = (frame - turned_) % kOscillators;
+    if (left < 0) left += kOscillators;
+    std::array<float, kPieceFrames * 2> silence{};
+    for (; left > static_cast<std::int64_t>(kPieceFrames / 2); left -= static_cast<std::int64_t>(kPieceFrames))
+        render(silence.data());
+    quietPieces_ = 0;
 }
 
 void Synth::render(float* out) {
-    rendered_ = true;
+    turned_ += static_cast<std::int64_t>(kPieceFrames);
     fluid_synth_write_float(engine_->synth.get(), kPieceFrames, out, 0, 2, out, 1, 2);
     const bool quiet = std::all_of(out, out + 2 * kPieceFrames, [](float x) { return std::abs(x) < kQuiet; });
     quietPieces_ = quiet ? quietPieces_ + 1 : 0;
@@ -123,6 +142,20 @@ void Synth::render(float* out) {
 
 bool Synth::silent() const {
     return quietPieces_ >= kQuietPieces && fluid_synth_get_active_voice_count(engine_->synth.get()) == 0;
+}
+
+std::uint16_t Synth::sounding(std::uint16_t) const {
+    std::array<fluid_voice_t*, kVoices> voices{};
+    fluid_synth_get_voicelist(engine_->synth.get(), voices.data(), kVoices, -1);
+    unsigned channels = 0;
+    for (fluid_voice_t* const* voice = voices.data(); voice != voices.data() + kVoices && *voice; ++voice)
+        channels |= 1U << fluid_voice_get_channel(*voice);
+    for (int channel = 0; channel < kMidiChannels; ++channel) {
+        int volume = 0;
+        fluid_synth_get_cc(engine_->synth.get(), channel, kVolumeController, &volume);
+        if (volume == 0) channels &= ~(1U << channel);
+    }
+    return static_cast<std::uint16_t>(channels);
 }
 
 void Synth::send(std::int64_t, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {

@@ -30,9 +30,10 @@ public:
     void hold(int channel, const Patch& patch);
     const HeldSounds& held() const { return held_; }
 
-    void begin() override;
+    void begin(std::int64_t frame) override;
     void render(float* out) override;
     bool silent() const override;
+    std::uint16_t sounding(std::uint16_t keysDown) const override;
     void send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) override;
     void sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) override;
 
@@ -45,7 +46,7 @@ private:
     const std::string font_;
     HeldSounds held_;
     std::unique_ptr<Engine> engine_;
-    bool rendered_ = false;
+    std::int64_t turned_ = 0;  // frames that the engine has rendered
     int quietPieces_ = 0;
 };
 

@@ -151,7 +151,7 @@ protected:
             const std::chrono::duration<double> passed(static_cast<double>(frame) / 44100 + later);
             return start + std::chrono::duration_cast<Clock::duration>(passed);
         };
-        port->begin();
+        port->begin(0);
         std::vector<Timed> sent;
         std::array<float, 128> silence;  // one piece
         for (std::int64_t frame = 0; static_cast<double>(frame) < seconds * 44100; frame += 64) {

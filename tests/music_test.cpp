@@ -131,6 +131,115 @@ Song band(double end = 6) {
     return songOf(std::move(events), end);
 }
 
+// In 16ths of a second: programs, controllers, parameters and bends that are set long before they are heard, keys that
+// are held by hand or pedal, drums.
+Song winding() {
+    std::vector<SongEvent> events{event(0, 0xC0, 19),       event(0, 0xC1, 89),      event(0, 0xB1, 7, 90),
+                                  event(0, 0xC2, 0),        event(0, 0xB2, 101, 0),  event(0, 0xB2, 100, 0),
+                                  event(0, 0xB2, 6, 12),    event(1, 0xE2, 0, 0x60), event(1.5, 0xB0, 11, 60),
+                                  event(2, 0xB1, 10, 20),   event(2.2, 0xC0, 48),    event(3, 0xB2, 64, 127),
+                                  event(3.1, 0xB2, 7, 127), event(5.5, 0xB2, 64, 0)};
+    for (double at = 0; at < 9; at += 0.25) {
+        const int key = 60 + static_cast<int>(at * 8) % 12;
+        for (const int channel : {0, 2, 9}) {
+            const int played = channel == 9 ? 42 : key - 12 * channel;
+            events.push_back(event(at, 0x90 + channel, played, 100));
+            events.push_back(event(at + 0.2, 0x80 + channel, played, 64));
+        }
+    }
+    for (double at = 0; at < 9; at += 3) {
+        events.push_back(event(at, 0x91, 50, 90));
+        events.push_back(event(at + 2.9, 0x81, 50, 64));
+    }
+    std::ranges::stable_sort(events, {}, &SongEvent::frame);
+    return songOf(std::move(events), 9.5);
+}
+
+double power(const Sound& sound, std::size_t frame, std::size_t frames) {
+    double sum = 0;
+    for (std::size_t i = frame * 2; i < (frame + frames) * 2; ++i) sum += std::pow(static_cast<double>(sound[i]), 2);
+    return sum / static_cast<double>(frames);
+}
+
+TEST(Music, FromAnyPlaceOnEachChannelIsAsLoudAsInTheWholeSong) {
+    constexpr std::size_t kWindow = 4410;
+    constexpr std::size_t kBridge = 220;
+    for (const int channel : {0, 1, 2, 9}) {
+        Stage stage;
+        stage.performance->setMasterVolume(1200);
+        stage.performance->solo(static_cast<std::uint16_t>(1 << channel));
+        const Sound run = stage.whole(winding());
+        stage.play();
+        int heard = 0;
+        for (const double place : {4.37, 7.0, 1.91}) {
+            const auto frame = std::llround(place * kSampleRate);
+            stage.run(0.5);
+            stage.library.cueCard(frame);
+            stage.sound();
+            stage.run(9.4 - place);
+            Sound sound = stage.sound();
+            sound.erase(sound.begin(), sound.begin() + kBridge * 2);
+            // What sounded there has ended with the pad's next chord, or the pedal's rise.
+            const double ended = channel == 1                  ? 4.4 - std::fmod(place, 3)
+                                 : channel == 2 && place < 5.5 ? 5.8 - place
+                                                               : 0.3;
+            for (auto at = static_cast<std::size_t>(ended * kSampleRate); at + kWindow < sound.size() / 2;
+                 at += kWindow) {
+                const double whole = power(run, static_cast<std::size_t>(frame) + at, kWindow);
+                if (whole < 1e-7) continue;
+                EXPECT_NEAR(10 * std::log10(power(sound, at, kWindow) / whole), 0, 0.5)
+                    << channel << " from " << place << " at " << static_cast<double>(at) / kSampleRate;
+                ++heard;
+            }
+        }
+        EXPECT_GT(heard, 40) << channel;
+    }
+}
+
+TEST(Music, FromItsBeginningAndThroughPausesASongIsTheSameBitByBit) {
+    Stage stage;
+    const Sound run = stage.whole(winding());
+    stage.play();
+    stage.run(2);
+    stage.sound();
+    stage.library.holdCard();
+    stage.library.cueCard(0);
+    stage.library.resumeCard();
+    for (int pause = 0; pause < 5; ++pause) {
+        stage.run(0.7);
+        stage.library.holdCard();
+        EXPECT_EQ(stage.library.stepCard(100), 0U);
+        stage.library.resumeCard();
+    }
+    stage.run();
+    EXPECT_TRUE(stage.sound() == run);
+    stage.library.cueCard(std::ssize(run));
+    stage.library.resumeCard();
+    stage.run(1);
+    EXPECT_FALSE(stage.performance->playing()) << "behind the end";
+}
+
+TEST(Music, ASoloSilencesTheOthersAndTheLightsTellWhatSounds) {
+    Stage stage;
+    for (const int channel : {0, 1, 9}) stage.volume(channel, 0);
+    const Sound muted = stage.whole(winding());
+    stage.performance->liftChannelSettings();
+    stage.performance->solo(1 << 2);
+    EXPECT_TRUE(stage.whole(winding()) == muted);
+    stage.play();
+    stage.run(1);
+    EXPECT_EQ(stage.performance->soundingChannels(), 1 << 2);
+    stage.performance->solo(1 << 2 | 1 << 1);
+    stage.run(1.1);
+    EXPECT_EQ(stage.performance->soundingChannels(), 1 << 2 | 1 << 1);
+    stage.performance->solo(0);
+    stage.volume(2, 0);
+    stage.run(0.05);
+    EXPECT_EQ(stage.performance->soundingChannels(), 1 << 9 | 1 << 1 | 1);
+    stage.performance->stop();
+    EXPECT_EQ(stage.performance->soundingChannels(), 0);
+}
+
 // Anywhere between the pieces that are rendered.
 TEST(Music, NotesBeginWithinAMillisecondOfTheirTime) {
     std::vector<double> beats;
@@ -317,7 +426,7 @@ TEST(HeardClock, FollowsTheCardHoweverItsThreadIsWoken) {
     for (const double rate : {44100 * 1.0003, 44100 / 1.0003}) {
         std::mt19937 random(1);
         HeardClock clock;
-        clock.begin(at(0), kLatency + 2048 / 44100.0);
+        clock.begin(at(0), 0, kLatency + 2048 / 44100.0);
         std::int64_t mixed = 0;
         double held = 0;
         for (double now = 0; now < 120; now += 0.001 * static_cast<double>(2 + random() % 8)) {

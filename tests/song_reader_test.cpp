@@ -199,5 +199,19 @@ TEST(SongReader, largeRubbishStaysSmall) {
     }
 }
 
+TEST(SongReader, AChannelGoesByTheFirstTrackThatPlaysThere) {
+    const auto named = [](const std::string& name, std::initializer_list<int> channels) {
+        std::string events = at(0, raw({0xFF, 3, static_cast<int>(name.size())}) + name);
+        for (const int channel : channels) events += at(0, {0x90 + channel, 60, 64});
+        return track(events + at(9, kEnd));
+    };
+    const Song song = read(header(1, 96, 4) + named("Conductor", {}) + named("G\xE9nie\n", {3, 4}) +
+                           named("Głos", {4, 5}) + named("", {6}));
+    EXPECT_EQ(song.trackNames[3], "Génie");
+    EXPECT_EQ(song.trackNames[4], "Génie");
+    EXPECT_EQ(song.trackNames[5], "Głos");
+    EXPECT_EQ(song.trackNames[6] + song.trackNames[0], "");
+}
+
 }  // namespace
 }  // namespace melvane::music
