@@ -27,7 +27,7 @@ private:
     EchoValues goalOf(const EchoRecord& record) override;
     void render(float* block, std::size_t frames, const EchoValues& values) override;
     void clear(std::int64_t frame, const EchoValues& values) override;
-    bool changes(const EchoValues& values) const override { return values.mix > 0; }
+    bool lastsWith(const EchoValues& values) const override { return values.mix > 0; }
     std::size_t straightFrames() const;
     void renderChunk(float* block, std::size_t frames, const EchoValues& values);
 

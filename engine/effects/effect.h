@@ -24,8 +24,8 @@ public:
     // Mixing thread: the next frame is the song's frame `frame`, as if only silence had been before, with the newest
     // record. Oscillators are where they would have come from frame 0 on.
     virtual void restart(std::int64_t frame) = 0;
-    // Mixing thread: with the newest record it changes the sound.
-    virtual bool audible() = 0;
+    // Mixing thread: with the newest record its sound goes on for longer than a second.
+    virtual bool lasts() = 0;
 };
 
 // An effect for 44100 Hz with its default record.

@@ -41,7 +41,7 @@ private:
     ModulatedDelayValues goalOf(const Record& record) override;
     void render(float* block, std::size_t frames, const ModulatedDelayValues& values) override;
     void clear(std::int64_t frame, const ModulatedDelayValues& values) override;
-    bool changes(const ModulatedDelayValues& values) const override { return values.mix > 0; }
+    bool lastsWith(const ModulatedDelayValues& values) const override { return values.mix > 0; }
     void push(const float* block, std::size_t frames);
     void aim(const Row<Phase>& phases, std::size_t frames, float feedback);
     void goThrough(float* block, std::size_t frames, float mix, float feedback);

@@ -31,7 +31,7 @@ private:
     Biquad goalOf(const ParametricEqRecord& record) override;
     void render(float* block, std::size_t frames, const Biquad& band) override;
     void clear(std::int64_t frame, const Biquad& band) override;
-    bool changes(const Biquad& band) const override { return !band.flat(); }
+    bool lastsWith(const Biquad&) const override { return false; }  // but for bands narrower than any that is used
     void filter(float* block, std::size_t frames, const Biquad& band);
 
     // A flat band works on until the narrowest one has died away, and then passes the sound on untouched.

@@ -42,9 +42,9 @@ public:
         ramp_.finish();
         clear(frame, ramp_.now());
     }
-    bool audible() final {
+    bool lasts() final {
         takeRecord();
-        return changes(ramp_.goal());
+        return lastsWith(ramp_.goal());
     }
 
 protected:
@@ -54,8 +54,8 @@ protected:
     virtual void render(float* block, std::size_t frames, const Values& values) = 0;
     // Mixing thread: nothing has sounded, and the song's frame `frame` is next.
     virtual void clear(std::int64_t frame, const Values& values) = 0;
-    // Whether anything of the sound is changed with `values`.
-    virtual bool changes(const Values& values) const = 0;
+    // Whether it sounds on for longer than a second with `values`.
+    virtual bool lastsWith(const Values& values) const = 0;
 
 private:
     void takeRecord() {

@@ -50,7 +50,7 @@ private:
     void addWet(float* block, std::size_t frames, const ReverbValues& values) const;
     void writeLines(std::size_t frames);
     void clear(std::int64_t frame, const ReverbValues& values) override;
-    bool changes(const ReverbValues& values) const override { return values.wet != 0; }
+    bool lastsWith(const ReverbValues& values) const override { return values.wet != 0; }
     void empty();
 
     std::vector<DelayLine> lines_;

@@ -178,7 +178,7 @@ bool Card::roll(std::int64_t frame, const Playing& playing) {
 
 // Brings one channel to the frame `begin`, from where the card mixes it.
 bool Card::rollChannel(Channel& channel, std::int64_t begin, std::int64_t heard) {
-    std::int64_t at = channel.hasEffects() ? std::max<std::int64_t>(heard - kEffectsRoll, 0) : begin;
+    std::int64_t at = channel.lasts() ? std::max<std::int64_t>(heard - kEffectsRoll, 0) : begin;
     channel.roll(at, heard);
     for (; at < begin && channel.playing(); at += kPiece) {
         if (wantedCue_ != rollingFor_) return false;

@@ -65,9 +65,9 @@ std::int64_t Channel::framesLeft() const {
     return std::max<std::int64_t>(length_ - time_ - place_.earlier, 0);
 }
 
-bool Channel::hasEffects() {
+bool Channel::lasts() {
     const std::lock_guard lock(effectsMutex_);
-    return std::ranges::any_of(effects_, [](const PlacedEffect& placed) { return placed.effect->audible(); });
+    return std::ranges::any_of(effects_, [](const PlacedEffect& placed) { return placed.effect->lasts(); });
 }
 
 // In pieces that end with a fade: a place that waits for it is taken at that frame, not with the next block.

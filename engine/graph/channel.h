@@ -54,8 +54,8 @@ public:
     void roll(std::int64_t frame, std::int64_t heard);
     // What is to come of one that sounds once; no end is known of others before it comes.
     std::int64_t framesLeft() const;
-    // Its effects are at work: what sounds now depends on what was there before.
-    bool hasEffects();
+    // Its effects sound on for longer than a second.
+    bool lasts();
     // Tells position() that the card has handed out its frames up to `cardFrame`.
     void publishPosition(std::int64_t cardFrame);
 
