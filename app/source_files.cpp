@@ -61,8 +61,8 @@ void SourceFiles::browseBackground() {
 }
 
 std::string SourceFiles::soundFilter(bool song) const {
-    std::string filter = language_.ownText(OwnText::anySound) + "|*mp3;*ogg;*wav;";
-    if (song) filter += "*mid;*midi;*kar;";
+    std::string filter = language_.ownText(OwnText::anySound) + "|*.mp3;*.ogg;*.wav;";
+    if (song) filter += "*.mid;*.midi;*.kar;";
     for (const std::string_view extension : kOtherSound) filter += "*." + std::string(extension) + ";";
     return filter;
 }

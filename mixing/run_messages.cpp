@@ -108,6 +108,8 @@ std::string decodingMessage(const modLang& language, DecodingFailure failure) {
         case DecodingFailure::none:
         case DecodingFailure::noSound:
             return "";
+        case DecodingFailure::notRead:
+            return language.ownText(OwnText::diskFails);
         case DecodingFailure::noDecoder:
             return language.ownText(OwnText::needsDecoder, kDecoderName);
         case DecodingFailure::notRun:

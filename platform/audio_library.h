@@ -78,6 +78,7 @@ struct PeakLevels {
 enum class DecodingFailure {
     none,
     noSound,    // it finds none, or ended without a result
+    notRead,    // the file could not be read on
     noDecoder,  // it isn't installed
     notRun,     // it could not be started
     noRoom,     // for what it has decoded

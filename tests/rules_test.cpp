@@ -147,6 +147,7 @@ TEST_F(SourceFilesFixture, DialogsStartWhereTheirKindIsOrWasTakenLast) {
     startOf(0, dir / "songs/s.mp3");
     EXPECT_EQ(dialogs.lastQuestion.button, "Open song");
     EXPECT_EQ(dialogs.lastQuestion.allFiles, "All files");
+    EXPECT_TRUE(dialogs.lastQuestion.wider.starts_with("Sound and films|*.mp3;*.ogg;*.wav;*.mid;*.midi;*.kar;*.m4a;"));
     EXPECT_EQ(startOf(1, dir / "gone/v.wav"), dir / "voices");
     std::filesystem::remove(dir / "gone");
     EXPECT_EQ(startOf(1, ""), "");

@@ -96,7 +96,8 @@ DecodingFailure decodeWithFfmpeg(const std::optional<std::string>& program, cons
     messages.closeEnd(1);
     FfmpegLog log;
     const ChildState end = follow(child, messages.ends[0], log, cancelled, progress);
-    if (end == ChildState::done && !log.readFailed()) return DecodingFailure::none;
+    if (log.readFailed()) return DecodingFailure::notRead;
+    if (end == ChildState::done) return DecodingFailure::none;
     if (cancelled && *cancelled) return DecodingFailure::noSound;
     return sound.canGrow() ? DecodingFailure::noSound : DecodingFailure::noRoom;
 }
