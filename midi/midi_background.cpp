@@ -209,7 +209,7 @@ void MidiBackground::reopen() {
     state_.InitialChannel = initial;
     state_.touched = touched;
     ApplyChannelSettings();
-    solo(soloed);
+    if (soloed != 0) solo(soloed);
     updateChannels();
 }
 

@@ -57,7 +57,10 @@ Handle MixGraph::openFile(const std::string& path, std::uint32_t flags, const st
             with_.doEvents();
             if (!wanted()) with_.library.giveUpOpening();
         },
-        [&] { return with_.library.openRecording(path, driftPpm, flags); });
+        [&] {
+            return driftPpm == 0 ? with_.library.BASS_StreamCreateFile(false, path.c_str(), 0, 0, flags)
+                                 : with_.library.openRecording(path, driftPpm, flags);
+        });
 }
 
 // Whatever kind of channel it is.

@@ -9,6 +9,8 @@ namespace {
 
 // What still sounds at the end fades out over 20 ms.
 constexpr std::int64_t kFadeFrames = 882;
+// Half a second of what is not heard is rendered: notes that have just begun are as they would be.
+constexpr std::int64_t kRollFrames = 22050;
 
 bool has(const LiveMessage& message, Sounds state) {
     const auto* patch = std::get_if<PatchMessage>(&message);
@@ -53,7 +55,9 @@ std::size_t SongSource::read(float* out, std::size_t frames) {
 void SongSource::roll(std::int64_t frame, std::int64_t heard) {
     frame = std::clamp<std::int64_t>(frame, 0, frames());
     drainPosted();
-    skipped_ = instrument_->outside() ? std::clamp<std::int64_t>(heard - frame, 0, frames() - frame) : 0;
+    const std::int64_t unheard = std::clamp<std::int64_t>(heard - frame, 0, frames() - frame);
+    const std::int64_t rendered = instrument_->outside() ? 0 : kRollFrames;
+    skipped_ = frame > 0 || rendered == 0 ? std::max<std::int64_t>(unheard - rendered, 0) : 0;
     frame += skipped_;
     const auto inside = frame % static_cast<std::int64_t>(kPieceFrames);
     begin(frame - inside);

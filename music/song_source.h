@@ -51,7 +51,7 @@ private:
     LiveChannels live_;
     GainRamp gain_{441};  // 10 ms
     bool begun_ = false;
-    std::int64_t skipped_ = 0;   // frames that an instrument outside does not get
+    std::int64_t skipped_ = 0;   // frames that need not be rendered
     std::int64_t rendered_ = 0;  // frames
     std::int64_t end_ = 0;       // once the sequencer has finished
     std::array<float, kPieceFrames * 2> piece_{};

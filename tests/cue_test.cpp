@@ -120,7 +120,8 @@ TEST(Cue, InTheMiddleAndBehindTheEndAndBackAgain) {
     const Sound run = Desk().mix(kLength);
     Desk desk;
     desk.mix(100000);
-    for (const std::int64_t frame : {400000LL, 20000LL, static_cast<long long>(kLength) + 5, 300LL, 300000LL}) {
+    for (const std::int64_t frame : {400000LL, 20000LL, static_cast<long long>(kLength) + 5, 300LL,
+                                     static_cast<long long>(kLength) + 500000, 5000LL, 300000LL}) {
         desk.cue(frame);
         desk.mix(kBridge);
         const Sound sound = desk.mix(3000);
@@ -205,10 +206,14 @@ TEST(Cue, UnderACueAtAnyTimeNothingIsLost) {
     desk.card.hold(desk.held = false);
     std::atomic<bool> done = false;
     std::size_t mixed = 0;
-    std::thread mixing([&] {
+    const auto mix = [&] {
         Sound out(882);
-        while (!done) mixed += desk.card.mix(out.data(), 441);
-        for (int i = 0; i < 3; ++i) mixed += desk.card.mix(out.data(), 441);
+        desk.card.hold(false);  // it may have come to the end
+        mixed += desk.card.mix(out.data(), 441);
+    };
+    std::thread mixing([&] {
+        while (!done) mix();
+        for (int i = 0; i < 3; ++i) mix();
     });
     for (std::int64_t i = 0; i < 200; ++i) {
         desk.cue(i * 12345 % 400000);

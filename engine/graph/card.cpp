@@ -56,8 +56,9 @@ void Card::holdAtEndOf(std::shared_ptr<Channel> channel) {
 void Card::cue(std::int64_t frame) {
     change([&] {
         if (channels_.empty()) return;
-        wantedCue_ = frame;
-        songFrame_ = frame;
+        const std::int64_t place = holdAtEndOf_ ? std::min(frame, holdAtEndOf_->end()) : frame;
+        wantedCue_ = place;
+        songFrame_ = place;
     });
 }
 
@@ -213,8 +214,9 @@ void Card::buildBridge(const std::vector<float>& tail, std::size_t before, const
 // Feeds the limiter with as much as brings out `frames` frames, and hands out those; fewer at the end.
 std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) {
     constexpr auto kDelay = static_cast<std::int64_t>(Limiter::kDelay);
-    const auto needed = static_cast<std::size_t>(handedOut_ + static_cast<std::int64_t>(frames) + kDelay - limiterFed_);
-    if (needed == 0) return 0;
+    const std::int64_t missing = handedOut_ + static_cast<std::int64_t>(frames) + kDelay - limiterFed_;
+    if (missing <= 0) return 0;  // behind the end
+    const auto needed = static_cast<std::size_t>(missing);
     ahead_.assign(needed * 2, 0.0F);
     if (!ended_) {
         const std::size_t got = mixChannels(ahead_.data(), needed, playing);

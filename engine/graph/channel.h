@@ -34,6 +34,8 @@ public:
     bool failed() const { return failed_; }
     PcmSource& source() { return *source_; }
     std::int64_t length() const { return length_; }
+    // The song's frame behind its last one, as it is placed; how often it loops is not counted.
+    std::int64_t end() const { return length_ - wantedPlace_.load().earlier; }
     // What was mixed and has left the card.
     std::int64_t position() const;
     // False when `frame` lies outside 0..length.

@@ -15,6 +15,13 @@ void TempoSource::setPitch(float semitones) {
 std::size_t TempoSource::read(float* out, std::size_t frames) {
     frames = std::min(frames, static_cast<std::size_t>(std::max<std::int64_t>(window_.frames() - place_, 0)));
     std::size_t left = frames;
+    while (left > 0 && place_ < plainUntil_) {
+        const std::size_t run = std::min(left, static_cast<std::size_t>(plainUntil_ - place_));
+        readLane({}, out, run);
+        place_ += static_cast<std::int64_t>(run);
+        out += run * 2;
+        left -= run;
+    }
     while (left > 0) {
         beginFade();
         const std::size_t run = fadeLeft_ > 0 ? std::min(left, static_cast<std::size_t>(fadeLeft_)) : left;
@@ -27,8 +34,9 @@ std::size_t TempoSource::read(float* out, std::size_t frames) {
     return frames;
 }
 
-void TempoSource::seek(std::int64_t frame) {
+void TempoSource::roll(std::int64_t frame, std::int64_t heard) {
     place_ = frame;
+    plainUntil_ = frame > 0 ? heard - kRollFrames : 0;
     fadeLeft_ = 0;
     started_ = false;
 }

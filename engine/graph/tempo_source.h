@@ -22,11 +22,14 @@ public:
     // Mixing thread.
     std::int64_t frames() const override { return window_.frames(); }
     std::size_t read(float* out, std::size_t frames) override;
-    void seek(std::int64_t frame) override;
+    void seek(std::int64_t frame) override { roll(frame, frame); }
+    // Shifting takes long: most of what is not heard is left as it is.
+    void roll(std::int64_t frame, std::int64_t heard) override;
     bool failed() const override { return window_.failed(); }
 
 private:
-    static constexpr int kFadeFrames = 1323;  // 30 ms
+    static constexpr int kFadeFrames = 1323;            // 30 ms
+    static constexpr std::int64_t kRollFrames = 13230;  // 0.3 s
 
     // What plays: the source itself (shifter -1) or one of the two shifters.
     struct Lane {
@@ -46,6 +49,7 @@ private:
     Lane now_;
     Lane next_;
     int fadeLeft_ = 0;
+    std::int64_t plainUntil_ = 0;  // nothing is heard before
     bool started_ = false;
     std::vector<float> other_;
 };
