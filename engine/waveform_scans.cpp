@@ -6,10 +6,8 @@
 #include <chrono>
 #include <cstdint>
 #include <system_error>
-#ifdef __linux__
-#include <sys/resource.h>
-#endif
 
+#include "base/low_priority.h"
 #include "engine/decode/open_source.h"
 #include "engine/graph/peak_meter.h"
 
@@ -20,14 +18,6 @@ namespace {
 using namespace std::chrono_literals;
 constexpr auto kEndPatience = 1s;
 constexpr std::size_t kBlockFrames = 4096;
-
-// On Linux niceness is a thread's own.
-void lowerPriority() {
-#ifdef __linux__
-    constexpr int kNice = 10;
-    setpriority(PRIO_PROCESS, 0, kNice);
-#endif
-}
 
 }  // namespace
 
