@@ -72,18 +72,25 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     sliders_ = new SliderPanel(this, mixer_, environment_);
     addButtons();
     addProgress();
-    const auto choosePort = [this] {
-        portChosen_ = true;
-        refresh();
-    };
-    windows_ = new SecondaryWindows(this, mixer_, environment_, store_,
-                                    {[this](const std::string& code) { useLanguage(code); }, choosePort});
+    windows_ = new SecondaryWindows(this, mixer_, environment_, store_, calls());
     addMenu();
     mixer_.sourceFiles().taken = [this](int index, const std::string& path) { noteTaken(index, path); };
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { endSession(); });
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
         if (!unloaded_) Form_Unload();
     });
+}
+
+MainCalls frmMain::calls() {
+    const auto choosePort = [this] {
+        portChosen_ = true;
+        refresh();
+    };
+    const auto opens = [this](const std::function<void()>& action) { withButtonsOff(action); };
+    return {[this](const std::string& code) { useLanguage(code); },
+            choosePort,
+            [this] { refresh(); },
+            {.whileOpening = opens}};
 }
 
 void frmMain::addRow(int index) {
@@ -116,6 +123,7 @@ void frmMain::addButtons() {
 void frmMain::addProgress() {
     progress_ = new OverviewBar(this, kProgress);
     progress_->setObjectName(QStringLiteral("progress"));
+    connect(progress_, &OverviewBar::clicked, this, [this] { perform([this] { windows_->showTimeline(); }); });
     scans_ = {new SongOverview(this, environment_.library, progress_),
               new SongOverview(this, environment_.library, nullptr)};
     for (const SongOverview* scan : scans_) connect(scan, &SongOverview::unreadable, this, &frmMain::refresh);
@@ -164,6 +172,7 @@ void frmMain::addMenu() {
     on(&frmMenu::mix, [this] { mi_button_Click(); });
     on(&frmMenu::stop, [this] { b_STOP_Click(); });
     on(&frmMenu::listen, [this] { listen(); });
+    on(&frmMenu::rehearse, [this] { windows_->showTimeline(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
     on(&frmMenu::restoreMidi, [this] { mixer_.midi().MidiRestore(); });
     connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentFiles);
@@ -212,6 +221,7 @@ void frmMain::useLanguage(const std::string& code) {
 void frmMain::usePort(bool running) {
     if (!portChosen_ || choosing_ || running) return;
     portChosen_ = false;
+    mixer_.rehearsal().end();
     withButtonsOff([this] { mixer_.sourceFiles().reopenMidi(); });
 }
 
@@ -233,6 +243,8 @@ void frmMain::noteTaken(int index, const std::string& path) {
     if (index == kDestinationField) return;
     chosen_.push_back(path);
     scans_.at(static_cast<std::size_t>(index))->forget();
+    mixer_.rehearsal().forget();
+    filesChosen_ = true;
 }
 
 void frmMain::rememberFiles() {
@@ -258,6 +270,7 @@ void frmMain::mi_button_Click() {
         tellsRun_ = true;
         interrupted_.clear();
         Timer1_.start();  // an opening that takes its time may be stopped
+        mixer_.rehearsal().end();
         mixer_.mixingRun().mi_button_Click();
     });
 }
@@ -282,7 +295,9 @@ void frmMain::b_STOP_Click() {
 }
 
 void frmMain::listen() {
-    if (canListen()) windows_->showPlayer(mixer_.run().listenPath);
+    if (!canListen()) return;
+    mixer_.rehearsal().end();
+    windows_->showPlayer(mixer_.run().listenPath);
 }
 
 bool frmMain::canListen() const {
@@ -350,7 +365,7 @@ void frmMain::fillRecentFiles() {
 
 void frmMain::refresh() {
     const bool running = mixer_.isRunning();
-    if (!running && !choosing_)
+    if (!running && !choosing_ && !mixer_.rehearsal().playing())
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
@@ -361,7 +376,9 @@ void frmMain::refresh() {
     sliders_->showValues();
     refreshButtons(running);
     refreshStatus(running);
-    levels_.show(running);
+    levels_.show(running || mixer_.rehearsal().playing());
+    if (std::exchange(filesChosen_, false)) windows_->takeFiles();
+    windows_->follow();
 }
 
 void frmMain::refreshPaths() {

@@ -75,6 +75,7 @@ private:
     void BR_Click(int index);
     void mi_button_Click();
     void b_STOP_Click();
+    MainCalls calls();
     void listen();
     void Timer1_Timer();
     void Form_Unload();
@@ -118,6 +119,7 @@ private:
     bool choosing_ = false;            // a file is being chosen or opened
     bool portChosen_ = false;          // and not used yet
     std::vector<std::string> chosen_;  // sources, to be remembered
+    bool filesChosen_ = false;         // sources, and not shown on the timeline yet
     bool unloaded_ = false;
 
     std::vector<std::string> waiting_;  // files that are to be taken

@@ -14,9 +14,17 @@ std::vector<std::string> recordingInputs(const AudioLibrary& library) {
     return names;
 }
 
+Waveforms::OpenReader readerOf(AudioLibrary& library) {
+    return [&library](const std::string& file, const std::function<bool()>& wanted) {
+        return library.openReader(file, wanted);
+    };
+}
+
 std::string nameOf(const QObject* window) {
     return window->objectName().toStdString();
 }
+
+constexpr const char* kTimelineSize = "frmTimeline size";  // in units
 
 }  // namespace
 
@@ -27,13 +35,14 @@ QPoint toPixels(const WindowPosition& position) {
 }
 
 SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment,
-                                   const SettingsStore& store, PreferenceCalls preferenceCalls)
+                                   const SettingsStore& store, MainCalls mainCalls)
     : QObject(main),
       main_(main),
       mixer_(mixer),
       environment_(environment),
       places_(store),
-      preferenceCalls_(std::move(preferenceCalls)),
+      mainCalls_(std::move(mainCalls)),
+      waveforms_(readerOf(environment.library), OutlineCache(environment.names.cacheDirectory())),
       search_(new DeviceSearch(this, mixer, environment)) {
     connect(search_, &DeviceSearch::found, this, [this] {
         if (preferences_) preferences_->refreshDevices();
@@ -71,12 +80,34 @@ void SecondaryWindows::showPreferences() {
         preferences_ = new mnuHelp(mixer_.settings(), environment_.language, environment_.shell, environment_.dialogs,
                                    midiPorts, inputs, main_);
         connect(preferences_, &mnuHelp::languageChanged, this,
-                [this](const QString& code) { preferenceCalls_.useLanguage(code.toStdString()); });
-        connect(preferences_, &mnuHelp::midiPortChanged, this, preferenceCalls_.usePort);
+                [this](const QString& code) { mainCalls_.useLanguage(code.toStdString()); });
+        connect(preferences_, &mnuHelp::midiPortChanged, this, mainCalls_.usePort);
         connect(preferences_, &mnuHelp::devicesWanted, search_, &DeviceSearch::start);
     }
     place(preferences_, Qt::TopEdge);
     preferences_->bringUp();
+}
+
+void SecondaryWindows::showTimeline() {
+    if (!timeline_) {
+        timeline_ = new frmTimeline(mixer_.rehearsal(), mixer_.state(), mixer_.midi().state(), waveforms_,
+                                    environment_.language, environment_.dialogs, mainCalls_.timeline, main_);
+        connect(timeline_, &frmTimeline::changed, this, mainCalls_.rehearsed);
+        const auto size = places_.find(kTimelineSize);
+        if (size) timeline_->setUnits({toPixels(*size).x(), toPixels(*size).y()});
+        timeline_->takeFiles();
+    }
+    place(timeline_, Qt::BottomEdge);
+    timeline_->bringUp();
+}
+
+void SecondaryWindows::takeFiles() {
+    if (timeline_) timeline_->takeFiles();
+}
+
+void SecondaryWindows::follow() {
+    if (timeline_) timeline_->refresh();
+    if (channels_) channels_->showSounding();
 }
 
 void SecondaryWindows::showPlayer(const std::string& file) {
@@ -99,6 +130,10 @@ bool SecondaryWindows::eventFilter(QObject* window, QEvent* event) {
         const QPoint place = static_cast<QWidget*>(window)->pos();
         places_.keep(nameOf(window), {static_cast<float>(place.x()), static_cast<float>(place.y())});
     }
+    if (event->type() == QEvent::Hide && window == timeline_) {
+        const QSize& size = timeline_->units();
+        places_.keep(kTimelineSize, {static_cast<float>(size.width()), static_cast<float>(size.height())});
+    }
     return QObject::eventFilter(window, event);
 }
 
@@ -110,19 +145,21 @@ void SecondaryWindows::reopen() {
 
 // Hidden, not closed, effects and channels count as open for the next start.
 void SecondaryWindows::hideAll() {
-    for (QWidget* window : std::initializer_list<QWidget*>{effects_, channels_, preferences_, player_})
+    for (QWidget* window : std::initializer_list<QWidget*>{effects_, channels_, timeline_, preferences_, player_})
         if (window) window->hide();
 }
 
 void SecondaryWindows::SetMainLanguage() {
     if (effects_) effects_->GetEffectsLanguage();
     if (channels_) channels_->GetChannelsLanguage();
+    if (timeline_) timeline_->GetTimelineLanguage();
     if (preferences_) preferences_->GetPreferencesLanguage();
     if (player_) player_->GetPlayerLanguage();
 }
 
 void SecondaryWindows::updateChannels() {
     if (channels_) channels_->updateChannels();
+    if (timeline_) timeline_->refresh();
 }
 
 }  // namespace melvane

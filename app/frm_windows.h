@@ -11,6 +11,7 @@
 #include "effects/frmEff.h"
 #include "midi/frmChann.h"
 #include "player/frmPlayer.h"
+#include "rehearsal/frmTimeline.h"
 #include "settings/mnuHelp.h"
 #include "settings/window_places.h"
 
@@ -19,20 +20,25 @@ namespace melvane {
 // A stored place; far off the screen at most.
 QPoint toPixels(const WindowPosition& position);
 
-// What is done when the user has chosen something in the preferences; it is in the settings already.
-struct PreferenceCalls {
+// What the windows ask of the main one.
+struct MainCalls {
+    // The user has chosen something in the preferences; it is in the settings already.
     std::function<void(const std::string& code)> useLanguage;
     std::function<void()> usePort;
+    // What a rehearsal plays has changed.
+    std::function<void()> rehearsed;
+    TimelineCalls timeline;
 };
 
 class SecondaryWindows : public QObject {
 public:
     SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment, const SettingsStore& store,
-                     PreferenceCalls preferenceCalls);
+                     MainCalls mainCalls);
 
     void showEffects();
     void showChannels();
     void showPreferences();
+    void showTimeline();
     // Plays a file; the other windows wait until the player is closed.
     void showPlayer(const std::string& file);
     // Opens again what was open when the program ended; the focus stays in the main window.
@@ -44,6 +50,10 @@ public:
     void SetMainLanguage();
     // Shows the settings of the channels as they are now.
     void updateChannels();
+    // A song or a voice was chosen.
+    void takeFiles();
+    // Shows what sounds, and how the run and the rehearsal go on.
+    void follow();
 
 private:
     void openEffects(bool takesFocus);
@@ -56,10 +66,12 @@ private:
     Mixer& mixer_;
     Environment environment_;
     WindowPlaces places_;
-    const PreferenceCalls preferenceCalls_;
+    const MainCalls mainCalls_;
+    Waveforms waveforms_;
     DeviceSearch* search_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
+    frmTimeline* timeline_ = nullptr;
     QPointer<mnuHelp> preferences_;
     QPointer<frmPlayer> player_;
 };

@@ -43,6 +43,7 @@ StatusLine MainStatus::line(const Facts& facts) const {
     const MixingRun& mixing = mixer_.mixingRun();
     if (mixing.opening() || mixer_.sourceFiles().opening()) return {opening()};
     if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
+    if (mixer_.rehearsal().playing()) return {language.ownText(OwnText::rehearsing)};
     if (!mixer_.run().isMixing) return ended(facts);
     return {clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
                 " – " + sound(),

@@ -8,6 +8,7 @@ Mixer::Mixer(const Environment& with)
       sourceFiles_(state_, midi_, with.language, with.dialogs),
       effects_(with.library, state_.run, state_.settings, midi_.lines()),
       mixingRun_(with, state_, input_, effects_, midi_),
+      rehearsal_(with, state_, mixingRun_.graph(), midi_),
       sliders_(state_.run, state_.settings, mixingRun_.graph()) {}
 
 void Mixer::Form_Load(const SettingsStore* store) {
@@ -21,6 +22,7 @@ void Mixer::Form_Load(const SettingsStore* store) {
 }
 
 void Mixer::Form_Unload() {
+    rehearsal_.end();
     mixingRun_.stopRec();
     midi_.close();
 }

@@ -9,6 +9,7 @@
 #include "midi/midi_background.h"
 #include "mixing/environment.h"
 #include "mixing/mixing_run.h"
+#include "rehearsal/rehearsal.h"
 #include "settings/settings_store.h"
 #include "state/mix_state.h"
 
@@ -34,7 +35,9 @@ public:
     const RecordingInput& input() const { return input_; }
     EffectChain& effects() { return effects_; }
     MixingRun& mixingRun() { return mixingRun_; }
+    Rehearsal& rehearsal() { return rehearsal_; }
     MainSliders& sliders() { return sliders_; }
+    const MixState& state() const { return state_; }
 
 private:
     MixState state_;
@@ -43,6 +46,7 @@ private:
     SourceFiles sourceFiles_;
     EffectChain effects_;
     MixingRun mixingRun_;
+    Rehearsal rehearsal_;
     MainSliders sliders_;
 };
 

@@ -29,7 +29,15 @@ enum class Symbol {
     dot,
     down,
     right,
-    minimise
+    minimise,
+    rewind,
+    loopBegin,
+    loopEnd,
+    noLoop,
+    zoomIn,
+    zoomOut,
+    whole,
+    lineUp
 };
 
 struct ButtonPictures {

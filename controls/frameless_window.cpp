@@ -16,6 +16,10 @@
 
 namespace melvane {
 
+namespace {
+constexpr std::int16_t kNoRegion = 0;
+}
+
 FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner)
     : QWidget(owner), region_(RegionFromResource(regionId)), outline_(region_), gripHeight_(gripHeight) {
     // The window system takes dialogs for parts of their owner.
@@ -25,10 +29,31 @@ FramelessWindow::FramelessWindow(std::int16_t regionId, int gripHeight, QWidget*
     fit();
 }
 
+FramelessWindow::FramelessWindow(const QRegion& outline, const QSize& least, int gripHeight, QWidget* owner)
+    : FramelessWindow(kNoRegion, gripHeight, owner) {
+    region_ = outline;
+    least_ = least;
+    fit();
+}
+
 void FramelessWindow::fit() {
     zoom_ = zoom();
     outline_ = WindowOutline(region_);
-    setFixedSize(outline_.size());
+    if (least_) {
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setMinimumSize(0, 0);  // of the zoom before
+        resize(outline_.size());
+        setMinimumSize(zoomed(*least_));
+    } else {
+        setFixedSize(outline_.size());
+    }
+    setMask(outline_.region());
+    update();
+}
+
+void FramelessWindow::setOutline(const QRegion& units) {
+    region_ = units;
+    outline_ = WindowOutline(region_);
     setMask(outline_.region());
     update();
 }

@@ -20,6 +20,9 @@ public:
     // with such an owner the way to that, and stays on the screen.
     FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner = nullptr);
 
+    // The same with an outline of its own, in units, and a size that is no less than `least`.
+    FramelessWindow(const QRegion& outline, const QSize& least, int gripHeight, QWidget* owner);
+
     // False where the window system lets no program place its windows.
     static bool placesItself();
 
@@ -45,6 +48,9 @@ protected:
     // What the window is called: there, and with the product's name where the system lists its windows.
     void setTitle(const QString& title);
 
+    // Another one, of a window that can be resized.
+    void setOutline(const QRegion& units);
+
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -56,7 +62,8 @@ private:
     void follow(const QPoint& place);
 
     QRegion region_;
-    int zoom_ = 0;  // at which the window fits
+    std::optional<QSize> least_;  // none: the size is the outline's
+    int zoom_ = 0;                // at which the window fits
     WindowOutline outline_;
     int gripHeight_;
     QLabel* title_ = nullptr;

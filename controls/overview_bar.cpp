@@ -1,5 +1,6 @@
 #include "controls/overview_bar.h"
 
+#include <QMouseEvent>
 #include <algorithm>
 #include <utility>
 
@@ -20,6 +21,7 @@ constexpr int kMixedTint = 36;  // of 255
 OverviewBar::OverviewBar(QWidget* window, const QRect& place) : QProgressBar(window) {
     layOut(this, place);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setCursor(Qt::PointingHandCursor);
     setRange(0, kColumns);
     setValue(0);
 }
@@ -49,6 +51,14 @@ double OverviewBar::columnHeight(int column) const {
     const auto index = static_cast<std::size_t>(column) * peaks_.size() / kColumns;
     const double peak = std::clamp(double{peaks_[index]}, 0.0, 1.0);
     return std::max(kSilence, peak * (placeRect(*this).height() - 2 * kMargin));
+}
+
+void OverviewBar::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void OverviewBar::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint())) Q_EMIT clicked();
 }
 
 void OverviewBar::paintEvent(QPaintEvent*) {

@@ -21,7 +21,12 @@ public:
     // How much of the song has been looked at, 0 to 1.
     void setScanned(double part);
 
+Q_SIGNALS:
+    void clicked();
+
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -47,6 +47,8 @@ QLabel[accent="mix"] { color: @mix; }
 #bubble { background: @raised; border: 1px solid @edge; border-radius: 3px; padding: 1px 5px; }
 #MixerStart #caption { font-size: 30px; font-weight: bold; }
 #MixerStart #tagLine, #status { color: @muted; }
+#frmTimeline #note { font-size: 11px; color: @muted; }
+#frmTimeline #note[failed="true"] { color: @recordingLight; }
 #status[warned="true"] { color: @song; }
 #status[failed="true"] { color: @recordingLight; }
 #songStripe { background: @song; }
@@ -131,6 +133,11 @@ QScrollBar::handle:vertical { background: @faint; border-radius: 4px; margin: 1p
 QScrollBar::handle:vertical:hover { background: @muted; }
 QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
 QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }
+QScrollBar:horizontal { background: @inset; border: none; height: 10px; margin: 0; }
+QScrollBar::handle:horizontal { background: @faint; border-radius: 4px; margin: 1px; min-width: 18px; }
+QScrollBar::handle:horizontal:hover { background: @muted; }
+QScrollBar::add-line:horizontal, QScrollBar::sub-line:horizontal { width: 0; }
+QScrollBar::add-page:horizontal, QScrollBar::sub-page:horizontal { background: transparent; }
 QFileDialog { min-width: 460px; min-height: 300px; }
 QToolTip { background: @raised; color: @text; border: 1px solid @faint; padding: 3px 5px; font-size: 12px; }
 )";

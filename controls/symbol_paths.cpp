@@ -55,6 +55,20 @@ constexpr const char* kLines[] = {
     "M 6 3.3 L 10.7 8 L 6 12.7",
     // minimise
     "M 3.5 12 L 12.5 12",
+    // rewind
+    "M 12.6 3.5 L 8.1 8 L 12.6 12.5 M 7.6 3.5 L 3.1 8 L 7.6 12.5",
+    // loop from here, to here, no loop: a line with an arrow behind or before it, a crossed circle
+    "M 3.5 2.5 L 3.5 13.5 M 6.5 8 L 13.5 8 M 10.7 5.2 L 13.5 8 L 10.7 10.8",
+    "M 12.5 2.5 L 12.5 13.5 M 2.5 8 L 9.5 8 M 6.7 5.2 L 9.5 8 L 6.7 10.8",
+    "O 8 8 5.5 M 3 13 L 13 3",
+    // a glass with plus and minus
+    "O 7 7 4.5 M 10.3 10.3 L 14 14 M 5 7 L 9 7 M 7 5 L 7 9",
+    "O 7 7 4.5 M 10.3 10.3 L 14 14 M 5 7 L 9 7",
+    // whole: from one end to the other
+    "M 2 3 L 2 13 M 14 3 L 14 13 M 4.5 8 L 11.5 8 M 6.7 5.8 L 4.5 8 L 6.7 10.2 M 9.3 5.8 L 11.5 8 L 9.3 10.2",
+    // line up: two waves whose hills lie below each other
+    "M 1.5 5.5 L 5 5.5 L 6.5 2 L 8 7 L 9.5 4 L 10.5 5.5 L 14.5 5.5 M 1.5 11.5 L 5 11.5 L 6.5 8.5 L 8 14 L 9.5 10.5 "
+    "L 10.5 11.5 L 14.5 11.5",
 };
 
 QRectF squareAround(qreal x, qreal y, qreal radius) {

@@ -1,6 +1,7 @@
 #include "desktop/local_file_names.h"
 
 #include <QCoreApplication>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -22,6 +23,14 @@ std::string LocalFileNames::programDirectory() const {
 std::string LocalFileNames::temporaryMidiFile() const {
     if (!folder_) folder_ = std::make_shared<PrivateFolder>();
     return folder_->song().toStdString();
+}
+
+std::string LocalFileNames::cacheDirectory() const {
+    const char* const cache = std::getenv("XDG_CACHE_HOME");
+    const char* const home = std::getenv("HOME");
+    const auto usable = [](const char* folder) { return folder && std::filesystem::path(folder).is_absolute(); };
+    if (usable(cache)) return toText(std::filesystem::path(cache) / "Tessaro");
+    return usable(home) ? toText(std::filesystem::path(home) / ".cache" / "Tessaro") : "";
 }
 
 std::string LocalFileNames::shortPath(const std::string& path) const {

@@ -17,6 +17,7 @@ public:
     std::string programDirectory() const override;
     // Its folder is made by the first call, and removed when these names and the copies of them have gone.
     std::string temporaryMidiFile() const override;
+    std::string cacheDirectory() const override;
     // The absolute form, byte by byte; links and dots in it stay. `path` itself when that cannot be made.
     std::string shortPath(const std::string& path) const override;
     std::string commandLineWord(const std::string& path) const override;

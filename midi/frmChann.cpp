@@ -88,6 +88,7 @@ void frmChann::addStrip(std::int16_t channel) {
     onoff_[c] = new ChannelToggle(this, kToggle.translated(step, 0), channel + 1);
     onoff_[c]->setObjectName(QStringLiteral("onoff%1").arg(c));
     connect(onoff_[c], &ChannelToggle::clicked, this, [this, channel] { onoff_Click(channel); });
+    connect(onoff_[c], &ChannelToggle::soloWanted, this, [this, channel] { solo(channel); });
     const Track balance = channelBalanceTrack(channel);
     bl_[c] = addKnob("bl", channel, {Qt::Horizontal, balance, kBalanceCentre, kBalanceKnob, balance.neutral},
                      channelBalanceScale(channel), &ChannelSettings::balance, kNeutralBalance,
@@ -150,6 +151,21 @@ void frmChann::onoff_Click(std::int16_t channel) {
     setVolume(channel, static_cast<std::int16_t>(on ? kSwitchedOnVolumeScale(vol_[c]->position()) : 0), on);
 }
 
+// Several may be heard together.
+void frmChann::solo(std::int16_t channel) {
+    guarded(dialogs_, language_, [&] { midi_.solo(static_cast<std::uint16_t>(state_.soloed ^ 1U << channel)); });
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
+        showOn(c, onoff_[static_cast<std::size_t>(c)]->isChecked());
+        nameSwitch(c);
+    }
+}
+
+void frmChann::showSounding() {
+    if (!isVisible()) return;
+    const std::uint16_t sounding = midi_.soundingChannels();
+    for (std::size_t c = 0; c < onoff_.size(); ++c) onoff_[c]->setSounding((sounding >> c & 1) != 0);
+}
+
 void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
     guarded(dialogs_, language_, [&] { midi_.switchChannel(channel, volume, on); });
     showOn(channel, on);
@@ -188,6 +204,20 @@ void frmChann::nameStrip(std::int16_t channel) {
              touched.instrument, songs.program ? instrumentOn(channel, *songs.program) : QString());
 }
 
+void frmChann::nameSwitch(std::int16_t channel) {
+    ChannelToggle* toggle = onoff_[static_cast<std::size_t>(channel)];
+    const QString track = toQt(state_.trackNames[channel]);
+    setName(toggle, toQt(language_.lang(LangEntry::channelSwitch)) + QString::number(channel + 1));
+    QStringList said;
+    if (!track.isEmpty()) said << track;
+    if (isSolo(channel)) said << toQt(language_.ownText(OwnText::soloOn));
+    toggle->setAccessibleDescription(said.join(QStringLiteral(", ")));
+    QStringList lines{toggle->accessibleName(), toQt(language_.ownText(OwnText::soloMeaning))};
+    if (!track.isEmpty()) lines.insert(1, track);
+    const QString tip = lines.join(u'\n');
+    toggle->setToolTip(Qt::mightBeRichText(tip) ? tip.toHtmlEscaped() : tip);  // a track's name is no markup
+}
+
 void frmChann::describe(QWidget* control, const QString& name, bool touched, const QString& songs) {
     setName(control, name);
     QString said;
@@ -219,6 +249,7 @@ void frmChann::showStrip(std::int16_t channel) {
     const auto c = static_cast<std::size_t>(channel);
     const ChannelSettings& row = state_.ChannelInfo[channel];
     showInstrument(channel);
+    nameSwitch(channel);
     // The volume of a channel that is off is 0: its knob stays where it will be switched on again.
     if (row.switchedOn != 0)
         vol_[c]->setPosition(kChannelVolumeScale.positionOf(row.volume));
@@ -231,7 +262,9 @@ void frmChann::showStrip(std::int16_t channel) {
 void frmChann::showOn(std::int16_t channel, bool on) {
     const auto c = static_cast<std::size_t>(channel);
     onoff_[c]->setChecked(on);
-    for (Slider* knob : {bl_[c], vol_[c]}) knob->setDimmed(!on);
+    onoff_[c]->setSolo(isSolo(channel));
+    const bool heard = on && (state_.soloed == 0 || isSolo(channel));
+    for (Slider* knob : {bl_[c], vol_[c]}) knob->setDimmed(!heard);
 }
 
 void frmChann::GetChannelsLanguage() {
@@ -242,9 +275,7 @@ void frmChann::GetChannelsLanguage() {
     balanceRow_->setText(toQt(language_.ownText(OwnText::balanceRow)));
     volumeRow_->setText(toQt(language_.ownText(OwnText::volumeRow)));
     for (std::int16_t channel = 0; channel < kMidiChannels; ++channel) {
-        const auto c = static_cast<std::size_t>(channel);
-        const QString name = QString::number(channel + 1);
-        setName(onoff_[c], toQt(language_.lang(LangEntry::channelSwitch)) + name);
+        nameSwitch(channel);
         nameStrip(channel);
     }
     for (QAction* reset : resets_) reset->setText(toQt(language_.lang(LangEntry::reset)));

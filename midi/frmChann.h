@@ -39,6 +39,8 @@ public:
 
     // Shows the channels of the song that is loaded as they are set.
     void updateChannels();
+    // Lights the channels that sound now.
+    void showSounding();
     // Sets all texts from the current language.
     void GetChannelsLanguage();
 
@@ -54,6 +56,9 @@ private:
     void addReset(Slider* slider);
     std::array<QWidget*, 4> strip(std::int16_t channel) const;
     void onoff_Click(std::int16_t channel);
+    void solo(std::int16_t channel);
+    bool isSolo(std::int16_t channel) const { return (state_.soloed >> channel & 1) != 0; }
+    void nameSwitch(std::int16_t channel);
     void setVolume(std::int16_t channel, std::int16_t volume, bool on);
     void ins_DblClick(std::int16_t channel);
     void showInstrument(std::int16_t channel);

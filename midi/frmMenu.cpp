@@ -56,6 +56,8 @@ void frmMenu::addKaraoke() {
     connect(stop_, &QAction::triggered, this, &frmMenu::stop);
     listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
     connect(listen_, &QAction::triggered, this, &frmMenu::listen);
+    connect(add(mnuKar_, QStringLiteral("rehearse"), own(OwnText::rehearse), Qt::CTRL | Qt::Key_R), &QAction::triggered,
+            this, &frmMenu::rehearse);
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar4"));
     recent_ = addMenu(QStringLiteral("mnuKar5"), own(OwnText::recentFiles));
     idle_.push_back(recent_->menuAction());

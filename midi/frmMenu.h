@@ -38,6 +38,7 @@ Q_SIGNALS:
     void mix();
     void stop();
     void listen();
+    void rehearse();
     void preferences();
     void help();
     void closeWanted();

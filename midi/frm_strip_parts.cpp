@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <utility>
 
 #include "controls/button_pictures.h"
 #include "controls/skin.h"
@@ -49,6 +50,13 @@ void drawRing(QPainter& painter, const QWidget& widget, const QColor& colour, qr
     painter.drawRoundedRect(QRectF(placeRect(widget)).adjusted(half, half, -half, -half), kRadius, kRadius);
 }
 
+// Below the number.
+QRect lightOf(const QRect& toggle) {
+    constexpr int kInside = 5;
+    constexpr int kTall = 2;
+    return {toggle.left() + kInside, toggle.bottom() - 1 - kTall, toggle.width() - 2 * kInside, kTall};
+}
+
 // The text in one line, or else in two of which the second is shortened.
 QStringList lines(const QString& text, const QFontMetrics& metrics, int room) {
     const auto shortened = [&](const QString& line) { return metrics.elidedText(line, Qt::ElideRight, room); };
@@ -82,9 +90,32 @@ ChannelToggle::ChannelToggle(QWidget* window, const QRect& place, int number)
     : QCheckBox(window),
       pon_(key(place.size(), skin::kSong, skin::kSong)),
       off_(key(place.size(), skin::kInset, skin::kFaint)),
+      solo_(key(place.size(), skin::kVoice, skin::kVoiceLight)),
       number_(QString::number(number)) {
     layOut(this, place);
     setAttribute(Qt::WA_Hover);
+}
+
+void ChannelToggle::setSounding(bool sounds) {
+    if (std::exchange(sounds_, sounds) != sounds) update();
+}
+
+void ChannelToggle::setSolo(bool solo) {
+    if (std::exchange(alone_, solo) != solo) update();
+}
+
+void ChannelToggle::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && event->modifiers() & Qt::ControlModifier)
+        Q_EMIT soloWanted();
+    else
+        QCheckBox::mousePressEvent(event);
+}
+
+void ChannelToggle::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && event->modifiers() & Qt::ControlModifier)
+        Q_EMIT soloWanted();
+    else
+        QCheckBox::keyPressEvent(event);
 }
 
 bool ChannelToggle::hitButton(const QPoint& position) const {
@@ -94,7 +125,8 @@ bool ChannelToggle::hitButton(const QPoint& position) const {
 void ChannelToggle::paintEvent(QPaintEvent*) {
     PlacePainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawPicture(painter, isChecked() ? pon_ : off_);
+    drawPicture(painter, !isChecked() ? off_ : alone_ ? solo_ : pon_);
+    if (sounds_) painter.fillRect(lightOf(placeRect(*this)), QColor(skin::kWhite));
     if (hasFocus())
         drawRing(painter, *this, skin::kFocus, 2);
     else if (underMouse())

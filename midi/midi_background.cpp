@@ -94,6 +94,7 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     state_.touched = {};
     state_.songSettings = {};
     state_.trackNames = {};
+    state_.notes.clear();
     state_.soloed = 0;
     std::shared_ptr<MusicPerformance> performance;
     const auto extracts = [&] {
@@ -175,6 +176,7 @@ void MidiBackground::loadSegment(const std::shared_ptr<MusicPerformance>& perfor
         state_.songSettings[c] = segment->settings(static_cast<std::uint8_t>(c));
         state_.trackNames[c] = segment->trackName(static_cast<std::uint8_t>(c));
     }
+    state_.notes = segment->notes();
     state_.deviceOpen = true;
 }
 

@@ -26,15 +26,17 @@ MixGraph::MixGraph(const Environment& environment, MixState& state, EffectChain&
 bool MixGraph::open(const std::function<bool()>& wanted) {
     if (run_.isMidiBackground) {
         midi_.renewPort();
-    } else {
+    } else if (!isVoiceAlone()) {
         const Handle source = openFile(run_.backgroundPath, BASS_STREAM_DECODE, wanted);
         run_.backgroundChannel = with_.library.BASS_FX_TempoCreate(source, BASS_FX_FREESOURCE);
     }
-    run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP, wanted, run_.voicePlace.driftPpm);
-    const bool song = run_.isMidiBackground || run_.backgroundChannel != 0;
-    if (wanted() && song && run_.vocalChannel != 0) {
-        length_ = run_.isMidiBackground ? toFrames(midi_.length())
-                                        : toFrames(with_.library.BASS_ChannelGetLength(run_.backgroundChannel));
+    if (!run_.vocalPath.empty())
+        run_.vocalChannel = openFile(run_.vocalPath, BASS_SAMPLE_LOOP, wanted, run_.voicePlace.driftPpm);
+    const bool song = isVoiceAlone() || run_.isMidiBackground || run_.backgroundChannel != 0;
+    if (wanted() && song && (run_.vocalPath.empty() || run_.vocalChannel != 0)) {
+        const Handle longest = isVoiceAlone() ? run_.vocalChannel : run_.backgroundChannel;
+        length_ =
+            run_.isMidiBackground ? toFrames(midi_.length()) : toFrames(with_.library.BASS_ChannelGetLength(longest));
         return true;
     }
     if (wanted() && run_.failure == RunFailure::none) {
@@ -81,9 +83,9 @@ void MixGraph::closeLast() {
 }
 
 void MixGraph::playFiles() {
-    if (!run_.isMidiBackground) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
-    with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
-    with_.library.holdCardAtEndOf(run_.backgroundChannel);
+    if (run_.backgroundChannel != 0) with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
+    if (run_.vocalChannel != 0) with_.library.BASS_ChannelPlay(run_.vocalChannel, false);
+    with_.library.holdCardAtEndOf(isVoiceAlone() ? run_.vocalChannel : run_.backgroundChannel);
 }
 
 bool MixGraph::playSong() {
@@ -125,9 +127,10 @@ void MixGraph::applyKey() {
     midi_.transpose(run_.key);
 }
 
-// A place on the vocal's own time, so that setting it again changes nothing.
+// A place on the vocal's own time, so that setting it again changes nothing. A voice alone begins at its beginning.
 void MixGraph::applySyncOffset() {
     if (run_.vocalChannel == 0) return;
+    if (isVoiceAlone()) return static_cast<void>(with_.library.placeChannel(run_.vocalChannel, 0, true));
     with_.library.placeChannel(run_.vocalChannel,
                                run_.voicePlace.earlier + toFrames(static_cast<double>(run_.syncOffset)),
                                run_.voicePlace.given());

@@ -18,8 +18,8 @@ public:
     // Everything outlives the graph.
     MixGraph(const Environment& environment, MixState& state, EffectChain& effects, MidiBackground& midi);
 
-    // Opens song and voice of the run state's paths while window events run; given up
-    // once it is not `wanted` any more. False: nothing is open, and the run state's failure tells why.
+    // Opens song and voice of the run state's paths, or the one of them that there is, while window events run; given
+    // up once it is not `wanted` any more. False: nothing is open, and the run state's failure tells why.
     bool open(const std::function<bool()>& wanted);
     // Both begin on the card's next frame, and the card is held behind the song's last one. The card is held meanwhile.
     void playFiles();
@@ -37,7 +37,7 @@ public:
     void applyKey();
     void applySyncOffset();
 
-    // Of the song, in frames; of a MIDI song the longest that it may become.
+    // Of the song, or of a voice alone, in frames; of a MIDI song the longest that it may become.
     std::int64_t length() const { return length_; }
     // What of the song has left the card, in frames.
     std::int64_t position() const;
@@ -47,6 +47,7 @@ public:
     RunFailure lostSource() const;
 
 private:
+    bool isVoiceAlone() const { return run_.backgroundPath.empty(); }
     Handle openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted,
                     double driftPpm = 0);
     void freeChannel(std::uint32_t& channel);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "music/song_notes.h"
 #include "music/sound_fonts.h"
 
 namespace melvane::music {
@@ -46,6 +47,10 @@ SongSettings Segment::settings(std::uint8_t channel) const {
         if (kind == kControlChange && event.data1 == kBalanceController) take(settings.balance, event.data2);
     }
     return settings;
+}
+
+std::vector<SongNote> Segment::notes() const {
+    return notesOf(*song_);
 }
 
 std::string Segment::trackName(std::uint8_t channel) const {

@@ -22,6 +22,7 @@ public:
     double length() const override;
     SongSettings settings(std::uint8_t channel) const override;
     std::string trackName(std::uint8_t channel) const override;
+    std::vector<SongNote> notes() const override;
     const std::shared_ptr<const Song>& song() const { return song_; }
 
 private:

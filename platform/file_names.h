@@ -16,6 +16,8 @@ public:
     // Where a song that was cut out of a karaoke file is put: "tmp.mid" in a folder that this process alone can use and
     // that goes with it. The same for the life of the program. Empty when there is no place for it.
     virtual std::string temporaryMidiFile() const = 0;
+    // Where the user keeps what can be made again, of this program alone; it need not be there yet. "" for nowhere.
+    virtual std::string cacheDirectory() const = 0;
     // The short (8.3) form of an existing file's path; where there are no short names, its absolute form.
     virtual std::string shortPath(const std::string& path) const = 0;
     // The path as one word of an encoder command line: as it stands where it holds neither white space nor

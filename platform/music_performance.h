@@ -38,6 +38,14 @@ struct SongSettings {
     std::optional<std::uint8_t> balance;  // controller 10
 };
 
+// A note of a song, from its first frame at 44100 Hz to the first one behind it.
+struct SongNote {
+    std::int64_t begin = 0;
+    std::int64_t end = 0;
+    std::int16_t channel = 0;  // 0..15
+    std::int16_t key = 0;      // 0..127; 60 is the middle C
+};
+
 // A song in memory.
 class MusicSegment {
 public:
@@ -47,6 +55,8 @@ public:
     virtual SongSettings settings(std::uint8_t channel) const = 0;
     // What the song calls the track that plays the channel (UTF-8); "" where it has no name or no notes.
     virtual std::string trackName(std::uint8_t channel) const = 0;
+    // In the order of their beginnings.
+    virtual std::vector<SongNote> notes() const = 0;
 };
 
 // Channels count from 0 to 15, 9 is percussion. Messages take effect at once, before the song begins at its first

@@ -79,6 +79,8 @@ enum class OwnText {
     songSetsNothing,
     volumeRow,
     balanceRow,
+    soloMeaning,
+    soloOn,
     instrumentPicker,  // number
     instruments,
     // Preferences.
@@ -96,6 +98,35 @@ enum class OwnText {
     playerStop,
     playPosition,
     cannotPlayFile,  // file
+    // The timeline.
+    rehearsal,
+    rehearse,
+    stepBack,
+    stepForth,
+    loopFromHere,
+    loopToHere,
+    noLoop,
+    zoomIn,
+    zoomOut,
+    wholeSong,
+    rulerMeaning,
+    shownPart,
+    voicePlace,
+    voicePlaceMeaning,
+    voiceWithSong,
+    voiceBeforeSong,  // seconds
+    voiceAfterStart,  // seconds
+    lineUp,
+    lineUpMeaning,
+    liningUp,  // percent
+    linedUp,   // percent
+    noTrace,
+    mixFast,
+    mixFastMeaning,
+    rehearsing,
+    rehearsalUnheard,
+    rehearsalSongLost,   // file
+    rehearsalVoiceLost,  // file
     // What a run is doing.
     ready,
     opening,

@@ -67,6 +67,7 @@ struct MidiState {
     ChannelTable<TouchedSettings> touched;
     ChannelTable<SongSettings> songSettings;
     ChannelTable<std::string> trackNames;  // "" where there is none
+    std::vector<SongNote> notes;           // in the order of their beginnings
     std::uint16_t soloed = 0;              // a bit for each channel that is heard alone; none: all are heard
     std::string midiBytes;                 // the song's file
     std::string midiSettingsBlock;         // of the karaoke container it came in

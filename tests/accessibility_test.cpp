@@ -231,6 +231,7 @@ struct AccessibilityFixture : testing::TestWithParam<Look>, AppliedLook, SilentP
 TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
     press("b_eff");
     press("b_midi");
+    press("progress");
     find<QAbstractButton>(main(), "ins15").click();
     for (const char* code : {"en", "pl"}) {
         chooseLanguage(code);
@@ -241,7 +242,7 @@ TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
             examine(main());
             EXPECT_EQ(find<QWidget>(main(), "b_STOP").isEnabled(), running);
         }
-        for (const char* window : {"frmEff", "frmChann", "frmIns"}) examine(window);
+        for (const char* window : {"frmEff", "frmChann", "frmIns", "frmTimeline"}) examine(window);
         press("bHelp");
         for (const char* page : {"TABA1", "TABA0"}) {
             click(find<QWidget>(main(), "mnuHelp"), page);

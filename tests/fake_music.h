@@ -53,6 +53,7 @@ public:
 private:
     struct Segment : MusicSegment {
         std::string trackName(std::uint8_t channel) const override { return channel == 2 ? "Lead" : ""; }
+        std::vector<SongNote> notes() const override { return {{0, 44100, 0, 60}, {22050, 66150, 2, 72}}; }
         double length() const override { return 3; }
         SongSettings settings(std::uint8_t channel) const override {
             return channel == 2 ? SongSettings{0, 127, {}} : SongSettings{};

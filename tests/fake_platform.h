@@ -65,10 +65,12 @@ public:
 class FakeFileNames : public FileNames {
 public:
     std::string temporaryMidi;
+    std::string cache;
 
     std::string systemDirectory() const override { return "/system"; }
     std::string programDirectory() const override { return "/program"; }
     std::string temporaryMidiFile() const override { return temporaryMidi; }
+    std::string cacheDirectory() const override { return cache; }
     std::string shortPath(const std::string& path) const override { return path; }
     std::string commandLineWord(const std::string& path) const override { return "<" + path + ">"; }
 };

@@ -1,0 +1,197 @@
+// The timeline under a user's hands.
+#include "rehearsal/frmTimeline.h"
+
+#include <QAccessible>
+#include <QPaintEvent>
+#include <QSignalSpy>
+#include <QUrl>
+
+#include "rehearsal/place_text.h"
+#include "tests/program_fixture.h"
+#include "tests/sound.h"
+
+namespace melvane {
+namespace {
+
+using namespace melvane::test;
+
+// What of a widget is painted.
+struct PaintedPart : QObject {
+    explicit PaintedPart(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+    int pixels() const {
+        int sum = 0;
+        for (const QRect& part : region) sum += part.width();
+        return sum;
+    }
+    QRegion region;
+};
+
+modLang english() {
+    modLang language;
+    language.InitLanguage("", "en");
+    return language;
+}
+
+struct TimelineFixture : testing::Test, SilentProgram {
+    static constexpr std::int64_t kSong = 441'000;
+    static constexpr std::int64_t kVoice = 88'200;
+
+    TimelineFixture() {
+        const std::string song = dir.write("song.mp3", "a song");
+        const std::string voice = dir.write("voice.wav", "a voice");
+        library.readers = {{song, noise16(kSong, 1)}, {voice, noise16(kVoice, 2)}};
+        library.length = kSong * kBytesPerFrame;
+        library.lengths = {{voice, kVoice * kBytesPerFrame}};
+        main().takeFiles({song, voice});
+        QTest::keyClick(&main(), Qt::Key_R, Qt::ControlModifier);
+        window = main().findChild<frmTimeline*>();
+        EXPECT_TRUE(giveFocus(*window));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return find<Lane>(*window, "voiceLane").value().most == 2.0; }));
+        EXPECT_EQ(label("position"), "0:00.0 / 0:10.0");
+    }
+    std::string label(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
+    void press(const char* name) { test::click(*window, name); }
+    void key(Qt::Key key, Qt::KeyboardModifiers with = {}) { QTest::keyClick(QApplication::focusWidget(), key, with); }
+    // Where a frame of the song is on a lane.
+    QPoint at(const char* name, double part) {
+        auto& lane = find<QWidget>(*window, name);
+        return lane.mapTo(window, QPoint(qRound(part * lane.width()), lane.height() / 2));
+    }
+    void drag(const char* lane, double from, double to, Qt::KeyboardModifiers with = {}) {
+        QTest::mousePress(window->windowHandle(), Qt::LeftButton, with, at(lane, from));
+        for (const double place : {from + (to - from) / 2, to})
+            QTest::mouseEvent(QTest::MouseMove, window->windowHandle(), Qt::LeftButton, with, at(lane, place));
+        QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, with, at(lane, to));
+    }
+    const VoicePlace& place() { return mixer().run().voicePlace; }
+
+    frmTimeline* window = nullptr;
+};
+
+TEST_F(TimelineFixture, PlaysPausesSeeksAndLoops) {
+    key(Qt::Key_Space);
+    EXPECT_TRUE(mixer().rehearsal().playing()) << mixer().rehearsal().message();
+    EXPECT_EQ(status(), "Rehearsal: nothing is recorded.");
+    EXPECT_EQ(find<Ed_Button>(*window, "play").accessibleName(), QStringLiteral("Pause"));
+    library.cardPlace = 220'500;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return label("position") == "0:05.0 / 0:10.0"; })) << "it follows";
+    key(Qt::Key_J);
+    EXPECT_EQ(library.cardPlace, 0);
+    key(Qt::Key_L);
+    EXPECT_EQ(library.cardPlace, 220'500);
+    clickAt(*window, at("songLane", 0.25));
+    EXPECT_NEAR(static_cast<double>(library.cardPlace), kSong * 0.25, kSong / 500.0);
+    EXPECT_FALSE(find<QWidget>(*window, "noLoop").isEnabled());
+    drag("ruler", 0.75, 0.5);
+    EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().begin), kSong * 0.5, kSong / 500.0);
+    EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().end), kSong * 0.75, kSong / 500.0);
+    key(Qt::Key_U);
+    EXPECT_FALSE(mixer().rehearsal().loop().given());
+    mixer().rehearsal().seek(kSong / 2);
+    key(Qt::Key_I);
+    EXPECT_EQ(mixer().rehearsal().loop(), (Rehearsal::Loop{kSong / 2, kSong}));
+    press("play");
+    EXPECT_FALSE(mixer().rehearsal().playing());
+    EXPECT_TRUE(mixer().run().isRehearsing);
+    window->close();
+    EXPECT_FALSE(mixer().run().isRehearsing);
+
+    SilentProgram::press("progress");
+    EXPECT_TRUE(window->isVisible());
+    press("play");
+    mixer().fields().destination = dir / "mix.mp3";
+    main().SetMainLanguage();
+    SilentProgram::press("mi_button");
+    EXPECT_TRUE(mixer().run().isMixing && !mixer().run().isRehearsing) << "the run ends it";
+    EXPECT_FALSE(find<QWidget>(*window, "play").isEnabled());
+    SilentProgram::press("b_STOP");
+    press("play");
+    main().takeFiles({dir.write("other.mp3", "")});
+    EXPECT_FALSE(mixer().run().isRehearsing) << "another song does too";
+}
+
+TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
+    const QSignalSpy begins(window, &frmTimeline::changeBegins);
+    const QSignalSpy ends(window, &frmTimeline::changeEnds);
+    drag("voiceLane", 0.5, 0.4);
+    EXPECT_NEAR(static_cast<double>(place().earlier), kSong * 0.1, kSong / 300.0);
+    EXPECT_EQ(begins.count(), 1);
+    EXPECT_EQ(ends.count(), 1);
+    EXPECT_EQ(label("place"), placeText(english(), place().earlier));
+    key(Qt::Key_Left, Qt::AltModifier);
+    const std::int64_t whole = place().earlier;
+    EXPECT_EQ(whole, std::llround(std::round(static_cast<double>(whole) / 44.1) * 44.1)) << "to whole steps";
+    key(Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(whole - place().earlier), 44.1, 1);
+    drag("voiceLane", 0.5, 0.9, Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(place().earlier), static_cast<double>(whole) - kSong * 0.04, kSong / 300.0);
+    drag("voiceLane", 0.9, 0.1);
+    EXPECT_EQ(place().earlier, kVoice) << "its whole length before the song at most";
+    press("whole");
+    for (int round = 0; round < 3; ++round) drag("voiceLane", 0.01, 0.99);
+    EXPECT_EQ(place().earlier, -kSong);
+    QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, {}, at("voiceLane", 0.5));
+    EXPECT_FALSE(place().given());
+    EXPECT_EQ(label("place"), "Voice begins with the song");
+
+    auto& lane = find<QWidget>(*window, "voiceLane");
+    QAccessibleInterface* access = QAccessible::queryAccessibleInterface(&lane);
+    access->valueInterface()->setCurrentValue(1.5);
+    EXPECT_EQ(place().earlier, 66'150);
+    EXPECT_EQ(access->text(QAccessible::Value), QStringLiteral("Voice begins 1.500 s before the song"));
+}
+
+TEST_F(TimelineFixture, FollowingPaintsThePlayheadAndTurnsPages) {
+    press("play");
+    QTest::qWait(50);
+    for (const char* name : {"ruler", "songLane", "voiceLane"}) {
+        auto& lane = find<QWidget>(*window, name);
+        library.cardPlace += 44'100;
+        PaintedPart painted(lane);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !painted.region.isEmpty(); }));
+        EXPECT_LE(painted.pixels(), zoomed(8)) << name;
+    }
+    for (int notch = 0; notch < 8; ++notch) {
+        QWidget& lane = find<QWidget>(*window, "songLane");
+        turnWheel(lane, 120, Qt::ControlModifier);
+    }
+    auto& scroll = find<QScrollBar>(*window, "scroll");
+    library.cardPlace = kSong / 10 * 9;
+    const int before = scroll.value();
+    QTest::qWait(100);
+    EXPECT_EQ(scroll.value(), before) << "the playhead was out of sight";
+    mixer().rehearsal().seek(0);
+    press("stop");
+    press("play");
+    EXPECT_EQ(scroll.value(), 0);
+    library.cardPlace = 100;
+    QTest::qWait(100);
+    library.cardPlace = kSong / 2;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return scroll.value() > 0; })) << "turned";
+}
+
+TEST_F(TimelineFixture, KeepsItsSizeAndGrowsWithTheZoom) {
+    window->setUnits({760, 400});
+    EXPECT_EQ(window->size(), QSize(760, 400));
+    const QPoint corner(window->width() - 3, window->height() - 3);
+    QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, corner);
+    QTest::mouseMove(window->windowHandle(), corner - QPoint(100, 50));
+    QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, corner - QPoint(100, 50));
+    EXPECT_EQ(window->units(), QSize(660, 350));
+    setZoom(150);
+    EXPECT_EQ(window->size(), QSize(990, 525));
+    EXPECT_EQ(window->units(), QSize(660, 350));
+    setZoom(100);
+    window->close();
+    main().close();
+    restart();
+    QTest::keyClick(&main(), Qt::Key_R, Qt::ControlModifier);
+    EXPECT_EQ(main().findChild<frmTimeline*>()->units(), QSize(660, 350));
+}
+
+}  // namespace
+}  // namespace melvane
