@@ -73,6 +73,8 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     addButtons();
     addProgress();
     windows_ = new SecondaryWindows(this, mixer_, environment_, store_, calls());
+    for (const Slider* slider : findChildren<Slider*>(QString(), Qt::FindDirectChildrenOnly))
+        connect(slider, &Slider::moved, windows_, &SecondaryWindows::follow);
     addMenu();
     mixer_.sourceFiles().taken = [this](int index, const std::string& path) { noteTaken(index, path); };
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { endSession(); });

@@ -66,8 +66,10 @@ void SecondaryWindows::showChannels() {
 }
 
 void SecondaryWindows::openChannels(const frmChann::StartFlags& flags) {
-    if (!channels_)
+    if (!channels_) {
         channels_ = new frmChann(mixer_.midi(), mixer_.settings(), environment_.language, environment_.dialogs, main_);
+        connect(channels_, &frmChann::heardChanged, this, &SecondaryWindows::follow);
+    }
     place(channels_, Qt::TopEdge);
     channels_->startFlags = flags;
     channels_->open();
@@ -106,7 +108,7 @@ void SecondaryWindows::takeFiles() {
 }
 
 void SecondaryWindows::follow() {
-    if (timeline_) timeline_->refresh();
+    if (timeline_ && timeline_->isVisible()) timeline_->refresh();
     if (channels_) channels_->showSounding();
 }
 

@@ -158,6 +158,7 @@ void frmChann::solo(std::int16_t channel) {
         showOn(c, onoff_[static_cast<std::size_t>(c)]->isChecked());
         nameSwitch(c);
     }
+    Q_EMIT heardChanged();
 }
 
 void frmChann::showSounding() {
@@ -170,6 +171,7 @@ void frmChann::setVolume(std::int16_t channel, std::int16_t volume, bool on) {
     guarded(dialogs_, language_, [&] { midi_.switchChannel(channel, volume, on); });
     showOn(channel, on);
     nameStrip(channel);
+    Q_EMIT heardChanged();
 }
 
 void frmChann::ins_DblClick(std::int16_t channel) {

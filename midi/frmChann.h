@@ -44,6 +44,10 @@ public:
     // Sets all texts from the current language.
     void GetChannelsLanguage();
 
+Q_SIGNALS:
+    // The user has switched a channel, or chosen it alone.
+    void heardChanged();
+
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

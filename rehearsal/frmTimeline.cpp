@@ -70,6 +70,7 @@ frmTimeline::frmTimeline(Rehearsal& rehearsal, const MixState& state, const Midi
     addBottom();
     bClose_ = addButton(this, "bClose", kClose, ButtonLook::close, Symbol::close, [this] { close(); });
     addKeys();
+    timer_.setObjectName(QStringLiteral("ticks"));
     timer_.setInterval(kTickMs);
     connect(&timer_, &QTimer::timeout, this, &frmTimeline::tick);
     arrange(units());
@@ -430,7 +431,7 @@ void frmTimeline::GetTimelineLanguage() {
     setName(ruler_, toQt(language_.ownText(OwnText::playPosition)));
     ruler_->setToolTip(ruler_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::rulerMeaning)));
     songLane_->setAccessibleName(toQt(language_.ownText(OwnText::songColumn)));
-    setName(voiceLane_, toQt(language_.ownText(OwnText::voicePlace)));
+    setName(voiceLane_, toQt(language_.ownText(OwnText::voiceInSong)));
     voiceLane_->setToolTip(voiceLane_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::voicePlaceMeaning)));
     scroll_->setAccessibleName(toQt(language_.ownText(OwnText::shownPart)));
     setButtonText(bClose_, {}, toQt(language_.lang(LangEntry::close)));

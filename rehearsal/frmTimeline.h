@@ -154,7 +154,7 @@ private:
     Ed_Button* lineUp_;
     Ed_Button* mixFast_;
     Ed_Button* bClose_;
-    QTimer timer_;
+    QTimer timer_{this};
 };
 
 }  // namespace melvane

@@ -118,7 +118,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::rulerMeaning, "Kliknięcie: odtwarzanie od tego miejsca; przeciągnięcie: pętla",
      "Click: play from there; drag: loop"},
     {OwnText::shownPart, "Widoczna część", "Part that is shown"},
-    {OwnText::voicePlace, "Miejsce głosu", "Place of the voice"},
+    {OwnText::voiceInSong, "Miejsce głosu", "Place of the voice"},
     {OwnText::voicePlaceMeaning,
      "Przeciągnij w bok (z Shift: dokładnie) lub Alt+strzałki: 10 ms, z Shift 1 ms; podwójne kliknięcie: z powrotem",
      "Drag sideways (with Shift: finely), or Alt+arrow keys: 10 ms, with Shift 1 ms; double click: back"},

@@ -111,7 +111,7 @@ enum class OwnText {
     wholeSong,
     rulerMeaning,
     shownPart,
-    voicePlace,
+    voiceInSong,
     voicePlaceMeaning,
     voiceWithSong,
     voiceBeforeSong,  // seconds

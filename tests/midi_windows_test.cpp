@@ -118,6 +118,25 @@ TEST_F(ChannelsFixture, ShowsTheTableAsItIs) {
     EXPECT_EQ(settings.channelsWindowOpen, 0);
 }
 
+TEST_F(ChannelsFixture, NumbersTellWhatSoundsAndMakeItSoundAlone) {
+    const QSignalSpy changes(window, &frmChann::heardChanged);
+    const auto solo = [&](const char* name) {
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, Qt::ControlModifier, onoff(name).geometry().center());
+    };
+    solo("onoff2");
+    onoff("onoff5").setFocus();
+    QTest::keyClick(&onoff("onoff5"), Qt::Key_Space, Qt::ControlModifier);
+    solo("onoff2");
+    EXPECT_EQ(sent(), (Words{"solo 4", "solo 36", "solo 32"}));
+    EXPECT_EQ(changes.count(), 3);
+    EXPECT_TRUE(onoff("onoff2").isChecked()) << "its volume stays";
+    EXPECT_EQ(onoff("onoff5").accessibleDescription(), QStringLiteral("Solo"));
+    EXPECT_EQ(onoff("onoff2").toolTip(), QStringLiteral("Switch on/off channel 3\nLead\nCtrl+click: solo"));
+    music.sounding = 0b101;
+    window->showSounding();
+    EXPECT_TRUE(onoff("onoff0").sounds() && onoff("onoff2").sounds() && !onoff("onoff5").sounds());
+}
+
 TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
     click("ins2");
     EXPECT_FALSE(picker());

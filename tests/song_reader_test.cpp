@@ -5,6 +5,7 @@
 #include <string>
 
 #include "music/song.h"
+#include "music/song_notes.h"
 #include "platform/music_performance.h"
 
 namespace melvane::music {
@@ -88,6 +89,16 @@ TEST(SongReader, tempoChangesStayOnTheFrame) {
     }
     ASSERT_GT(expected.size(), 1000U);
     EXPECT_EQ(notes(header(1, kDivision) + track(tempos + at(0, kEnd)) + track(tune)), expected);
+}
+
+TEST(SongReader, aNoteLastsUntilItIsReleasedOrStruckAgain) {
+    std::string shown;
+    for (const SongNote& note :
+         notesOf(read(header(0, 96) + track(at(0, tempo(1'000'000)) + at(0, {0x92, 60, 9}) + at(96, {0x93, 60, 9}) +
+                                            at(96, {0x92, 60, 9}) + at(96, {0x92, 60, 0}) + at(96, kEnd)))))
+        shown += std::to_string(note.channel) + ": " + std::to_string(note.begin / 44'100) + "-" +
+                 std::to_string(note.end / 44'100) + " ";
+    EXPECT_EQ(shown, "2: 0-2 3: 1-4 2: 2-3 ");
 }
 
 TEST(SongReader, smpteTimeIsCountedInFramesWhateverTheTempo) {
