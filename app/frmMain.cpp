@@ -29,7 +29,6 @@ namespace {
 
 constexpr short kListButton = 2;
 constexpr int kTickMs = 80;
-constexpr double kPercent = 100;
 
 constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row
 constexpr int kRowStep = 28;
@@ -55,7 +54,8 @@ constexpr std::array kRowSymbols = {Symbol::open, Symbol::open, Symbol::save};
 
 }  // namespace
 
-frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store)
+frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store, Documents& documents,
+                 const Workshop& workshop)
     : FramelessWindow(kMainRegion, kGripHeight),
       mixer_(mixer),
       environment_(environment),
@@ -63,11 +63,13 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
       recent_(store),
       keeper_(store, mixer.settings(), [this] { keepSettings(); }),
       sliders_(nullptr),
-      levels_(this, mixer, environment) {
+      levels_(this, mixer, environment),
+      jobs_(new JobDesk(this, mixer, environment, store, documents)),
+      steps_(new UndoKeeper(this, mixer, environment.language)),
+      fast_(workshop, environment.language) {
     setObjectName(QStringLiteral("frmMain"));
-    setWindowTitle(QLatin1String(kProductCaption));
     setAcceptDrops(true);
-    addTitle(kCaption)->setText(QLatin1String(kProductCaption));
+    caption_ = addTitle(kCaption);
     for (int i = 0; i < static_cast<int>(path_.size()); ++i) addRow(i);
     sliders_ = new SliderPanel(this, mixer_, environment_);
     addButtons();
@@ -76,7 +78,8 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
     for (const Slider* slider : findChildren<Slider*>(QString(), Qt::FindDirectChildrenOnly))
         connect(slider, &Slider::moved, windows_, &SecondaryWindows::follow);
     addMenu();
-    mixer_.sourceFiles().taken = [this](int index, const std::string& path) { noteTaken(index, path); };
+    addJobs();
+    mixer_.sourceFiles().taken = [this](int index, const std::string&) { noteTaken(index); };
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { endSession(); });
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
         if (!unloaded_) Form_Unload();
@@ -177,7 +180,7 @@ void frmMain::addMenu() {
     on(&frmMenu::rehearse, [this] { windows_->showTimeline(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
     on(&frmMenu::restoreMidi, [this] { mixer_.midi().MidiRestore(); });
-    connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentFiles);
+    connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentJobs);
 }
 
 void frmMain::DoRest() {
@@ -240,19 +243,20 @@ void frmMain::BR_Click(int index) {
 }
 
 // The run before was one of other files.
-void frmMain::noteTaken(int index, const std::string& path) {
+void frmMain::noteTaken(int index) {
     tellsRun_ = false;
     if (index == kDestinationField) return;
-    chosen_.push_back(path);
+    sourceTaken_ = true;
+    steps_->clear();
     scans_.at(static_cast<std::size_t>(index))->forget();
     mixer_.rehearsal().forget();
     filesChosen_ = true;
 }
 
 void frmMain::rememberFiles() {
-    if (chosen_.empty()) return;
+    if (!std::exchange(sourceTaken_, false)) return;
     const RegistryBatch batch = store_.batch(RegistryAccess::change);
-    recent_.add(std::exchange(chosen_, {}));
+    jobs_->remember();
     recent_.keepFolders(mixer_.sourceFiles().lastFolder);
 }
 
@@ -268,9 +272,10 @@ void frmMain::bringBackMixes() {
 void frmMain::mi_button_Click() {
     withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
-        stopped_ = false;
+        stopped_ = cancelled_ = tellsFast_ = false;
         tellsRun_ = true;
         interrupted_.clear();
+        jobs_->remember();
         Timer1_.start();  // an opening that takes its time may be stopped
         mixer_.rehearsal().end();
         mixer_.mixingRun().mi_button_Click();
@@ -289,6 +294,7 @@ void frmMain::withButtonsOff(const std::function<void()>& action) {
 }
 
 void frmMain::b_STOP_Click() {
+    if (fast_.going()) return fast_.cancel();
     if (mixer_.mixingRun().busy() && !mixer_.mixingRun().opening()) return;
     stopped_ = true;
     mixer_.mixingRun().stopRec();
@@ -303,12 +309,15 @@ void frmMain::listen() {
 }
 
 bool frmMain::canListen() const {
-    return !mixer_.isRunning() && isFile(mixer_.run().listenPath);
+    return !mixer_.isRunning() && !fast_.going() && isFile(mixer_.run().listenPath);
 }
 
 void frmMain::Timer1_Timer() {
     Timer1_.start();
-    perform([this] { mixer_.mixingRun().Timer1_Timer(); });
+    perform([this] {
+        mixer_.mixingRun().Timer1_Timer();
+        followFastMix();
+    });
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
@@ -316,13 +325,18 @@ void frmMain::closeEvent(QCloseEvent* event) {
         event->ignore();
         return tell(environment_.language.lang(LangEntry::stopMixingFirst), BoxIcon::information);
     }
+    bool goesOn = false;
+    attempt([&] { goesOn = !jobs_->mayClose(); });
+    if (goesOn) return event->ignore();
     attempt([this] { Form_Unload(); });
 }
 
 void frmMain::Form_Unload() {
     unloaded_ = true;
+    endFastMix();
     {
         const RegistryBatch batch = store_.batch(RegistryAccess::change);
+        jobs_->remember();
         windows_->hideAll();
         keepPlace();
         store_.save(mixer_.settings());
@@ -338,11 +352,14 @@ void frmMain::keepPlace() {
 void frmMain::keepSettings() {
     if (unloaded_ || !isVisible()) return;
     keepPlace();
-    if (keeper_.save()) refresh();
+    const bool saved = keeper_.save();
+    jobs_->remember();
+    if (saved) refresh();
 }
 
 void frmMain::endSession() {
     if (mixer_.isRunning()) mixer_.mixingRun().stopRec();
+    endFastMix();
     keepSettings();
 }
 
@@ -355,19 +372,9 @@ void frmMain::contextMenuEvent(QContextMenuEvent* event) {
     menu_->mnuKar()->popup(event->globalPos());
 }
 
-void frmMain::fillRecentFiles() {
-    QMenu* menu = menu_->recentMenu();
-    menu->clear();
-    for (const std::string& path : recent_.list())
-        connect(menu->addAction(toQt(path).replace(QLatin1Char('&'), QLatin1String("&&"))), &QAction::triggered, this,
-                [this, path] { takeFiles({path}); });
-    if (menu->isEmpty())
-        menu->addAction(toQt(environment_.language.ownText(OwnText::noRecentFiles)))->setEnabled(false);
-}
-
 void frmMain::refresh() {
     const bool running = mixer_.isRunning();
-    if (!running && !choosing_ && !mixer_.rehearsal().playing())
+    if (!running && !choosing_ && !fast_.going() && !mixer_.rehearsal().playing())
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
@@ -401,12 +408,15 @@ void frmMain::switchButton(Ed_Button* button, bool on) {
 
 void frmMain::refreshButtons(bool running) {
     const bool idle = !running && !choosing_;
-    const bool canStop = running && (!mixer_.mixingRun().busy() || mixer_.mixingRun().opening());
+    const bool canStop = fast_.going() || (running && (!mixer_.mixingRun().busy() || mixer_.mixingRun().opening()));
     for (Ed_Button* button : BR_) switchButton(button, idle);
-    switchButton(mi_button_, idle);
+    switchButton(mi_button_, idle && !fast_.going());
     switchButton(b_STOP_, canStop);
     switchButton(b_listen_, canListen());
     menu_->setRunning(!idle);
+    menu_->setCanMix(idle && !fast_.going());
+    const std::string whyNot = whyNoFastMix();
+    menu_->setCanMixFast(idle && !fast_.going() && whyNot.empty(), toQt(whyNot));
     menu_->setCanStop(canStop);
     menu_->setCanListen(canListen());
     const bool parked = !focusWidget() || focusWidget() == progress_;
@@ -415,15 +425,14 @@ void frmMain::refreshButtons(bool running) {
 }
 
 void frmMain::refreshStatus(bool running) {
-    const double done = running || tellsRun_ ? mixer_.mixingRun().done() : 0;
+    const bool fast = fast_.going();
+    const double done = doneShare();
     progress_->setProgress(static_cast<int>(done * OverviewBar::kColumns));
-    setWindowTitle(
-        running ? QStringLiteral("%1 % – %2").arg(static_cast<int>(done * kPercent)).arg(QLatin1String(kProductCaption))
-                : QLatin1String(kProductCaption));
-    environment_.shell.showProgress(running ? done : -1);
-    const StatusLine line =
-        MainStatus(mixer_, environment_)
-            .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_, store_.failure()});
+    showTitle();
+    environment_.shell.showProgress(running || fast ? done : -1);
+    const StatusLine line = MainStatus(mixer_, environment_)
+                                .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_,
+                                       store_.failure(), cancelled_, fast ? &fast_ : nullptr});
     status_->setFullText(toQt(line.text), {}, {}, toQt(line.brief));
     setStyleState(*status_, "warned", line.warned);
     setStyleState(*status_, "failed", line.failed);

@@ -10,10 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "app/fast_mix.h"
+#include "app/frm_jobs.h"
 #include "app/frm_level_panel.h"
 #include "app/frm_settings_keeper.h"
 #include "app/frm_slider_panel.h"
 #include "app/frm_song_overview.h"
+#include "app/frm_undo.h"
 #include "app/frm_windows.h"
 #include "app/mixer.h"
 #include "controls/Ed_Button.h"
@@ -30,19 +33,24 @@ class frmMain : public FramelessWindow {
 
 public:
     // Everything passed in outlives the window.
-    frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store);
+    frmMain(Mixer& mixer, const Environment& environment, const SettingsStore& store, Documents& documents,
+            const Workshop& workshop);
 
     // The remainder of set-up, once the mixer has its settings: position, texts, state.
     void DoRest();
     // Sets all texts from the current language, also those of the other windows.
     void SetMainLanguage();
-    // Takes songs, voices and folders as if they were dropped on the window. UTF-8 paths. In a run, or while a file is
-    // being opened, they are taken afterwards.
-    // `pointedAt` is the field that they were dropped on.
+    // Takes songs, voices, folders and jobs as if they were dropped on the window. UTF-8 paths. In a run, or while a
+    // file is being opened, they are taken afterwards. `pointedAt` is the field that they were dropped on.
     void takeFiles(const std::vector<std::string>& paths, std::optional<int> pointedAt = {});
 
     // Keeps what mixes had recorded that were cut off, and tells where it is.
     void bringBackMixes();
+
+    // Makes the mix of what is set now, unheard, while the windows go on. The stop button cancels it.
+    void mixFast();
+    // Why that can't be done now, in the language of the windows; "" when it can.
+    std::string whyNoFastMix() const;
 
     // Ends a run, so that its file can be played, and writes the settings: the program is about to end.
     void endSession();
@@ -78,12 +86,20 @@ private:
     MainCalls calls();
     void listen();
     void Timer1_Timer();
+    void addJobs();
+    std::vector<std::string> openJobsAmong(std::vector<std::string> paths);
+    void showSettings();
+    void showSteps();
+    void followFastMix();
+    void endFastMix();
+    void showTitle();
+    double doneShare() const;
     void Form_Unload();
-    void noteTaken(int index, const std::string& path);
+    void noteTaken(int index);
     void rememberFiles();
     void keepPlace();
     void keepSettings();
-    void fillRecentFiles();
+    void fillRecentJobs();
     void useLanguage(const std::string& code);
     void takeWaiting(bool running);
     // Opens the song on the MIDI port that was chosen, unless a run or an opening uses the old one.
@@ -116,11 +132,13 @@ private:
     bool stopped_ = false;                  // the last run was ended with the stop button
     bool tellsRun_ = false;                 // nothing was chosen since it
     bool wasRunning_ = false;
-    bool choosing_ = false;            // a file is being chosen or opened
-    bool portChosen_ = false;          // and not used yet
-    std::vector<std::string> chosen_;  // sources, to be remembered
-    bool filesChosen_ = false;         // sources, and not shown on the timeline yet
+    bool choosing_ = false;     // a file is being chosen or opened
+    bool portChosen_ = false;   // and not used yet
+    bool sourceTaken_ = false;  // and not yet remembered
+    bool filesChosen_ = false;  // sources, and not shown on the timeline yet
     bool unloaded_ = false;
+    bool tellsFast_ = false;  // the last run was a fast mix
+    bool cancelled_ = false;  // that left nothing
 
     std::vector<std::string> waiting_;  // files that are to be taken
     Takers takers_;                     // of what is dragged, once the disk has told
@@ -128,6 +146,7 @@ private:
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};
+    QLabel* caption_;
     SliderPanel* sliders_;
     Ed_Button* mi_button_;
     Ed_Button* b_STOP_;
@@ -143,6 +162,9 @@ private:
     LevelPanel levels_;
     ElidedLabel* status_;
     frmMenu* menu_;
+    JobDesk* jobs_;
+    UndoKeeper* steps_;
+    FastMix fast_;
     SecondaryWindows* windows_;
     QTimer Timer1_{this};
 };

@@ -40,9 +40,9 @@ void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int
         waiting_.insert(waiting_.end(), paths.begin(), paths.end());
         return;
     }
-    if (paths.empty()) return;
-    pointedAt = fieldMeant(paths, pointedAt);
-    std::vector<std::string> ordered = paths;
+    std::vector<std::string> ordered = openJobsAmong(paths);
+    if (ordered.empty()) return refresh();
+    pointedAt = fieldMeant(ordered, pointedAt);
     // A song may bring a voice, and empties the destination; what may be either then has one field left.
     std::ranges::stable_sort(ordered, {}, [&](const std::string& path) {
         const int field = fieldFor(path, pointedAt, mixer_.fields()).value_or(kDestinationField);

@@ -159,6 +159,11 @@ void SecondaryWindows::SetMainLanguage() {
     if (player_) player_->GetPlayerLanguage();
 }
 
+void SecondaryWindows::updateSettings() {
+    if (effects_) effects_->SetEffects();
+    updateChannels();
+}
+
 void SecondaryWindows::updateChannels() {
     if (channels_) channels_->updateChannels();
     if (timeline_) timeline_->refresh();

@@ -48,12 +48,13 @@ public:
 
     // Sets their texts from the current language.
     void SetMainLanguage();
-    // Shows the settings of the channels as they are now.
+    // Shows the settings of the channels as they are now, or all settings.
     void updateChannels();
     // A song or a voice was chosen.
     void takeFiles();
     // Shows what sounds, and how the run and the rehearsal go on.
     void follow();
+    void updateSettings();
 
 private:
     void openEffects(bool takesFocus);

@@ -12,6 +12,7 @@
 #include "desktop/end_signals.h"
 #include "desktop/library_file.h"
 #include "desktop/local_destinations.h"
+#include "desktop/local_documents.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
@@ -35,9 +36,11 @@ std::vector<std::string> toPaths(const QStringList& files) {
     return paths;
 }
 
-Instruments createInstruments(AudioLibrary& library) {
-    music::Music made = music::createMusic(library, {});
-    return {std::move(made.system), std::move(made.mixer)};
+std::function<Instruments(AudioLibrary&)> maker(const music::MusicOptions& options) {
+    return [options](AudioLibrary& library) {
+        music::Music made = music::createMusic(library, options);
+        return Instruments{std::move(made.system), std::move(made.mixer)};
+    };
 }
 
 int run() {
@@ -47,11 +50,15 @@ int run() {
     RegistryFile registry(RegistryFile::defaultPath());
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
+    const LocalFileNames otherNames;
+    LocalDocuments documents;
     LocalDestinations destinations(LocalDestinations::usualJournal());
     DesktopDialogs dialogs;
     DesktopShell shell(names.programDirectory());
     LibraryFile libraryFile;
-    Program program({libraryFile, createInstruments, registry, names, destinations, dialogs, shell}, toPaths(files));
+    Program program({libraryFile, maker({}), registry, names, destinations, documents, dialogs, shell,
+                     maker({.devicePorts = false}), otherNames},
+                    toPaths(files));
     QObject::connect(&running, &RunningProgram::startedAgain, &program.startWindow(),
                      [&](const QStringList& more) { program.startedAgain(toPaths(more)); });
     const EndSignals signals([&program] { program.endSession(); });

@@ -10,6 +10,10 @@ namespace {
 
 constexpr double kStalledSeconds = 10;
 
+std::string timesOf(std::int64_t framesDone, std::int64_t framesTotal) {
+    return clockText(framesDone / kSampleRate) + " / " + clockText(framesTotal / kSampleRate);
+}
+
 }  // namespace
 
 // Where there is little room, the file's name alone; its folder is told on hover.
@@ -41,13 +45,21 @@ std::string MainStatus::opening() const {
 StatusLine MainStatus::line(const Facts& facts) const {
     const modLang& language = environment_.language;
     const MixingRun& mixing = mixer_.mixingRun();
+    if (facts.fast) return {fastProgress(*facts.fast)};
     if (mixing.opening() || mixer_.sourceFiles().opening()) return {opening()};
     if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
     if (mixer_.rehearsal().playing()) return {language.ownText(OwnText::rehearsing)};
     if (!mixer_.run().isMixing) return ended(facts);
-    return {clockText(mixing.framesDone() / kSampleRate) + " / " + clockText(mixing.framesTotal() / kSampleRate) +
-                " – " + sound(),
-            "", mixer_.run().recordsSilence};
+    return {timesOf(mixing.framesDone(), mixing.framesTotal()) + " – " + sound(), "", mixer_.run().recordsSilence};
+}
+
+std::string MainStatus::fastProgress(const FastMix& mix) const {
+    const modLang& language = environment_.language;
+    if (mix.framesTotal() == 0) return language.ownText(OwnText::opening);
+    const std::string times = timesOf(mix.framesDone(), mix.framesTotal());
+    const auto left = mix.left();
+    return times + " – " + language.ownText(OwnText::mixingFast) +
+           (left ? " " + language.ownText(OwnText::timeLeft, clockText(left->count())) : "");
 }
 
 std::string MainStatus::sound() const {
@@ -96,6 +108,7 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
+    if (facts.cancelled) return {language.ownText(OwnText::mixCancelled)};
     if (facts.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
     return {};

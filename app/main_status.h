@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/fast_mix.h"
 #include "app/mixer.h"
 #include "mixing/environment.h"
 
@@ -27,6 +28,8 @@ public:
         bool voiceUnreadable = false;
         std::vector<std::string> interrupted;  // mixes that were cut off before the program started
         std::int32_t settingsFailure = 0;      // SettingsStore::failure()
+        bool cancelled = false;                // the last run was a fast mix that left nothing
+        const FastMix* fast = nullptr;         // that is going on
     };
 
     // Both outlive this.
@@ -36,6 +39,7 @@ public:
 
 private:
     StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
+    std::string fastProgress(const FastMix& mix) const;
     StatusLine broughtBack(const std::vector<std::string>& files) const;
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;

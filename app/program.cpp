@@ -51,7 +51,8 @@ void Program::openMainWindow() {
     mixer_.emplace(environment);
     mixer_->Form_Load(&store_);
     if (!start_.isVisible()) return;
-    main_.emplace(*mixer_, environment, store_);
+    main_.emplace(*mixer_, environment, store_, on_.documents,
+                  Workshop{on_.libraryFile, on_.createPlainMusic, on_.otherNames, on_.destinations});
     main_->DoRest();
     start_.hide();  // the windows that open with the main one may have its place
     main_->show();

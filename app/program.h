@@ -12,15 +12,11 @@
 #include "app/mixer.h"
 #include "platform/audio_library_file.h"
 #include "platform/destinations.h"
+#include "platform/documents.h"
 #include "platform/registry.h"
 #include "settings/window_zoom.h"
 
 namespace melvane {
-
-struct Instruments {
-    std::unique_ptr<MusicSystem> music;
-    std::unique_ptr<SystemMixer> mixer;
-};
 
 // What the program stands on; everything outlives it.
 struct Foundation {
@@ -29,8 +25,13 @@ struct Foundation {
     Registry& registry;
     const FileNames& names;
     Destinations& destinations;
+    Documents& documents;
     Dialogs& dialogs;
     Shell& shell;
+    // For a mix beside the windows, with music that has no ports and file names of its own. The library's file and the
+    // destinations are the same.
+    std::function<Instruments(AudioLibrary&)> createPlainMusic;
+    const FileNames& otherNames;
 };
 
 class Program {

@@ -70,12 +70,12 @@ std::string SourceFiles::soundFilter(bool song) const {
 void SourceFiles::chooseBackground(const std::string& path) {
     fields_.background = path;
     fields_.destination.clear();
-    lastFolder[0] = folderOf(path);
+    if (!path.empty()) lastFolder[0] = folderOf(path);
     taken(0, path);
     if (run_.isMidiBackground) midi_.close();
     run_.isMidiBackground = isMidiFile(path);
     if (run_.isMidiBackground) openMidi();
-    if (!settings_.recDirectory.empty()) {
+    if (!settings_.recDirectory.empty() && !path.empty()) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
         if (exists(vocal)) chooseVocal(vocal);
     }
@@ -111,6 +111,14 @@ std::optional<int> SourceFiles::askForField(const std::string& path) {
     return *answer == 0 ? kBackgroundField : kVocalField;
 }
 
+void SourceFiles::restore(const PathFields& files) {
+    chooseBackground(files.background);
+    chooseVocal(files.vocal);
+    fields_.destination = agreedPath_ = files.destination;
+    agreedStanding_.reset();
+    taken(kDestinationField, files.destination);
+}
+
 void SourceFiles::openMidi() {
     std::string song = fields_.background;
     whileOpening([&] { midi_.OpenMidi(song); });
@@ -138,9 +146,11 @@ void SourceFiles::browseVocal() {
     if (!path.empty()) chooseVocal(path);
 }
 
+// Another voice has a place of its own.
 void SourceFiles::chooseVocal(const std::string& path) {
+    if (path != fields_.vocal) run_.voicePlace = {};
     fields_.vocal = path;
-    lastFolder[1] = folderOf(path);
+    if (!path.empty()) lastFolder[1] = folderOf(path);
     taken(1, path);
 }
 

@@ -54,6 +54,10 @@ public:
     // With both sources there and no destination yet, proposes one. False when it is none of these.
     bool take(const std::string& path, std::optional<int> pointedAt = {});
 
+    // Takes files that were chosen before, "" for none; whether what stands at the destination may be replaced is asked
+    // anew.
+    void restore(const PathFields& files);
+
     // Asks when something else stands at the destination than when that was chosen, such as a mix that was finished
     // since. True when a run may replace it.
     bool mayReplaceDestination();

@@ -97,6 +97,14 @@ void RecordingInput::SelectMixInput() {
     });
 }
 
+bool RecordingInput::recordsCard() const {
+    const auto isCard = [this](int n) { return isAnalogue(n) && hasMixName(n); };
+    if (settings_.forceMixDevice == kForced) return isCard(settings_.mixDevice);
+    for (int n = 0; library_.BASS_RecordGetInputName(n); ++n)
+        if (isCard(n)) return true;
+    return false;
+}
+
 bool RecordingInput::anyOn() const {
     bool on = false;
     forEachInput([&](int n) { on = on || !(library_.BASS_RecordGetInput(n) & BASS_INPUT_OFF); });

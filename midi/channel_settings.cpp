@@ -142,6 +142,42 @@ void MidiBackground::MidiRestore() {
     updateChannels();
 }
 
+ChannelTable<ChannelChoice> MidiBackground::choices() const {
+    ChannelTable<ChannelChoice> choices;
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
+        const ChannelSettings& row = state_.ChannelInfo[c];
+        const TouchedSettings& touched = state_.touched[c];
+        const auto chosen = [](bool set, std::int16_t value) { return set ? std::optional(value) : std::nullopt; };
+        choices[c] = {row.channelNumber == kUnusedChannel || row.switchedOn != 0,
+                      chosen(touched.instrument, row.instrument), chosen(touched.volume, row.volume),
+                      chosen(touched.balance, row.balance)};
+    }
+    return choices;
+}
+
+// A setting goes back to the song's with all the others.
+void MidiBackground::choose(const ChannelTable<ChannelChoice>& wanted) {
+    const auto before = choices();
+    const auto goesBack = [&](std::int16_t c) {
+        const ChannelChoice& was = before[c];
+        const ChannelChoice& is = wanted[c];
+        return (was.instrument && !is.instrument) || (was.volume && !is.volume) || (was.balance && !is.balance);
+    };
+    for (std::int16_t c = 0; c < kMidiChannels; ++c)
+        if (goesBack(c)) {
+            MidiRestore();
+            break;
+        }
+    const auto now = choices();
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) {
+        const ChannelChoice& is = wanted[c];
+        if (is.instrument && is.instrument != now[c].instrument) setChannelInstrument(c, *is.instrument);
+        if (is.volume && (is.volume != now[c].volume || is.on != now[c].on)) switchChannel(c, *is.volume, is.on);
+        if (is.balance && is.balance != now[c].balance) setChannelBalance(c, *is.balance);
+    }
+    updateChannels();
+}
+
 void MidiBackground::applyVolumeAndBalance() {
     SetMidiVolume();
     lines_.SetSynthBalance();

@@ -8,6 +8,7 @@
 #include "controls/window_region.h"
 #include "controls/zoom.h"
 #include "midi/channel_knobs.h"
+#include "midi/channel_names.h"
 #include "settings/guarded.h"
 #include "settings/instrument_names.h"
 
@@ -34,12 +35,6 @@ constexpr QRect kInstrument(31, 132, kStripStep - 2, 73);
 
 QString number(double value) {
     return QString::number(value, 'f', 0);
-}
-
-// One language has a text of its own before the number, the other an end behind the number.
-QString balanceName(const modLang& language, const QString& channel) {
-    const QString text = toQt(language.lang(LangEntry::channelBalance));
-    return text.startsWith(u' ') ? toQt(language.lang(LangEntry::channelVolume)) + channel + text : text + channel;
 }
 
 QString instrumentOn(std::int16_t channel, int instrument) {
@@ -195,11 +190,8 @@ void frmChann::nameStrip(std::int16_t channel) {
     const TouchedSettings& touched = state_.touched[channel];
     const SongSettings& songs = state_.songSettings[channel];
     const auto digits = [](const auto& value) { return value ? QString::number(*value) : QString(); };
-    describe(bl_[c], balanceName(language_, number), touched.balance, digits(songs.balance));
-    describe(
-        vol_[c],
-        toQt(language_.lang(LangEntry::channelVolume)) + number + toQt(language_.lang(LangEntry::channelVolumeEnd)),
-        touched.volume, digits(songs.volume));
+    describe(bl_[c], toQt(channelBalanceName(language_, channel + 1)), touched.balance, digits(songs.balance));
+    describe(vol_[c], toQt(channelVolumeName(language_, channel + 1)), touched.volume, digits(songs.volume));
     describe(ins_[c],
              toQt(language_.ownText(OwnText::channelInstrument, number.toStdString())) + QStringLiteral(": ") +
                  ins_[c]->text(),

@@ -1,5 +1,6 @@
 #include "midi/frmMenu.h"
 
+#include <algorithm>
 #include <array>
 
 #include "controls/window_layout.h"
@@ -13,9 +14,9 @@ struct FileEntry {
     LangEntry text;
     QKeyCombination shortcut;
 };
-const std::array kFiles = {FileEntry{"mnuKar0", LangEntry::menuBackground, Qt::CTRL | Qt::Key_O},
-                           FileEntry{"mnuKar1", LangEntry::menuVocal, Qt::CTRL | Qt::SHIFT | Qt::Key_O},
-                           FileEntry{"mnuKar3", LangEntry::menuDestination, Qt::CTRL | Qt::Key_S}};
+const std::array kFiles = {FileEntry{"mnuKar0", LangEntry::menuBackground, Qt::CTRL | Qt::Key_1},
+                           FileEntry{"mnuKar1", LangEntry::menuVocal, Qt::CTRL | Qt::Key_2},
+                           FileEntry{"mnuKar3", LangEntry::menuDestination, Qt::CTRL | Qt::Key_3}};
 
 // Marks the first letter that `taken` does not hold yet as the one that chooses the entry.
 QString withMnemonic(const QString& text, QString& taken) {
@@ -36,11 +37,13 @@ frmMenu::frmMenu(const MidiState& state, const modLang& language, QWidget* owner
     : QObject(owner), state_(state), language_(language), owner_(owner), mnuKar_(new QMenu(owner)) {
     setObjectName(QStringLiteral("frmMenu"));
     mnuKar_->setObjectName(QStringLiteral("mnuKar"));
+    mnuKar_->setToolTipsVisible(true);
     addKaraoke();
     addMidi();
     SetMenuLanguage();
     setCanStop(false);
     setCanListen(false);
+    setSteps(false, false);
 }
 
 void frmMenu::addKaraoke() {
@@ -50,16 +53,12 @@ void frmMenu::addKaraoke() {
         connect(file, &QAction::triggered, this, [this, i] { Q_EMIT browse(static_cast<int>(i)); });
         idle_.push_back(file);
     }
-    idle_.push_back(add(mnuKar_, QStringLiteral("mix"), own(OwnText::mix), Qt::CTRL | Qt::Key_M));
-    connect(idle_.back(), &QAction::triggered, this, &frmMenu::mix);
-    stop_ = add(mnuKar_, QStringLiteral("stop"), own(OwnText::stop), Qt::CTRL | Qt::Key_Period);
-    connect(stop_, &QAction::triggered, this, &frmMenu::stop);
-    listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
-    connect(listen_, &QAction::triggered, this, &frmMenu::listen);
-    connect(add(mnuKar_, QStringLiteral("rehearse"), own(OwnText::rehearse), Qt::CTRL | Qt::Key_R), &QAction::triggered,
-            this, &frmMenu::rehearse);
+    addRun();
+    addSteps();
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar4"));
+    addJobs();
     recent_ = addMenu(QStringLiteral("mnuKar5"), own(OwnText::recentFiles));
+    recent_->setToolTipsVisible(true);
     idle_.push_back(recent_->menuAction());
     mnuMidi_ = addMenu(QStringLiteral("mnuMid"), own(OwnText::midiButton));
     connect(add(mnuKar_, QStringLiteral("mnuKar6"), entry(LangEntry::preferences), Qt::CTRL | Qt::Key_Comma),
@@ -69,6 +68,48 @@ void frmMenu::addKaraoke() {
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar8"));
     connect(add(mnuKar_, QStringLiteral("mnuKar9"), entry(LangEntry::menuClose), Qt::CTRL | Qt::Key_Q),
             &QAction::triggered, this, &frmMenu::closeWanted);
+}
+
+void frmMenu::addRun() {
+    mix_ = add(mnuKar_, QStringLiteral("mix"), own(OwnText::mix), Qt::CTRL | Qt::Key_M);
+    connect(mix_, &QAction::triggered, this, &frmMenu::mix);
+    mixFast_ = add(mnuKar_, QStringLiteral("mixFast"), own(OwnText::mixFast), Qt::CTRL | Qt::SHIFT | Qt::Key_M);
+    connect(mixFast_, &QAction::triggered, this, &frmMenu::mixFast);
+    stop_ = add(mnuKar_, QStringLiteral("stop"), own(OwnText::stop), Qt::CTRL | Qt::Key_Period);
+    connect(stop_, &QAction::triggered, this, &frmMenu::stop);
+    listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
+    connect(listen_, &QAction::triggered, this, &frmMenu::listen);
+    connect(add(mnuKar_, QStringLiteral("rehearse"), own(OwnText::rehearse), Qt::CTRL | Qt::Key_R), &QAction::triggered,
+            this, &frmMenu::rehearse);
+}
+
+void frmMenu::addSteps() {
+    mnuKar_->addSeparator();
+    const auto said = [this](const std::function<std::string()>& text, OwnText plain) {
+        return [this, &text, plain] { return text ? text() : language_.ownText(plain); };
+    };
+    undo_ = add(mnuKar_, QStringLiteral("undo"), said(undoText, OwnText::undo), QKeySequence::Undo);
+    connect(undo_, &QAction::triggered, this, &frmMenu::undo);
+    redo_ = add(mnuKar_, QStringLiteral("redo"), said(redoText, OwnText::redo), Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+    connect(redo_, &QAction::triggered, this, &frmMenu::redo);
+}
+
+void frmMenu::addJobs() {
+    const struct {
+        const char* name;
+        OwnText text;
+        QKeySequence shortcut;
+        void (frmMenu::*chosen)();
+    } entries[] = {
+        {"openJob", OwnText::openJob, Qt::CTRL | Qt::Key_O, &frmMenu::openJob},
+        {"saveJob", OwnText::saveJob, Qt::CTRL | Qt::Key_S, &frmMenu::saveJob},
+        {"saveJobAs", OwnText::saveJobAs, Qt::CTRL | Qt::SHIFT | Qt::Key_S, &frmMenu::saveJobAs},
+        {"lastJob", OwnText::lastJob, Qt::CTRL | Qt::SHIFT | Qt::Key_O, &frmMenu::lastJob},
+    };
+    for (const auto& entry : entries) {
+        idle_.push_back(add(mnuKar_, QLatin1String(entry.name), own(entry.text), entry.shortcut));
+        connect(idle_.back(), &QAction::triggered, this, entry.chosen);
+    }
 }
 
 void frmMenu::addMidi() {
@@ -112,20 +153,38 @@ frmMenu::Text frmMenu::own(OwnText text) const {
     return [this, text] { return language_.ownText(text); };
 }
 
+// Short texts choose their letters first, so that there are some left for them.
 void frmMenu::SetMenuLanguage() {
+    std::vector<std::pair<QString, QAction*>> entries;
+    for (const auto& [action, text] : texts_) entries.emplace_back(toQt(text()), action);
+    std::ranges::stable_sort(entries, {}, [](const auto& entry) { return entry.first.size(); });
     QString takenInKaraoke;
     QString takenInMidi;
-    for (const auto& [action, text] : texts_)
-        action->setText(
-            withMnemonic(toQt(text()), mnuMidi_->actions().contains(action) ? takenInMidi : takenInKaraoke));
+    for (const auto& [text, action] : entries)
+        action->setText(withMnemonic(text, mnuMidi_->actions().contains(action) ? takenInMidi : takenInKaraoke));
 }
 
 void frmMenu::setRunning(bool running) {
     for (QAction* file : idle_) file->setEnabled(!running);
 }
 
+void frmMenu::setCanMix(bool can) {
+    mix_->setEnabled(can);
+}
+
 void frmMenu::setCanStop(bool can) {
     stop_->setEnabled(can);
+}
+
+void frmMenu::setCanMixFast(bool can, const QString& whyNot) {
+    mixFast_->setEnabled(can);
+    mixFast_->setToolTip(whyNot);
+}
+
+void frmMenu::setSteps(bool canUndo, bool canRedo) {
+    undo_->setEnabled(canUndo);
+    redo_->setEnabled(canRedo);
+    SetMenuLanguage();
 }
 
 void frmMenu::setCanListen(bool can) {

@@ -30,12 +30,25 @@ public:
     void SetMenuLanguage();
     // During a run no files can be chosen, and no other one begins.
     void setRunning(bool running);
+    void setCanMix(bool can);
     void setCanStop(bool can);    // the run
     void setCanListen(bool can);  // to the last mix
+    void setCanMixFast(bool can, const QString& whyNot);
+    void setSteps(bool canUndo, bool canRedo);  // and shows undoText() and redoText() as they are now
+
+    std::function<std::string()> undoText;
+    std::function<std::string()> redoText;
 
 Q_SIGNALS:
     void browse(int index);  // 0 background, 1 vocal, 2 destination
     void mix();
+    void mixFast();
+    void undo();
+    void redo();
+    void openJob();
+    void saveJob();
+    void saveJobAs();
+    void lastJob();
     void stop();
     void listen();
     void rehearse();
@@ -49,6 +62,9 @@ private:
     using Text = std::function<std::string()>;
 
     void addKaraoke();
+    void addRun();
+    void addSteps();
+    void addJobs();
     void addMidi();
     QAction* add(QMenu* menu, const QString& name, Text text, const QKeySequence& shortcut = {});
     QMenu* addMenu(const QString& name, Text text);
@@ -61,7 +77,11 @@ private:
     QMenu* mnuKar_;
     QMenu* mnuMidi_ = nullptr;
     QMenu* recent_ = nullptr;
+    QAction* mix_ = nullptr;
+    QAction* mixFast_ = nullptr;
     QAction* stop_ = nullptr;
+    QAction* undo_ = nullptr;
+    QAction* redo_ = nullptr;
     QAction* listen_ = nullptr;
     QAction* restore_ = nullptr;
     std::vector<QAction*> idle_;  // that wait for the end of a run

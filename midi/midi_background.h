@@ -117,6 +117,10 @@ public:
     std::uint16_t soundingChannels() const { return loaded() ? performance_->soundingChannels() : std::uint16_t{0}; }
     // Back to what the song itself sets; nothing before a song was loaded.
     void MidiRestore();
+    // What the user has chosen for the channels.
+    ChannelTable<ChannelChoice> choices() const;
+    // Makes these the user's choices; what differs is sent.
+    void choose(const ChannelTable<ChannelChoice>& wanted);
     // Moves the notes of every used channel but the percussion by `key` semitones, rounded to whole ones.
     void transpose(double key);
     // What is heard of it.

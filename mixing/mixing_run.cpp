@@ -65,6 +65,7 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
     const Flag busy(busy_);
+    cancelled_ = false;
     framesTotal_ = framesAtEnd_ = 0;
     if (!canRun()) return;
     graph_.closeLast();
@@ -163,6 +164,7 @@ void MixingRun::startCapture() {
 
 // What lost its song or voice is no mix; what was only stopped gives way to a longer one.
 RunFailure MixingRun::publish(std::int64_t frames) {
+    if (cancelled_) return RunFailure::none;
     const bool lost = run_.failure != RunFailure::none;
     const bool part = lost || (stoppedEarly_ && standsLonger(frames));
     if (run_.failure == RunFailure::destinationNotWritable)  // it can't be checked now
@@ -212,6 +214,11 @@ void MixingRun::stopRec() {
     if (destination_) whileEventsRun(with_.doEvents, [this] { destination_.reset(); });
     graph_.close();
     input_.RestoreUserInput();
+}
+
+void MixingRun::cancel() {
+    cancelled_ = true;
+    stopRec();
 }
 
 std::int64_t MixingRun::framesDone() const {

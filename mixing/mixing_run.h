@@ -23,6 +23,8 @@ public:
     // Ends the run, if there is one, and waits for the encoder to finish while window events go on; ten seconds at
     // most, unless the run has come to its end. Called again meanwhile, it has the encoder hurry then too.
     void stopRec();
+    // The same, and leaves nothing of it: what stands at the destination stays as it was.
+    void cancel();
     // Follows the run and ends it with the background, or when the encoder has gone.
     void Timer1_Timer();
 
@@ -73,6 +75,7 @@ private:
     bool stopping_ = false;
     bool abandoned_ = false;     // stopped before it began
     bool stoppedEarly_ = false;  // and before the song ended
+    bool cancelled_ = false;
 };
 
 }  // namespace melvane

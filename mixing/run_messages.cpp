@@ -69,13 +69,21 @@ bool isUnreadable(RunFailure failure) {
     return failure == RunFailure::backgroundUnreadable || failure == RunFailure::vocalUnreadable;
 }
 
+std::optional<OwnText> meaning(int error, OwnText Cause::*sense) {
+    const auto* const cause = std::ranges::find(kCauses, error, &Cause::error);
+    return cause == std::end(kCauses) ? std::nullopt : std::optional(cause->*sense);
+}
+
+std::string meaningText(const modLang& language, int error, OwnText Cause::*sense) {
+    const auto text = meaning(error, sense);
+    return text ? language.ownText(*text) : "";
+}
+
 std::optional<OwnText> causeOf(const RunState& run) {
     const bool reading = isUnreadable(run.failure);
     if (run.cause == 0 && reading) return OwnText::noSoundInFile;
     if (run.cause == 0 && run.failure == RunFailure::encoderFailed) return OwnText::encoderCure;
-    const auto* const cause = std::ranges::find(kCauses, run.cause, &Cause::error);
-    if (cause == std::end(kCauses)) return std::nullopt;
-    return reading ? cause->reading : cause->writing;
+    return meaning(run.cause, reading ? &Cause::reading : &Cause::writing);
 }
 
 void append(std::string& text, const std::string& sentence) {
@@ -84,6 +92,14 @@ void append(std::string& text, const std::string& sentence) {
 }
 
 }  // namespace
+
+std::string readingCause(const modLang& language, int error) {
+    return meaningText(language, error, &Cause::reading);
+}
+
+std::string writingCause(const modLang& language, int error) {
+    return meaningText(language, error, &Cause::writing);
+}
 
 std::string runCause(const modLang& language, const RunState& run) {
     const Row& row = rowOf(run.failure);

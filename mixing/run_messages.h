@@ -20,6 +20,9 @@ std::string runCause(const modLang& language, const RunState& run);
 std::string decodingMessage(const modLang& language, DecodingFailure failure);
 // Why a voice's place wasn't found; "" when it was, or when nobody wanted it any more. Looks at the files again.
 std::string searchMessage(const modLang& language, SearchEnd end, const std::string& song, const std::string& voice);
+// What an error number (<cerrno>) of a file means and what helps; "" when nothing is known of it.
+std::string readingCause(const modLang& language, int error);
+std::string writingCause(const modLang& language, int error);
 // Why a MIDI song can't be played.
 std::string midiMessage(const modLang& language, MidiFailure failure);
 // Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.

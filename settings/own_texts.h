@@ -52,6 +52,33 @@ enum class OwnText {
     anySound,
     allFiles,
     songOrVoice,  // file
+    // Jobs: documents, undo, the fast mix.
+    openJob,
+    openJobHere,
+    saveJob,
+    saveJobAs,
+    lastJob,
+    jobFiles,
+    saveChanges,    // file
+    jobFilesGone,   // files
+    cannotOpenJob,  // file
+    cannotSaveJob,  // file
+    noJobInFile,
+    jobIsNewer,
+    jobValueWrong,  // field
+    undo,
+    undoChange,  // what
+    redo,
+    redoChange,  // what
+    severalSettings,
+    voicePlace,
+    channelSolo,  // number
+    mixFast,
+    mixingFast,
+    timeLeft,  // time
+    mixCancelled,
+    fastOtherInput,
+    fastOtherPort,
     // Errors that end an action.
     numberTooLarge,
     outOfMemory,

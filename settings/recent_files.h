@@ -1,4 +1,4 @@
-// The files that were chosen last, from one start to the next, under a key of their own.
+// Where songs and voices were taken last, from one start to the next, and the files that earlier programs kept.
 #pragma once
 
 #include <array>
@@ -9,16 +9,15 @@
 
 namespace melvane {
 
+// What is recent has a key of its own.
+inline constexpr const char* kRecentKey = R"(software\Tessaro\Melvane\recent files)";
+
 class RecentFiles {
 public:
     explicit RecentFiles(const SettingsStore& store) : store_(store) {}
 
-    static constexpr std::size_t kMost = 8;
-
-    // UTF-8 paths, the latest first.
+    // UTF-8 paths of songs and voices, the latest first, as they were kept before whole jobs were.
     std::vector<std::string> list() const;
-    // Puts files in front, the last one foremost; stored at once. Names with line breaks are not kept.
-    void add(const std::vector<std::string>& paths);
 
     // Where a song (0) and a voice (1) were taken last; "" for nowhere.
     using Folders = std::array<std::string, 2>;

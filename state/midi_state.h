@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,12 +46,24 @@ struct TouchedSettings {
     bool balance = false;
 };
 
+// What the user has chosen for a channel; where nothing was, the song's own setting counts.
+struct ChannelChoice {
+    bool on = true;
+    std::optional<std::int16_t> instrument;
+    std::optional<std::int16_t> volume;  // of one that is off: 0
+    std::optional<std::int16_t> balance;
+
+    bool operator==(const ChannelChoice&) const = default;
+};
+
 // A table of the sixteen channels, from 0. Another index throws BoundsError.
 template <typename T>
 class ChannelTable {
 public:
     T& operator[](std::int16_t channel) { return rows_[checked(channel)]; }
     const T& operator[](std::int16_t channel) const { return rows_[checked(channel)]; }
+
+    bool operator==(const ChannelTable&) const = default;
 
 private:
     static std::size_t checked(std::int16_t channel) {

@@ -37,6 +37,8 @@ struct PathFields {
     std::string background;
     std::string vocal;
     std::string destination;
+
+    bool operator==(const PathFields&) const = default;
 };
 
 struct RunState {

@@ -6,14 +6,15 @@
 #include <optional>
 
 #include "app/mixer.h"
+#include "app/silent_desktop.h"
 #include "desktop/local_destinations.h"
 #include "desktop/local_file_names.h"
 #include "engine/library.h"
 #include "music/music.h"
+#include "tests/midi_song.h"
 #include "tests/sound_server.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
-#include "tools/console_dialogs.h"
 
 namespace melvane {
 namespace {
@@ -34,17 +35,6 @@ bool comesTrue(const std::function<bool()>& condition) {
     return false;
 }
 
-// A run of eighths on a flute, three seconds long.
-std::string midiSong() {
-    std::string track("\0\xC0\x49", 3);
-    for (const char key : std::string(12, 60)) {
-        const char pitch = static_cast<char>(key + static_cast<char>(track.size() % 12));
-        track += std::string("\0\x90", 2) + pitch + '\x64' + '\x30' + '\x80' + pitch + '\0';
-    }
-    track += std::string("\0\xFF\x2F\0", 4);
-    return std::string("MThd\0\0\0\x06\0\0\0\x01\0\x60MTrk\0\0\0", 21) + static_cast<char>(track.size()) + track;
-}
-
 // The program without its windows, with an encoder that also stores what it is given.
 struct Studio {
     Studio(CardClock clock, std::uint32_t blockFrames) : library({clock, blockFrames, beside.path()}) {
@@ -61,8 +51,8 @@ struct Studio {
     const music::Music music = music::createMusic(library, {.devicePorts = false});
     const LocalFileNames names;
     LocalDestinations destinations{beside / "mixes"};
-    ConsoleDialogs dialogs;
-    ConsoleShell shell;
+    SilentDialogs dialogs;
+    SilentShell shell;
     modLang language;
     std::optional<Mixer> mixer;
 };

@@ -10,15 +10,15 @@ import sys
 from fnmatch import fnmatch
 from pathlib import Path
 
-ROWS = ["base", "platform", "state", "alignment", "controls", "settings", "audio", "effects", "midi", "mixing", "rehearsal",
-        "player", "app", "tools"]
+ROWS = ["base", "platform", "state", "alignment", "controls", "settings", "audio", "effects", "midi", "mixing", "job",
+        "rehearsal", "player", "app", "tools"]
 ISLANDS = ["engine", "music", "desktop"]
 SHARED = ["base", "platform"]  # All that an island sees beside itself.
 HEADERS_ONLY = ["base", "platform", "state"]
 UNBOUND = ["tests", "benchmarks"]  # May include from everywhere.
 CHOOSERS = ["app/main.cpp", "tools/*main*.cpp"]  # May include from the islands.
 QT_USERS = ["controls/*", "app/frm*", "app/MixerStart*", "app/main.cpp", "app/program.cpp",
-            "effects/frm*", "midi/frm*", "player/frm*", "rehearsal/frm*",
+            "effects/frm*", "midi/frm*", "player/frm*", "rehearsal/frm*", "job/job_text.cpp",
             "settings/mnuHelp*", "settings/window_zoom*", "desktop/*", "tools/reporter.cpp", "tests/*", "benchmarks/*"]
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(?:"([^"]+)"|<(Q[^>]*)>)')

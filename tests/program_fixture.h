@@ -6,6 +6,8 @@
 
 #include "app/program.h"
 #include "desktop/local_destinations.h"
+#include "desktop/local_documents.h"
+#include "desktop/local_file_names.h"
 #include "desktop/registry_file.h"
 #include "tests/fake_audio_library.h"
 #include "tests/fake_music.h"
@@ -23,13 +25,18 @@ struct ProgramUnderTest {
     FakeShell shell;
     LocalDestinations destinations{state / "mixes"};
     RegistryFile registry{dir / "registry.json"};
+    LocalDocuments documents;
+    LocalFileNames otherNames;
     std::optional<Program> program;
 
     // Shows the start window.
-    void launch(AudioLibraryFile& file, const FileNames& names, std::function<Instruments(AudioLibrary&)> createMusic,
+    void launch(AudioLibraryFile& file, const FileNames& names,
+                const std::function<Instruments(AudioLibrary&)>& createMusic,
                 const std::vector<std::string>& files = {}) {
         program.reset();
-        program.emplace(Foundation{file, std::move(createMusic), registry, names, destinations, dialogs, shell}, files);
+        program.emplace(Foundation{file, createMusic, registry, names, destinations, documents, dialogs, shell,
+                                   createMusic, otherNames},
+                        files);
     }
     // Into the main window, which has the focus then.
     void enter() {

@@ -10,12 +10,16 @@
 #include <set>
 #include <sstream>
 
+#include "app/mixer_job.h"
+#include "base/paths.h"
 #include "controls/switch.h"
 #include "controls/window_layout.h"
 #include "desktop/library_file.h"
 #include "desktop/local_file_names.h"
+#include "job/job_text.h"
 #include "music/music.h"
 #include "settings/language_tables.h"
+#include "tests/midi_song.h"
 #include "tests/program_fixture.h"
 #include "tests/sound_server.h"
 #include "tests/wav.h"
@@ -159,6 +163,11 @@ struct ProgramFixture : testing::Test, ProgramUnderTest {
         return sound;
     }
 
+    bool someIsMixed() {
+        const QString title = main().windowTitle();
+        return title.contains(QLatin1Char('%')) && !title.startsWith(QLatin1String("0 "));
+    }
+
     SoundServerProcess server;
     LibraryFile libraryFile;
     const LocalFileNames names;
@@ -290,6 +299,60 @@ TEST_F(ProgramFixture, AKaraokeSongIsPlayedInterruptedAndHeard) {
     EXPECT_EQ(saved.channelsWindowOpen, -1);
     for (const char* window : {"frmChann", "mnuHelp"})
         EXPECT_TRUE(WindowPlaces(SettingsStore(registry)).find(window)) << window;
+}
+
+// With every knob moved, a fast mix is what the mix button makes when no knob is touched meanwhile.
+TEST_F(ProgramFixture, AMixThatNobodyHearsIsTheSameToTheByte) {
+    const std::string voice = makeTone("głos.wav", kVoiceTone, 2);
+    for (const std::string& song : {toMp3(makeTone("pieśń.wav", kSongTone, 3)), dir.write("song.mid", midiSong())}) {
+        drop({song, voice});
+        press("b_eff");
+        auto& effects = opened<frmEff>();
+        for (auto* slider : effects.findChildren<Slider*>()) turn(*slider);
+        for (auto* flip : effects.findChildren<Switch*>()) click(*flip);
+        for (const char* name : {"volm0", "volm1", "snc", "tone"}) turn(find(main(), name));
+        if (mixer().midi().loaded()) mixer().midi().setChannelInstrument(0, 40);
+        startRun();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !mixer().run().isMixing; }, 12000));
+        const std::string heard = mixer().run().lastMixPath;
+        ASSERT_EQ(heard, mixer().fields().destination) << status();
+        mixer().fields().destination = dir / "unheard.mp3";
+        const Job job = takeJob(mixer());
+        main().mixFast();
+        turn(find(main(), "volm0"));
+        mixer().midi().setChannelInstrument(0, 1);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return mixer().run().lastMixPath == dir / "unheard.mp3"; })) << status();
+        EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/unheard.mp3"));
+        EXPECT_EQ(readFile(dir / "unheard.mp3"), readFile(heard)) << jobText(job, "");
+        std::filesystem::remove(dir / "unheard.mp3");
+    }
+}
+
+TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
+    const std::string part = readFile(MELVANE_SAMPLES "/evening-ferry.mp3");
+    std::string song;
+    for (int half = 0; half < 20; ++half) song += part;
+    drop({dir.write("ten minutes.mp3", song), makeTone("głos.wav", kVoiceTone, 2)});
+    const auto files = [&] { return std::distance(std::filesystem::directory_iterator(dir.path()), {}); };
+    main().endSession();
+    const auto before = files();
+    for (const bool replaces : {false, true}) {
+        const std::string destination = mixer().fields().destination;
+        if (replaces) dir.write(toPath(destination).filename(), "a mix");
+        dialogs.nextAnswer = BoxAnswer::yes;
+        QTest::keyClick(&main(), Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return someIsMixed(); }, 20000)) << status();
+        EXPECT_NE(status().find("Mixing fast"), std::string::npos) << status();
+        press("b_STOP");
+        EXPECT_TRUE(waitFor("Cancelled: nothing was written."));
+        EXPECT_EQ(files(), before + (replaces ? 1 : 0));
+        EXPECT_EQ(readFile(destination), replaces ? "a mix" : "");
+    }
+    dialogs.boxes.clear();
+    main().mixFast();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return someIsMixed(); }, 20000)) << status();
+    closeProgram();
+    EXPECT_EQ(files(), before + 1);
 }
 
 // A benchmark shows the figure.

@@ -218,11 +218,12 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_EQ(settings.EffectState, (std::array<EffectSwitch, 5>{{{-1, 0, 40}, {}, {-1, 0, 100}, {0, 0, 7}, {}}}));
     EXPECT_EQ(settings.currentPreset, 12);
     EXPECT_EQ(options.key, -2.5);
-    EXPECT_EQ(options.syncOffset, 0.25F);
+    ASSERT_TRUE(options.sync);
+    EXPECT_EQ(options.sync->offset, 0.25F);
     EXPECT_TRUE(options.quiet && !options.json && !options.overwrite);
     EXPECT_EQ(options.destination, "-c.mp3");
     EXPECT_TRUE(parse({"--help"}).help);
-    EXPECT_EQ(options.voicePlace, VoicePlace{});
+    EXPECT_EQ(options.sync->place, VoicePlace{});
     const MixOptions placed = parse({"--sync", "-12.75", "a", "b", "c"});
     EXPECT_EQ(placed.syncOffset, 0);
     EXPECT_EQ(placed.voicePlace, (VoicePlace{-562275, 0}));

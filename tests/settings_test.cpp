@@ -133,28 +133,19 @@ TEST_F(RegistryFixture, HandEditedValuesSpoilOnlyTheirField) {
     EXPECT_EQ(load("effects window", "5").effectsWindowOpen, -1);
 }
 
-TEST_F(RegistryFixture, RecentFilesAreFewTheLatestFirst) {
-    // As they were once stored.
+TEST_F(RegistryFixture, FilesThatEarlierProgramsKeptAreRead) {
     for (const auto& [name, song] : {std::pair("0", "/a/ż.mp3"), {"1", "/b.mid"}, {"3", "/c"}})
-        store.WriteSetting(std::string(kProductKey) + R"(\recent files)", name, song);
-    RecentFiles recent(store);
+        store.WriteSetting(kRecentKey, name, song);
+    const RecentFiles recent(store);
     EXPECT_EQ(recent.list(), (std::vector<std::string>{"/a/ż.mp3", "/b.mid", "/c"}));
-    recent.add({"/b.mid", "/line\nbreak", "/d, e;.wav"});
-    RegistryFile second(path);
-    EXPECT_EQ(RecentFiles(SettingsStore(second)).list(),
-              (std::vector<std::string>{"/d, e;.wav", "/b.mid", "/a/ż.mp3", "/c"}));
-    for (int i = 0; i < 10; ++i) recent.add({std::to_string(i)});
-    EXPECT_EQ(recent.list(), (std::vector<std::string>{"9", "8", "7", "6", "5", "4", "3", "2"}));
+    store.WriteSetting(kRecentKey, "paths", "/d, e;.wav\n\n/b.mid\n1\n2\n3\n4\n5\n6\n7\n");
+    EXPECT_EQ(recent.list(), (std::vector<std::string>{"/d, e;.wav", "/b.mid", "1", "2", "3", "4", "5", "6"}));
 }
 
 TEST_F(RegistryFixture, AnActionReadsAndReplacesTheFileOnce) {
     put("{}");
-    RecentFiles recent(store);
     Settings settings;
     EXPECT_EQ(accessesTo(path, [&] { store.load(settings); }), Accesses(1, 0));
-    recent.add({"/a", "/b"});
-    EXPECT_EQ(accessesTo(path, [&] { recent.add({"/b"}); }), Accesses(1, 0)) << "it is in front already";
-    EXPECT_EQ(accessesTo(path, [&] { recent.add({}); }), Accesses(0, 0));
     EXPECT_EQ(
         accessesTo(
             path,

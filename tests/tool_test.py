@@ -217,6 +217,34 @@ class MixTest(ToolTest):
         alone = self.encoder(folder="alone").split(":")[0]
         self.expect_refused(wav, "voice.wma", "none.mp3", path=alone, says="apt install ffmpeg.*voice.wma")
 
+    def test_job_is_mixed_as_its_options_would_be(self):
+        work = self.folder("work")
+        write_wav(work / "song.wav", clicks(self.FRAMES, self.PLACES, side=0))
+        write_wav(work / "voice.wav", clicks(self.FRAMES, self.PLACES, side=1))
+        job = {"melvane job": 1, "song": {"path": "/gone/song.wav", "relative": "song.wav"}, "voice": {"relative": "voice.wav"},
+               "mix": {"relative": "mix.mp3"}, "volume": [30, 70], "synchronisation": 0.02, "balance": [-50, 20]}
+        (work / "one.melvane").write_text(json.dumps(job))
+        self.expect_mixed("--job", "work/one.melvane", path=self.encoder())
+        by_job = self.given()
+        options = ["--volume", "30,70", "--balance=-50,20"]
+        self.expect_mixed(*options, "--sync", "0.02", "work/song.wav", "work/voice.wav", "mix.mp3", path=self.encoder())
+        self.assertEqual(by_job, self.given())
+        self.assertEqual((work / "mix.mp3").read_bytes(), (self.dir / "mix.mp3").read_bytes())
+        self.expect_refused("--job", "work/one.melvane", says=r"mix\.mp3 exists already")
+        self.expect_mixed("--job", "work/one.melvane", "--sync=-0.1", "other.mp3", path=self.encoder())
+        by_job = self.given()
+        self.expect_mixed(*options, "--sync=-0.1", "work/song.wav", "work/voice.wav", "same.mp3", path=self.encoder())
+        self.assertEqual(by_job, self.given())
+
+    def test_job_that_cannot_be_mixed_is_told(self):
+        for text, says in (("{}", "no Melvane job"), ('{"melvane job": 2}', "newer Melvane"), ('{"melvane job": 1, "key": 9}', "key"),
+                           ('{"melvane job": 1}', "names no song, voice or destination"), (None, "There is no such file")):
+            with self.subTest(text=text):
+                (self.dir / "one.melvane").unlink(missing_ok=True)
+                if text:
+                    (self.dir / "one.melvane").write_text(text)
+                self.expect_refused("--job", "one.melvane", says=says)
+
     def test_names_pass_as_they_are(self):
         path = self.encoder()
         pcm = noise(5003)

@@ -14,9 +14,11 @@
 #include <functional>
 #include <set>
 
+#include "app/mixer_job.h"
 #include "controls/free_place.h"
 #include "controls/level_meter.h"
 #include "controls/window_layout.h"
+#include "job/job_text.h"
 #include "mixing/run_messages.h"
 #include "tests/file_accesses.h"
 #include "tests/program_fixture.h"
@@ -57,7 +59,9 @@ struct WindowFixture : testing::Test, SilentProgram {
         for (int x = 0; x < image.width(); ++x) mixed += image.pixelColor(x, image.height() / 2) == QColor(skin::kSong);
         return mixed;
     }
-    std::vector<std::string> recentFiles() {
+    QAction& action(const char* name) { return *main().findChild<QAction*>(QLatin1String(name)); }
+    void choose(const char* name) { action(name).trigger(); }
+    std::vector<std::string> recentJobs() {
         QMenu* menu = main().findChild<frmMenu*>()->recentMenu();
         Q_EMIT menu->aboutToShow();
         std::vector<std::string> entries;
@@ -83,25 +87,158 @@ TEST_F(WindowFixture, BrowsingFillsTheFields) {
               "Mixing destination: " + dir.path() + "/mix.mp3");
 }
 
-TEST_F(WindowFixture, FilesThatWereChosenComeBackInTheMenuAtOneAccessAnAction) {
+TEST_F(WindowFixture, WholeJobsComeBackInTheMenuAtOneAccessAnAction) {
     const std::string stored = dir / "registry.json";
     const std::string song = dir.write("you & me.mp3", "");
+    const std::string other = dir.write("other.mp3", "");
     const std::string voice = dir.write("voice.wav", "");
-    EXPECT_EQ(recentFiles(), std::vector<std::string>{"(none)"});
+    const SettingsStore store(registry);
+    store.WriteSetting(kRecentKey, "0", song);
+    EXPECT_EQ(recentJobs(), std::vector<std::string>{dir / "you && me.mp3"}) << "as an earlier program kept it";
+    store.WriteSetting(kRecentKey, "0", "");
+    EXPECT_EQ(recentJobs(), std::vector<std::string>{"(none)"});
     main().endSession();  // nothing is left to be written by itself meanwhile
     EXPECT_EQ(accessesTo(stored, [&] { main().takeFiles({voice, dir / "missing.mp3", song}); }), Accesses(1, 1));
     EXPECT_EQ(dialogs.boxes.size(), 1U) << "what is missing is told";
-    EXPECT_EQ(accessesTo(stored, [&] { browse("BR0", dir / "other.mp3"); }), Accesses(1, 1));
-    EXPECT_EQ(accessesTo(stored, [&] { recentFiles(); }), Accesses(1, 0));
-    main().takeFiles({voice});
-    press("b_eff");
-    EXPECT_EQ(accessesTo(stored, [&] { press("bClose"); }), Accesses(1, 1)) << "settings and places";
+    mixer().sliders().setKey(-2.5);
+    main().endSession();
+    EXPECT_EQ(accessesTo(stored, [&] { browse("BR0", other); }), Accesses(1, 1));
+    EXPECT_EQ(accessesTo(stored, [&] { recentJobs(); }), Accesses(1, 0));
+    mixer().sliders().setKey(1);
+    EXPECT_EQ(accessesTo(stored, [&] { press("bClose"); }), Accesses(1, 1)) << "settings, places and the job";
     restart();
-    EXPECT_EQ(recentFiles(), (std::vector<std::string>{voice, dir / "other.mp3", dir / "you && me.mp3"}));
+    EXPECT_EQ(mixer().fields(), PathFields()) << "the last job comes by choice";
+    EXPECT_EQ(recentJobs(), (std::vector<std::string>{"other.mp3 + voice.wav", "you && me.mp3 + voice.wav"}));
+    choose("lastJob");
+    EXPECT_EQ(mixer().fields().background, other);
+    EXPECT_EQ(mixer().run().key, 1);
     main().findChild<frmMenu*>()->recentMenu()->actions().back()->trigger();
-    EXPECT_EQ(mixer().fields().background, song);
+    EXPECT_EQ(mixer().fields(), (PathFields{song, voice, dir / "you & me2.mp3"}));
+    EXPECT_EQ(mixer().run().key, -2.5);
     browse("BR1", "");
     EXPECT_EQ(dialogs.lastQuestion.start, dir.path()) << "where a voice was taken before";
+}
+
+TEST_F(WindowFixture, AJobIsADocument) {
+    const std::string song = dir.write("song.mp3", "");
+    main().takeFiles({song, dir.write("voice.wav", "")});
+    dialogs.nextFile = dir / "my";
+    choose("saveJobAs");
+    EXPECT_EQ(dialogs.lastQuestion.start, dir / "song.melvane");
+    EXPECT_EQ(title(), "my.melvane – Melvane");
+    QTest::keyClick(&find<QWidget>(main(), "tone"), Qt::Key_Right);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return title() == "my.melvane* – Melvane"; }));
+    dialogs.nextAnswer = BoxAnswer::cancel;
+    press("bClose");
+    EXPECT_TRUE(main().isVisible()) << "unsaved changes of a document are asked about";
+    EXPECT_EQ(dialogs.boxes.back(), "Melvane: The job my.melvane has changed. Save the changes?");
+    choose("saveJob");
+    EXPECT_EQ(title(), "my.melvane – Melvane");
+    choose("saveJobAs");
+    EXPECT_EQ(dialogs.boxes.size(), 1U) << "its own file is not asked about";
+
+    std::filesystem::remove(song);
+    QTest::keyClick(&find<QWidget>(main(), "tone"), Qt::Key_Home);
+    dialogs.nextAnswer = BoxAnswer::no;
+    press("bClose");
+    launch({dir / "my.melvane"});
+    enter();
+    EXPECT_EQ(mixer().run().key, 1);
+    EXPECT_EQ(mixer().fields(), (PathFields{"", dir / "voice.wav", dir / "song2.mp3"}));
+    EXPECT_NE(dialogs.boxes.back().find("have gone: \n" + song + "\n"), std::string::npos) << dialogs.boxes.back();
+    dialogs.nextFile = dir.write("broken.melvane", "{}");
+    choose("openJob");
+    EXPECT_NE(dialogs.boxes.back().find("This file is no Melvane job"), std::string::npos);
+    EXPECT_EQ(title(), "my.melvane – Melvane");
+    dialogs.nextFile = dir / "no folder/my.melvane";
+    choose("saveJobAs");
+    EXPECT_NE(dialogs.boxes.back().find("There is no such folder"), std::string::npos);
+}
+
+TEST_F(WindowFixture, EveryKnobGoesBackAndForthAlsoInARun) {
+    names.temporaryMidi = dir / "tmp.mid";
+    main().takeFiles({dir.write("song.mid", songOf("\x90\x93")), dir.write("voice.wav", "")});
+    press("b_eff");
+    press("b_midi");
+    auto& effects = *main().findChild<frmEff*>();
+    auto& channels = *main().findChild<frmChann*>();
+    press("mi_button");
+    ASSERT_TRUE(mixer().run().isMixing) << status();
+    QTest::qWait(50);
+    EXPECT_FALSE(action("undo").isEnabled());
+    std::vector<Job> jobs{takeJob(mixer())};
+    const auto step = [&](const char* what, const std::function<void()>& change) {
+        const bool steps = QTest::qWaitFor([&] {
+            if (takeJob(mixer()) == jobs.back()) change();
+            return action("undo").text().remove(u'&') == QLatin1String("Undo: ") + QLatin1String(what);
+        });
+        EXPECT_TRUE(steps) << what << ", but: " << action("undo").text().toStdString();
+        jobs.push_back(takeJob(mixer()));
+    };
+    step("Vocal volume", [&] { drag(find(main(), "volm1"), 90); });
+    step("Synchronization", [&] { drag(find(main(), "snc"), 80); });
+    step("Karaoke background key", [&] { drag(find(main(), "tone"), 350); });
+    step("Vocal treble", [&] { drag(find(effects, "eq_song3"), 80); });
+    step("Echo: level", [&] { drag(find(effects, "ef2"), 150); });
+    step("Reverb", [&] { click(effects, "efo1"); });
+    step("Spare", [&] { click(effects, "efo5"); });
+    step("Switch on/off channel 4", [&] { click(channels, "onoff3"); });
+    step("Channel 1 balance",
+         [&] { drag(find(channels, "bl0"), static_cast<int>(find(channels, "bl0").position()) + 4); });
+    step("Solo of channel 4", [&] {
+        mixer().midi().solo(1 << 3);
+        main().update();
+    });
+    step("Place of the voice", [&] {
+        mixer().sliders().setPlace({44100, 60});
+        main().update();
+    });
+    Q_EMIT main().findChild<frmMenu*>()->mnuMidi()->aboutToShow();
+    step("MIDI channels", [&] { choose("mnuMidi0"); });
+    const std::vector<std::string> sentSoFar = music->calls;
+    for (std::size_t i = jobs.size() - 1; i-- > 0;) {
+        choose("undo");
+        EXPECT_TRUE(takeJob(mixer()) == jobs[i]) << i << jobText(takeJob(mixer()), "");
+    }
+    EXPECT_GT(music->calls.size(), sentSoFar.size()) << "it is heard";
+    EXPECT_EQ(find(main(), "volm1").valueText(), QStringLiteral("100 %"));
+    EXPECT_FALSE(find<QAbstractButton>(effects, "efo1").isChecked());
+    EXPECT_TRUE(find<QAbstractButton>(channels, "onoff3").isChecked());
+    for (std::size_t i = 1; i < jobs.size(); ++i) {
+        choose("redo");
+        EXPECT_TRUE(takeJob(mixer()) == jobs[i]) << i << jobText(takeJob(mixer()), "");
+    }
+    EXPECT_FALSE(action("redo").isEnabled());
+    chooseLanguage("pl");
+    EXPECT_EQ(action("undo").text().remove(u'&').toStdString(), "Cofnij: Kanały MIDI");
+    mixer().mixingRun().stopRec();
+    main().takeFiles({dir.write("other.wav", "")});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !action("undo").isEnabled(); })) << "the place was the other voice's";
+    EXPECT_EQ(mixer().run().voicePlace, VoicePlace());
+}
+
+TEST_F(WindowFixture, KeysOnOneKnobAreOneStep) {
+    auto& key = find<QWidget>(main(), "tone");
+    QTest::qWait(50);
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(&key, Qt::Key_Right);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return action("undo").isEnabled(); }));
+    QTest::keyClick(&main(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(mixer().run().key, 0);
+    QTest::keyClick(&main(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(mixer().run().key, 3);
+}
+
+TEST_F(WindowFixture, NothingButTheCardIsMixedFast) {
+    chooseFiles();
+    EXPECT_TRUE(action("mixFast").isEnabled());
+    mixer().settings().forceMixDevice = 1;
+    mixer().settings().mixDevice = 0;
+    main().SetMainLanguage();
+    EXPECT_FALSE(action("mixFast").isEnabled());
+    EXPECT_NE(action("mixFast").toolTip().indexOf(QStringLiteral("another input")), -1);
 }
 
 TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {

@@ -9,22 +9,24 @@
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <thread>
+#include <utility>
 
+#include "app/headless_mix.h"
 #include "app/interrupted_mixes.h"
-#include "app/mixer.h"
+#include "app/mixer_job.h"
 #include "app/start_checks.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "desktop/library_file.h"
 #include "desktop/local_destinations.h"
+#include "desktop/local_documents.h"
 #include "desktop/local_file_names.h"
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
+#include "job/job_file.h"
 #include "mixing/run_messages.h"
 #include "mixing/voice_search.h"
 #include "music/music.h"
-#include "tools/console_dialogs.h"
 #include "tools/options.h"
 #include "tools/reporter.h"
 
@@ -36,7 +38,6 @@ constexpr int kDone = 0;
 constexpr int kCouldNot = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kSignalBase = 128;
-constexpr std::uint32_t kBlockFrames = 4096;
 
 volatile std::sig_atomic_t interruptedBy = 0;
 
@@ -60,36 +61,56 @@ void catchInterrupts() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-std::string existsMessage(const MixOptions& options) {
-    return options.destination + " exists already; --overwrite replaces it";
+std::string existsMessage(const std::string& destination) {
+    return destination + " exists already; --overwrite replaces it";
+}
+
+// Files, key and place as the options want them, and the rest of their job. Throws std::runtime_error.
+Job jobOf(const MixOptions& options, const modLang& language) {
+    Job job;
+    LocalDocuments documents;
+    try {
+        if (!options.job.empty()) job = readJobFile(documents, options.job);
+    } catch (const JobError& error) {
+        throw std::runtime_error(jobMessage(language, error, options.job));
+    }
+    for (const auto& [given, file] : {std::pair(&options.background, &job.files.background),
+                                      {&options.vocal, &job.files.vocal},
+                                      {&options.destination, &job.files.destination},
+                                      {&options.soundFont, &job.soundFont}})
+        if (!given->empty()) *file = *given;
+    if (options.key) job.key = *options.key;
+    const MixOptions::Sync sync = options.sync.value_or(MixOptions::Sync{job.sync, job.place});
+    job.sync = options.findsPlace ? 0 : sync.offset;
+    job.place = sync.place;
+    if (job.hasSources() && (options.findSync || !job.files.destination.empty())) return job;
+    throw std::runtime_error(options.job + " names no song, voice or destination");
 }
 
 // Settings, song and files; false when the song can't be played.
-bool prepare(const MixOptions& options, Mixer& mixer) {
+bool prepare(const MixOptions& options, const Job& job, HeadlessMix& headless) {
+    Mixer& mixer = headless.mixer();
     RegistryFile registry(RegistryFile::defaultPath());
     const SettingsStore store(registry);
     mixer.Form_Load(options.storedSettings ? &store : nullptr);
-    // Another recording input than the card's mix has no place on the stepped clock.
-    mixer.settings().forceMixDevice = 0;
+    Job whole = options.job.empty() ? takeJob(mixer) : job;
+    whole.files = job.files;
+    whole.key = job.key;
+    whole.sync = job.sync;
+    whole.place = job.place;
+    if (!headless.take(whole)) return false;
     for (const auto& change : options.changes) change(mixer.settings());
-    mixer.run().key = options.key;
-    mixer.run().syncOffset = options.syncOffset;
-    mixer.run().voicePlace = options.voicePlace;
-    mixer.sourceFiles().chooseBackground(options.background);
-    if (mixer.run().isMidiBackground && !mixer.midi().loaded()) return false;
     for (const auto& change : options.channelChanges) change(mixer.midi());
-    mixer.fields().vocal = options.vocal;
-    mixer.fields().destination = options.destination;
     mixer.run().mayReplace = options.overwrite;
     return true;
 }
 
 // Puts the voice where its recording tells, or says why not: the exit status.
-int lineUp(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, MusicSystem& music,
-           Reporter& reporter) {
+int lineUp(const MixOptions& options, const Job& job, Mixer& mixer, const modLang& language, AudioLibrary& library,
+           MusicSystem& music, Reporter& reporter) {
     RunState& run = mixer.run();
     const std::string midi = run.isMidiBackground ? mixer.midi().state().midiBytes : "";
-    const VoiceFound found = findVoice(library, music, {options.background, midi, options.vocal, options.key},
+    const VoiceFound found = findVoice(library, music, {job.files.background, midi, job.files.vocal, job.key},
                                        [](double) { return interruptedBy == 0; });
     run.voicePlace = found.place();
     if (found.end == SearchEnd::found) {
@@ -98,41 +119,36 @@ int lineUp(const MixOptions& options, Mixer& mixer, const modLang& language, Aud
     }
     reporter.failed(found.end == SearchEnd::givenUp
                         ? "interrupted before the voice's place was found"
-                        : searchMessage(language, found.end, options.background, options.vocal));
+                        : searchMessage(language, found.end, job.files.background, job.files.vocal));
     return found.end == SearchEnd::givenUp ? kSignalBase + interruptedBy : kCouldNot;
 }
 
-int mix(const MixOptions& options, Mixer& mixer, const modLang& language, AudioLibrary& library, MusicSystem& music,
-        Reporter& reporter) {
-    if (!prepare(options, mixer)) {
+int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const modLang& language,
+        AudioLibrary& library, MusicSystem& music, Reporter& reporter) {
+    Mixer& mixer = headless.mixer();
+    if (!prepare(options, job, headless)) {
         const MidiBackground& midi = mixer.midi();
         reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
         return kCouldNot;
     }
     catchInterrupts();
     if (options.findSync || options.findsPlace) {
-        const int found = lineUp(options, mixer, language, library, music, reporter);
+        const int found = lineUp(options, job, mixer, language, library, music, reporter);
         if (found != kDone || options.findSync) return found;
     }
-    MixingRun& run = mixer.mixingRun();
-    run.mi_button_Click();
-    if (interruptedBy && !mixer.run().isMixing && mixer.run().failure == RunFailure::none) {
+    const HeadlessMix::End end = headless.mix([&](auto done, auto total) { reporter.progress(done, total); });
+    const RunState& run = mixer.run();
+    if (run.failure != RunFailure::none) {
+        const bool exists = run.failure == RunFailure::destinationExists;
+        reporter.failed(exists ? existsMessage(job.files.destination) : runMessage(language, run));
+        return kCouldNot;
+    }
+    if (end == HeadlessMix::End::notBegun) {
         reporter.failed("interrupted before the mix began");
         return kSignalBase + interruptedBy;
     }
-    while (mixer.run().isMixing && !interruptedBy) {
-        library.stepCard(kBlockFrames);
-        run.Timer1_Timer();
-        reporter.progress(run.framesDone(), run.framesTotal());
-    }
-    const bool interrupted = mixer.run().isMixing;
-    mixer.Form_Unload();
-    if (mixer.run().failure != RunFailure::none) {
-        const bool exists = mixer.run().failure == RunFailure::destinationExists;
-        reporter.failed(exists ? existsMessage(options) : runMessage(language, mixer.run()));
-        return kCouldNot;
-    }
-    reporter.finished(mixer.run().lastMixPath, run.framesDone(), interrupted);
+    const bool interrupted = end == HeadlessMix::End::interrupted;
+    reporter.finished(run.lastMixPath, mixer.mixingRun().framesDone(), interrupted);
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 
@@ -142,33 +158,33 @@ Reporter::Style styleOf(const MixOptions& options) {
     return options.quiet || !isatty(STDERR_FILENO) ? Style::quiet : Style::bar;
 }
 
-bool mayNotReplace(const MixOptions& options) {
+bool mayNotReplace(const MixOptions& options, const Job& job) {
     std::error_code error;
-    return !options.overwrite && std::filesystem::exists(toPath(options.destination), error);
+    return !options.overwrite && std::filesystem::exists(toPath(job.files.destination), error);
 }
 
 // While song and voice are being opened.
-void duringOpening(MixingRun& run, const RunState& state, const AudioLibrary& library, Reporter& reporter) {
-    if (interruptedBy && run.busy()) run.stopRec();
-    for (const std::string& file : {state.backgroundPath, state.vocalPath}) {
+void tellOpening(Mixer& mixer, const AudioLibrary& library, Reporter& reporter) {
+    for (const std::string& file : {mixer.run().backgroundPath, mixer.run().vocalPath}) {
         const Decoding decoding = library.decoding(file);
-        if (run.opening() && decoding.running) reporter.opening(decoding.progress);
+        if (mixer.mixingRun().opening() && decoding.running) reporter.opening(decoding.progress);
     }
 }
 
-int mixWith(const MixOptions& options, AudioLibrary& library, const LocalFileNames& names, Destinations& destinations,
-            modLang& language, Reporter& reporter) {
-    ConsoleDialogs dialogs;
-    ConsoleShell shell;
-    Mixer* running = nullptr;
-    const auto doEvents = [&] {
-        if (running) duringOpening(running->mixingRun(), running->run(), library, reporter);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    };
-    const music::Music music = music::createMusic(library, {.soundFont = options.soundFont, .devicePorts = false});
-    Mixer mixer({library, *music.system, *music.mixer, names, destinations, dialogs, shell, language, doEvents});
-    running = &mixer;
-    return mix(options, mixer, language, library, *music.system, reporter);
+// A job's sounds that have gone make way for the best that are installed.
+std::string soundFontOf(const MixOptions& options, const Job& job) {
+    return isFile(job.soundFont) ? job.soundFont : options.soundFont;
+}
+
+int mixWith(const MixOptions& options, const Job& job, AudioLibrary& library, const LocalFileNames& names,
+            Destinations& destinations, modLang& language, Reporter& reporter) {
+    music::Music music = music::createMusic(library, {.soundFont = soundFontOf(options, job), .devicePorts = false});
+    const Instruments instruments{std::move(music.system), std::move(music.mixer)};
+    HeadlessMix headless(
+        library, instruments, names, destinations, language, [] { return interruptedBy == 0; },
+        HeadlessMix::Unwanted::keepPart);
+    headless.waiting = [&] { tellOpening(headless.mixer(), library, reporter); };
+    return mix(options, job, headless, language, library, *instruments.music, reporter);
 }
 
 int run(const MixOptions& options) {
@@ -178,19 +194,21 @@ int run(const MixOptions& options) {
     const LocalFileNames names;
     LocalDestinations destinations(LocalDestinations::usualJournal());
     language.InitLanguage(names.systemDirectory(), "en");
+    const Job job = jobOf(options, language);
     LibraryFile file;
-    StartResult start = startAudioLibrary(file, names, {CardClock::stepped, kBlockFrames, names.programDirectory()});
+    StartResult start =
+        startAudioLibrary(file, names, {CardClock::stepped, HeadlessMix::kBlockFrames, names.programDirectory()});
     if (start.message) {
         reporter.failed(language.lang(*start.message));
         return kCouldNot;
     }
     for (const std::string& part : bringBackMixes(destinations, *start.library))
         reporter.note(language.ownText(OwnText::interruptedMix, part));
-    if (mayNotReplace(options)) {
-        reporter.failed(existsMessage(options));
+    if (mayNotReplace(options, job)) {
+        reporter.failed(existsMessage(job.files.destination));
         return kCouldNot;
     }
-    return mixWith(options, *start.library, names, destinations, language, reporter);
+    return mixWith(options, job, *start.library, names, destinations, language, reporter);
 }
 
 }  // namespace

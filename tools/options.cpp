@@ -103,8 +103,7 @@ void takeSync(MixOptions& o, const std::string& text) {
     const double seconds = decimal(text, -kMostSync, kMostSync,
                                    "--sync takes seconds, up to twelve hours (vocal earlier, below 0 later), or auto");
     const bool small = std::abs(seconds) <= kMostKnobSync;
-    o.syncOffset = small ? static_cast<float>(seconds) : 0;
-    o.voicePlace.earlier = small ? 0 : std::llround(seconds * kSampleRate);
+    o.sync = {small ? static_cast<float>(seconds) : 0, {small ? 0 : std::llround(seconds * kSampleRate), 0}};
 }
 
 void takeKey(MixOptions& o, const std::string& text) {
@@ -154,6 +153,8 @@ constexpr Option kOptions[] = {
      [](MixOptions& o, const std::string& text) { o.soundFont = text; }},
     {"--find-sync", "", "mix nothing: tell where the vocal belongs, and its drift",
      [](MixOptions& o, const std::string&) { o.findSync = true; }},
+    {"--job", "FILE", "start from a job that the window program saved; the options beside it win",
+     [](MixOptions& o, const std::string& text) { o.job = text; }},
     {"--settings", "", "start from what the window program saved",
      [](MixOptions& o, const std::string&) { o.storedSettings = true; }},
     {"--overwrite", "", "replace an existing DESTINATION",
@@ -169,6 +170,19 @@ const Option& findOption(std::string_view name) {
     for (const Option& option : kOptions)
         if (option.name == name) return option;
     throw UsageError("unknown option " + std::string(name));
+}
+
+void takePaths(MixOptions& options, const std::vector<std::string>& paths) {
+    const bool job = !options.job.empty();
+    if (job && options.findSync) throw UsageError("--find-sync takes no job");
+    if (job && options.storedSettings) throw UsageError("--job and --settings exclude each other");
+    if (job && paths.size() > 1) throw UsageError("beside --job at most the DESTINATION is needed");
+    if (options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
+    if (!options.findSync && !job && paths.size() != 3)
+        throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");
+    if (!job) options.background = paths[0];
+    if (!job) options.vocal = paths[1];
+    if (!options.findSync && !paths.empty()) options.destination = paths.back();
 }
 
 }  // namespace
@@ -194,12 +208,9 @@ MixOptions parseOptions(std::span<const char* const> arguments) {
         }
     }
     if (options.help || options.version) return options;
-    if (options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
-    if (!options.findSync && paths.size() != 3) throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");
-    options.background = paths[0];
-    options.vocal = paths[1];
-    if (!options.findSync) options.destination = paths[2];
-    if (!isMidiFile(options.background) && !(options.channelChanges.empty() && options.soundFont.empty()))
+    takePaths(options, paths);
+    if (options.job.empty() && !isMidiFile(options.background) &&
+        !(options.channelChanges.empty() && options.soundFont.empty()))
         throw UsageError("options of channels and --soundfont are for MIDI backgrounds");
     return options;
 }
@@ -208,6 +219,7 @@ std::string usageText() {
     std::string text =
         "Usage: melvane-mix [options] BACKGROUND VOCAL DESTINATION\n"
         "       melvane-mix [options] --find-sync BACKGROUND VOCAL\n"
+        "       melvane-mix [options] --job FILE [DESTINATION]\n"
         "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
     for (const Option& option : kOptions) {
         std::string left = "  " + std::string(option.name) + " " + std::string(option.value);

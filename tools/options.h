@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -14,12 +15,16 @@
 namespace melvane {
 
 struct MixOptions {
-    std::string background;
+    std::string background;  // this and the next two: "" where the job tells
     std::string vocal;
     std::string destination;
-    double key = 0;        // semitones, -5..5
-    float syncOffset = 0;  // seconds, -0.6..0.6
-    VoicePlace voicePlace;
+    std::string job;            // a document that the others change; "": none
+    std::optional<double> key;  // semitones, -5..5
+    struct Sync {
+        float offset = 0;  // seconds, -0.6..0.6
+        VoicePlace place;
+    };
+    std::optional<Sync> sync;
     bool findsPlace = false;  // of the voice, for the mix
     bool findSync = false;    // and only tells it
     // What the other options change in the settings, in their order.

@@ -10,7 +10,8 @@ void melvane::fuzz::attack(std::string_view bytes) try {
     std::vector<const char*> arguments;
     for (const std::string& line : lines) arguments.push_back(line.c_str());
     const MixOptions options = parseOptions(arguments);
-    require(std::abs(options.key) <= 5 && std::abs(options.syncOffset) <= 0.6F);
+    require(std::abs(options.key.value_or(0)) <= 5 &&
+            std::abs(options.sync.value_or(MixOptions::Sync{}).offset) <= 0.6F);
     Settings settings;
     for (const auto& change : options.changes) change(settings);
     requireUsable(settings);

@@ -1,5 +1,6 @@
 // The settings file.
 #include "desktop/registry_file.h"
+#include "job/recent_jobs.h"
 #include "settings/recent_files.h"
 #include "settings/window_places.h"
 #include "tests/fuzz/door.h"
@@ -9,7 +10,9 @@ void melvane::fuzz::attack(std::string_view bytes) {
     const test::TempDir dir;
     RegistryFile registry(dir.write("registry.json", std::string(bytes)));
     const SettingsStore store(registry);
-    RecentFiles recent(store);
+    const RecentFiles recent(store);
+    recent.list();
+    const RecentJobs jobs(store);
     WindowPlaces(store).find("player");
     Settings settings;
     store.load(settings);
@@ -17,7 +20,7 @@ void melvane::fuzz::attack(std::string_view bytes) {
     {
         const RegistryBatch all = store.batch(RegistryAccess::change);
         recent.keepFolders(recent.folders());
-        recent.add(recent.list());
+        for (const Job& job : jobs.list()) jobs.add(job);
         store.save(settings);
     }
     Settings again;

@@ -7,7 +7,7 @@
 
 namespace melvane {
 
-class ConsoleDialogs : public Dialogs {
+class SilentDialogs : public Dialogs {
 public:
     void tell(const std::string&, const std::string&, BoxIcon) override {}
     BoxAnswer messageBox(const std::string&, const std::string&, BoxIcon, BoxButtons) override {
@@ -21,7 +21,7 @@ public:
     std::string saveFile(const FileQuestion&) override { return ""; }
 };
 
-class ConsoleShell : public Shell {
+class SilentShell : public Shell {
 public:
     bool open(const std::string&) override { return false; }
     void showProgress(double) override {}
