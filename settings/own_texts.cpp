@@ -164,7 +164,6 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::linedUp, "Głos dopasowany, pewność %1 %", "Voice lined up, %1 % sure"},
     {OwnText::noTrace, "W nagraniu głosu nie słychać podkładu: głos został na miejscu.",
      "There is no trace of the song in the voice: it stays where it is."},
-    {OwnText::mixFast, "Szybki miks", "Mix fast"},
     {OwnText::mixFastMeaning, "Miksuj bez słuchania", "Mix without listening"},
     {OwnText::rehearsing, "Próba: nic nie jest nagrywane.", "Rehearsal: nothing is recorded."},
     {OwnText::rehearsalUnheard, "Brak urządzenia dźwiękowego: nic nie słychać.",

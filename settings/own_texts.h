@@ -148,7 +148,6 @@ enum class OwnText {
     liningUp,  // percent
     linedUp,   // percent
     noTrace,
-    mixFast,
     mixFastMeaning,
     rehearsing,
     rehearsalUnheard,
