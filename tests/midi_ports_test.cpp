@@ -287,14 +287,14 @@ TEST_F(MidiPorts, GetTheSongAsTheUserSetItAndTheEndOfAllNotes) {
                 {{100, 1}, {6, 64}, {38, 0}, {100, 2}, {6, 64}, {38, 0}});
 
     // Another place: the note ends, and is struck again behind what the song has set there.
-    const std::size_t begun = receiver->heard().size();
+    const auto heardUpTo = [&](const Bytes& last) {
+        for (int i = 0; i < 1000 && receiver->heard().back().bytes != last; ++i) std::this_thread::sleep_for(10ms);
+        return receiver->heard();
+    };
+    const std::size_t begun = heardUpTo({0xC5, 7}).size();
     library.cueCard(44100);
     library.stepCard(441);
-    heard = this->heard(begun + 1);
-    for (int i = 0; i < 500 && heard.back().bytes != Bytes{0x95, 61, 100}; ++i) {
-        std::this_thread::sleep_for(10ms);
-        heard = receiver->heard();
-    }
+    heard = heardUpTo({0x95, 61, 100});
     EXPECT_EQ(heard.at(begun + 5 * 3).bytes, (Bytes{0x85, 61, 64}));
     EXPECT_EQ(heard.back().bytes, (Bytes{0x95, 61, 100}));
     EXPECT_EQ(heard.at(heard.size() - 2).bytes, (Bytes{0xC5, 7}));
