@@ -17,7 +17,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 COPY = ROOT / "build" / "mutants"
 BUILD = COPY / "build" / "release"
-ROOMS = ["app", "audio", "desktop", "effects", "engine", "midi", "music", "player", "settings", "state", "tools"]
+ROOMS = ["app", "audio", "desktop", "effects", "engine", "job", "midi", "music", "player", "settings", "state", "tools"]
 DRAWING = re.compile(r"/(frm(?!Main\b|Play|_windows)\w*|MixerStart|mnuHelp\w*|taskbar\w*|own_texts|language_tables|instrument_names)\.")
 TOKENS = [  # pattern, what stands there instead
     (r"(?<=[\w)\]] )<(?= [\w(])", "<="), (r"(?<=[\w)\]] )>(?= [\w(])", ">="), (r" <= ", " < "), (r" >= ", " > "),

@@ -225,8 +225,8 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_TRUE(parse({"--help"}).help);
     EXPECT_EQ(options.sync->place, VoicePlace{});
     const MixOptions placed = parse({"--sync", "-12.75", "a", "b", "c"});
-    EXPECT_EQ(placed.syncOffset, 0);
-    EXPECT_EQ(placed.voicePlace, (VoicePlace{-562275, 0}));
+    EXPECT_EQ(placed.sync->offset, 0);
+    EXPECT_EQ(placed.sync->place, (VoicePlace{-562275, 0}));
     EXPECT_TRUE(parse({"--find-sync", "a", "b"}).findSync);
     using Faults = std::vector<std::pair<std::vector<const char*>, const char*>>;
     Faults faults{{{"a", "b"}, "DESTINATION"},
