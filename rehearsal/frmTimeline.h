@@ -50,9 +50,10 @@ public:
     // Sets all texts from the current language.
     void GetTimelineLanguage();
 
-    // How far it is with looking for the voice's place, 0 to 1, and how it ended.
+    // How far it is with looking for the voice's place, 0 to 1, and how it ended: with a place that the voice goes to,
+    // which can be undone, and how sure that is, 0 to 1.
     void showLiningUp(double done);
-    void showLinedUp(double certainty);
+    void showLinedUp(const VoicePlace& found, double certainty);
     void showNoTrace();
     // "": it was given up.
     void showNotLinedUp(const std::string& failure);
@@ -73,6 +74,7 @@ protected:
 
 private:
     using Action = std::function<void()>;
+    static constexpr std::int64_t kScrollFrames = 64;  // one step of the scroll bar
 
     // What of the state the lanes show.
     struct Shown {

@@ -138,6 +138,14 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     EXPECT_FALSE(place().given());
     EXPECT_EQ(label("place"), "Voice begins with the song");
 
+    window->showLiningUp(0.4);
+    EXPECT_EQ(label("note"), "Looking for the song in the voice… 40 %");
+    window->showNoTrace();
+    EXPECT_FALSE(place().given());
+    window->showLinedUp({44'100, 60}, 0.98);
+    EXPECT_EQ(place(), (VoicePlace{44'100, 60}));
+    EXPECT_EQ(label("note"), "Voice lined up, 98 % sure");
+
     auto& lane = find<QWidget>(*window, "voiceLane");
     QAccessibleInterface* access = QAccessible::queryAccessibleInterface(&lane);
     access->valueInterface()->setCurrentValue(1.5);
@@ -175,12 +183,12 @@ TEST_F(TimelineFixture, FollowingPaintsThePlayheadAndTurnsPages) {
 }
 
 TEST_F(TimelineFixture, KeepsItsSizeAndGrowsWithTheZoom) {
-    window->setUnits({760, 400});
-    EXPECT_EQ(window->size(), QSize(760, 400));
+    window->setUnits({560, 400});
+    EXPECT_EQ(window->size(), QSize(560, 400));
     const QPoint corner(window->width() - 3, window->height() - 3);
     QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, corner);
-    QTest::mouseMove(window->windowHandle(), corner - QPoint(100, 50));
-    QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, corner - QPoint(100, 50));
+    QTest::mouseMove(window->windowHandle(), corner + QPoint(100, -50));
+    QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, corner + QPoint(100, -50));
     EXPECT_EQ(window->units(), QSize(660, 350));
     setZoom(150);
     EXPECT_EQ(window->size(), QSize(990, 525));
@@ -190,7 +198,7 @@ TEST_F(TimelineFixture, KeepsItsSizeAndGrowsWithTheZoom) {
     main().close();
     restart();
     QTest::keyClick(&main(), Qt::Key_R, Qt::ControlModifier);
-    EXPECT_EQ(main().findChild<frmTimeline*>()->units(), QSize(660, 350));
+    EXPECT_EQ(main().findChild<frmTimeline*>()->units().height(), 350);
 }
 
 }  // namespace

@@ -1,0 +1,216 @@
+// What the timeline shows, and how it follows what plays.
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "audio/modAudio.h"
+#include "controls/control_name.h"
+#include "controls/skin.h"
+#include "controls/window_layout.h"
+#include "rehearsal/frmTimeline.h"
+#include "rehearsal/place_text.h"
+#include "settings/guarded.h"
+
+namespace melvane {
+
+namespace {
+
+constexpr int kTicksALook = 6;  // at what is being read
+constexpr int kPercent = 100;
+
+std::uint16_t heardOf(const MidiState& midi) {
+    unsigned heard = 0;
+    for (std::int16_t c = 0; c < kMidiChannels; ++c) heard |= (midi.ChannelInfo[c].switchedOn != 0 ? 1U : 0U) << c;
+    return static_cast<std::uint16_t>(midi.soloed == 0 ? heard : heard & midi.soloed);
+}
+
+}  // namespace
+
+void frmTimeline::tick() {
+    if (rehearsal_.playing()) {
+        guarded(dialogs_, language_, [this] { rehearsal_.Timer1_Timer(); });
+        if (!rehearsal_.playing()) Q_EMIT changed();
+    }
+    showPosition();
+    followHead();
+    if (++ticks_ % kTicksALook == 0) {
+        lookAtWaveforms();
+        refresh();
+    }
+}
+
+void frmTimeline::showPosition() {
+    const std::int64_t now = rehearsal_.position();
+    for (Lane* lane : std::initializer_list<Lane*>{ruler_, songLane_, voiceLane_}) lane->showPlayhead(now);
+    position_->setFullText(toQt(timeText(now, 1) + " / " + timeText(std::max<std::int64_t>(songFrames(), 0), 1)));
+}
+
+// Unless the user has scrolled it out of sight.
+void frmTimeline::followHead() {
+    const std::int64_t now = rehearsal_.position();
+    const std::int64_t before = std::exchange(headBefore_, now);
+    const bool seen = before >= view_.first() && before < view_.first() + view_.shown();
+    if (seen && now != before && view_.turnTo(now)) showView();
+}
+
+bool frmTimeline::stillReading() const {
+    return (song_ && !song_->finished()) || (voice_ && !voice_->finished());
+}
+
+void frmTimeline::lookAtWaveforms() {
+    const bool reading = stillReading();
+    if (!reading && !std::exchange(readBefore_, reading)) return;
+    readBefore_ = reading;
+    songLane_->setOutline(song_ ? song_->outline() : nullptr);
+    voiceLane_->setOutline(voice_ ? voice_->outline() : nullptr);
+}
+
+std::int64_t frmTimeline::songFrames() const {
+    if (isMidiFile(state_.fields.background)) return std::llround(double{midi_.midiLength} * kSampleRate);
+    const auto& whose = state_.fields.background.empty() ? voice_ : song_;
+    const auto outline = whose ? whose->outline() : nullptr;
+    return outline ? outline->frames() : 0;
+}
+
+frmTimeline::Shown frmTimeline::shownNow() const {
+    Shown now{earlierOf(state_.run), state_.run.voicePlace, rehearsal_.loop(), heardOf(midi_), 0, songFrames()};
+    const auto voice = voice_ ? voice_->outline() : nullptr;
+    if (!voice || state_.fields.background.empty()) return now;
+    now.begin = std::min<std::int64_t>(0, -now.earlier);
+    if (now.place.given()) now.end = std::max(now.end, voice->frames() - now.earlier);
+    return now;
+}
+
+void frmTimeline::takeFiles() {
+    const auto read = [this](std::shared_ptr<Waveform>& waveform, const std::string& file) {
+        if (waveform) waveform->forget();
+        waveform = file.empty() || isMidiFile(file) ? nullptr : waveforms_.read(file);
+    };
+    read(song_, state_.fields.background);
+    read(voice_, state_.fields.vocal);
+    songLane_->setShowsNotes(isMidiFile(state_.fields.background));
+    readBefore_ = true;
+    lookAtWaveforms();
+    refresh();
+    showAll();
+}
+
+void frmTimeline::refresh() {
+    const bool moves = rehearsal_.playing() || state_.run.isMixing || stillReading() || readBefore_;
+    if (moves && isVisible() && !timer_.isActive()) timer_.start();
+    if (!moves || !isVisible()) timer_.stop();
+    const Shown now = shownNow();
+    if (now != shown_) {
+        shown_ = now;
+        voiceLane_->setSongFrames(songFrames());
+        if (!dragged_) view_.setRange(now.begin, now.end);
+        showView();
+    }
+    placeLabel_->setFullText(state_.fields.vocal.empty() ? QString() : toQt(placeText(language_, now.earlier)));
+    showPosition();
+    refreshButtons();
+    refreshNote();
+}
+
+void frmTimeline::showView() {
+    const auto scrollStep = [](std::int64_t frames) { return static_cast<int>(frames / kScrollFrames); };
+    for (Lane* lane : std::initializer_list<Lane*>{ruler_, songLane_, voiceLane_}) lane->redraw();
+    const QSignalBlocker quiet(scroll_);
+    scroll_->setRange(scrollStep(view_.begin()),
+                      std::max(scrollStep(view_.end() - view_.shown()), scrollStep(view_.begin())));
+    scroll_->setPageStep(std::max(scrollStep(view_.shown()), 1));
+    scroll_->setSingleStep(std::max(scroll_->pageStep() / 10, 1));
+    scroll_->setValue(scrollStep(view_.first()));
+}
+
+void frmTimeline::refreshButtons() {
+    const bool playing = rehearsal_.playing();
+    const bool can = rehearsal_.canPlay();
+    setButtonLook(play_, playing ? ButtonLook::running : ButtonLook::song, playing ? Symbol::pause : Symbol::play);
+    setButtonText(play_, {}, toQt(language_.ownText(playing ? OwnText::pause : OwnText::play)));
+    play_->setEnabled(can);
+    for (Ed_Button* button : transport_) button->setEnabled(can);
+    transport_.back()->setEnabled(can && rehearsal_.loop().given());
+    lineUp_->setEnabled(calls_.lineUp && can && !state_.fields.background.empty() && !state_.fields.vocal.empty());
+    const std::string refusal = calls_.fastMixRefusal();
+    mixFast_->setEnabled(calls_.mixFast && can && refusal.empty());
+    setButtonText(lineUp_, toQt(language_.ownText(liningUp_ < 0 ? OwnText::lineUp : OwnText::stop)),
+                  toQt(language_.ownText(OwnText::lineUpMeaning)));
+    setButtonText(mixFast_, toQt(language_.ownText(OwnText::mixFast)),
+                  toQt(language_.ownText(OwnText::mixFastMeaning) + (refusal.empty() ? "" : "\n" + refusal)));
+}
+
+void frmTimeline::refreshNote() {
+    const std::string failure = rehearsal_.message();
+    std::string note = note_();
+    if (rehearsal_.busy()) note = language_.ownText(OwnText::opening);
+    if (rehearsal_.unheard()) note = language_.ownText(OwnText::rehearsalUnheard);
+    if (!failure.empty()) note = failure;
+    noteLabel_->setFullText(toQt(note));
+    setStyleState(*noteLabel_, "failed", !failure.empty() || noteFailed_);
+}
+
+void frmTimeline::showLiningUp(double done) {
+    liningUp_ = done;
+    noteFailed_ = false;
+    note_ = [this] {
+        return language_.ownText(OwnText::liningUp, std::to_string(static_cast<int>(liningUp_ * kPercent)));
+    };
+    refresh();
+}
+
+void frmTimeline::showLinedUp(const VoicePlace& found, double certainty) {
+    liningUp_ = -1;
+    Q_EMIT changeBegins();
+    guarded(dialogs_, language_, [&] { place(found); });
+    Q_EMIT changeEnds();
+    note_ = [this, certainty] {
+        return language_.ownText(OwnText::linedUp, std::to_string(static_cast<int>(certainty * kPercent)));
+    };
+    refresh();
+}
+
+void frmTimeline::showNoTrace() {
+    liningUp_ = -1;
+    note_ = [this] { return language_.ownText(OwnText::noTrace); };
+    refresh();
+}
+
+void frmTimeline::showNotLinedUp(const std::string& failure) {
+    liningUp_ = -1;
+    noteFailed_ = !failure.empty();
+    note_ = [failure] { return failure; };
+    refresh();
+}
+
+void frmTimeline::GetTimelineLanguage() {
+    setTitle(toQt(language_.ownText(OwnText::rehearsal)));
+    for (const NamedButton& named : names_) setButtonText(named.button, {}, toQt(language_.ownText(named.name)));
+    setName(ruler_, toQt(language_.ownText(OwnText::playPosition)));
+    ruler_->setToolTip(ruler_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::rulerMeaning)));
+    songLane_->setAccessibleName(toQt(language_.ownText(OwnText::songColumn)));
+    setName(voiceLane_, toQt(language_.ownText(OwnText::voiceInSong)));
+    voiceLane_->setToolTip(voiceLane_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::voicePlaceMeaning)));
+    scroll_->setAccessibleName(toQt(language_.ownText(OwnText::shownPart)));
+    setButtonText(bClose_, {}, toQt(language_.lang(LangEntry::close)));
+    refresh();
+}
+
+void frmTimeline::showEvent(QShowEvent* event) {
+    ResizableWindow::showEvent(event);
+    refresh();
+}
+
+void frmTimeline::closeEvent(QCloseEvent*) {
+    guarded(dialogs_, language_, [this] { rehearsal_.end(); });
+    timer_.stop();
+    Q_EMIT changed();
+}
+
+// Fonts and places follow the zoom.
+void frmTimeline::changeEvent(QEvent* event) {
+    ResizableWindow::changeEvent(event);
+    if (event->type() == QEvent::StyleChange) showView();
+}
+
+}  // namespace melvane
