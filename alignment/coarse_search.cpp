@@ -38,24 +38,36 @@ void level(Row& row) {
     for (float& height : row) height = std::min((height - mean) * scale, kMostOfAPiece);
 }
 
-std::vector<Row> correlateAll(const Trace& song, const Trace& voice, const Pieces& pieces, const GoOn& goOn) {
-    Fourier fourier(2 * kPiece);
-    std::vector<std::vector<Bin>> voices;
-    for (const std::int64_t start : pieces.starts) {
+using Spectrum = std::vector<Bin>;
+
+// What `read` fills a block with, band by band.
+template <typename Read>
+std::vector<Spectrum> spectraOf(Bands bands, Fourier& fourier, Read read) {
+    std::vector<Spectrum> spectra;
+    for (const Trace& band : bands) {
         std::ranges::fill(fourier.time(), 0.0F);
-        readVoice(voice, start, fourier.time().first(kPiece));
+        read(band);
         fourier.forward();
-        voices.emplace_back(fourier.bins().begin(), fourier.bins().end());
+        spectra.emplace_back(fourier.bins().begin(), fourier.bins().end());
     }
-    const std::size_t blocks = song.size() / kPiece + 2;
+    return spectra;
+}
+
+std::vector<Row> correlateAll(Bands song, Bands voice, const Pieces& pieces, const GoOn& goOn) {
+    Fourier fourier(2 * kPiece);
+    std::vector<std::vector<Spectrum>> voices;
+    for (const std::int64_t start : pieces.starts)
+        voices.push_back(spectraOf(voice, fourier,
+                                   [&](const Trace& band) { readVoice(band, start, fourier.time().first(kPiece)); }));
+    const std::size_t blocks = framesOf(song) / kPiece + 2;
     std::vector<Row> rows(pieces.count(), Row(blocks * kPieceCells));
     for (std::size_t block = 0; block < blocks; ++block) {
-        readVoice(song, static_cast<std::int64_t>(block * kPiece) - static_cast<std::int64_t>(kPiece), fourier.time());
-        fourier.forward();
-        const std::vector<Bin> spectrum(fourier.bins().begin(), fourier.bins().end());
+        const std::int64_t first = (static_cast<std::int64_t>(block) - 1) * static_cast<std::int64_t>(kPiece);
+        const auto songs = spectraOf(song, fourier, [&](const Trace& band) { readVoice(band, first, fourier.time()); });
         for (std::size_t piece = 0; piece < rows.size(); ++piece) {
-            std::ranges::copy(spectrum, fourier.bins().begin());
-            correlate(fourier.bins(), voices[piece]);
+            std::ranges::fill(fourier.bins(), Bin());
+            for (std::size_t band = 0; band < songs.size(); ++band)
+                addCorrelation(fourier.bins(), songs[band], voices[piece][band]);
             fourier.backward();
             for (std::size_t cell = 0; cell < kPieceCells; ++cell)
                 rows[piece][block * kPieceCells + cell] = highest(fourier.time().subspan(cell * kCell, kCell));
@@ -89,10 +101,10 @@ Row sumRows(const std::vector<Row>& rows, const Pieces& pieces, const Line& line
     return sum;
 }
 
-Lags sumUp(const std::vector<Row>& rows, const Pieces& pieces, const Trace& song, const Trace& voice) {
-    const double pivot = static_cast<double>(voice.size()) / 2;
-    const std::size_t count = (song.size() + voice.size()) / kCell + 1;
-    Lags lags{-static_cast<std::int64_t>(song.size() / kCell), Row(count), Row(count)};
+Lags sumUp(const std::vector<Row>& rows, const Pieces& pieces, Bands song, Bands voice) {
+    const double pivot = static_cast<double>(framesOf(voice)) / 2;
+    const std::size_t count = (framesOf(song) + framesOf(voice)) / kCell + 1;
+    Lags lags{-static_cast<std::int64_t>(framesOf(song) / kCell), Row(count), Row(count)};
     const int steps = static_cast<int>(std::ceil(kSteepest * pivot / kCell));
     for (int step = -steps; step <= steps; ++step) {
         const double slope = steps > 0 ? kSteepest * step / steps : 0;
@@ -108,8 +120,8 @@ Lags sumUp(const std::vector<Row>& rows, const Pieces& pieces, const Trace& song
 
 }  // namespace
 
-std::vector<Line> searchCoarsely(const Trace& song, const Trace& voice, const GoOn& goOn) {
-    const Pieces pieces = Pieces::of(voice.size(), kPiece, kMostPieces, kCell);
+std::vector<Line> searchCoarsely(Bands song, Bands voice, const GoOn& goOn) {
+    const Pieces pieces = Pieces::of(framesOf(voice), kPiece, kMostPieces, kCell);
     const std::vector<Row> rows = correlateAll(song, voice, pieces, goOn);
     if (rows.empty()) return {};
     Lags lags = sumUp(rows, pieces, song, voice);
@@ -120,7 +132,7 @@ std::vector<Line> searchCoarsely(const Trace& song, const Trace& voice, const Go
         const std::int64_t at = best - lags.heights.begin();
         guesses.push_back({static_cast<double>((lags.first + at) * static_cast<std::int64_t>(kCell)),
                            static_cast<double>(lags.slopes[static_cast<std::size_t>(at)]),
-                           static_cast<double>(voice.size()) / 2});
+                           static_cast<double>(framesOf(voice)) / 2});
         std::fill(lags.heights.begin() + std::max<std::int64_t>(at - kApart, 0),
                   lags.heights.begin() + std::min(at + kApart + 1, std::ssize(lags.heights)), 0.0F);
     }

@@ -13,7 +13,7 @@ using GoOn = std::function<bool(double done)>;
 
 // The lines on which voice and song are most alike, the best first: wrong by `kCoarseError` frames at most where they
 // are right at all. None when it is not wanted any more.
-std::vector<Line> searchCoarsely(const Trace& song, const Trace& voice, const GoOn& goOn);
+std::vector<Line> searchCoarsely(Bands song, Bands voice, const GoOn& goOn);
 
 inline constexpr std::size_t kCoarseError = 48;
 

@@ -33,18 +33,12 @@ void readSong(const Trace& song, const Line& line, std::int64_t first, std::span
     }
 }
 
-double powerOf(std::span<const float> samples) {
-    double power = 0;
-    for (const float sample : samples) power += static_cast<double>(sample) * static_cast<double>(sample);
-    return power;
-}
-
 // Written out: the standard's product looks for infinities.
-void correlate(std::span<Bin> bins, std::span<const Bin> other) {
-    for (std::size_t i = 0; i < bins.size(); ++i) {
-        const Bin a = bins[i];
-        const Bin b = other[i];
-        bins[i] = {a.real() * b.real() + a.imag() * b.imag(), a.imag() * b.real() - a.real() * b.imag()};
+void addCorrelation(std::span<Bin> sum, std::span<const Bin> first, std::span<const Bin> second) {
+    for (std::size_t i = 0; i < sum.size(); ++i) {
+        const Bin a = first[i];
+        const Bin b = second[i];
+        sum[i] += Bin{a.real() * b.real() + a.imag() * b.imag(), a.imag() * b.real() - a.real() * b.imag()};
     }
 }
 

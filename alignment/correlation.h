@@ -11,6 +11,13 @@
 
 namespace melvane {
 
+// A sound in one band or several, equally long and at the same rate.
+using Bands = std::span<const Trace>;
+
+inline std::size_t framesOf(Bands bands) {
+    return bands.front().size();
+}
+
 // Equally long pieces of a voice, evenly spread over it; the only one of a short voice reaches beyond its end.
 struct Pieces {
     std::vector<std::int64_t> starts;
@@ -38,10 +45,7 @@ void readVoice(const Trace& voice, std::int64_t first, std::span<float> out);
 // The song's samples under the voice's from `first` on.
 void readSong(const Trace& song, const Line& line, std::int64_t first, std::span<float> out);
 
-// The power of what is correlated, summed up.
-double powerOf(std::span<const float> samples);
-
-// Turns `bins`, of one sound, into the bins of its correlation with `other`, of another.
-void correlate(std::span<Bin> bins, std::span<const Bin> other);
+// Adds to the bins of a correlation those of two sounds, by how much later the first is.
+void addCorrelation(std::span<Bin> sum, std::span<const Bin> first, std::span<const Bin> second);
 
 }  // namespace melvane

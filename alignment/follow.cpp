@@ -8,6 +8,7 @@ namespace melvane {
 namespace {
 
 constexpr double kSteepest = 200e-6;  // off the guess
+constexpr double kFewestSteps = 50;   // up to there
 constexpr float kDirect = 0.5F;       // of what is heard best, from which on it is the direct sound
 constexpr std::size_t kAround = 16;   // bins on either side
 constexpr double kFaint = 1;          // of the mean power beside which what is fainter is not made louder
@@ -36,23 +37,27 @@ double chanceOf(std::span<const Bin> bins) {
 }
 
 // [reach] of a row is the guess.
-std::vector<Row> correlatePieces(const Trace& song, const Trace& voice, const Pieces& pieces, const Line& guess,
-                                 std::size_t reach) {
+std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t reach) {
     const std::size_t length = pieces.length;
     Fourier fourier(2 * length);
     const auto time = fourier.time();
     std::vector<Bin> spectrum(length + 1);
+    std::vector<Bin> sum(length + 1);
     std::vector<Row> rows;
     for (const std::int64_t start : pieces.starts) {
-        readSong(song, guess, start, time.first(length));
-        std::ranges::fill(time.subspan(length), 0.0F);
-        fourier.forward();
-        std::ranges::copy(fourier.bins(), spectrum.begin());
-        takeOffTones(spectrum);
-        readVoice(voice, start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
-        std::ranges::fill(time.subspan(length + 2 * reach), 0.0F);
-        fourier.forward();
-        correlate(fourier.bins(), spectrum);
+        std::ranges::fill(sum, Bin());
+        for (std::size_t band = 0; band < song.size(); ++band) {
+            std::ranges::fill(time, 0.0F);
+            readSong(song[band], guess, start, time.first(length));
+            fourier.forward();
+            std::ranges::copy(fourier.bins(), spectrum.begin());
+            takeOffTones(spectrum);
+            std::ranges::fill(time, 0.0F);
+            readVoice(voice[band], start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
+            fourier.forward();
+            addCorrelation(sum, fourier.bins(), spectrum);
+        }
+        std::ranges::copy(sum, fourier.bins().begin());
         const double chance = chanceOf(fourier.bins());
         fourier.backward();
         Row row(time.begin(), time.begin() + static_cast<std::ptrdiff_t>(2 * reach + 1));
@@ -100,12 +105,14 @@ double topBeside(const Values& values, std::size_t at) {
 double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, std::size_t error) {
     const double span = pieces.middle(pieces.count() - 1) - guess.pivot;
     if (pieces.count() < 2 || span <= 0) return 0;
-    const int steps = static_cast<int>(std::min(static_cast<double>(error), std::ceil(kSteepest * span)));
+    const double stepsAFrame = std::max(1.0, kFewestSteps / (kSteepest * span));
+    const double most = std::min(static_cast<double>(error), kSteepest * span);
+    const int steps = static_cast<int>(std::ceil(most * stepsAFrame));
     std::vector<float> heights;
     for (int step = -steps; step <= steps; ++step)
-        heights.push_back(std::ranges::max(sumAlong(rows, pieces, guess, step / span)));
+        heights.push_back(std::ranges::max(sumAlong(rows, pieces, guess, step / stepsAFrame / span)));
     const auto best = static_cast<std::size_t>(std::ranges::max_element(heights) - heights.begin());
-    return (static_cast<double>(best) - steps + topBeside(heights, best)) / span;
+    return (static_cast<double>(best) - steps + topBeside(heights, best)) / stepsAFrame / span;
 }
 
 // The first that is nearly as strong as the strongest, whose reflections may be stronger.
@@ -117,7 +124,7 @@ std::size_t findDirect(const Row& response, std::size_t top, std::size_t before)
 
 }  // namespace
 
-Followed follow(const Trace& song, const Trace& voice, const Pieces& pieces, const Line& guess, std::size_t error,
+Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error,
                 std::size_t before) {
     const std::size_t reach = error + before;
     const std::vector<Row> rows = correlatePieces(song, voice, pieces, guess, reach);

@@ -13,7 +13,7 @@ struct Followed {
 
 // `guess` may be wrong by `error` frames, in the middle of the voice and at its ends; the direct sound is up to
 // `before` frames earlier than what is heard best.
-Followed follow(const Trace& song, const Trace& voice, const Pieces& pieces, const Line& guess, std::size_t error,
+Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error,
                 std::size_t before);
 
 }  // namespace melvane

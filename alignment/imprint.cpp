@@ -13,7 +13,7 @@ constexpr std::size_t kStep = 4;
 constexpr std::size_t kTaps = 64;
 constexpr std::size_t kLongest = std::size_t{30} * 60 * kImprintRate;
 constexpr std::size_t kNeighbours = 16;  // bins on either side
-constexpr float kSilence = 1e-5F;        // sums of a bin's neighbours that are no sound: -100 dB
+constexpr float kSilence = 1e-5F;        // a level that is no sound: -100 dB
 constexpr float kLoudness = 1500;        // of the trace, as the root of its mean square, far from its range
 
 // Low-pass at 0.8 of a quarter of the rate's half, a windowed sinc; symmetric, with a gain of 1.
@@ -53,6 +53,7 @@ ImprintMaker::ImprintMaker() : history_(kTaps / 2), window_(kFrame), sums_(kFram
 }
 
 void ImprintMaker::add(const float* stereo, std::size_t frames) {
+    heard_ += frames;
     for (std::size_t i = 0; i < frames; ++i) history_.push_back((stereo[2 * i] + stereo[2 * i + 1]) / 2);
     std::size_t at = 0;
     for (; at + kTaps <= history_.size(); at += kStep) addLow(filtered(&history_[at]));
@@ -60,7 +61,7 @@ void ImprintMaker::add(const float* stereo, std::size_t frames) {
 }
 
 Trace ImprintMaker::take() {
-    const std::size_t end = frames_ + history_.size() / kStep;
+    const std::size_t end = (heard_ + kStep - 1) / kStep;
     while (trace_.size() < std::min(end, kLongest)) addLow(0);
     trace_.resize(std::min(end, kLongest));
     return std::move(trace_);
@@ -87,7 +88,7 @@ void ImprintMaker::evenOut() {
         const std::size_t from = i < kNeighbours ? 0 : i - kNeighbours;
         const std::size_t to = std::min(i + kNeighbours + 1, bins.size());
         const auto mean = static_cast<float>((sums_[to] - sums_[from]) / static_cast<double>(to - from));
-        bins[i] /= mean + kSilence * static_cast<float>(kHop);
+        bins[i] /= mean + kSilence * std::sqrt(static_cast<float>(kHop));
     }
     fourier_.backward();
     for (std::size_t i = 0; i < kFrame; ++i)

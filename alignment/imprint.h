@@ -40,6 +40,7 @@ private:
     std::array<float, kFrame> frame_{};
     std::array<float, kFrame> overlap_{};
     std::size_t filled_ = kHop;
+    std::size_t heard_ = 0;   // frames at 44100 Hz
     std::size_t frames_ = 0;  // of the trace
     std::vector<double> sums_;
     Fourier fourier_{kFrame};

@@ -68,7 +68,8 @@ private:
     VoiceFound findIn(const Trace& voice, double key, const GoOn& goOn) const {
         const auto song = imprintOf(openSong(key), partOf(goOn, 0, 0.6));
         if (!song) return failed(SearchEnd::songUnreadable);
-        const auto place = findPlace(*song, voice, partOf(goOn, 0.6, 1));
+        auto place = findPlace(*song, voice, partOf(goOn, 0.6, 0.8));
+        if (!place && key != 0) place = findPlaceByOnsets(*song, voice, partOf(goOn, 0.8, 1));
         if (!place) return failed(SearchEnd::noTrace);
         return {SearchEnd::found, place->sync, place->driftPpm, place->certainty};
     }

@@ -190,6 +190,24 @@ class MixTest(ToolTest):
         self.expect_mixed("--overwrite", *options, song, voice, "mix.mp3", path=self.encoder())
         return self.given()[len(STREAMED_HEADER):]
 
+    def test_a_voice_lines_itself_up(self):
+        pcm = noise(LONG)
+        song = self.wav("song.wav", pcm=pcm)
+        late = self.wav("late.wav", pcm=bytes(RATE * 6) + pcm)
+        stranger = self.wav("stranger.wav", LONG)
+        finding = ("--find-sync", "--json")
+        self.assertEqual(self.finish(self.start(*finding, song, late)),
+                         (0, '{"sync": 1.500, "drift_ppm": 0.0, "certainty": 1.00}\n', ""))
+        self.assertEqual(self.finish(self.start(*finding, late, song))[1][:15], '{"sync": -1.500')
+        self.expect_mixed("--sync", "auto", song, late, "mix.mp3")
+        before = self.files()
+        for song_file, voice, says in ((song, stranger, "no trace"), (song, "none.wav", "none.wav"), ("no.mp3", late, "no.mp3")):
+            for options in (("--find-sync",), ("--sync", "auto")):
+                with self.subTest(says=says, options=options):
+                    destination = () if "--find-sync" in options else ("new.mp3",)
+                    self.expect_refused(*options, song_file, voice, *destination, says=says)
+                    self.assertEqual(self.files(), before)
+
     def test_knobs_do_what_they_say(self):
         song = self.wav("song.wav", pcm=clicks(self.FRAMES, self.PLACES, side=0))
         voice = self.wav("voice.wav", pcm=clicks(self.FRAMES, self.PLACES, side=1))
