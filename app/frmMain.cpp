@@ -92,10 +92,11 @@ MainCalls frmMain::calls() {
         refresh();
     };
     const auto opens = [this](const std::function<void()>& action) { withButtonsOff(action); };
-    return {[this](const std::string& code) { useLanguage(code); },
-            choosePort,
-            [this] { refresh(); },
-            {.whileOpening = opens}};
+    return {
+        [this](const std::string& code) { useLanguage(code); },
+        choosePort,
+        [this] { refresh(); },
+        {.whileOpening = opens, .mixFast = [this] { mixFast(); }, .fastMixRefusal = [this] { return whyNoFastMix(); }}};
 }
 
 void frmMain::addRow(int index) {

@@ -43,7 +43,8 @@ SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const En
       places_(store),
       mainCalls_(std::move(mainCalls)),
       waveforms_(readerOf(environment.library), OutlineCache(environment.names.cacheDirectory())),
-      search_(new DeviceSearch(this, mixer, environment)) {
+      search_(new DeviceSearch(this, mixer, environment)),
+      lineUp_(new LineUp(this, mixer, environment)) {
     connect(search_, &DeviceSearch::found, this, [this] {
         if (preferences_) preferences_->refreshDevices();
     });
@@ -93,7 +94,7 @@ void SecondaryWindows::showPreferences() {
 void SecondaryWindows::showTimeline() {
     if (!timeline_) {
         timeline_ = new frmTimeline(mixer_.rehearsal(), mixer_.state(), mixer_.midi().state(), waveforms_,
-                                    environment_.language, environment_.dialogs, mainCalls_.timeline, main_);
+                                    environment_.language, environment_.dialogs, timelineCalls(), main_);
         connect(timeline_, &frmTimeline::changed, this, mainCalls_.rehearsed);
         const auto size = places_.find(kTimelineSize);
         if (size) timeline_->setUnits({toPixels(*size).x(), toPixels(*size).y()});
@@ -101,6 +102,13 @@ void SecondaryWindows::showTimeline() {
     }
     place(timeline_, Qt::BottomEdge);
     timeline_->bringUp();
+}
+
+TimelineCalls SecondaryWindows::timelineCalls() {
+    TimelineCalls calls = mainCalls_.timeline;
+    calls.lineUp = [this] { lineUp_->start(timeline_); };
+    calls.giveUpLineUp = [this] { lineUp_->giveUp(); };
+    return calls;
 }
 
 void SecondaryWindows::takeFiles() {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/frm_device_search.h"
+#include "app/frm_line_up.h"
 #include "app/mixer.h"
 #include "effects/frmEff.h"
 #include "midi/frmChann.h"
@@ -57,6 +58,7 @@ public:
     void updateSettings();
 
 private:
+    TimelineCalls timelineCalls();
     void openEffects(bool takesFocus);
     void openChannels(const frmChann::StartFlags& flags);
     // Where it stood, or else beside the main window.
@@ -70,6 +72,7 @@ private:
     const MainCalls mainCalls_;
     Waveforms waveforms_;
     DeviceSearch* search_;
+    LineUp* lineUp_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
     frmTimeline* timeline_ = nullptr;
