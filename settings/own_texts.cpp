@@ -84,7 +84,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::severalSettings, "kilka ustawień", "several settings"},
     {OwnText::voicePlace, "Miejsce wokalu", "Place of the voice"},
     {OwnText::channelSolo, "Solo kanału %1", "Solo of channel %1"},
-    {OwnText::mixFast, "Miksuj bez odsłuchu", "Mix fast"},
+    {OwnText::mixFast, "Szybki miks", "Mix fast"},
     {OwnText::mixingFast, "Szybkie miksowanie…", "Mixing fast…"},
     {OwnText::timeLeft, "jeszcze %1", "%1 left"},
     {OwnText::mixCancelled, "Przerwano: niczego nie zapisano.", "Cancelled: nothing was written."},
