@@ -51,7 +51,7 @@ struct TimelineFixture : testing::Test, SilentProgram {
         window = main().findChild<frmTimeline*>();
         EXPECT_TRUE(giveFocus(*window));
         EXPECT_TRUE(QTest::qWaitFor([&] { return find<Lane>(*window, "voiceLane").value().most == 2.0; }));
-        EXPECT_EQ(label("position"), "0:00.0 / 0:10.0");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return label("position") == "0:00.0 / 0:10.0"; }));
     }
     std::string label(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
     void press(const char* name) { test::click(*window, name); }
