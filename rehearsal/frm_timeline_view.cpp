@@ -164,8 +164,10 @@ void frmTimeline::showLinedUp(const VoicePlace& found, double certainty) {
     Q_EMIT changeBegins();
     guarded(dialogs_, language_, [&] { place(found); });
     Q_EMIT changeEnds();
-    note_ = [this, certainty] {
-        return language_.ownText(OwnText::linedUp, std::to_string(static_cast<int>(certainty * kPercent)));
+    // As long as the voice stays there.
+    note_ = [this, certainty, at = state_.run.voicePlace] {
+        const int percent = static_cast<int>(certainty * kPercent);
+        return state_.run.voicePlace == at ? language_.ownText(OwnText::linedUp, std::to_string(percent)) : "";
     };
     refresh();
 }
