@@ -2,6 +2,7 @@
 
 #include "audio/modAudio.h"
 #include "mixing/run_messages.h"
+#include "settings/guarded.h"
 #include "state/window_patience.h"
 
 namespace melvane {
@@ -42,11 +43,15 @@ void LineUp::look() {
     if (search_.song != mixer_.fields().background || search_.voice != mixer_.fields().vocal) giveUp();
     if (!isReady(found_)) return timeline_->showLiningUp(work_->done);
     timer_.stop();
-    tell(found_.get());
+    VoiceFound found{.end = SearchEnd::givenUp};
+    guarded(environment_.dialogs, environment_.language, [&] { found = found_.get(); });
+    tell(found);
 }
 
 void LineUp::tell(const VoiceFound& found) {
-    if (found.end == SearchEnd::found && work_->wanted)
+    if (!work_->wanted)
+        timeline_->showNotLinedUp("");
+    else if (found.end == SearchEnd::found)
         timeline_->showLinedUp(found.place(), found.certainty);
     else if (found.end == SearchEnd::noTrace)
         timeline_->showNoTrace();
