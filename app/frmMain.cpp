@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "app/interrupted_mixes.h"
-#include "app/main_status.h"
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "controls/control_name.h"
@@ -28,7 +27,7 @@ namespace melvane {
 namespace {
 
 constexpr short kListButton = 2;
-constexpr int kTickMs = 80;
+constexpr int kTickMs = 100;
 
 constexpr QRect kBrowse(254, 31, 36, 24);  // of the first row
 constexpr int kRowStep = 28;
@@ -315,10 +314,14 @@ bool frmMain::canListen() const {
 
 void frmMain::Timer1_Timer() {
     Timer1_.start();
-    perform([this] {
+    attempt([this] {
         mixer_.mixingRun().Timer1_Timer();
         followFastMix();
     });
+    if (wasRunning_ && mixer_.isRunning() && !mixer_.mixingRun().busy())
+        showSound(true);
+    else
+        refresh();
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
@@ -385,9 +388,14 @@ void frmMain::refresh() {
     refreshPaths();
     sliders_->showValues();
     refreshButtons(running);
+    if (std::exchange(filesChosen_, false)) windows_->takeFiles();
+    showSound(running);
+}
+
+// What moves by itself while something sounds.
+void frmMain::showSound(bool running) {
     refreshStatus(running);
     levels_.show(running || mixer_.rehearsal().playing());
-    if (std::exchange(filesChosen_, false)) windows_->takeFiles();
     windows_->follow();
 }
 
@@ -434,6 +442,8 @@ void frmMain::refreshStatus(bool running) {
     const StatusLine line = MainStatus(mixer_, environment_)
                                 .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_,
                                        store_.failure(), cancelled_, fast ? &fast_ : nullptr});
+    if (line == told_) return;
+    told_ = line;
     status_->setFullText(toQt(line.text), {}, {}, toQt(line.brief));
     setStyleState(*status_, "warned", line.warned);
     setStyleState(*status_, "failed", line.failed);

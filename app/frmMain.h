@@ -18,6 +18,7 @@
 #include "app/frm_song_overview.h"
 #include "app/frm_undo.h"
 #include "app/frm_windows.h"
+#include "app/main_status.h"
 #include "app/mixer.h"
 #include "controls/Ed_Button.h"
 #include "controls/elided_label.h"
@@ -108,6 +109,7 @@ private:
     void withButtonsOff(const std::function<void()>& action);
 
     void refresh();
+    void showSound(bool running);
     void refreshPaths();
     void refreshButtons(bool running);
     void switchButton(Ed_Button* button, bool on);
@@ -146,7 +148,7 @@ private:
 
     std::array<ElidedLabel*, 3> path_{};
     std::array<Ed_Button*, 3> BR_{};
-    QLabel* caption_;
+    ElidedLabel* caption_;
     SliderPanel* sliders_;
     Ed_Button* mi_button_;
     Ed_Button* b_STOP_;
@@ -161,6 +163,7 @@ private:
     std::array<SongOverview*, 2> scans_{};  // of song and voice
     LevelPanel levels_;
     ElidedLabel* status_;
+    StatusLine told_;  // there
     frmMenu* menu_;
     JobDesk* jobs_;
     UndoKeeper* steps_;

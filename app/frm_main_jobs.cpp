@@ -59,7 +59,7 @@ void frmMain::showTitle() {
     if (!jobs_->file().empty())
         title =
             toQt(fileName(jobs_->file())) + (jobs_->changed() ? QStringLiteral("* – ") : QStringLiteral(" – ")) + title;
-    caption_->setText(caption_->fontMetrics().elidedText(title, Qt::ElideMiddle, caption_->width()));
+    caption_->setFullText(title);
     const bool mixes = mixer_.isRunning() || fast_.going();
     constexpr double kPercent = 100;
     setWindowTitle(mixes ? QStringLiteral("%1 % – %2").arg(static_cast<int>(doneShare() * kPercent)).arg(title)

@@ -16,6 +16,8 @@ struct StatusLine {
     std::string brief = {};  // what is to be seen where there is little room; "": the text's beginning
     bool warned = false;
     bool failed = false;
+
+    bool operator==(const StatusLine&) const = default;
 };
 
 class MainStatus {

@@ -71,15 +71,15 @@ void FramelessWindow::follow(const QPoint& place) {
         owned->follow(pos() + (owned->pos() - before) * growth);
 }
 
-QLabel* FramelessWindow::addTitle(const QRect& place) {
-    title_ = new QLabel(this);
+ElidedLabel* FramelessWindow::addTitle(const QRect& place) {
+    title_ = new ElidedLabel(this, Qt::ElideMiddle);
     title_->setObjectName(QStringLiteral("caption"));
     layOut(title_, place);
     return title_;
 }
 
 void FramelessWindow::setTitle(const QString& title) {
-    if (title_) title_->setText(title);
+    if (title_) title_->setFullText(title);
     setWindowTitle(title + QStringLiteral(" – ") + QLatin1String(kProductCaption));
 }
 

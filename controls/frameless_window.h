@@ -1,11 +1,11 @@
 // What the program's windows share: an outline and a body of their own, moved with the mouse by their top.
 #pragma once
 
-#include <QLabel>
 #include <QWidget>
 #include <cstdint>
 #include <optional>
 
+#include "controls/elided_label.h"
 #include "controls/window_outline.h"
 
 namespace melvane {
@@ -44,7 +44,7 @@ public:
 
 protected:
     // A label in the grip, for the title.
-    QLabel* addTitle(const QRect& place);
+    ElidedLabel* addTitle(const QRect& place);
     // What the window is called: there, and with the product's name where the system lists its windows.
     void setTitle(const QString& title);
 
@@ -66,7 +66,7 @@ private:
     int zoom_ = 0;                // at which the window fits
     WindowOutline outline_;
     int gripHeight_;
-    QLabel* title_ = nullptr;
+    ElidedLabel* title_ = nullptr;
     std::optional<QPoint> grip_;  // where the window is held
 };
 

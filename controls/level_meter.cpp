@@ -11,7 +11,7 @@ namespace melvane {
 
 namespace {
 
-constexpr int kTickMs = 100;  // a little longer than from peaks to peaks
+constexpr int kTickMs = 120;  // a little longer than from peaks to peaks
 constexpr int kLamp = 4;      // along the meter, with a gap before it
 constexpr int kGap = 1;
 constexpr int kTwoBars = 5;  // units across, from which on there are two

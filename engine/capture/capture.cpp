@@ -18,6 +18,9 @@ constexpr auto kHurriedInput = 5s;
 constexpr auto kHurriedEnd = 9s;
 // How often the patience is looked at.
 constexpr auto kWritePatience = 100ms;
+// Several blocks of the card at a time cost fewer changes of threads than each by itself.
+constexpr auto kGatherTime = 50ms;
+constexpr std::size_t kGatherFrames = kSampleRate / 20;
 // Shorter than a block of the card.
 constexpr auto kDevicePoll = 5ms;
 }  // namespace
@@ -93,6 +96,7 @@ void Capture::push(const float* mix, std::size_t frames) {
         waitingFrames_ += frames;
         if (waitingFrames_ > kMostFrames) overflown_ = true;
         drainDevices();
+        if (waitingFrames_ < kGatherFrames) return;
     }
     pushed_.notify_one();
 }
@@ -112,7 +116,9 @@ void Capture::run() {
 // False when everything that was pushed has been taken and no more will come.
 bool Capture::waitForBlock(std::vector<float>& block) {
     std::unique_lock lock(mutex_);
-    pushed_.wait(lock, [this] { return !blocks_.empty() || encodingEnded_ || quit_; });
+    const auto ended = [this] { return encodingEnded_ || quit_; };
+    while (blocks_.empty() && !ended())
+        pushed_.wait_for(lock, kGatherTime, [&] { return waitingFrames_ >= kGatherFrames || ended(); });
     if (blocks_.empty()) return false;
     block = std::move(blocks_.front());
     blocks_.pop_front();

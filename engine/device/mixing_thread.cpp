@@ -10,8 +10,8 @@ using namespace std::chrono_literals;
 constexpr auto kStallLimit = 3s;
 // The device's ring holds 50 ms; one that does not empty it in four times that has stopped.
 constexpr auto kFinishLimit = 200ms;
-// A fifth of what the ring holds.
-constexpr auto kPollInterval = 10ms;
+// A third of what the ring holds.
+constexpr auto kPollInterval = 15ms;
 }  // namespace
 
 MixingThread::MixingThread(Card& card, std::shared_ptr<SoundServer> server, std::size_t blockFrames)

@@ -22,9 +22,9 @@ OutputDevice::~OutputDevice() {
 bool OutputDevice::start() {
     cubeb_stream_params format{CUBEB_SAMPLE_FLOAT32NE, kSampleRate, 2, CUBEB_LAYOUT_STEREO, CUBEB_STREAM_PREF_NONE};
     std::uint32_t latency = 0;
-    if (cubeb_get_min_latency(connection_.get(), &format, &latency) != CUBEB_OK) latency = 1024;
+    if (cubeb_get_min_latency(connection_.get(), &format, &latency) != CUBEB_OK) latency = kDeviceFrames;
     if (cubeb_stream_init(connection_.get(), &stream_, "Melvane", nullptr, nullptr, nullptr, &format,
-                          std::max(latency, 1024U), play, stateChanged, this) != CUBEB_OK) {
+                          std::max(latency, kDeviceFrames), play, stateChanged, this) != CUBEB_OK) {
         stream_ = nullptr;
         return false;
     }

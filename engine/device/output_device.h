@@ -14,8 +14,10 @@ namespace melvane::engine {
 // Opened and closed on any thread, used on the mixing thread.
 class OutputDevice {
 public:
-    // Frames that are kept ahead of the device: with the device's own latency a change is heard within 100 ms.
+    // Frames that are kept ahead of the device, and in it: a change is heard within 100 ms. A sound server asks for a
+    // quarter of the latter at a time, so fewer of them would wake it and the program more often.
     static constexpr std::size_t kAheadFrames = 2048;
+    static constexpr std::uint32_t kDeviceFrames = 1764;
 
     OutputDevice(std::shared_ptr<cubeb> connection, std::size_t blockFrames,
                  std::shared_ptr<std::atomic<std::uint64_t>> underruns);
