@@ -35,6 +35,11 @@ constexpr int kTickMs = 33;
 constexpr double kStepSeconds = 5;
 constexpr double kMagnified = 2;
 
+// Space plays and pauses, also behind a click on it.
+void leaveSpaceToPlay(Ed_Button* button) {
+    button->setFocusPolicy(Qt::TabFocus);
+}
+
 }  // namespace
 
 frmTimeline::frmTimeline(Rehearsal& rehearsal, const MixState& state, const MidiState& midi, Waveforms& waveforms,
@@ -126,6 +131,7 @@ void frmTimeline::addBottom() {
                         [this] { perform([this] { lineUp(); }); });
     mixFast_ = addButton(this, "mixFast", QRect(QPoint(), kMixFast), ButtonLook::song, Symbol::mix,
                          [this] { perform(calls_.mixFast); });
+    for (Ed_Button* button : {lineUp_, mixFast_}) leaveSpaceToPlay(button);
 }
 
 Ed_Button* frmTimeline::addControl(const char* name, Symbol symbol, OwnText text, const Action& action) {
@@ -133,7 +139,7 @@ Ed_Button* frmTimeline::addControl(const char* name, Symbol symbol, OwnText text
     Ed_Button* button =
         addButton(this, name, QRect(QPoint(), large ? kPlay : kSmall), large ? ButtonLook::song : ButtonLook::plain,
                   symbol, [this, action] { perform(action); });
-    button->setFocusPolicy(Qt::TabFocus);  // Space plays and pauses, also behind a click on it
+    leaveSpaceToPlay(button);
     names_.push_back({button, text});
     return button;
 }

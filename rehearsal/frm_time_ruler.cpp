@@ -48,6 +48,7 @@ void TimeRuler::drawPage(QPainter& painter) {
     QFont small = font();
     small.setPixelSize(zoomedFont(kFont));
     painter.setFont(small);
+    const QFontMetricsF metrics(small);
     const double part = grid.step / grid.parts;
     const auto first =
         static_cast<std::int64_t>(std::floor(static_cast<double>(view().first()) / kSampleRate / grid.step)) *
@@ -60,8 +61,11 @@ void TimeRuler::drawPage(QPainter& painter) {
         const int tick = zoomed(numbered ? kLongTick : kShortTick);
         painter.fillRect(QRectF(x, height() - tick, 1, tick), QColor(numbered ? skin::kMuted : skin::kFaint));
         if (!numbered) continue;
+        const QString number = toQt(timeText(frame, grid.decimals));
+        const double left = x + zoomed(3);
+        if (left < 0 || left + metrics.horizontalAdvance(number) > width()) continue;
         painter.setPen(QColor(skin::kMuted));
-        painter.drawText(QPointF(x + zoomed(3), height() - zoomed(kLongTick)), toQt(timeText(frame, grid.decimals)));
+        painter.drawText(QPointF(left, height() - zoomed(kLongTick)), number);
     }
     drawLoop(painter);
     const Rehearsal::Loop& loop = rehearsal().loop();

@@ -129,6 +129,8 @@ void Rehearsal::setLoop(const Loop& loop) {
     loop_ = loop.given() ? loop : Loop{};
     loop_.begin = std::max<std::int64_t>(loop_.begin, 0);
     if (run_.isRehearsing) with_.library.loopCard(loop_.begin, loop_.end);
+    const std::int64_t next = run_.isRehearsing ? with_.library.cardPosition() : from_;
+    if (loop_.given() && next >= loop_.end) seek(loop_.begin);  // nothing else would lead back into it
 }
 
 std::int64_t Rehearsal::latency() const {

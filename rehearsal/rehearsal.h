@@ -47,6 +47,7 @@ public:
     void seek(std::int64_t frame);
     // From what is heard.
     void step(double seconds);
+    // What plays behind its end goes back to its beginning.
     void setLoop(const Loop& loop);
     const Loop& loop() const { return loop_; }
     // Other files: nothing of it holds for them.

@@ -89,6 +89,10 @@ TEST_F(TimelineFixture, PlaysPausesSeeksAndLoops) {
     drag("ruler", 0.75, 0.5);
     EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().begin), kSong * 0.5, kSong / 500.0);
     EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().end), kSong * 0.75, kSong / 500.0);
+    EXPECT_NEAR(static_cast<double>(library.cardPlace), kSong * 0.25, kSong / 500.0) << "it plays into the loop";
+    library.cardPlace = kSong * 7 / 8;
+    key(Qt::Key_O);
+    EXPECT_EQ(library.cardPlace, mixer().rehearsal().loop().begin) << "or goes back to it";
     key(Qt::Key_U);
     EXPECT_FALSE(mixer().rehearsal().loop().given());
     mixer().rehearsal().seek(kSong / 2);
@@ -151,6 +155,10 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     access->valueInterface()->setCurrentValue(1.5);
     EXPECT_EQ(place().earlier, 66'150);
     EXPECT_EQ(access->text(QAccessible::Value), QStringLiteral("Voice begins 1.500 s before the song"));
+
+    press("lineUp");
+    key(Qt::Key_Space);
+    EXPECT_TRUE(mixer().rehearsal().playing()) << "whatever was clicked";
 }
 
 TEST_F(TimelineFixture, FollowingPaintsThePlayheadAndTurnsPages) {
