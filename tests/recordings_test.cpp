@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "engine/decode/decoded_files.h"
+#include "engine/decode/ffmpeg.h"
 #include "engine/decode/open_source.h"
 #include "engine/library.h"
 #include "engine/process/find_program.h"
@@ -112,7 +113,11 @@ TEST_F(Recordings, TellWhyTheyCannotBeDecoded) {
 
     run("-f lavfi -i anoisesrc=d=1 -f au -c:a pcm_f32be sound.au");
     const std::string whole = "cat \"" + dir.path() + "/sound.au\"\n";
-    EXPECT_EQ(failureWith(whole + "echo 'file:any.m4a: Input/output error' >&2\n"), DecodingFailure::notRead);
+    DecodedFiles stopping = withProgram(whole + "echo 'file:any.m4a: Input/output error' >&2\n");
+    EXPECT_TRUE(openSource(file, {}, 0, &stopping)) << "the file was cut off";
+    std::atomic<double> progress{0};
+    EXPECT_EQ(decodeWithFfmpeg(dir / "ffmpeg", "/proc/self/mem", NamelessFile(), {}, progress),
+              DecodingFailure::notRead);
 
     const std::string path = getenv("PATH");
     setenv("PATH", "/none", 1);

@@ -12,7 +12,7 @@ public:
     void take(std::string_view text);
     // The share that is done, 0..1; 0 where the length isn't known.
     double progress() const;
-    // The system refused to read on.
+    // It says that it could not read on.
     bool readFailed() const { return readFailed_; }
 
 private:

@@ -5,9 +5,11 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <fstream>
 #include <thread>
 #include <vector>
 
+#include "base/paths.h"
 #include "engine/decode/ffmpeg.h"
 #include "engine/decode/ffmpeg_log.h"
 #include "engine/process/child_process.h"
@@ -82,6 +84,14 @@ ChildState follow(ChildProcess& child, int pipe, FfmpegLog& log, const CancelFla
     return child.state();
 }
 
+// What ffmpeg calls an input error may be a file that was cut off.
+bool systemReads(const std::string& utf8Path, const CancelFlag& cancelled) {
+    std::ifstream file(toPath(utf8Path), std::ios::binary);
+    std::vector<char> block(1 << 16);
+    while (!(cancelled && *cancelled) && file.read(block.data(), static_cast<std::streamsize>(block.size()))) continue;
+    return file.eof() && !file.bad();
+}
+
 }  // namespace
 
 DecodingFailure decodeWithFfmpeg(const std::optional<std::string>& program, const std::string& utf8Path,
@@ -96,7 +106,7 @@ DecodingFailure decodeWithFfmpeg(const std::optional<std::string>& program, cons
     messages.closeEnd(1);
     FfmpegLog log;
     const ChildState end = follow(child, messages.ends[0], log, cancelled, progress);
-    if (log.readFailed()) return DecodingFailure::notRead;
+    if (log.readFailed() && !systemReads(utf8Path, cancelled)) return DecodingFailure::notRead;
     if (end == ChildState::done) return DecodingFailure::none;
     if (cancelled && *cancelled) return DecodingFailure::noSound;
     return sound.canGrow() ? DecodingFailure::noSound : DecodingFailure::noRoom;
