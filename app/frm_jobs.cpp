@@ -94,8 +94,8 @@ bool JobDesk::write(const std::string& path) {
     const Job job = takeJob(mixer_);
     const int error = whileEventsRun(environment_.doEvents, [&] { return writeJobFile(documents_, path, job); });
     if (error != 0) {
-        tell(environment_.language.ownText(OwnText::cannotSaveJob, path) + " " +
-                 writingCause(environment_.language, error),
+        const std::string cause = writingCause(environment_.language, error);
+        tell((cause.empty() ? "" : cause + " ") + environment_.language.ownText(OwnText::cannotSaveJob, path),
              BoxIcon::critical);
         return false;
     }

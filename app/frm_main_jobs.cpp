@@ -97,6 +97,7 @@ std::vector<std::string> frmMain::openJobsAmong(std::vector<std::string> paths) 
 
 std::string frmMain::whyNoFastMix() const {
     const modLang& language = environment_.language;
+    if (fast_.going()) return language.ownText(OwnText::mixingFast);
     if (!mixer_.input().recordsCard()) return language.ownText(OwnText::fastOtherInput);
     return mixer_.midi().onDevice() ? language.ownText(OwnText::fastOtherPort) : "";
 }

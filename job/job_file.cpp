@@ -52,7 +52,7 @@ int writeJobFile(Documents& documents, const std::string& path, const Job& job) 
 
 std::string jobMessage(const modLang& language, const JobError& error, const std::string& path) {
     const std::string cause = causeOf(language, error);
-    return language.ownText(OwnText::cannotOpenJob, path) + (cause.empty() ? "" : " " + cause);
+    return (cause.empty() ? "" : cause + " ") + language.ownText(OwnText::cannotOpenJob, path);
 }
 
 }  // namespace melvane

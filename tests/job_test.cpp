@@ -115,7 +115,7 @@ TEST(JobFile, IsReplacedWholeOrStays) {
         }
     };
     const std::string path = dir.write("one.melvane", std::string(2 << 20, ' '));
-    EXPECT_EQ(messageOf(path), "The job cannot be opened: " + path + " This file is no Melvane job, or it is damaged.");
+    EXPECT_EQ(messageOf(path), "This file is no Melvane job, or it is damaged. The job cannot be opened: " + path);
     EXPECT_NE(messageOf(dir / "none").find("There is no such file"), std::string::npos);
     ASSERT_EQ(mkfifo((dir / "pipe").c_str(), 0600), 0);
     EXPECT_NE(messageOf(dir / "pipe").find("There is no such file"), std::string::npos);
