@@ -24,6 +24,11 @@ std::uint16_t heardOf(const MidiState& midi) {
     return static_cast<std::uint16_t>(midi.soloed == 0 ? heard : heard & midi.soloed);
 }
 
+// Decoding a long recording takes a while.
+bool stillOpening(const std::shared_ptr<Waveform>& file) {
+    return file && !file->finished() && !file->outline();
+}
+
 }  // namespace
 
 void frmTimeline::tick() {
@@ -143,7 +148,8 @@ void frmTimeline::refreshButtons() {
 void frmTimeline::refreshNote() {
     const std::string failure = rehearsal_.message();
     std::string note = note_();
-    if (rehearsal_.busy()) note = language_.ownText(OwnText::opening);
+    const bool opening = stillOpening(song_) || stillOpening(voice_);
+    if (rehearsal_.busy() || (note.empty() && opening)) note = language_.ownText(OwnText::opening);
     if (rehearsal_.unheard()) note = language_.ownText(OwnText::rehearsalUnheard);
     if (!failure.empty()) note = failure;
     noteLabel_->setFullText(toQt(note));
