@@ -79,6 +79,7 @@ void takeResult(RunState& run, const RunState& result) {
     run.recordsSilence = result.recordsSilence;
     run.failure = result.failure;
     run.cause = result.cause;
+    run.decoding = result.decoding;
 }
 
 }  // namespace melvane

@@ -48,8 +48,9 @@ FileQuestion JobDesk::question(OwnText button, const std::string& start) const {
 
 void JobDesk::open() {
     const std::string& near = file_.empty() ? mixer_.fields().background : file_;
-    const std::string path =
-        environment_.dialogs.openFile(question(OwnText::openJobHere, toText(toPath(near).parent_path())));
+    const std::string folder =
+        near.empty() ? mixer_.sourceFiles().lastFolder.front() : toText(toPath(near).parent_path());
+    const std::string path = environment_.dialogs.openFile(question(OwnText::openJobHere, folder));
     if (!path.empty()) openFile(path);
 }
 

@@ -348,6 +348,18 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
         EXPECT_EQ(files(), before + (replaces ? 1 : 0));
         EXPECT_EQ(readFile(destination), replaces ? "a mix" : "");
     }
+    const std::string voice = std::exchange(mixer().fields().vocal, dir.write("voice.m4a", "????ftypM4A "));
+    const std::string path = getenv("PATH");
+    const TempDir withoutFfmpeg;
+    std::filesystem::create_symlink(toPath(QStandardPaths::findExecutable(QStringLiteral("lame")).toStdString()),
+                                    withoutFfmpeg / "lame");
+    setenv("PATH", withoutFfmpeg.path().c_str(), 1);
+    dialogs.nextAnswer = BoxAnswer::yes;
+    main().mixFast();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status().find("install ffmpeg") != std::string::npos; })) << status();
+    setenv("PATH", path.c_str(), 1);
+    mixer().fields().vocal = voice;
+    std::filesystem::remove(dir / "voice.m4a");
     dialogs.boxes.clear();
     main().mixFast();
     EXPECT_TRUE(QTest::qWaitFor([&] { return someIsMixed(); }, 20000)) << status();
