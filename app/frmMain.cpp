@@ -63,6 +63,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
       keeper_(store, mixer.settings(), [this] { keepSettings(); }),
       sliders_(nullptr),
       levels_(this, mixer, environment),
+      watch_(mixer, environment_),
       jobs_(new JobDesk(this, mixer, environment, store, documents)),
       steps_(new UndoKeeper(this, mixer, environment.language)),
       fast_(workshop, environment.language) {
@@ -308,8 +309,9 @@ void frmMain::listen() {
     windows_->showPlayer(mixer_.run().listenPath);
 }
 
+// The player tells when the file has gone.
 bool frmMain::canListen() const {
-    return !mixer_.isRunning() && !fast_.going() && isFile(mixer_.run().listenPath);
+    return !mixer_.isRunning() && !fast_.going() && !mixer_.run().listenPath.empty();
 }
 
 void frmMain::Timer1_Timer() {
@@ -318,6 +320,7 @@ void frmMain::Timer1_Timer() {
         mixer_.mixingRun().Timer1_Timer();
         followFastMix();
     });
+    watch_.look();
     if (wasRunning_ && mixer_.isRunning() && !mixer_.mixingRun().busy())
         showSound(true);
     else
@@ -439,9 +442,10 @@ void frmMain::refreshStatus(bool running) {
     progress_->setProgress(static_cast<int>(done * OverviewBar::kColumns));
     showTitle();
     environment_.shell.showProgress(running || fast ? done : -1);
-    const StatusLine line = MainStatus(mixer_, environment_)
-                                .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_,
-                                       store_.failure(), cancelled_, fast ? &fast_ : nullptr});
+    const StatusLine line =
+        MainStatus(mixer_, environment_)
+            .line({tellsRun_, stopped_, scans_[0]->failed(), scans_[1]->failed(), interrupted_, store_.failure(),
+                   cancelled_, fast ? &fast_ : nullptr, watch_.lostPort(), watch_.lostInput()});
     if (line == told_) return;
     told_ = line;
     status_->setFullText(toQt(line.text), {}, {}, toQt(line.brief));

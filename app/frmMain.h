@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/fast_mix.h"
+#include "app/frm_device_watch.h"
 #include "app/frm_jobs.h"
 #include "app/frm_level_panel.h"
 #include "app/frm_settings_keeper.h"
@@ -162,6 +163,7 @@ private:
     OverviewBar* progress_;
     std::array<SongOverview*, 2> scans_{};  // of song and voice
     LevelPanel levels_;
+    DeviceWatch watch_;
     ElidedLabel* status_;
     StatusLine told_;  // there
     frmMenu* menu_;

@@ -31,7 +31,7 @@ private:
     Mixer& mixer_;
     Environment environment_;
     std::future<std::vector<std::string>> ports_;
-    std::future<void> inputs_;
+    std::future<std::vector<std::string>> inputs_;
     QTimer timer_;  // runs while something is looked for
 };
 

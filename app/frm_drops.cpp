@@ -43,13 +43,9 @@ void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int
     std::vector<std::string> ordered = openJobsAmong(paths);
     if (ordered.empty()) return refresh();
     pointedAt = fieldMeant(ordered, pointedAt);
-    // A song may bring a voice, and empties the destination; what may be either then has one field left.
-    std::ranges::stable_sort(ordered, {}, [&](const std::string& path) {
-        const int field = fieldFor(path, pointedAt, mixer_.fields()).value_or(kDestinationField);
-        return field == kDestinationField ? kSongOrVoice + 1 : field;
-    });
     std::vector<std::string> unusable;
     withButtonsOff([&] {
+        mixer_.sourceFiles().putInOrder(ordered, pointedAt);
         for (const std::string& path : ordered)
             if (!mixer_.sourceFiles().take(path, pointedAt)) unusable.push_back(path);
     });

@@ -56,7 +56,7 @@ void LineUp::tell(const VoiceFound& found) {
     else if (found.end == SearchEnd::noTrace)
         timeline_->showNoTrace();
     else
-        timeline_->showNotLinedUp(searchMessage(environment_.language, found.end, search_.song, search_.voice));
+        timeline_->showNotLinedUp(searchMessage(environment_.language, found, search_.song, search_.voice));
 }
 
 }  // namespace melvane

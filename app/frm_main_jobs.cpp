@@ -104,7 +104,7 @@ std::string frmMain::whyNoFastMix() const {
 
 void frmMain::mixFast() {
     if (choosing_ || mixer_.isRunning() || fast_.going() || !whyNoFastMix().empty()) return;
-    perform([this] {
+    withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         stopped_ = cancelled_ = false;
         tellsRun_ = tellsFast_ = true;

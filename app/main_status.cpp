@@ -50,7 +50,8 @@ StatusLine MainStatus::line(const Facts& facts) const {
     if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
     if (mixer_.rehearsal().playing()) return {language.ownText(OwnText::rehearsing)};
     if (!mixer_.run().isMixing) return ended(facts);
-    return {timesOf(mixing.framesDone(), mixing.framesTotal()) + " – " + sound(), "", mixer_.run().recordsSilence};
+    const bool warned = mixer_.run().recordsSilence || !facts.lostInput.empty() || !facts.lostPort.empty();
+    return {timesOf(mixing.framesDone(), mixing.framesTotal()) + " – " + sound(facts), "", warned};
 }
 
 std::string MainStatus::fastProgress(const FastMix& mix) const {
@@ -62,13 +63,15 @@ std::string MainStatus::fastProgress(const FastMix& mix) const {
            (left ? " " + language.ownText(OwnText::timeLeft, clockText(left->count())) : "");
 }
 
-std::string MainStatus::sound() const {
+std::string MainStatus::sound(const Facts& facts) const {
     const modLang& language = environment_.language;
     if (environment_.library.encoderStalled(mixer_.run().recordChannel) >= kStalledSeconds)
         return language.ownText(OwnText::encoderStalled);
     if (const std::string& input = mixer_.input().missingInput(); !input.empty())
         return language.ownText(OwnText::inputGone, input);
     if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
+    if (!facts.lostInput.empty()) return language.ownText(OwnText::inputLost, facts.lostInput);
+    if (!facts.lostPort.empty()) return language.ownText(OwnText::portLost, facts.lostPort);
     if (mixer_.run().isMidiBackground && !port().empty()) return port();
     // The device opens with the first frame.
     const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
@@ -107,6 +110,7 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
+    if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
     if (facts.cancelled) return {language.ownText(OwnText::mixCancelled)};
     if (facts.stopped) return {language.ownText(OwnText::stopped)};

@@ -32,6 +32,8 @@ public:
         std::int32_t settingsFailure = 0;      // SettingsStore::failure()
         bool cancelled = false;                // the last run was a fast mix that left nothing
         const FastMix* fast = nullptr;         // that is going on
+        std::string lostPort = {};             // of the run: gone since it began
+        std::string lostInput = {};
     };
 
     // Both outlive this.
@@ -48,7 +50,7 @@ private:
     StatusLine unreadable(OwnText text, const std::string& file) const;
     std::string opening() const;
     // What is heard and recorded of the run under way.
-    std::string sound() const;
+    std::string sound(const Facts& facts) const;
     // What is to be known of the song's port; empty when there is nothing.
     std::string port() const;
 

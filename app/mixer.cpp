@@ -5,7 +5,7 @@ namespace melvane {
 Mixer::Mixer(const Environment& with)
     : input_(with.library, state_.run, state_.settings),
       midi_(with.music, with.systemMixer, state_.run, state_.settings, with.names, with.dialogs, with.doEvents),
-      sourceFiles_(state_, midi_, with.language, with.dialogs),
+      sourceFiles_(state_, midi_, with.language, with.dialogs, with.doEvents),
       effects_(with.library, state_.run, state_.settings, midi_.lines()),
       mixingRun_(with, state_, input_, effects_, midi_),
       rehearsal_(with, state_, mixingRun_.graph(), midi_),
@@ -22,6 +22,7 @@ void Mixer::Form_Load(const SettingsStore* store) {
 }
 
 void Mixer::Form_Unload() {
+    sourceFiles_.giveUp();
     rehearsal_.end();
     mixingRun_.stopRec();
     midi_.close();

@@ -8,6 +8,7 @@
 #include "audio/modAudio.h"
 #include "base/paths.h"
 #include "mixing/run_messages.h"
+#include "state/window_patience.h"
 
 namespace melvane {
 
@@ -47,6 +48,17 @@ std::size_t nameStart(const std::string& path) {
 
 }  // namespace
 
+// What owns all it uses is left behind by who gives up.
+template <typename Question>
+auto SourceFiles::ask(Question question) {
+    const auto wanted = [this] { return !givenUp_; };
+    return whileWanted(doEvents_, wanted, std::move(question)).value_or(decltype(question()){});
+}
+
+bool SourceFiles::isThere(const std::string& path) {
+    return ask([path] { return exists(path); });
+}
+
 void SourceFiles::BR_Click(int index) {
     if (index == 0) browseBackground();
     if (index == 1) browseVocal();
@@ -77,12 +89,12 @@ void SourceFiles::chooseBackground(const std::string& path) {
     if (run_.isMidiBackground) openMidi();
     if (!settings_.recDirectory.empty() && !path.empty()) {
         const std::string vocal = settings_.recDirectory + "/" + GetFileTitle(path) + ".wav";
-        if (exists(vocal)) chooseVocal(vocal);
+        if (isThere(vocal)) chooseVocal(vocal);
     }
 }
 
 bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
-    std::optional<int> field = fieldFor(path, pointedAt, fields_);
+    std::optional<int> field = ask([path, pointedAt, chosen = fields_] { return fieldFor(path, pointedAt, chosen); });
     if (!field) return false;
     if (*field == kSongOrVoice) field = askForField(path);
     if (!field) return true;
@@ -92,15 +104,28 @@ bool SourceFiles::take(const std::string& path, std::optional<int> pointedAt) {
         // Another voice makes another mix.
         if (path != fields_.vocal && fields_.destination == run_.lastMixPath) fields_.destination.clear();
         chooseVocal(path);
-    } else if (isFile(path)) {
+    } else if (ask([path] { return isFile(path); })) {
         if (sourcesChosen()) offerDestination(path);
     } else {
         if (fields_.background.empty()) return BR_Click(kDestinationField), true;
-        chooseDestination(proposedDestination(path + "/" + fileName(fields_.background)));
+        proposeDestination(path + "/" + fileName(fields_.background));
     }
     if (fields_.destination.empty() && !fields_.background.empty() && !fields_.vocal.empty())
-        chooseDestination(proposedDestination(fields_.background));
+        proposeDestination(fields_.background);
     return true;
+}
+
+void SourceFiles::putInOrder(std::vector<std::string>& paths, std::optional<int> pointedAt) {
+    paths = ask([paths, pointedAt, chosen = fields_]() mutable {
+        std::vector<std::pair<int, std::string>> ranked;
+        for (std::string& path : paths) {
+            const int field = fieldFor(path, pointedAt, chosen).value_or(kDestinationField);
+            ranked.emplace_back(field == kDestinationField ? kSongOrVoice + 1 : field, std::move(path));
+        }
+        std::ranges::stable_sort(ranked, {}, &std::pair<int, std::string>::first);
+        std::ranges::transform(ranked, paths.begin(), [](auto& one) { return std::move(one.second); });
+        return paths;
+    });
 }
 
 std::optional<int> SourceFiles::askForField(const std::string& path) {
@@ -155,11 +180,13 @@ void SourceFiles::chooseVocal(const std::string& path) {
 }
 
 // A folder that has gone is none to start in.
-std::string SourceFiles::startFolder(std::size_t kind, const std::string& file) const {
-    std::error_code error;
-    for (const std::string& folder : {folderOf(file), lastFolder.at(kind)})
-        if (fs::is_directory(toPath(folder), error)) return folder;
-    return "";
+std::string SourceFiles::startFolder(std::size_t kind, const std::string& file) {
+    return ask([folders = std::array{folderOf(file), lastFolder.at(kind)}] {
+        std::error_code error;
+        const auto isThere = [&](const std::string& folder) { return fs::is_directory(toPath(folder), error); };
+        const auto* const found = std::ranges::find_if(folders, isThere);
+        return found == folders.end() ? std::string() : *found;
+    });
 }
 
 bool SourceFiles::sourcesChosen() {
@@ -172,14 +199,14 @@ void SourceFiles::browseDestination() {
     if (!sourcesChosen()) return;
     const std::string chosen =
         dialogs_.saveFile({kDialogTitle, language_.lang(LangEntry::compressedAudio) + kDestinationFilter,
-                           proposedDestination(fields_.background), language_.ownText(OwnText::saveMix),
-                           language_.ownText(OwnText::allFiles)});
+                           ask([song = fields_.background] { return proposedDestination(song); }),
+                           language_.ownText(OwnText::saveMix), language_.ownText(OwnText::allFiles)});
     if (!chosen.empty()) offerDestination(chosen);
 }
 
 void SourceFiles::offerDestination(const std::string& chosen) {
     const std::string path = withMp3Extension(chosen);
-    if (!exists(path) || agreesToOverwrite()) chooseDestination(path);
+    if (!isThere(path) || agreesToOverwrite()) chooseDestination(path);
 }
 
 bool SourceFiles::agreesToOverwrite() {
@@ -188,10 +215,16 @@ bool SourceFiles::agreesToOverwrite() {
 }
 
 SourceFiles::Standing SourceFiles::standingAt(const std::string& path) {
-    std::error_code error;
-    const auto size = fs::file_size(toPath(path), error);
-    if (error) return std::nullopt;
-    return std::pair(size, fs::last_write_time(toPath(path), error));
+    return ask([path]() -> Standing {
+        std::error_code error;
+        const auto size = fs::file_size(toPath(path), error);
+        if (error) return std::nullopt;
+        return std::pair(size, fs::last_write_time(toPath(path), error));
+    });
+}
+
+void SourceFiles::proposeDestination(const std::string& background) {
+    chooseDestination(ask([background] { return proposedDestination(background); }));
 }
 
 void SourceFiles::chooseDestination(const std::string& path) {

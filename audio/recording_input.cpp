@@ -111,6 +111,15 @@ bool RecordingInput::anyOn() const {
     return on;
 }
 
+std::vector<std::string> RecordingInput::namesOn() const {
+    std::vector<std::string> on;
+    forEachInput([&](int n) {
+        if (!(library_.BASS_RecordGetInput(n) & BASS_INPUT_OFF))
+            on.push_back(AnsiToString(library_.BASS_RecordGetInputName(n)));
+    });
+    return on;
+}
+
 void RecordingInput::RestoreUserInput() {
     forEachInput([this](int n) { disable(n); });
     if (followDevice(savedInput_, run_.savedInput, names()))

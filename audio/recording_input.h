@@ -25,6 +25,7 @@ public:
     void SelectMixInput();
     void RestoreUserInput();
     bool anyOn() const;
+    std::vector<std::string> namesOn() const;
     // A run would record the card's mix and nothing else.
     bool recordsCard() const;
     // The forced input that has gone, so that SelectMixInput switched none on; empty otherwise.

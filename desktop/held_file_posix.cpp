@@ -133,11 +133,20 @@ bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& mo
     return fsync(file.number) == 0;
 }
 
+// What a kill between the two steps below leaves.
+bool isEmptyAndFree(const std::filesystem::path& path) {
+    HeldFile file;
+    return file.open(path) == HoldResult::held && file.read(1) == "";
+}
+
 // Where the file system knows no exclusive renaming, the name is taken first.
 HoldResult renameToFree(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return HoldResult::held;
     if (errno != EINVAL && errno != ENOSYS) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
-    if (!createPrivateFile(to)) return errno == EEXIST ? HoldResult::exists : HoldResult::failed;
+    if (!createPrivateFile(to)) {
+        if (errno != EEXIST) return HoldResult::failed;
+        if (!isEmptyAndFree(to)) return HoldResult::exists;
+    }
     if (rename(from.c_str(), to.c_str()) == 0) return HoldResult::held;
     unlink(to.c_str());
     return HoldResult::failed;

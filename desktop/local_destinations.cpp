@@ -80,13 +80,14 @@ public:
 
     ClaimFailure hold(bool mayReplace) {
         HoldResult result = mayReplace ? held_.open(file_) : HoldResult::missing;
+        if (std::error_code error; !mayReplace && fs::exists(fs::symlink_status(file_, error)))
+            result = HoldResult::exists;
         if (result == HoldResult::missing) {
-            page_->write({file_, privateFile_});
+            page_->write({file_, privateFile_, true});
             result = held_.create(file_, kEmptyLine);
             isPlaceholder_ = result == HoldResult::held;
         } else if (result == HoldResult::held) {
             page_->write({file_, privateFile_});
-            isPlaceholder_ = held_.read(kEmptyLine.size() + 1) == kEmptyLine;
         }
         // Another run was quicker.
         if (result == HoldResult::exists && mayReplace) result = HoldResult::busy;
@@ -99,13 +100,13 @@ public:
     bool takeOver() {
         const HoldResult there = held_.open(file_);
         const auto content = there == HoldResult::held ? held_.read(kEmptyLine.size() + 1) : std::nullopt;
-        isPlaceholder_ = content == kEmptyLine;
+        isPlaceholder_ = page_->paths().isNew && content == kEmptyLine;
         std::error_code error;
         const fs::file_type type = fs::symlink_status(privateFile_, error).type();
         ownsPrivateFile_ = type == fs::file_type::regular;
         // Another start may tell what they are.
-        const bool mayBePlaceholder =
-            !content && there != HoldResult::busy && fs::file_size(file_, error) == kEmptyLine.size();
+        const bool mayBePlaceholder = page_->paths().isNew && !content && there != HoldResult::busy &&
+                                      fs::file_size(file_, error) == kEmptyLine.size();
         if (mayBePlaceholder || type == fs::file_type::none) page_->keep();
         return ownsPrivateFile_;
     }

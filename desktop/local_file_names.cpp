@@ -1,10 +1,10 @@
 #include "desktop/local_file_names.h"
 
 #include <QCoreApplication>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
+#include "base/cache_folder.h"
 #include "base/paths.h"
 #include "desktop/private_folder.h"
 
@@ -26,11 +26,8 @@ std::string LocalFileNames::temporaryMidiFile() const {
 }
 
 std::string LocalFileNames::cacheDirectory() const {
-    const char* const cache = std::getenv("XDG_CACHE_HOME");
-    const char* const home = std::getenv("HOME");
-    const auto usable = [](const char* folder) { return folder && std::filesystem::path(folder).is_absolute(); };
-    if (usable(cache)) return toText(std::filesystem::path(cache) / "Tessaro");
-    return usable(home) ? toText(std::filesystem::path(home) / ".cache" / "Tessaro") : "";
+    const auto folder = cacheFolder();
+    return folder.empty() ? "" : toText(folder / "Tessaro");
 }
 
 std::string LocalFileNames::shortPath(const std::string& path) const {

@@ -1,6 +1,7 @@
 #include "desktop/mix_journal.h"
 
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -14,6 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kExtension = ".mix";
+constexpr std::string_view kNew("new\0", 4);
 constexpr std::size_t kLongestPage = 1 << 16;
 constexpr int kAttempts = 100;
 
@@ -44,7 +46,8 @@ void JournalPage::noteMissing() {
 
 // Names may hold every byte but zero.
 bool JournalPage::write(const MixPaths& paths) {
-    const std::string text = toText(paths.file) + '\0' + toText(paths.privateFile) + '\0';
+    const std::string text =
+        toText(paths.file) + '\0' + toText(paths.privateFile) + '\0' + std::string(paths.isNew ? kNew : "");
     const fs::path folder = page_.parent_path();
     HoldResult result = HoldResult::missing;
     std::error_code error;
@@ -68,9 +71,11 @@ bool JournalPage::takeOver() {
     if (!text) return false;
     isKept_ = false;
     const auto end = text->find('\0');
-    if (end == std::string::npos || text->find('\0', end + 1) != text->size() - 1) return false;
-    paths_ = {toPath(text->substr(0, end)), toPath(text->substr(end + 1, text->size() - end - 2))};
-    return true;
+    const auto last = end == std::string::npos ? end : text->find('\0', end + 1);
+    if (last == std::string::npos) return false;
+    const std::string_view rest = std::string_view(*text).substr(last + 1);
+    paths_ = {toPath(text->substr(0, end)), toPath(text->substr(end + 1, last - end - 1)), rest == kNew};
+    return rest.empty() || paths_.isNew;
 }
 
 std::unique_ptr<JournalPage> MixJournal::newPage() const {

@@ -13,6 +13,7 @@ namespace melvane {
 struct MixPaths {
     std::filesystem::path file;         // the destination
     std::filesystem::path privateFile;  // what is written for it
+    bool isNew = false;                 // the run found no file there and makes a placeholder
 };
 
 // Gone with the object, unless it was kept for the next start; and with the last page its folder and the one around it,

@@ -72,7 +72,7 @@ public:
     Handle BASS_FX_TempoCreate(Handle source, std::uint32_t flags) override;
     bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) override;
 
-    std::function<void()> inputSearch() const override { return inputs_.search(recordingServer()); }
+    std::function<std::vector<std::string>()> inputSearch() const override { return inputs_.search(recordingServer()); }
     bool BASS_RecordInit(int device) override;
     const char* BASS_RecordGetInputName(int input) const override;
     std::uint32_t BASS_RecordGetInput(int input) const override { return inputs_.setting(input); }

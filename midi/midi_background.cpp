@@ -1,7 +1,6 @@
 #include "midi/midi_background.h"
 
 #include <cctype>
-#include <filesystem>
 #include <iterator>
 #include <utility>
 
@@ -98,8 +97,10 @@ void MidiBackground::OpenMidi(std::string& fileName) {
     state_.soloed = 0;
     std::shared_ptr<MusicPerformance> performance;
     const auto extracts = [&] {
-        auto bytes = whileWanted(doEvents_, current, [fileName] { return readSongFile(fileName); });
-        if (bytes) fileName = extract(fileName, std::move(*bytes));
+        const auto read = [fileName, temporary = names_.temporaryMidiFile()] {
+            return ChosenFile{readSongFile(fileName), isSameFile(fileName, temporary)};
+        };
+        if (auto chosen = whileWanted(doEvents_, current, read)) fileName = extract(fileName, std::move(*chosen));
     };
     if (!attempt(MidiFailure::fileNotPlayable, extracts) || !current() ||
         !attempt(MidiFailure::interfaceNotInitialised, [&] { performance = Initialize(generation); }) || !performance)
@@ -116,25 +117,23 @@ void MidiBackground::OpenMidi(std::string& fileName) {
 }
 
 std::string MidiBackground::ExtractMidi(const std::string& fileName) {
-    return extract(fileName, readSongFile(fileName));
+    return extract(fileName, {readSongFile(fileName), isSameFile(fileName, names_.temporaryMidiFile())});
 }
 
-std::string MidiBackground::extract(const std::string& fileName, std::string bytes) {
+std::string MidiBackground::extract(const std::string& fileName, ChosenFile chosen) {
     state_.midiSettingsBlock.clear();
-    SongFile song{fileName, std::move(bytes)};
+    SongFile song{fileName, std::move(chosen.bytes)};
     const auto container = splitContainer(song.bytes);
     const std::string temporary = names_.temporaryMidiFile();
-    std::error_code error;
     // Who opens the temporary file itself keeps it; a player does not mind what stands behind a song.
-    const bool isTemporary = std::filesystem::equivalent(toPath(fileName), toPath(temporary), error);
     if (container) {
         state_.midiSettingsBlock = container->settings;
         song.name = temporary;
-        if (!isTemporary) {
+        if (!chosen.isTemporary) {
             song.bytes.resize(container->song.size());
             writeSongFile(temporary, song.bytes);
         }
-    } else if (!isTemporary) {
+    } else if (!chosen.isTemporary) {
         removeSongFile(temporary);
     }
     extracted_ = std::move(song);

@@ -140,13 +140,17 @@ private:
         std::string name;
         std::string bytes;
     };
+    struct ChosenFile {
+        std::string bytes;
+        bool isTemporary = false;  // it is the temporary file itself
+    };
 
     template <typename Action>
     bool attempt(MidiFailure failure, Action action);
     template <typename Message>
     void tell(Message message);
     std::shared_ptr<MusicPerformance> Initialize(unsigned generation);
-    std::string extract(const std::string& fileName, std::string bytes);
+    std::string extract(const std::string& fileName, ChosenFile chosen);
     void loadSegment(const std::shared_ptr<MusicPerformance>& performance, unsigned generation);
     void applySettings();
     void closeSong();

@@ -1,6 +1,7 @@
 #include "mixing/mixing_run.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -65,7 +66,7 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
 void MixingRun::mi_button_Click() {
     if (run_.isMixing || busy_) return;
     const Flag busy(busy_);
-    cancelled_ = false;
+    cancelled_ = abandoned_ = false;
     framesTotal_ = framesAtEnd_ = 0;
     if (!canRun()) return;
     graph_.closeLast();
@@ -101,12 +102,19 @@ bool MixingRun::readPaths() {
     if (run_.backgroundPath.empty() || run_.vocalPath.empty() || run_.destinationPath.empty())
         return refuse(RunFailure::pathsMissing, BoxIcon::information);
     if (usesFile(run_.destinationPath)) run_.failure = RunFailure::destinationIsSource;
-    return run_.failure == RunFailure::none;
+    return run_.failure == RunFailure::none && !abandoned_;
 }
 
-bool MixingRun::usesFile(const std::string& path) const {
-    return isSameFile(path, run_.backgroundPath) || isSameFile(path, run_.vocalPath) ||
-           (run_.isMidiBackground && isSameFile(path, midi_.soundFont()));
+// A disk that hangs is left behind when the run is given up.
+bool MixingRun::usesFile(const std::string& path) {
+    const Flag opening(opening_);
+    const auto compare = [path, used = std::array{run_.backgroundPath, run_.vocalPath,
+                                                  run_.isMidiBackground ? midi_.soundFont() : std::string()}] {
+        return std::ranges::any_of(used, [&](const std::string& file) { return isSameFile(path, file); });
+    };
+    return whileWanted(
+               with_.doEvents, [this] { return !abandoned_; }, compare)
+        .value_or(false);
 }
 
 bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
@@ -116,7 +124,6 @@ bool MixingRun::refuse(RunFailure failure, BoxIcon icon) {
 }
 
 void MixingRun::start() {
-    abandoned_ = false;
     if (!openSources()) return input_.RestoreUserInput();
     with_.doEvents();
     if (abandoned_) return;

@@ -5,7 +5,8 @@
 #include <iterator>
 #include <optional>
 
-#include "mixing/failure_cause.h"
+#include "base/cache_folder.h"
+#include "base/paths.h"
 #include "platform/registry.h"
 
 namespace melvane {
@@ -131,14 +132,15 @@ std::string decodingMessage(const modLang& language, DecodingFailure failure) {
         case DecodingFailure::notRun:
             return language.ownText(OwnText::decoderNotRun, kDecoderName);
         case DecodingFailure::noRoom:
-            return language.ownText(OwnText::noRoomToDecode);
+            return language.ownText(OwnText::noRoomToDecode, toText(cacheFolder()));
     }
     return "";
 }
 
-std::string searchMessage(const modLang& language, SearchEnd end, const std::string& song, const std::string& voice) {
+std::string searchMessage(const modLang& language, const VoiceFound& found, const std::string& song,
+                          const std::string& voice) {
     RunState unread;
-    switch (end) {
+    switch (found.end) {
         case SearchEnd::found:
         case SearchEnd::givenUp:
             return "";
@@ -153,7 +155,7 @@ std::string searchMessage(const modLang& language, SearchEnd end, const std::str
     }
     unread.backgroundPath = song;
     unread.vocalPath = voice;
-    unread.cause = readingError(end == SearchEnd::songUnreadable ? song : voice);
+    unread.cause = found.cause;
     return runCause(language, unread);
 }
 

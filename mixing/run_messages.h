@@ -18,8 +18,9 @@ std::string runMessage(const modLang& language, const RunState& run);
 std::string runCause(const modLang& language, const RunState& run);
 // Why a file could not be decoded; "" where that is not the cause.
 std::string decodingMessage(const modLang& language, DecodingFailure failure);
-// Why a voice's place wasn't found; "" when it was, or when nobody wanted it any more. Looks at the files again.
-std::string searchMessage(const modLang& language, SearchEnd end, const std::string& song, const std::string& voice);
+// Why a voice's place wasn't found; "" when it was, or when nobody wanted it any more.
+std::string searchMessage(const modLang& language, const VoiceFound& found, const std::string& song,
+                          const std::string& voice);
 // What an error number (<cerrno>) of a file means and what helps; "" when nothing is known of it.
 std::string readingCause(const modLang& language, int error);
 std::string writingCause(const modLang& language, int error);

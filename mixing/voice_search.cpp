@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "alignment/find_place.h"
+#include "mixing/failure_cause.h"
 
 namespace melvane {
 
@@ -43,7 +44,7 @@ public:
 
     VoiceFound run() {
         const auto voice = imprintOf(open(search_.voice), partOf(goOn_, 0, 0.2));
-        if (!voice) return failed(SearchEnd::voiceUnreadable);
+        if (!voice) return unreadable(SearchEnd::voiceUnreadable, search_.voice);
         const double half = search_.key == 0 ? 1 : 0.5;
         VoiceFound found = findIn(*voice, 0, partOf(goOn_, 0.2, half));
         if (found.end == SearchEnd::noTrace && search_.key != 0)
@@ -54,6 +55,11 @@ public:
 private:
     bool wanted() const { return goOn_(0); }
     VoiceFound failed(SearchEnd end) const { return {wanted() ? end : SearchEnd::givenUp}; }
+    VoiceFound unreadable(SearchEnd end, const std::string& file) const {
+        VoiceFound found = failed(end);
+        if (found.end == end) found.cause = readingError(file);
+        return found;
+    }
     Source open(const std::string& file) const {
         return library_.openReader(file, [this] { return wanted(); });
     }
@@ -67,7 +73,7 @@ private:
     }
     VoiceFound findIn(const Trace& voice, double key, const GoOn& goOn) const {
         const auto song = imprintOf(openSong(key), partOf(goOn, 0, 0.6));
-        if (!song) return failed(SearchEnd::songUnreadable);
+        if (!song) return unreadable(SearchEnd::songUnreadable, search_.song);
         auto place = findPlace(*song, voice, partOf(goOn, 0.6, 0.8));
         if (!place && key != 0) place = findPlaceByOnsets(*song, voice, partOf(goOn, 0.8, 1));
         if (!place) return failed(SearchEnd::noTrace);

@@ -26,6 +26,7 @@ struct VoiceFound {
     double sync = 0;
     double driftPpm = 0;   // by how much the recording is longer than it should be
     double certainty = 0;  // 0..1
+    int cause = 0;         // of what is unreadable: see readingError
 
     VoicePlace place() const;
 };

@@ -227,9 +227,9 @@ public:
     virtual bool BASS_FX_TempoSet(Handle handle, float tempo, float rate, float pitch) = 0;
 
     // --- Capture ---------------------------------------------------------------------------------------
-    // Asks the sound server for its inputs, which the next BASS_RecordInit lists: to be called on any thread, also one
-    // that outlives the library.
-    virtual std::function<void()> inputSearch() const = 0;
+    // Asks the sound server for its inputs, which the next BASS_RecordInit lists, and tells the names that it will:
+    // to be called on any thread, also one that outlives the library.
+    virtual std::function<std::vector<std::string>()> inputSearch() const = 0;
     // Opens the recording device (-1: the default one) and lists its inputs. Called again, it lists them anew: inputs
     // that are still there keep their switch and level, new ones are off. A running capture goes on as it is. Waits for
     // the sound server, unless an inputSearch has found them since it was called last.

@@ -169,6 +169,9 @@ enum class OwnText {
     portOutsideMix,
     portGone,   // port
     inputGone,  // input
+    portLost,
+    inputLost,
+    mixLacksInput,
     // Why a run did not begin or did not end well.
     cannotOpenBackground,  // file
     cannotOpenVocal,       // file

@@ -155,9 +155,10 @@ TEST_F(DestinationsFixture, WhateverThePagesSayNothingButPrivateFilesIsTouched) 
         EXPECT_EQ(files(), before) << privateFile;
         EXPECT_FALSE(fs::exists(state / "mixes")) << privateFile;
     }
-    // What a run left without a page.
-    EXPECT_EQ(failure("two.mp3"), ClaimFailure::none);
-    EXPECT_FALSE(fs::exists(dir / "two.mp3"));
+    for (const bool mayReplace : {true, false}) {
+        failure("two.mp3", mayReplace);
+        EXPECT_EQ(files(), before) << "it looks like a placeholder, but is none";
+    }
 }
 
 TEST_F(DestinationsFixture, OfManyRunsOneWritesAFile) {

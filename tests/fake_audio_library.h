@@ -198,8 +198,13 @@ public:
 
     // While this is false, the sound server does not answer, for two seconds at most.
     std::shared_ptr<std::atomic<bool>> answers = std::make_shared<std::atomic<bool>>(true);
-    std::function<void()> inputSearch() const override {
-        return [answers = answers] { waitUntil([&] { return answers->load(); }); };
+    std::function<std::vector<std::string>()> inputSearch() const override {
+        return [answers = answers, inputs = inputs] {
+            waitUntil([&] { return answers->load(); });
+            std::vector<std::string> names;
+            for (const Input& input : inputs) names.push_back(input.name);
+            return names;
+        };
     }
     bool BASS_RecordInit(int device) override {
         note("BASS_RecordInit", device);

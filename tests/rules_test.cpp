@@ -106,7 +106,7 @@ TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {
 
 struct SourceFilesFixture : SilentMidi {
     PathFields& fields = mix.fields;
-    SourceFiles files{mix, midi, language, dialogs};
+    SourceFiles files{mix, midi, language, dialogs, [] {}};
 };
 
 TEST_F(SourceFilesFixture, ANewBackgroundBringsItsVocalAndEmptiesTheDestination) {

@@ -15,11 +15,14 @@
 #include <set>
 
 #include "app/mixer_job.h"
+#include "base/cache_folder.h"
+#include "base/paths.h"
 #include "controls/free_place.h"
 #include "controls/level_meter.h"
 #include "controls/window_layout.h"
 #include "job/job_text.h"
 #include "mixing/run_messages.h"
+#include "tests/disk_questions.h"
 #include "tests/file_accesses.h"
 #include "tests/program_fixture.h"
 
@@ -405,9 +408,10 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     EXPECT_TRUE(find<QWidget>(main(), "status").property("failed").toBool());
     library.decodings["/v.wav"].failure = DecodingFailure::noRoom;
     browse("BR1", "/v.wav");
-    EXPECT_TRUE(
-        waitFor("There is no room for the decoded sound: free some on the disk that holds ~/.cache. The vocal "
-                "recording cannot be opened: /v.wav"));
+    EXPECT_TRUE(waitFor("There is no room for the decoded sound: free some on the disk that holds " +
+                        toText(cacheFolder()) +
+                        ". The vocal "
+                        "recording cannot be opened: /v.wav"));
     library.unreadable = {};
     browse("BR1", "/v.wav");
     EXPECT_EQ(status(), "Ready");
@@ -728,6 +732,30 @@ TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
     for (const char* part :
          {"/gone.mp3\n", "text.txt\n", "https://a.b/c.mp3\n", "OGG", "WAV", "saved on this computer"})
         EXPECT_NE(dialogs.boxes.back().find(part), std::string::npos) << part;
+}
+
+// It may take its time, as a network's or a stick's does.
+TEST_F(WindowFixture, TheDiskIsNeverAskedOnTheWindowsThread) {
+    std::filesystem::create_directory(dir / "slow");
+    const std::string song = dir.write("slow/song.mp3", "");
+    const std::string voice = dir.write("slow/voice.wav", "");
+    const std::string old = dir.write("slow/old.mp3", "old mix");
+    const std::string midi = dir.write("slow/song.mid", "no song");
+    dialogs.nextAnswer = BoxAnswer::yes;
+    const DiskQuestions questions(dir / "slow");
+    main().takeFiles({voice, dir / "slow/gone.mp3", song, dir / "slow"});
+    for (const auto& [button, chosen] : {std::pair("BR0", midi), {"BR0", song}, {"BR1", voice}, {"BR2", old}})
+        browse(button, chosen);
+    EXPECT_EQ(mixer().fields(), (PathFields{song, voice, old}));
+    press("mi_button");
+    library.position = library.length;
+    EXPECT_TRUE(waitFor("Mix finished: " + old)) << status();
+    library.unreadable = {song};
+    main().mixFast();
+    press("b_listen");
+    main().findChild<frmPlayer*>()->close();
+    EXPECT_EQ(questions.here(), "");
+    EXPECT_GT(questions.elsewhere(), 10);
 }
 
 TEST_F(WindowFixture, TellsOfAllMixesThatWereCutOff) {

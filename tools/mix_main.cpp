@@ -119,7 +119,7 @@ int lineUp(const MixOptions& options, const Job& job, Mixer& mixer, const modLan
     }
     reporter.failed(found.end == SearchEnd::givenUp
                         ? "interrupted before the voice's place was found"
-                        : searchMessage(language, found.end, job.files.background, job.files.vocal));
+                        : searchMessage(language, found, job.files.background, job.files.vocal));
     return found.end == SearchEnd::givenUp ? kSignalBase + interruptedBy : kCouldNot;
 }
 

@@ -7,12 +7,19 @@
 
 namespace melvane::engine {
 
-std::function<void()> RecordingInputs::search(std::shared_ptr<SoundServer> server) const {
+namespace {
+constexpr const char* kCardInput = "Stereo Mix";
+}
+
+std::function<std::vector<std::string>()> RecordingInputs::search(std::shared_ptr<SoundServer> server) const {
     return [server = std::move(server), found = found_] {
         auto sources = server ? withPatience(kServerPatience, [server] { return server->captureSources(); })
                               : std::vector<CaptureSource>{};
+        std::vector<std::string> names{kCardInput};
+        for (const CaptureSource& source : sources.value_or(std::vector<CaptureSource>{})) names.push_back(source.name);
         const std::lock_guard lock(found->mutex);
         found->sources = std::move(sources).value_or(std::vector<CaptureSource>{});
+        return names;
     };
 }
 
@@ -31,7 +38,7 @@ void RecordingInputs::list(const std::shared_ptr<SoundServer>& server) {
 
 void RecordingInputs::list(std::vector<CaptureSource> sources) {
     const std::lock_guard lock(mutex_);
-    const auto before = std::exchange(inputs_, {{"Stereo Mix", BASS_INPUT_TYPE_ANALOG, "", true}});
+    const auto before = std::exchange(inputs_, {{kCardInput, BASS_INPUT_TYPE_ANALOG, "", true}});
     for (CaptureSource& source : sources) {
         const std::uint32_t type = source.isMonitor ? BASS_INPUT_TYPE_UNDEF : BASS_INPUT_TYPE_MIC;
         if (source.isDefault) inputs_.front().on = false;

@@ -26,9 +26,9 @@ public:
         std::uint32_t level = 100;  // 0..100
     };
 
-    // Asks `server` (may be null) for its sources, which the next list() takes: any thread, also one that outlives
-    // this.
-    std::function<void()> search(std::shared_ptr<SoundServer> server) const;
+    // Asks `server` (may be null) for its sources, which the next list() takes, and tells the names that this will
+    // list: any thread, also one that outlives this.
+    std::function<std::vector<std::string>()> search(std::shared_ptr<SoundServer> server) const;
     // Lists the card's mix and the sources of `server`, which it asks unless a search has found them.
     void list(const std::shared_ptr<SoundServer>& server);
     // Lists the card's mix and these sources. The first time the default source is on, the card's mix where there is

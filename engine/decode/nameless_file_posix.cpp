@@ -2,11 +2,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <vector>
 
+#include "base/cache_folder.h"
 #include "engine/decode/nameless_file.h"
 
 namespace melvane::decode {
@@ -14,13 +14,6 @@ namespace melvane::decode {
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path cacheFolder() {
-    const char* const cache = std::getenv("XDG_CACHE_HOME");
-    if (cache && fs::path(cache).is_absolute()) return cache;
-    const char* const home = std::getenv("HOME");
-    return home ? fs::path(home) / ".cache" : fs::path();
-}
 
 int openIn(const fs::path& folder) {
     constexpr mode_t kPrivate = 0600;
@@ -40,6 +33,7 @@ int openIn(const fs::path& folder) {
 NamelessFile::NamelessFile() {
     std::error_code error;
     const fs::path cache = cacheFolder();
+    fs::create_directory(cache, error);
     if (fs::is_directory(cache, error)) file_ = openIn(cache);
     if (file_ < 0) file_ = openIn(fs::temp_directory_path(error));
     if (file_ < 0) throw std::system_error(errno, std::generic_category());
