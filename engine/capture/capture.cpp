@@ -140,11 +140,13 @@ void Capture::drainDevices() {
 // the card it adds what has come. One that has vanished is silent.
 void Capture::addDevices(std::vector<float>& block) {
     for (Device& device : devices_) {
+        device.input->look();
         std::unique_lock lock(mutex_);
         drainDevices();
         while (!cardOn_ && device.waiting.size() < block.size() && capturing_ && !device.input->lost()) {
             lock.unlock();
             std::this_thread::sleep_for(kDevicePoll);
+            device.input->look();
             lock.lock();
             drainDevices();
         }

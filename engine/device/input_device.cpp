@@ -11,6 +11,7 @@ namespace {
 constexpr std::size_t kRingFrames = 4 * kSampleRate;
 // 23 ms, which every server grants; what is recorded does not depend on it.
 constexpr std::uint32_t kLatencyFrames = 1024;
+constexpr std::chrono::milliseconds kLook{100};
 }  // namespace
 
 InputDevice::InputDevice(std::shared_ptr<cubeb> connection, std::string id)
@@ -41,8 +42,20 @@ bool InputDevice::start() {
 }
 
 long InputDevice::record(cubeb_stream*, void* user, const void* input, void*, long frames) {
-    static_cast<InputDevice*>(user)->ring_.write(static_cast<const float*>(input), static_cast<std::size_t>(frames));
+    auto* const self = static_cast<InputDevice*>(user);
+    if (!self->lost_) self->ring_.write(static_cast<const float*>(input), static_cast<std::size_t>(frames));
     return frames;
+}
+
+// Where a source goes, the server may go on with one that nobody has chosen.
+void InputDevice::look() {
+    const auto now = std::chrono::steady_clock::now();
+    if (!stream_ || lost_ || now < lookedAt_ + kLook) return;
+    lookedAt_ = now;
+    cubeb_device* device = nullptr;
+    if (cubeb_stream_get_current_device(stream_, &device) != CUBEB_OK) return;  // not every server tells
+    if (device->input_name && id_ != device->input_name) lost_ = true;
+    cubeb_stream_device_destroy(stream_, device);
 }
 
 void InputDevice::stateChanged(cubeb_stream*, void* user, cubeb_state state) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -25,7 +26,9 @@ public:
     std::size_t read(float* out, std::size_t frames) { return ring_.read(out, frames); }
     // One thread at a time: drops what has come so far.
     void clear() { ring_.clear(); }
-    // True when the device has vanished.
+    // One thread at a time: looks now and then whether the server has put another source in its place.
+    void look();
+    // True when the device has vanished. What comes then is dropped.
     bool lost() const { return lost_; }
 
 private:
@@ -37,6 +40,7 @@ private:
     cubeb_stream* stream_ = nullptr;
     FrameRing ring_;
     std::atomic<bool> lost_{false};
+    std::chrono::steady_clock::time_point lookedAt_;
 };
 
 }  // namespace melvane::engine
