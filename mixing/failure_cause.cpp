@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "base/paths.h"
 
@@ -11,13 +12,19 @@ namespace melvane {
 
 namespace fs = std::filesystem;
 
+namespace {
+// Enough for every reader to tell what a file is.
+constexpr std::size_t kHead = 1 << 20;
+}  // namespace
+
 int readingError(const std::string& path) {
     std::error_code error;
     if (fs::exists(toPath(path), error) && !isFile(path)) return 0;
     errno = 0;
     std::ifstream file(toPath(path), std::ios::binary);
     if (!file.is_open()) return errno;
-    file.get();
+    std::vector<char> head(kHead);
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
     return file.bad() ? EIO : 0;
 }
 

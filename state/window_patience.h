@@ -44,7 +44,8 @@ inline constexpr std::chrono::milliseconds kEventPatience{10};
 // none left. Returns or throws what `work` does.
 template <typename Work>
 auto whileEventsRun(const DoEvents& doEvents, Work work) {
-    auto result = std::async(std::launch::async | std::launch::deferred, std::move(work));
+    // Not handed over: where no thread could be started, what it owns would be lost.
+    auto result = std::async(std::launch::async | std::launch::deferred, [&work] { return work(); });
     while (!isReady(result, kEventPatience)) doEvents();
     return result.get();
 }

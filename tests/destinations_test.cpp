@@ -1,10 +1,12 @@
 // What stands at a destination while a mix is made for it, and afterwards.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <set>
 #include <thread>
@@ -12,6 +14,17 @@
 
 #include "desktop/local_destinations.h"
 #include "tests/temp_dir.h"
+
+namespace {
+// As on file systems that don't know it.
+bool noExclusiveRenaming = false;
+}  // namespace
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+    if (!noExclusiveRenaming) return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+    errno = EINVAL;
+    return -1;
+}
 
 namespace melvane {
 namespace {
@@ -132,6 +145,21 @@ TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestinat
         fs::remove(written);
         fs::remove(dir / "mix.mp3");
     }
+}
+
+// A run that was killed between taking a name and renaming leaves an empty file.
+TEST_F(DestinationsFixture, WithoutExclusiveRenamingNothingIsReplacedAndNoEmptyFileStays) {
+    noExclusiveRenaming = true;
+    for (const auto& [standing, expected] : {std::pair("", "mix (part).mp3"), {"a take", "mix (part 2).mp3"}}) {
+        dir.write("mix (part).mp3", standing);
+        auto claim = destinations.claim(dir / "mix.mp3", true);
+        std::ofstream(claim.destination->privateFile()) << "part";
+        EXPECT_EQ(claim.destination->putBeside(), dir / expected);
+        EXPECT_EQ(readFile(dir / expected), "part");
+    }
+    noExclusiveRenaming = false;
+    EXPECT_EQ(readFile(dir / "mix (part).mp3"), "a take");
+    EXPECT_EQ(files(), (Names{"mix (part).mp3", "mix (part 2).mp3"}));
 }
 
 TEST_F(DestinationsFixture, WhateverThePagesSayNothingButPrivateFilesIsTouched) {

@@ -6,6 +6,8 @@
 #include "effects/effect_knobs.h"
 #include "midi/channel_knobs.h"
 #include "state/errors.h"
+#include "state/window_patience.h"
+#include "tests/no_threads.h"
 #include "tests/silent_parts.h"
 #include "tools/options.h"
 
@@ -102,6 +104,13 @@ TEST(Knobs, StandForValuesAtTheirEndsTheirCentreAndBetween) {
     }
     EXPECT_EQ(syncAt(94, -0.04F), -0.04F) << "the centre leaves the offset as it was";
     EXPECT_EQ(syncAt(96, 0.5F), -0.04F);
+}
+
+TEST(WindowPatience, WorkIsDoneWithoutAThreadToo) {
+    const NoThreads none;
+    const auto work = [owned = std::string("what the work owns")] { return owned; };
+    EXPECT_EQ(whileEventsRun([] {}, work), "what the work owns");
+    EXPECT_EQ(whileWanted([] {}, [] { return true; }, work), "what the work owns");
 }
 
 struct SourceFilesFixture : SilentMidi {

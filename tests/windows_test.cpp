@@ -455,6 +455,30 @@ TEST_F(WindowFixture, ARunThatRecordsSilenceSaysSo) {
     EXPECT_FALSE(warned());
 }
 
+TEST_F(WindowFixture, DevicesThatGoInARunAreToldAndItGoesOn) {
+    music->ports = {"Synthesiser", "Keys"};
+    mixer().midi().takePorts(music->ports);
+    mixer().settings().midiPort = 1;
+    mixer().settings().forceMixDevice = 1;
+    mixer().settings().mixDevice = 0;
+    names.temporaryMidi = dir / "tmp.mid";
+    main().takeFiles({MELVANE_SAMPLES "/evening-ferry.kar"});
+    mixer().fields().vocal = "/voice.wav";
+    mixer().fields().destination = dir / "mix.mp3";
+    press("mi_button");
+    const auto tells = [this](const std::string& text) {
+        return QTest::qWaitFor([&] { return status().ends_with(text); }) &&
+               find<QWidget>(main(), "status").property("warned").toBool();
+    };
+    music->ports.pop_back();
+    EXPECT_TRUE(tells("The MIDI port Keys has gone: the song is no longer heard.")) << status();
+    library.inputs.front().name = "Line";
+    EXPECT_TRUE(tells("The input Microphone has gone: the mix goes on without it.")) << status();
+    EXPECT_TRUE(mixer().run().isMixing);
+    press("b_STOP");
+    EXPECT_TRUE(tells("The mix is finished, but the input Microphone had gone before its end.")) << status();
+}
+
 TEST_F(WindowFixture, WhatHasChangedIsWrittenWhileTheProgramRunsAndAtItsEnd) {
     const std::string stored = dir / "registry.json";
     const SettingsStore store(registry);
@@ -750,10 +774,9 @@ TEST_F(WindowFixture, TheDiskIsNeverAskedOnTheWindowsThread) {
     press("mi_button");
     library.position = library.length;
     EXPECT_TRUE(waitFor("Mix finished: " + old)) << status();
-    library.unreadable = {song};
-    main().mixFast();
     press("b_listen");
-    main().findChild<frmPlayer*>()->close();
+    find<frmPlayer>(main(), "frmPlayer").close();
+    main().mixFast();
     EXPECT_EQ(questions.here(), "");
     EXPECT_GT(questions.elsewhere(), 10);
 }
