@@ -63,6 +63,7 @@ void Program::openMainWindow() {
 
 void Program::endSession() {
     main_ ? main_->endSession() : static_cast<void>(start_.close());
+    if (mixer_) mixer_->sourceFiles().giveUp();
     QCoreApplication::exit();
 }
 

@@ -59,6 +59,11 @@ bool SourceFiles::isThere(const std::string& path) {
     return ask([path] { return exists(path); });
 }
 
+void SourceFiles::giveUp() {
+    givenUp_ = true;
+    midi_.giveUpOpening();
+}
+
 void SourceFiles::BR_Click(int index) {
     if (index == 0) browseBackground();
     if (index == 1) browseVocal();

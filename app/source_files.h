@@ -44,8 +44,8 @@ public:
     std::array<std::string, 2> lastFolder;
     // A MIDI song is being opened; window events run meanwhile.
     bool opening() const { return opening_; }
-    // Nobody waits for a disk any more, which then counts as having nothing.
-    void giveUp() { givenUp_ = true; }
+    // The program is about to end: nobody waits for a disk any more, which then counts as having nothing.
+    void giveUp();
     // Opens the song again, on the port that was chosen.
     void reopenMidi();
 

@@ -55,6 +55,8 @@ public:
     void reopen();
     // The same where a device of the machine plays the song, or should: it may have gone or come back since.
     void renewPort();
+    // An opening that is under way ends without a song.
+    void giveUpOpening() { ++generation_; }
     // From the beginning. False when there is nothing to play or it can't be played.
     bool PlayMidi();
     void StopMidi();

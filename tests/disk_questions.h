@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -54,6 +53,7 @@ Function* systems(const char* name) {
 
 }  // namespace melvane::test
 
+#pragma GCC visibility push(default)
 extern "C" {
 
 int stat(const char* path, struct stat* found) noexcept {
@@ -68,10 +68,5 @@ int lstat(const char* path, struct stat* found) noexcept {
     return real(path, found);
 }
 
-std::FILE* fopen64(const char* path, const char* mode) {
-    melvane::test::DiskQuestions::note(path);
-    static auto* const real = melvane::test::systems<std::FILE*(const char*, const char*)>("fopen64");
-    return real(path, mode);
-}
-
 }  // extern "C"
+#pragma GCC visibility pop
