@@ -22,11 +22,6 @@ public:
         run_.key = semitones;
         graph_.applyKey();
     }
-    // Where the voice begins; its clock is corrected when it is opened.
-    void setPlace(const VoicePlace& place) {
-        run_.voicePlace = place;
-        graph_.applySyncOffset();
-    }
     void setSync(float seconds) {
         run_.syncOffset = seconds;
         graph_.applySyncOffset();

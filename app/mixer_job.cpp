@@ -70,7 +70,7 @@ void applyKnobs(const Job& job, Mixer& mixer) {
         if (job.volume[i] != now.volume[i]) mixer.sliders().setVolume(i, job.volume[i]);
     if (job.key != now.key) mixer.sliders().setKey(job.key);
     if (job.sync != now.sync) mixer.sliders().setSync(job.sync);
-    if (job.place != now.place) mixer.sliders().setPlace(job.place);
+    if (job.place != now.place) mixer.rehearsal().placeVoice(job.place);
     applyEffects(job, now, mixer.effects());
     if (job.channels != now.channels && mixer.midi().loaded()) mixer.midi().choose(job.channels);
     if (job.soloed != mixer.midi().state().soloed && mixer.midi().loaded()) mixer.midi().solo(job.soloed);

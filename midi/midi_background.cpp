@@ -237,6 +237,10 @@ void MidiBackground::StopMidi() {
     if (loaded()) attempt(MidiFailure::operationNotApplied, [&] { performance_->stop(); });
 }
 
+void MidiBackground::pause(bool paused) {
+    if (loaded()) attempt(MidiFailure::operationNotApplied, [&] { performance_->pause(paused); });
+}
+
 void MidiBackground::CloseDevice() {
     ++generation_;
     openFile_.clear();

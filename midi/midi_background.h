@@ -60,6 +60,8 @@ public:
     // From the beginning. False when there is nothing to play or it can't be played.
     bool PlayMidi();
     void StopMidi();
+    // As MusicPerformance has it.
+    void pause(bool paused);
     // Lets go of the song, the port and everything that belongs to them.
     void CloseDevice();
     // The same, and shows that there are no channels.

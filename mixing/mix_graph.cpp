@@ -102,6 +102,16 @@ void MixGraph::applySettings() {
     applySyncOffset();
 }
 
+void MixGraph::pause() {
+    with_.library.holdCard();
+    midi_.pause(true);
+}
+
+void MixGraph::goOn() {
+    midi_.pause(false);
+    with_.library.resumeCard();
+}
+
 void MixGraph::close() {
     for (std::uint32_t* channel : {&run_.vocalChannel, &run_.backgroundChannel}) {
         with_.library.BASS_ChannelStop(*channel);

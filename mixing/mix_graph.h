@@ -27,6 +27,9 @@ public:
     bool playSong();
     // Attaches the effects, and sets everything to what the user chose.
     void applySettings();
+    // Not a frame is lost or repeated in between; a port of the machine is silent, and strikes again what sounded.
+    void pause();
+    void goOn();
     // Closes what an earlier mix may have left, so that the next begins with the song as its file sets it.
     void closeLast();
     // Ends what plays and closes it.

@@ -145,7 +145,7 @@ std::string searchMessage(const modLang& language, const VoiceFound& found, cons
         case SearchEnd::givenUp:
             return "";
         case SearchEnd::noTrace:
-            return language.ownText(OwnText::noTraceOfSong);
+            return language.ownText(OwnText::noTrace);
         case SearchEnd::songUnreadable:
             unread.failure = RunFailure::backgroundUnreadable;
             break;

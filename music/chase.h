@@ -1,11 +1,10 @@
 // What a song has set by a place in its middle, so that it can begin there.
 #pragma once
 
-#include <array>
 #include <vector>
 
+#include "music/held_notes.h"
 #include "music/midi_sink.h"
-#include "platform/midi_messages.h"
 
 namespace melvane::music {
 
@@ -24,21 +23,11 @@ private:
         std::uint8_t status, data1, data2;
         std::vector<std::uint8_t> sysex;
     };
-    struct Note {
-        int channel;
-        std::uint8_t key, velocity;
-        bool down;  // or held by the pedal
-    };
 
-    void strike(int channel, std::uint8_t key, std::uint8_t velocity);
-    void release(int channel, std::uint8_t key);
-    void control(int channel, std::uint8_t controller, std::uint8_t value);
-    void pedalUp(int channel);
     void keep(std::uint8_t status, std::uint8_t data1, std::uint8_t data2);
 
     std::vector<Message> messages_;  // in order of time
-    std::vector<Note> notes_;
-    std::array<bool, kMidiChannels> pedals_{};
+    HeldNotes notes_;
 };
 
 }  // namespace melvane::music

@@ -136,6 +136,10 @@ void Performance::stop() {
     source_.reset();
 }
 
+void Performance::pause(bool paused) {
+    if (port_ && stream_) port_->pause(paused);
+}
+
 // The card reads ahead: at the end of the song some of it has still to sound.
 bool Performance::playing() const {
     return stream_ &&

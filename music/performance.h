@@ -45,6 +45,7 @@ public:
     void makeReady() override;
     void playSegment() override;
     void stop() override;
+    void pause(bool paused) override;
     bool playing() const override;
     Handle stream() const override { return playing() ? stream_ : 0; }
     double position() const override;

@@ -8,9 +8,11 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "music/heard_clock.h"
+#include "music/held_notes.h"
 #include "music/message_queue.h"
 #include "music/midi_messages.h"
 
@@ -70,12 +72,17 @@ struct PortInstrument::Sender {
     bool stopped = false;
     bool ending = false;     // all notes are to be ended
     bool resetting = false;  // and then all channels reset
+    bool paused = false;
+    bool hushed = false;          // what sounds was ended for a pause
+    Clock::time_point hushDue{};  // when what was mixed before it has been heard
+    double secondsAhead = 0;
+    std::int64_t mixed = 0;  // frames
     bool quit = false;
     bool finished = false;
 
     // The sending thread's own.
     std::unique_ptr<MidiPort> port;
-    std::array<std::bitset<128>, kMidiChannels> sounding;
+    HeldNotes sounding;
     std::array<std::bitset<128>, kMidiChannels> controllers;  // that were sent since the last reset
     std::vector<std::uint8_t> message;
 
@@ -88,8 +95,23 @@ struct PortInstrument::Sender {
     void push(const PortInstrument* by, std::int64_t frame, std::span<const std::uint8_t> bytes) {
         const std::lock_guard lock(mutex);
         if (!playedBy(by)) return;
+        goOn(frame);
         const bool idle = queue.empty();
         if (queue.push(frame, bytes) && idle) wake.notify_one();
+    }
+
+    void hushSoon() {
+        hushed = hushed && !paused;
+        hushDue = clock.heard(mixed);
+        wake.notify_one();
+    }
+
+    // The first frame behind a pause: what sounded then is struck again.
+    void goOn(std::int64_t frame) {
+        if (paused || !std::exchange(hushed, false)) return;
+        clock.begin(Clock::now(), frame, secondsAhead);
+        queue.push(frame, {});
+        wake.notify_one();
     }
 
     void run() {
@@ -101,7 +123,7 @@ struct PortInstrument::Sender {
             else if (resetting)
                 resetChannels(lock);
             else if (queue.empty())
-                wake.wait(lock);
+                waitForMore(lock);
             else if (const auto due = clock.heard(queue.firstFrame()); Clock::now() < due)
                 wake.wait_until(lock, due);
             else
@@ -114,29 +136,44 @@ struct PortInstrument::Sender {
         ended.notify_all();
     }
 
+    void waitForMore(std::unique_lock<std::mutex>& lock) {
+        if (!paused || hushed) return wake.wait(lock);
+        if (Clock::now() < hushDue) return static_cast<void>(wake.wait_until(lock, hushDue));
+        hushed = true;
+        lock.unlock();
+        hush();
+        lock.lock();
+    }
+
     void sendFirst(std::unique_lock<std::mutex>& lock) {
         queue.pop(message);
         lock.unlock();
-        port->send(message);
-        const int kind = message[0] & 0xF0;
-        if (kind == kNoteOn || kind == kNoteOff)
-            sounding[message[0] & 0x0FU][message[1] & 0x7FU] = kind == kNoteOn && message[2];
-        if (kind == kControlChange) controllers[message[0] & 0x0FU].set(message[1] & 0x7FU);
+        if (message.empty()) {
+            sounding.strikeAgain([this](auto... bytes) { sendShort(bytes...); });
+        } else {
+            port->send(message);
+            if (message[0] < kSystemExclusive) note(message[0], message[1], message.size() > 2 ? message[2] : 0);
+        }
         lock.lock();
+    }
+
+    void note(std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
+        sounding.take(status, data1, data2);
+        if ((status & 0xF0) == kControlChange) controllers[status & 0x0FU].set(data1 & 0x7FU);
+    }
+
+    void hush() {
+        sounding.letGo([this](auto... bytes) { sendShort(bytes...); });
+        for (int channel = 0; channel < kMidiChannels; ++channel)
+            for (const std::uint8_t controller : kEndingControllers)
+                sendShort(onChannel(kControlChange, channel), controller, 0);
     }
 
     void endNotes(std::unique_lock<std::mutex>& lock) {
         ending = false;
         lock.unlock();
-        for (int channel = 0; channel < kMidiChannels; ++channel) {
-            auto& keys = sounding[static_cast<std::size_t>(channel)];
-            for (std::size_t key = 0; key < keys.size(); ++key)
-                if (keys[key])
-                    sendShort(onChannel(kNoteOff, channel), static_cast<std::uint8_t>(key), kReleaseVelocity);
-            for (const std::uint8_t controller : kEndingControllers)
-                sendShort(onChannel(kControlChange, channel), controller, 0);
-            keys.reset();
-        }
+        hush();
+        sounding.clear();
         lock.lock();
     }
 
@@ -180,11 +217,12 @@ PortInstrument::PortInstrument(std::unique_ptr<MidiPort> port)
     std::thread([sender = sender_] { sender->run(); }).detach();
 }
 
-PortInstrument::PortInstrument(const PortInstrument& before, double secondsAhead)
-    : sender_(before.sender_), secondsAhead_(secondsAhead) {
+PortInstrument::PortInstrument(const PortInstrument& before, double secondsAhead) : sender_(before.sender_) {
     const std::lock_guard lock(sender_->mutex);
     sender_->owner = this;
-    sender_->stopped = false;
+    sender_->secondsAhead = secondsAhead;
+    sender_->mixed = 0;
+    sender_->stopped = sender_->paused = sender_->hushed = false;
 }
 
 PortInstrument::~PortInstrument() {
@@ -199,8 +237,16 @@ void PortInstrument::stop() {
     const std::lock_guard lock(sender_->mutex);
     if (!sender_->playedBy(this)) return;
     sender_->stopped = sender_->ending = true;
+    sender_->paused = false;
     sender_->queue.clear();  // now: what the next play sends is to stay
     sender_->wake.notify_one();
+}
+
+void PortInstrument::pause(bool paused) {
+    const std::lock_guard lock(sender_->mutex);
+    if (!sender_->playedBy(this)) return;
+    sender_->paused = paused;
+    sender_->hushSoon();
 }
 
 void PortInstrument::reset() {
@@ -211,23 +257,27 @@ void PortInstrument::reset() {
 }
 
 void PortInstrument::begin(std::int64_t frame) {
-    const bool goesOn = rendered_ > 0;
-    rendered_ = frame;
     const std::lock_guard lock(sender_->mutex);
     if (!sender_->playedBy(this)) return;
+    const bool goesOn = std::exchange(sender_->mixed, frame) > 0;
+    sender_->hushed = false;
     if (goesOn) {
         sender_->queue.clear();
         sender_->ending = sender_->resetting = true;
     }
-    sender_->clock.begin(Clock::now(), frame, secondsAhead_);
+    sender_->clock.begin(Clock::now(), frame, sender_->secondsAhead);
     sender_->wake.notify_one();
 }
 
 void PortInstrument::render(float* out) {
     std::fill_n(out, kPieceFrames * 2, 0.0F);
-    rendered_ += static_cast<std::int64_t>(kPieceFrames);
     const std::lock_guard lock(sender_->mutex);
-    if (sender_->playedBy(this) && sender_->clock.mixedUpTo(rendered_, Clock::now())) sender_->wake.notify_one();
+    if (!sender_->playedBy(this)) return;
+    sender_->goOn(sender_->mixed);
+    sender_->mixed += static_cast<std::int64_t>(kPieceFrames);
+    if (sender_->clock.mixedUpTo(sender_->mixed, Clock::now())) sender_->wake.notify_one();
+    // The last block before the pause.
+    if (sender_->paused) sender_->hushSoon();
 }
 
 void PortInstrument::send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {

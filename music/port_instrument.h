@@ -25,6 +25,10 @@ public:
     // What is still rendered sends nothing any more.
     void stop();
 
+    // Any thread: once what was mixed has been heard, what sounds ends; it is struck again when more is mixed behind
+    // the pause.
+    void pause(bool paused);
+
     // Any thread: takes every channel back to how a device is without a song, before the first message of this play.
     void reset();
 
@@ -39,8 +43,6 @@ public:
 private:
     struct Sender;
     const std::shared_ptr<Sender> sender_;  // outlives this where the port hangs
-    const double secondsAhead_ = 0;
-    std::int64_t rendered_ = 0;  // frames
 };
 
 }  // namespace melvane::music

@@ -87,6 +87,9 @@ public:
     virtual void playSegment() = 0;
     // Stops with all notes off; nothing when nothing plays.
     virtual void stop() = 0;
+    // Goes with the card, which is held while it is paused: what sounds on a device of the machine ends with what was
+    // mixed, and is struck again when the card goes on.
+    virtual void pause(bool paused) = 0;
     virtual bool playing() const = 0;
     // The playing stream on the card, silent where a device of the machine sounds; 0 when nothing plays.
     virtual Handle stream() const = 0;

@@ -101,16 +101,12 @@ void frmTimeline::addLanes() {
         perform([&] { setLoop(std::max<std::int64_t>(begin, 0), std::min(end, songFrames())); });
     });
     connect(voiceLane_, &VoiceLane::placeWanted, this, [this](const VoicePlace& to) {
-        guarded(dialogs_, language_, [&] { place(to); });
+        guarded(dialogs_, language_, [&] { rehearsal_.placeVoice(to); });
         refresh();
     });
-    connect(voiceLane_, &VoiceLane::changeBegins, this, [this] {
-        dragged_ = true;
-        Q_EMIT changeBegins();
-    });
+    connect(voiceLane_, &VoiceLane::changeBegins, this, [this] { dragged_ = true; });
     connect(voiceLane_, &VoiceLane::changeEnds, this, [this] {
         dragged_ = false;
-        Q_EMIT changeEnds();
         refresh();
     });
     scroll_ = new QScrollBar(Qt::Horizontal, this);
@@ -251,11 +247,6 @@ void frmTimeline::scrollBy(double pixels) {
 void frmTimeline::showAll() {
     view_.showAll();
     showView();
-}
-
-void frmTimeline::place(const VoicePlace& place) {
-    if (place.driftPpm == state_.run.voicePlace.driftPpm) return rehearsal_.placeVoice(place);
-    calls_.whileOpening([&] { rehearsal_.placeVoice(place); });
 }
 
 void frmTimeline::lineUp() {

@@ -59,9 +59,6 @@ public:
     void showNotLinedUp(const std::string& failure);
 
 Q_SIGNALS:
-    // Between the two the user moves the voice: one step to be undone.
-    void changeBegins();
-    void changeEnds();
     // What it plays or where the voice is, for other windows.
     void changed();
 
@@ -107,7 +104,6 @@ private:
     void zoomAtHead(double factor);
     void scrollBy(double pixels);
     void showAll();
-    void place(const VoicePlace& place);
     void lineUp();
 
     void tick();

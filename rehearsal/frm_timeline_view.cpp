@@ -33,7 +33,10 @@ bool stillOpening(const std::shared_ptr<Waveform>& file) {
 
 void frmTimeline::tick() {
     if (rehearsal_.playing()) {
-        guarded(dialogs_, language_, [this] { rehearsal_.Timer1_Timer(); });
+        guarded(dialogs_, language_, [this] {
+            rehearsal_.Timer1_Timer();
+            if (rehearsal_.outdated()) calls_.whileOpening([this] { rehearsal_.play(); });
+        });
         if (!rehearsal_.playing()) Q_EMIT changed();
     }
     showPosition();
@@ -167,9 +170,7 @@ void frmTimeline::showLiningUp(double done) {
 
 void frmTimeline::showLinedUp(const VoicePlace& found, double certainty) {
     liningUp_ = -1;
-    Q_EMIT changeBegins();
-    guarded(dialogs_, language_, [&] { place(found); });
-    Q_EMIT changeEnds();
+    guarded(dialogs_, language_, [&] { rehearsal_.placeVoice(found); });
     // As long as the voice stays there.
     note_ = [this, certainty, at = state_.run.voicePlace] {
         const int percent = static_cast<int>(certainty * kPercent);
@@ -197,7 +198,7 @@ void frmTimeline::GetTimelineLanguage() {
     setName(ruler_, toQt(language_.ownText(OwnText::playPosition)));
     ruler_->setToolTip(ruler_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::rulerMeaning)));
     songLane_->setAccessibleName(toQt(language_.ownText(OwnText::songColumn)));
-    setName(voiceLane_, toQt(language_.ownText(OwnText::voiceInSong)));
+    setName(voiceLane_, toQt(language_.ownText(OwnText::voicePlace)));
     voiceLane_->setToolTip(voiceLane_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::voicePlaceMeaning)));
     scroll_->setAccessibleName(toQt(language_.ownText(OwnText::shownPart)));
     setButtonText(bClose_, {}, toQt(language_.lang(LangEntry::close)));

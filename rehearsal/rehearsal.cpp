@@ -23,18 +23,18 @@ bool Rehearsal::canPlay() const {
 }
 
 void Rehearsal::play() {
-    if (busy_ || !canPlay() || playing()) return;
+    if (busy_ || !canPlay() || (playing() && !outdated())) return;
+    if (outdated()) end();
     if (!run_.isRehearsing && !open()) return close();
     paused_ = false;
-    with_.library.resumeCard();
+    graph_.goOn();
 }
 
-// The card is held: no frame is lost or repeated.
 void Rehearsal::pause() {
     if (!playing() || busy_) return;
     paused_ = true;
     from_ = position();
-    with_.library.holdCard();
+    graph_.pause();
 }
 
 bool Rehearsal::open() {
@@ -64,6 +64,7 @@ bool Rehearsal::open() {
 void Rehearsal::start() {
     const auto opens = [this] {
         graph_.closeLast();
+        clock_ = run_.voicePlace.driftPpm;
         if (!graph_.open([this] { return !abandoned_; })) return false;
         graph_.playFiles();
         return true;
@@ -150,12 +151,8 @@ std::int64_t Rehearsal::position() const {
 }
 
 void Rehearsal::placeVoice(const VoicePlace& place) {
-    const bool otherClock = place.driftPpm != run_.voicePlace.driftPpm;
     run_.voicePlace = place;
-    if (!run_.isRehearsing || !otherClock || busy_) return graph_.applySyncOffset();
-    const bool played = playing();
-    end();
-    if (played) play();
+    graph_.applySyncOffset();
 }
 
 void Rehearsal::Timer1_Timer() {

@@ -35,7 +35,8 @@ public:
     // Files are being opened: window events run meanwhile, and no run may begin.
     bool busy() const { return busy_; }
 
-    // Goes on from where it is; opens what was chosen when nothing is open. What fails is told by message().
+    // Goes on from where it is; opens what was chosen when nothing is open, or what is is outdated. What fails is told
+    // by message().
     void play();
     void pause();
     void playOrPause() { playing() ? pause() : play(); }
@@ -58,8 +59,9 @@ public:
     // Of what is open; 0 before.
     std::int64_t length() const { return run_.isRehearsing ? graph_.length() : 0; }
 
-    // Where the voice is, live; a change of its clock reads it anew.
+    // Where the voice is, live. Its clock is put right when it is opened: until then what is open is outdated.
     void placeVoice(const VoicePlace& place);
+    bool outdated() const { return run_.isRehearsing && !busy_ && clock_ != run_.voicePlace.driftPpm; }
 
     // Follows what plays: ends it with the song, or when a file could no longer be read.
     void Timer1_Timer();
@@ -84,6 +86,7 @@ private:
     RunState failed_;  // as it was then; its failure is none when all is well
     std::int64_t from_ = 0;
     Loop loop_;
+    double clock_ = 0;  // of the voice, as it was opened
     bool paused_ = false;
     bool busy_ = false;
     bool abandoned_ = false;

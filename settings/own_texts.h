@@ -138,7 +138,6 @@ enum class OwnText {
     wholeSong,
     rulerMeaning,
     shownPart,
-    voiceInSong,
     voicePlaceMeaning,
     voiceWithSong,
     voiceBeforeSong,  // seconds
@@ -178,7 +177,6 @@ enum class OwnText {
     backgroundLost,        // file
     vocalLost,             // file
     mixedUntilThen,        // file
-    noTraceOfSong,
     noThread,
     encoderStalled,
     destinationIsSource,

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <soxr.h>
 
+#include "engine/device/gap_fade.h"
 #include "tests/sound.h"
 
 namespace melvane::engine {
@@ -305,6 +306,30 @@ TEST(Limiter, IsBackToBitExactSoonAfterAPeak) {
         largest = std::max(largest, std::abs(next - gain));
     }
     EXPECT_LT(largest, 0.001);
+}
+
+// A device that runs dry now and then: what is heard has no step beyond the sound's own, and all of it between gaps.
+TEST(GapFade, TakesTheClickFromBothEndsOfAGap) {
+    const Sound tone = sine(100, 0.5, 20000);
+    const float steepest = 0.5F * 2 * std::numbers::pi_v<float> * 100 / kSampleRate + 0.5F / 220;
+    GapFade fade;
+    Sound heard;
+    std::size_t at = 0;
+    for (const std::size_t stretch : {5000U, 300U, 8000U, 100U, 6000U})
+        for (std::size_t left = stretch; left > 0 || heard[heard.size() - 1] != 0;) {
+            constexpr std::size_t kWanted = 441;
+            const std::size_t got = std::min(left, kWanted);
+            Sound block(kWanted * 2, 7);
+            std::copy_n(tone.begin() + static_cast<std::ptrdiff_t>(2 * at), got * 2, block.begin());
+            at += got;
+            left -= got;
+            fade.apply(block.data(), got, kWanted, left);
+            if (got == kWanted && left > 441 && stretch - left > 1000) {
+                EXPECT_EQ(block.back(), tone[2 * at - 1]) << at;
+            }
+            heard.insert(heard.end(), block.begin(), block.end());
+        }
+    for (std::size_t i = 2; i < heard.size(); ++i) ASSERT_LE(std::abs(heard[i] - heard[i - 2]), steepest) << i / 2;
 }
 
 }  // namespace

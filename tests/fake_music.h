@@ -86,6 +86,7 @@ private:
             playing_ = true;
         }
         void stop() override { note("stop"), playing_ = false; }
+        void pause(bool paused) override { note(words("pause", paused)); }
         bool playing() const override { return playing_; }
         Handle stream() const override { return playing_ ? 50 : 0; }
         double position() const override { return 0; }

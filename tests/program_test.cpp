@@ -304,8 +304,13 @@ TEST_F(ProgramFixture, AKaraokeSongIsPlayedInterruptedAndHeard) {
 // With every knob moved, a fast mix is what the mix button makes when no knob is touched meanwhile.
 TEST_F(ProgramFixture, AMixThatNobodyHearsIsTheSameToTheByte) {
     const std::string voice = makeTone("głos.wav", kVoiceTone, 2);
-    for (const std::string& song : {toMp3(makeTone("pieśń.wav", kSongTone, 3)), dir.write("song.mid", midiSong())}) {
+    const std::string ogg = dir / "pieśń.ogg";
+    QProcess::execute(QStringLiteral("ffmpeg"), {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"),
+                                                 toQt(makeTone("pieśń.wav", kSongTone, 3)), toQt(ogg)});
+    const std::string songs[] = {toMp3(dir / "pieśń.wav"), ogg, dir.write("song.kar", midiSong())};
+    for (const std::string& song : songs) {
         drop({song, voice});
+        mixer().rehearsal().placeVoice({-12'345, 40});
         press("b_eff");
         auto& effects = opened<frmEff>();
         for (auto* slider : effects.findChildren<Slider*>()) turn(*slider);

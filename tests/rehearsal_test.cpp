@@ -92,6 +92,8 @@ TEST_F(RehearsalFixture, OneFileAlonePlaysAndAnotherClockReadsTheVoiceAnew) {
     library.cardPlace = 30'000;
     library.calls.clear();
     rehearsal.placeVoice({4410, -20});
+    EXPECT_TRUE(rehearsal.playing() && rehearsal.outdated()) << "the place at once, the clock with the next play";
+    rehearsal.play();
     EXPECT_EQ(std::ranges::count(library.calls, "openRecording /voice.wav -20.000000 4"), 1);
     EXPECT_EQ(cardCalls().back(), "resumeCard");
     EXPECT_TRUE(rehearsal.playing());

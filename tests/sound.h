@@ -55,6 +55,18 @@ inline Sound noise16(std::size_t frames, unsigned seed, int peak = 12000) {
     return sound;
 }
 
+// Drum-like hits on silence: their place can be told at any key.
+inline Sound hits(std::size_t frames, std::size_t every) {
+    Sound sound = silence(frames);
+    std::mt19937 random(3);
+    std::normal_distribution<float> noise(0, 0.25F);
+    for (std::size_t start = every / 2; start + 6000 < frames; start += every)
+        for (std::size_t i = 0; i < 6000; ++i)
+            sound[(start + i) * 2] = sound[(start + i) * 2 + 1] =
+                noise(random) * std::exp(-static_cast<float>(i) / 1500.0F);
+    return sound;
+}
+
 // Amplitude of one frequency on the left side of `frames` frames from `start` on (Hann window).
 inline double levelAt(const Sound& sound, double hertz, std::size_t start, std::size_t frames) {
     std::complex<double> sum;

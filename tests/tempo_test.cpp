@@ -21,18 +21,6 @@ TempoSource tempoOf(Sound sound) {
     return TempoSource(std::make_shared<MemorySource>(std::move(sound)));
 }
 
-// Drum-like hits on silence: their place can be told at any key.
-Sound hits(std::size_t frames, std::size_t every) {
-    Sound sound = silence(frames);
-    std::mt19937 random(3);
-    std::normal_distribution<float> noise(0, 0.25F);
-    for (std::size_t start = every / 2; start + 6000 < frames; start += every)
-        for (std::size_t i = 0; i < 6000; ++i)
-            sound[(start + i) * 2] = sound[(start + i) * 2 + 1] =
-                noise(random) * std::exp(-static_cast<float>(i) / 1500.0F);
-    return sound;
-}
-
 // The place of each hit: where the first 3 % of its energy have come.
 std::vector<double> onsets(const Sound& sound, std::size_t every) {
     std::vector<double> found;

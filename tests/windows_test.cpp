@@ -193,7 +193,7 @@ TEST_F(WindowFixture, EveryKnobGoesBackAndForthAlsoInARun) {
         main().update();
     });
     step("Place of the voice", [&] {
-        mixer().sliders().setPlace({44100, 60});
+        mixer().rehearsal().placeVoice({44100, 60});
         main().update();
     });
     Q_EMIT main().findChild<frmMenu*>()->mnuMidi()->aboutToShow();

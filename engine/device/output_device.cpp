@@ -46,7 +46,7 @@ long OutputDevice::play(cubeb_stream*, void* user, const void*, void* output, lo
     auto* out = static_cast<float*>(output);
     const auto wanted = static_cast<std::size_t>(frames);
     const std::size_t got = self->ring_.read(out, wanted);
-    std::fill(out + got * 2, out + wanted * 2, 0.0F);
+    self->fade_.apply(out, got, wanted, self->framesExpected_ ? self->ahead_ : self->ring_.filled());
     if (got < wanted && self->framesExpected_) ++*self->underruns_;
     ++self->callbacks_;
     return frames;

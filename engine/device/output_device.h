@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "engine/device/frame_ring.h"
+#include "engine/device/gap_fade.h"
 #include "engine/device/sound_server.h"
 
 namespace melvane::engine {
@@ -34,7 +35,7 @@ public:
     std::size_t waiting() const { return ring_.filled(); }
     std::uint64_t callbacks() const { return callbacks_; }
     std::uint32_t latencyMilliseconds() const;
-    // While true, an empty ring counts as an underrun.
+    // While true, an empty ring counts as an underrun. Else what is left fades out.
     void expectFrames(bool expected) { framesExpected_ = expected; }
 
 private:
@@ -49,6 +50,7 @@ private:
     std::atomic<std::uint64_t> callbacks_{0};
     std::atomic<bool> framesExpected_{false};
     std::atomic<bool> lost_{false};
+    GapFade fade_;  // the callback's own
 };
 
 }  // namespace melvane::engine
