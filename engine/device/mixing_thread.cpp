@@ -10,6 +10,8 @@ using namespace std::chrono_literals;
 constexpr auto kStallLimit = 3s;
 // The device's ring holds 50 ms; one that does not empty it in four times that has stopped.
 constexpr auto kFinishLimit = 200ms;
+// What the device holds itself is lost when it is closed: twice its 40 ms.
+constexpr auto kDrainTime = 80ms;
 // A third of what the ring holds.
 constexpr auto kPollInterval = 15ms;
 }  // namespace
@@ -52,7 +54,7 @@ void MixingThread::playWhileActive() {
         clockFrames_ += frames;
         if (device_) {
             device_->write(block_.data(), frames);
-            device_->expectFrames(frames == blockFrames_);
+            device_->expectFrames(frames == blockFrames_ && !device_->hasRoomFor(blockFrames_));
         }
     }
     if (!quit_.stop_requested()) letDeviceFinish();
@@ -105,6 +107,7 @@ void MixingThread::letDeviceFinish() {
     const auto limit = Clock::now() + kFinishLimit;
     while (device_->waiting() > 0 && Clock::now() < limit && !card_.active())
         std::this_thread::sleep_for(kPollInterval);
+    if (device_->waiting() == 0 && !card_.active()) std::this_thread::sleep_for(kDrainTime);
 }
 
 void MixingThread::restartMachineClock() {

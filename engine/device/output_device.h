@@ -35,7 +35,8 @@ public:
     std::size_t waiting() const { return ring_.filled(); }
     std::uint64_t callbacks() const { return callbacks_; }
     std::uint32_t latencyMilliseconds() const;
-    // While true, an empty ring counts as an underrun. Else what is left fades out.
+    // While true, which is once the ring has been filled, an empty one counts as an underrun. Else what is left fades
+    // out.
     void expectFrames(bool expected) { framesExpected_ = expected; }
 
 private:
