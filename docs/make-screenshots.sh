@@ -40,7 +40,8 @@ write_settings() {
   "volume": "84,92", "audio effects": "1,35;0,20;1,60;0,40", "audio preset": "12",
   "bass & treble": "40,50,62,38", "balance": "-31,13"},
  "HKEY_CURRENT_USER\\\\software\\\\Tessaro\\\\Melvane\\\\windows": {"frmEff": "60,270", "frmChann": "540,270",
-  "frmIns": "780,490", "mnuHelp": "540,50", "zoom": "100"}}
+  "frmIns": "780,490", "mnuHelp": "540,50", "frmTimeline": "540,270", "frmTimeline size": "760,340",
+  "zoom": "100"}}
 JSON
 }
 
@@ -99,6 +100,16 @@ shoot_player() {
     shoot player "$x" "$y" 274 146
 }
 
+# Opened from the overview bar, and closed again.
+shoot_timeline() {
+    click 100 159
+    sleep 2
+    shoot "$1" 540 270 760 340
+    at 900 300
+    xdotool key Escape
+    sleep 0.5
+}
+
 # The start window is in the middle of the screen.
 continue_from_start() {
     press $((1400 / scale)) $((800 / scale + 49))
@@ -118,7 +129,10 @@ shoot_all() {
     shoot preferences-audio 540 50 460 210
     press 760 93
     shoot preferences-language 540 50 460 210
+    press 914 93
+    shoot preferences-rehearsal 540 50 460 210
     press 976 61
+    shoot_timeline timeline
     click 60 130
     sleep 6
     shoot main-run 60 60 460 196
@@ -129,6 +143,7 @@ shoot_all() {
 
     run_program evening-ferry.kar
     continue_from_start
+    shoot_timeline timeline-midi
     click 203 130
     shoot channels-rest 540 270 460 210
     click 60 130
