@@ -14,12 +14,12 @@
 #include "app/frm_device_watch.h"
 #include "app/frm_jobs.h"
 #include "app/frm_level_panel.h"
+#include "app/frm_line_up.h"
 #include "app/frm_settings_keeper.h"
 #include "app/frm_slider_panel.h"
-#include "app/frm_song_overview.h"
+#include "app/frm_status_row.h"
 #include "app/frm_undo.h"
 #include "app/frm_windows.h"
-#include "app/main_status.h"
 #include "app/mixer.h"
 #include "controls/Ed_Button.h"
 #include "controls/elided_label.h"
@@ -72,7 +72,7 @@ protected:
 private:
     void addRow(int index);
     void addButtons();
-    void addProgress();
+    void addStatus();
     void addMenu();
     // A button whose click is guarded and followed by a refresh.
     Ed_Button* add(const char* name, const QRect& place, ButtonLook look, Symbol symbol, std::function<void()> click);
@@ -86,6 +86,8 @@ private:
     void mi_button_Click();
     void b_STOP_Click();
     MainCalls calls();
+    LineUp::Calls lineUpCalls();
+    void followLineUp();
     void listen();
     void Timer1_Timer();
     void addJobs();
@@ -111,12 +113,15 @@ private:
 
     void refresh();
     void showSound(bool running);
+    void showFiles(bool running);
     void refreshPaths();
     void refreshButtons(bool running);
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
     bool canListen() const;
     void tellUnusable(const std::vector<std::string>& paths);
+    // Song and voice that come together are told apart by themselves.
+    static std::optional<int> fieldMeant(const std::vector<std::string>& paths, std::optional<int> pointedAt);
     std::optional<int> fieldAt(const QPoint& place) const;
     using FieldSet = std::array<bool, 3>;
     // The fields that take what is dragged, when it is dropped on one of the three, or last beside them.
@@ -131,20 +136,23 @@ private:
     const SettingsStore& store_;
     RecentFiles recent_;
     SettingsKeeper keeper_;
-    std::vector<std::string> interrupted_;  // what is left of mixes that were cut off, until the next run
-    bool stopped_ = false;                  // the last run was ended with the stop button
-    bool tellsRun_ = false;                 // nothing was chosen since it
-    bool wasRunning_ = false;
-    bool choosing_ = false;     // a file is being chosen or opened
-    bool portChosen_ = false;   // and not used yet
-    bool sourceTaken_ = false;  // and not yet remembered
-    bool filesChosen_ = false;  // sources, and not shown on the timeline yet
-    bool unloaded_ = false;
-    bool tellsFast_ = false;  // the last run was a fast mix
-    bool cancelled_ = false;  // that left nothing
+    Waveforms waveforms_;  // of song and voice, for all windows
+    RunReport report_;
 
-    std::vector<std::string> waiting_;  // files that are to be taken
-    Takers takers_;                     // of what is dragged, once the disk has told
+    // What is being chosen, and what is to be done once nothing is.
+    struct Choosing {
+        bool choosing = false;             // a file is being chosen or opened
+        bool otherPort = false;            // was chosen, and not used yet
+        bool toRemember = false;           // sources were taken: to be kept among the recent ones,
+        bool toShow = false;               // to be shown on the timeline,
+        bool toLineUp = false;             // and the voice to be lined up
+        std::vector<std::string> waiting;  // files that are to be taken
+    };
+    Choosing files_;
+    bool wasRunning_ = false;
+    bool unloaded_ = false;
+
+    Takers takers_;  // of what is dragged, once the disk has told
     std::future<Takers> takersSearch_;
 
     std::array<ElidedLabel*, 3> path_{};
@@ -160,15 +168,13 @@ private:
     Ed_Button* bMinimise_;
     Ed_Button* bHelp_;
     Ed_Button* bClose_;
-    OverviewBar* progress_;
-    std::array<SongOverview*, 2> scans_{};  // of song and voice
     LevelPanel levels_;
     DeviceWatch watch_;
-    ElidedLabel* status_;
-    StatusLine told_;  // there
+    StatusRow* status_;
     frmMenu* menu_;
     JobDesk* jobs_;
     UndoKeeper* steps_;
+    LineUp* lineUp_;
     FastMix fast_;
     SecondaryWindows* windows_;
     QTimer Timer1_{this};

@@ -1,12 +1,13 @@
-// What the main window does with files that are dragged over it, and with those that it is handed.
+// What the main window does with files that are dragged over it.
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QUrl>
 #include <algorithm>
 
 #include "app/frmMain.h"
+#include "base/paths.h"
 #include "controls/skin.h"
-#include "controls/window_layout.h"
+#include "job/job_file.h"
 #include "state/window_patience.h"
 
 namespace melvane {
@@ -16,10 +17,6 @@ namespace {
 // How long the window waits for a disk before the fields are lit.
 constexpr std::chrono::milliseconds kDiskPatience{30};
 
-bool isAddress(const std::string& path) {
-    return path.find("://") != std::string::npos;
-}
-
 // What is dragged, by its names in the file system, or else by its addresses.
 std::vector<std::string> pathsOf(const QMimeData& data) {
     std::vector<std::string> paths;
@@ -28,43 +25,7 @@ std::vector<std::string> pathsOf(const QMimeData& data) {
     return paths;
 }
 
-// Song and voice that come together are told apart by themselves.
-std::optional<int> fieldMeant(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
-    return paths.size() == 1 || pointedAt == kDestinationField ? pointedAt : std::nullopt;
-}
-
 }  // namespace
-
-void frmMain::takeFiles(const std::vector<std::string>& paths, std::optional<int> pointedAt) {
-    if (mixer_.isRunning() || choosing_) {
-        waiting_.insert(waiting_.end(), paths.begin(), paths.end());
-        return;
-    }
-    std::vector<std::string> ordered = openJobsAmong(paths);
-    if (ordered.empty()) return refresh();
-    pointedAt = fieldMeant(ordered, pointedAt);
-    std::vector<std::string> unusable;
-    withButtonsOff([&] {
-        mixer_.sourceFiles().putInOrder(ordered, pointedAt);
-        for (const std::string& path : ordered)
-            if (!mixer_.sourceFiles().take(path, pointedAt)) unusable.push_back(path);
-    });
-    rememberFiles();
-    refresh();
-    if (!unusable.empty()) tellUnusable(unusable);
-}
-
-// In one message, however many they are.
-void frmMain::tellUnusable(const std::vector<std::string>& paths) {
-    constexpr std::size_t kShown = 8;
-    std::string names;
-    for (std::size_t i = 0; i < std::min(paths.size(), kShown); ++i) names += "\n" + paths[i];
-    if (paths.size() > kShown) names += "\n…";
-    const modLang& language = environment_.language;
-    std::string text = language.ownText(OwnText::cannotUseFiles, names);
-    if (std::ranges::any_of(paths, isAddress)) text += "\n" + language.ownText(OwnText::cannotUseAddresses);
-    tell(text, BoxIcon::information);
-}
 
 frmMain::Takers frmMain::takersOf(const std::vector<std::string>& paths, const PathFields& chosen) {
     Takers takers{};
@@ -72,6 +33,7 @@ frmMain::Takers frmMain::takersOf(const std::vector<std::string>& paths, const P
         FieldSet& fields = takers.at(place);
         const auto pointedAt = place < fields.size() ? std::optional(static_cast<int>(place)) : std::nullopt;
         for (const std::string& path : paths) {
+            if (isJobFile(path) && isFile(path)) fields.fill(true);
             const auto field = fieldFor(path, fieldMeant(paths, pointedAt), chosen);
             if (field == kSongOrVoice) fields[kBackgroundField] = fields[kVocalField] = true;
             if (field && field != kSongOrVoice) fields.at(static_cast<std::size_t>(*field)) = true;
@@ -81,7 +43,7 @@ frmMain::Takers frmMain::takersOf(const std::vector<std::string>& paths, const P
 }
 
 void frmMain::dragEnterEvent(QDragEnterEvent* event) {
-    if (mixer_.isRunning() || choosing_ || !event->mimeData()->hasUrls()) return;
+    if (mixer_.isRunning() || files_.choosing || !event->mimeData()->hasUrls()) return;
     if (!(event->possibleActions() & Qt::CopyAction)) return;
     takers_ = {};
     takersSearch_ =

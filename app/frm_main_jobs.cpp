@@ -1,4 +1,4 @@
-// What the main window does with jobs: documents, recent ones, steps back and forth, and the mix that nobody hears.
+// What the main window does with jobs: documents, recent ones, and steps back and forth.
 #include <QApplication>
 #include <algorithm>
 
@@ -16,6 +16,16 @@ namespace {
 // As the text of a menu.
 QString shown(const std::string& text) {
     return toQt(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+// What a file was that was chosen before. Sound of which nothing is known is more often a recording than a song.
+std::optional<int> fieldThen(const std::string& file, const std::vector<Job>& jobs) {
+    const auto isIn = [&](auto part) {
+        return std::ranges::any_of(jobs, [&](const Job& job) { return job.files.*part == file; });
+    };
+    if (isIn(&PathFields::vocal)) return kVocalField;
+    if (isIn(&PathFields::background)) return kBackgroundField;
+    return fieldFor(file, {}, {}) == kSongOrVoice ? std::optional(kVocalField) : std::nullopt;
 }
 
 }  // namespace
@@ -39,6 +49,7 @@ void frmMain::addJobs() {
     connect(steps_, &UndoKeeper::applied, this, &frmMain::showSettings);
     connect(steps_, &UndoKeeper::stepped, this, &frmMain::showSteps);
     connect(jobs_, &JobDesk::restored, this, [this] {
+        files_.toLineUp = false;  // the voice is where it was then
         steps_->clear();
         showSettings();
     });
@@ -82,59 +93,9 @@ void frmMain::fillRecentJobs() {
     const std::vector<std::string> files = recent_.list();
     for (std::size_t i = 0; i + jobs.size() < RecentJobs::kMost && i < files.size(); ++i)
         connect(menu->addAction(shown(files[i])), &QAction::triggered, this,
-                [this, file = files[i]] { takeFiles({file}); });
+                [this, file = files[i], field = fieldThen(files[i], jobs)] { takeFiles({file}, field); });
     if (menu->isEmpty())
         menu->addAction(toQt(environment_.language.ownText(OwnText::noRecentFiles)))->setEnabled(false);
-}
-
-// Of several jobs the last one stays.
-std::vector<std::string> frmMain::openJobsAmong(std::vector<std::string> paths) {
-    const auto jobs = std::ranges::stable_partition(paths, [](const std::string& path) { return !isJobFile(path); });
-    for (const std::string& job : jobs) withButtonsOff([&] { jobs_->openFile(job); });
-    paths.erase(jobs.begin(), jobs.end());
-    return paths;
-}
-
-std::string frmMain::whyNoFastMix() const {
-    const modLang& language = environment_.language;
-    if (fast_.going()) return language.ownText(OwnText::mixingFast);
-    if (!mixer_.input().recordsCard()) return language.ownText(OwnText::fastOtherInput);
-    return mixer_.midi().onDevice() ? language.ownText(OwnText::fastOtherPort) : "";
-}
-
-void frmMain::mixFast() {
-    if (choosing_ || mixer_.isRunning() || fast_.going() || !whyNoFastMix().empty()) return;
-    withButtonsOff([this] {
-        if (!mixer_.sourceFiles().mayReplaceDestination()) return;
-        stopped_ = cancelled_ = false;
-        tellsRun_ = tellsFast_ = true;
-        interrupted_.clear();
-        jobs_->remember();
-        fast_.start(takeJob(mixer_));
-    });
-}
-
-void frmMain::followFastMix() {
-    const auto result = fast_.ended();
-    if (!result) return;
-    takeResult(mixer_.run(), *result);
-    cancelled_ = fast_.cancelled() && result->lastMixPath.empty();
-    if (result->failure == RunFailure::pathsMissing || result->failure == RunFailure::midiUnplayable)
-        tell(runMessage(environment_.language, *result), BoxIcon::information);
-    QApplication::alert(this);
-}
-
-void frmMain::endFastMix() {
-    fast_.cancel();
-    while (fast_.going()) {
-        environment_.doEvents();
-        attempt([this] { followFastMix(); });
-    }
-}
-
-double frmMain::doneShare() const {
-    if (fast_.going() || tellsFast_) return fast_.done();
-    return mixer_.isRunning() || tellsRun_ ? mixer_.mixingRun().done() : 0;
 }
 
 }  // namespace melvane

@@ -74,6 +74,13 @@ void UndoKeeper::clear() {
     stack_.clear();
 }
 
+void UndoKeeper::asOneStep(const std::function<void()>& change) {
+    look();
+    byKeys_ = false;
+    change();
+    look();
+}
+
 void UndoKeeper::undo() {
     look();
     stack_.undo();

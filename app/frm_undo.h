@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QTimer>
 #include <QUndoStack>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -23,6 +24,8 @@ public:
 
     // Nothing of what was done so far can be undone: the song or the voice is another.
     void clear();
+    // What it does is a step of its own, whatever the user does before and behind it.
+    void asOneStep(const std::function<void()>& change);
     void undo();
     void redo();
     bool canUndo() const { return stack_.canUndo(); }

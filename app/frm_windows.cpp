@@ -14,12 +14,6 @@ std::vector<std::string> recordingInputs(const AudioLibrary& library) {
     return names;
 }
 
-Waveforms::OpenReader readerOf(AudioLibrary& library) {
-    return [&library](const std::string& file, const std::function<bool()>& wanted) {
-        return library.openReader(file, wanted);
-    };
-}
-
 std::string nameOf(const QObject* window) {
     return window->objectName().toStdString();
 }
@@ -35,16 +29,17 @@ QPoint toPixels(const WindowPosition& position) {
 }
 
 SecondaryWindows::SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment,
-                                   const SettingsStore& store, MainCalls mainCalls)
+                                   const SettingsStore& store, Waveforms& waveforms, LineUp& lineUp,
+                                   MainCalls mainCalls)
     : QObject(main),
       main_(main),
       mixer_(mixer),
       environment_(environment),
       places_(store),
       mainCalls_(std::move(mainCalls)),
-      waveforms_(readerOf(environment.library), OutlineCache(environment.names.cacheDirectory())),
-      search_(new DeviceSearch(this, mixer, environment)),
-      lineUp_(new LineUp(this, mixer, environment)) {
+      waveforms_(waveforms),
+      lineUp_(lineUp),
+      search_(new DeviceSearch(this, mixer, environment)) {
     connect(search_, &DeviceSearch::found, this, [this] {
         if (preferences_) preferences_->refreshDevices();
     });
@@ -94,21 +89,18 @@ void SecondaryWindows::showPreferences() {
 void SecondaryWindows::showTimeline() {
     if (!timeline_) {
         timeline_ = new frmTimeline(mixer_.rehearsal(), mixer_.state(), mixer_.midi().state(), waveforms_,
-                                    environment_.language, environment_.dialogs, timelineCalls(), main_);
+                                    environment_.language, environment_.dialogs, mainCalls_.timeline, main_);
         connect(timeline_, &frmTimeline::changed, this, mainCalls_.rehearsed);
+        connect(&lineUp_, &LineUp::looking, timeline_, &frmTimeline::showLiningUp);
+        connect(&lineUp_, &LineUp::linedUp, timeline_, &frmTimeline::showLinedUp);
+        connect(&lineUp_, &LineUp::noTrace, timeline_, &frmTimeline::showNoTrace);
+        connect(&lineUp_, &LineUp::notLinedUp, timeline_, &frmTimeline::showNotLinedUp);
         const auto size = places_.find(kTimelineSize);
         if (size) timeline_->setUnits({toPixels(*size).x(), toPixels(*size).y()});
         timeline_->takeFiles();
     }
     place(timeline_, Qt::BottomEdge);
     timeline_->bringUp();
-}
-
-TimelineCalls SecondaryWindows::timelineCalls() {
-    TimelineCalls calls = mainCalls_.timeline;
-    calls.lineUp = [this] { lineUp_->start(timeline_); };
-    calls.giveUpLineUp = [this] { lineUp_->giveUp(); };
-    return calls;
 }
 
 void SecondaryWindows::takeFiles() {

@@ -34,7 +34,7 @@ struct MainCalls {
 class SecondaryWindows : public QObject {
 public:
     SecondaryWindows(FramelessWindow* main, Mixer& mixer, const Environment& environment, const SettingsStore& store,
-                     MainCalls mainCalls);
+                     Waveforms& waveforms, LineUp& lineUp, MainCalls mainCalls);
 
     void showEffects();
     void showChannels();
@@ -58,7 +58,6 @@ public:
     void updateSettings();
 
 private:
-    TimelineCalls timelineCalls();
     void openEffects(bool takesFocus);
     void openChannels(const frmChann::StartFlags& flags);
     // Where it stood, or else beside the main window.
@@ -70,9 +69,9 @@ private:
     Environment environment_;
     WindowPlaces places_;
     const MainCalls mainCalls_;
-    Waveforms waveforms_;
+    Waveforms& waveforms_;
+    LineUp& lineUp_;
     DeviceSearch* search_;
-    LineUp* lineUp_;
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
     frmTimeline* timeline_ = nullptr;

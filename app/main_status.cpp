@@ -31,15 +31,20 @@ StatusLine MainStatus::unreadable(OwnText text, const std::string& file) const {
     return line;
 }
 
-std::string MainStatus::opening() const {
+std::optional<std::string> MainStatus::decoding(const std::string& song, const std::string& voice) const {
     constexpr int kPercent = 100;
-    for (const std::string& file : {mixer_.run().backgroundPath, mixer_.run().vocalPath}) {
+    for (const std::string& file : {song, voice}) {
         const Decoding decoding = environment_.library.decoding(file);
         if (decoding.running && decoding.progress > 0)
             return environment_.language.ownText(OwnText::openingShare,
                                                  std::to_string(static_cast<int>(decoding.progress * kPercent)));
     }
-    return environment_.language.ownText(OwnText::opening);
+    return std::nullopt;
+}
+
+std::string MainStatus::opening() const {
+    const auto share = decoding(mixer_.run().backgroundPath, mixer_.run().vocalPath);
+    return share ? *share : environment_.language.ownText(OwnText::opening);
 }
 
 StatusLine MainStatus::line(const Facts& facts) const {
@@ -103,17 +108,18 @@ StatusLine MainStatus::result(const Facts& facts) const {
     const modLang& language = environment_.language;
     const PathFields& fields = mixer_.fields();
     const RunState& run = mixer_.run();
-    if (!facts.tellsRun && facts.songUnreadable) return unreadable(OwnText::cannotOpenBackground, fields.background);
-    if (!facts.tellsRun && facts.voiceUnreadable) return unreadable(OwnText::cannotOpenVocal, fields.vocal);
-    if (!facts.tellsRun && !facts.interrupted.empty()) return broughtBack(facts.interrupted);
-    if (!facts.tellsRun) return {};
+    const RunReport& report = facts.report;
+    if (!report.told && facts.songUnreadable) return unreadable(OwnText::cannotOpenBackground, fields.background);
+    if (!report.told && facts.voiceUnreadable) return unreadable(OwnText::cannotOpenVocal, fields.vocal);
+    if (!report.told && !report.interrupted.empty()) return broughtBack(report.interrupted);
+    if (!report.told) return {decoding(fields.background, fields.vocal).value_or(facts.linedUp)};
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
-    if (facts.cancelled) return {language.ownText(OwnText::mixCancelled)};
-    if (facts.stopped) return {language.ownText(OwnText::stopped)};
+    if (report.cancelled) return {language.ownText(OwnText::mixCancelled)};
+    if (report.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
     return {};
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,19 +21,28 @@ struct StatusLine {
     bool operator==(const StatusLine&) const = default;
 };
 
+// What is to be told of the last run, beside what the mixer knows of it.
+struct RunReport {
+    bool told = false;                     // nothing was chosen since it
+    bool stopped = false;                  // it was ended with the stop button
+    bool fast = false;                     // it was a fast mix
+    bool cancelled = false;                // that left nothing
+    std::vector<std::string> interrupted;  // mixes that were cut off before the program started
+
+    void begin(bool fastMix) { *this = {.told = true, .fast = fastMix}; }
+};
+
 class MainStatus {
 public:
     // What the mixer does not know.
     struct Facts {
-        bool tellsRun = false;  // nothing was chosen since the last run
-        bool stopped = false;   // it was ended with the stop button
+        const RunReport& report;
+        std::string linedUp;               // how far the voice is lined up, or that it is; ""
+        std::int32_t settingsFailure = 0;  // SettingsStore::failure()
+        const FastMix* fast = nullptr;     // that is going on
         bool songUnreadable = false;
         bool voiceUnreadable = false;
-        std::vector<std::string> interrupted;  // mixes that were cut off before the program started
-        std::int32_t settingsFailure = 0;      // SettingsStore::failure()
-        bool cancelled = false;                // the last run was a fast mix that left nothing
-        const FastMix* fast = nullptr;         // that is going on
-        std::string lostPort = {};             // of the run: gone since it began
+        std::string lostPort = {};   // of the run: gone since it began
         std::string lostInput = {};
     };
 
@@ -48,6 +58,8 @@ private:
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;
     StatusLine unreadable(OwnText text, const std::string& file) const;
+    // How far another program has decoded the first of the files that it is at.
+    std::optional<std::string> decoding(const std::string& song, const std::string& voice) const;
     std::string opening() const;
     // What is heard and recorded of the run under way.
     std::string sound(const Facts& facts) const;

@@ -54,7 +54,6 @@ bool Library::BASS_Free() {
     mixing_.reset();
     giveUpOpening();
     openings_.end();
-    scans_.end();
     for (const HandleTable::Thing& thing : handles_.takeAll()) {
         if (const auto* channel = std::get_if<std::shared_ptr<Channel>>(&thing)) card_.remove(*channel);
         if (const auto* capture = std::get_if<std::shared_ptr<Capture>>(&thing)) card_.unlisten(*capture);
@@ -102,10 +101,6 @@ PeakLevels Library::takePeaks(Handle channel) {
     if (channel == 0) return card_.takePeaks();
     const auto sounding = handles_.find<Channel>(channel);
     return sounding ? sounding->takePeaks() : PeakLevels{};
-}
-
-std::unique_ptr<WaveformScan> Library::scanWaveform(const std::string& file, int columns) {
-    return scans_.begin(file, columns);
 }
 
 // --- playback ---

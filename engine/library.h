@@ -15,7 +15,6 @@
 #include "engine/graph/card.h"
 #include "engine/handle_table.h"
 #include "engine/openings.h"
-#include "engine/waveform_scans.h"
 #include "platform/audio_library.h"
 
 namespace melvane::engine {
@@ -38,7 +37,6 @@ public:
     CardStatus cardStatus() const override;
     PeakLevels takePeaks(Handle channel) override;
     float takeReduction() override { return card_.takeReduction(); }
-    std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override;
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
@@ -103,7 +101,6 @@ private:
     std::unique_ptr<MixingThread> mixing_;
     const std::shared_ptr<decode::DecodedFiles> decoded_ =
         std::make_shared<decode::DecodedFiles>(options_.programDirectory);
-    WaveformScans scans_{decoded_};
     Openings openings_{decoded_};
     std::mutex givenUpMutex_;
     std::stop_source givenUp_;  // of the devices that are being opened for a capture

@@ -91,22 +91,6 @@ struct Decoding {
     DecodingFailure failure = DecodingFailure::none;
 };
 
-// The outline of a file's sound, made beside everything else. It may be destroyed at any time, which ends the work
-// without waiting for it. Its questions may be asked on any thread and answer at once.
-class WaveformScan {
-public:
-    virtual ~WaveformScan() = default;
-    // The share of the file that was read, 0..1.
-    virtual double progress() const = 0;
-    // True when nothing more will come, also when the file can't be read.
-    virtual bool finished() const = 0;
-    // True when the file can't be read as sound, where its peaks stay 0, or could no longer be read.
-    virtual bool failed() const = 0;
-    // For each column the highest absolute sample of both sides in its share of the frames, 0..1; 0 where the scan has
-    // not come to yet. A column without a frame of its own, in a very short file, is like the one before.
-    virtual std::vector<float> peaks() const = 0;
-};
-
 class AudioLibrary {
 public:
     virtual ~AudioLibrary() = default;
@@ -146,9 +130,6 @@ public:
     // The most that the sum of all channels was turned down since this was asked last to keep it within full scale:
     // 0 for nothing, 0.5 for half. Never waits either.
     virtual float takeReduction() = 0;
-    // Opens and reads a sound file (not a MIDI song) on a thread of its own, at low priority where the system allows
-    // that. `columns` is at least 1. BASS_Free ends all scans.
-    virtual std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) = 0;
 
     // --- Playback --------------------------------------------------------------------------------------
     // Opens a whole file (`mem` false, `offset` and `length` 0) by its UTF-8 name; MP3, OGG, WAV and what

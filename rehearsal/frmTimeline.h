@@ -50,10 +50,10 @@ public:
     // Sets all texts from the current language.
     void GetTimelineLanguage();
 
-    // How far it is with looking for the voice's place, 0 to 1, and how it ended: with a place that the voice goes to,
-    // which can be undone, and how sure that is, 0 to 1.
+    // How far it is with looking for the voice's place, 0 to 1, and how it ended: with the place where the voice is
+    // now, and how sure that is, 0 to 1.
     void showLiningUp(double done);
-    void showLinedUp(const VoicePlace& found, double certainty);
+    void showLinedUp(double certainty);
     void showNoTrace();
     // "": it was given up.
     void showNotLinedUp(const std::string& failure);

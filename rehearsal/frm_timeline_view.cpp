@@ -90,12 +90,11 @@ frmTimeline::Shown frmTimeline::shownNow() const {
 }
 
 void frmTimeline::takeFiles() {
-    const auto read = [this](std::shared_ptr<Waveform>& waveform, const std::string& file) {
-        if (waveform) waveform->forget();
-        waveform = file.empty() || isMidiFile(file) ? nullptr : waveforms_.read(file);
+    const auto read = [this](const std::string& file) {
+        return file.empty() || isMidiFile(file) ? nullptr : waveforms_.read(file);
     };
-    read(song_, state_.fields.background);
-    read(voice_, state_.fields.vocal);
+    song_ = read(state_.fields.background);
+    voice_ = read(state_.fields.vocal);
     songLane_->setShowsNotes(isMidiFile(state_.fields.background));
     readBefore_ = true;
     lookAtWaveforms();
@@ -168,9 +167,8 @@ void frmTimeline::showLiningUp(double done) {
     refresh();
 }
 
-void frmTimeline::showLinedUp(const VoicePlace& found, double certainty) {
+void frmTimeline::showLinedUp(double certainty) {
     liningUp_ = -1;
-    guarded(dialogs_, language_, [&] { rehearsal_.placeVoice(found); });
     // As long as the voice stays there.
     note_ = [this, certainty, at = state_.run.voicePlace] {
         const int percent = static_cast<int>(certainty * kPercent);

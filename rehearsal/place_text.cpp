@@ -23,6 +23,16 @@ std::string withDecimals(std::string whole, std::int64_t parts, int decimals) {
     return std::move(whole) + "." + std::string(static_cast<std::size_t>(decimals) - digits.size(), '0') + digits;
 }
 
+constexpr const char* kNoTime = "0.000";
+
+// Without a sign, to a millisecond.
+std::string secondsText(std::int64_t frames) {
+    constexpr int kDecimals = 3;
+    const std::int64_t second = powerOfTen(kDecimals);
+    const std::int64_t ms = std::llround(static_cast<double>(std::abs(frames) * second) / kSampleRate);
+    return withDecimals(std::to_string(ms / second), ms % second, kDecimals);
+}
+
 }  // namespace
 
 std::int64_t earlierOf(const RunState& run) {
@@ -30,12 +40,15 @@ std::int64_t earlierOf(const RunState& run) {
 }
 
 std::string placeText(const modLang& language, std::int64_t earlier) {
-    constexpr int kDecimals = 3;
-    const std::int64_t ms = std::llround(static_cast<double>(std::abs(earlier) * powerOfTen(kDecimals)) / kSampleRate);
-    if (ms == 0) return language.ownText(OwnText::voiceWithSong);
-    const std::string seconds =
-        withDecimals(std::to_string(ms / powerOfTen(kDecimals)), ms % powerOfTen(kDecimals), kDecimals);
+    const std::string seconds = secondsText(earlier);
+    if (seconds == kNoTime) return language.ownText(OwnText::voiceWithSong);
     return language.ownText(earlier > 0 ? OwnText::voiceBeforeSong : OwnText::voiceAfterStart, seconds);
+}
+
+std::string linedUpText(const modLang& language, std::int64_t earlier, double certainty) {
+    constexpr double kPercent = 100;
+    return language.ownText(earlier >= 0 ? OwnText::linedUpBefore : OwnText::linedUpAfter, secondsText(earlier)) + " " +
+           language.ownText(OwnText::howSure, std::to_string(static_cast<int>(certainty * kPercent)));
 }
 
 std::string timeText(std::int64_t frame, int decimals) {

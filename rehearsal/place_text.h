@@ -13,6 +13,8 @@ namespace melvane {
 std::int64_t earlierOf(const RunState& run);
 // "Voice begins 12.750 s before the song".
 std::string placeText(const modLang& language, std::int64_t earlier);
+// "Voice lined up: begins 12.750 s before the song (98 % sure)"; certainty from 0 to 1.
+std::string linedUpText(const modLang& language, std::int64_t earlier, double certainty);
 // "1:02.5", before the song "-0:05.0".
 std::string timeText(std::int64_t frame, int decimals);
 

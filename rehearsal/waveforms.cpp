@@ -59,7 +59,10 @@ std::shared_ptr<Waveform> Waveforms::read(const std::string& file) {
         reading.thread.join();
         return true;
     });
+    std::erase_if(shared_, [](const auto& entry) { return entry.second.expired(); });
+    if (const auto shared = shared_[file].lock(); shared && !shared->forgotten()) return shared;
     auto waveform = std::make_shared<Waveform>();
+    shared_[file] = waveform;
     std::packaged_task<void()> task(
         [waveform, open = open_, cache = cache_, file] { work(*waveform, open, cache, file); });
     auto done = task.get_future();

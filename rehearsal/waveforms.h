@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -16,15 +17,16 @@
 
 namespace melvane {
 
-// One file's, while it is read and afterwards. Its questions may be asked on any thread.
+// One file's, while it is read and afterwards. Any thread may use it.
 class Waveform {
 public:
     // nullptr before anything is known.
     std::shared_ptr<const WaveformPyramid> outline() const;
     bool finished() const { return finished_; }
     bool failed() const { return failed_; }  // it can't be read, or not to its end
-    // Who reads it gives it up.
+    // It is not to be read any further, for whoever looks at it.
     void forget() { wanted_ = false; }
+    bool forgotten() const { return !wanted_; }
 
 private:
     friend class Waveforms;
@@ -49,6 +51,7 @@ public:
     Waveforms(const Waveforms&) = delete;
     Waveforms& operator=(const Waveforms&) = delete;
 
+    // All who ask for a file while one of them looks at it share what is read, until that is forgotten.
     std::shared_ptr<Waveform> read(const std::string& file);
 
 private:
@@ -64,6 +67,7 @@ private:
     OpenReader open_;
     OutlineCache cache_;
     std::vector<Reading> readings_;
+    std::map<std::string, std::weak_ptr<Waveform>> shared_;
 };
 
 }  // namespace melvane

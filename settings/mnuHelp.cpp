@@ -15,7 +15,7 @@ namespace melvane {
 
 namespace {
 
-constexpr QRect kTab(kLeft, 32, 150, 24);  // the first
+constexpr QRect kTab(kLeft, 32, 144, 24);  // the first
 constexpr QRect kPage(kLeft, 56, kRight - kLeft, 112);
 constexpr QRect kNotice(kLeft, 168, 316, 40);  // three lines
 constexpr QRect kOK(kRight - 110, 174, 110, 26);
@@ -26,13 +26,15 @@ constexpr QRect kValue(158, 10, 264, 24);
 constexpr int kRowStep = 30;
 constexpr QRect kHint(14, 64, 408, 18);
 constexpr QRect kForce(158, 84, 264, 22);
-constexpr QRect kPageName(14, 6, 140, 24);  // of the language page, whose rows are closer
+constexpr QRect kLinesUp(14, 10, 408, 24);
+constexpr QRect kLinesUpMeaning(14, 38, 408, 60);  // three lines
+constexpr QRect kPageName(14, 6, 140, 24);         // of the language page, whose rows are closer
 constexpr QRect kPageValue(158, 6, 264, 24);
 constexpr int kPageStep = 25;
 constexpr int kLanguageStep = 120;
 constexpr int kZoomWidth = 90;
 
-enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kZoomLabel, kHomeLabel };
+enum Label : std::size_t { kMidiLabel, kMixLabel, kHintLabel, kLanguageLabel, kZoomLabel, kHomeLabel, kLinesUpLabel };
 
 constexpr std::int16_t kForced = 1;
 
@@ -79,6 +81,7 @@ mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dial
     addAudioPage(std::move(midiPorts), std::move(recordingInputs));
     addNotice();
     addLanguagePage();
+    addRehearsalPage();
     bOK_ = addButton(this, "bOK", kOK, ButtonLook::plain, Symbol::close, [this] { close(); });
     TABA_[0]->click();
     TABA_[0]->setFocus();
@@ -145,6 +148,19 @@ DeviceList* mnuHelp::addDeviceList(const char* name, int label, DeviceNames devi
     // Queued: what was chosen in the list is told when it has closed.
     connect(list, &DeviceList::closed, this, &mnuHelp::refreshDevices, Qt::QueuedConnection);
     return list;
+}
+
+void mnuHelp::addRehearsalPage() {
+    rehearsalPage_ = addPage(this, "rehearsalPage");
+    linesUp_ = new QCheckBox(rehearsalPage_);
+    linesUp_->setObjectName(QStringLiteral("linesUp"));
+    layOut(linesUp_, kLinesUp);
+    linesUp_->setChecked(settings_.linesUpVoices);
+    connect(linesUp_, &QCheckBox::clicked, this, [this](bool on) { settings_.linesUpVoices = on; });
+    addLabel(kLinesUpLabel, rehearsalPage_, kLinesUpMeaning);
+    LB_[kLinesUpLabel]->setProperty("hint", true);
+    LB_[kLinesUpLabel]->setWordWrap(true);
+    LB_[kLinesUpLabel]->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
 void mnuHelp::addLanguagePage() {
@@ -216,6 +232,7 @@ void mnuHelp::TABA_Click(int page) {
     FM_->setVisible(page == 0);
     deviceNotice_->setVisible(page == 0);
     languagePage_->setVisible(page == 1);
+    rehearsalPage_->setVisible(page == 2);
 }
 
 void mnuHelp::lookForDevices() {
@@ -255,9 +272,11 @@ void mnuHelp::GetPreferencesLanguage() {
     setTitle(toQt(language_.lang(LangEntry::preferences)));
     setTexts(TABA_[0], language_.lang(LangEntry::audioSettings));
     setTexts(TABA_[1], language_.ownText(OwnText::languageAndHelp));
-    const std::string labels[] = {language_.lang(LangEntry::midiDevice),    language_.lang(LangEntry::mixDevice),
-                                  language_.lang(LangEntry::mixDeviceHint), language_.lang(LangEntry::language),
-                                  language_.ownText(OwnText::zoom),         language_.ownText(OwnText::homePage)};
+    setTexts(TABA_[2], language_.ownText(OwnText::rehearsal));
+    const std::string labels[] = {language_.lang(LangEntry::midiDevice),     language_.lang(LangEntry::mixDevice),
+                                  language_.lang(LangEntry::mixDeviceHint),  language_.lang(LangEntry::language),
+                                  language_.ownText(OwnText::zoom),          language_.ownText(OwnText::homePage),
+                                  language_.ownText(OwnText::linesUpMeaning)};
     for (std::size_t i = 0; i < LB_.size(); ++i) LB_[i]->setText(toQt(labels[i]));
     for (const auto& [list, label] : {std::pair(MidiDev_, kMidiLabel), std::pair(MixDev_, kMixLabel)}) {
         setName(list, LB_[label]->text());
@@ -268,6 +287,8 @@ void mnuHelp::GetPreferencesLanguage() {
     MixDev_->setAccessibleDescription(LB_[kHintLabel]->text());
     showDeviceNotice();
     setTexts(CustMix_, language_.lang(LangEntry::forceMixDevice));
+    setTexts(linesUp_, language_.ownText(OwnText::linesUpVoices));
+    linesUp_->setAccessibleDescription(LB_[kLinesUpLabel]->text());
     for (QAbstractButton* button : languages_->buttons()) {
         button->setChecked(button->objectName() == QStringLiteral("language_") + toQt(language_.languageCode()));
         button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);

@@ -1,4 +1,4 @@
-// The preferences window: devices, language and help. What is chosen here counts at once.
+// The preferences window: devices, language and help, rehearsal. What is chosen here counts at once.
 #pragma once
 
 #include <QButtonGroup>
@@ -49,6 +49,7 @@ protected:
 private:
     void addTabs();
     void addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs);
+    void addRehearsalPage();
     void addLanguagePage();
     void addLanguages();
     void addZoom();
@@ -67,16 +68,18 @@ private:
     Shell& shell_;
     Dialogs& dialogs_;
 
-    std::array<QPushButton*, 2> TABA_{};
+    std::array<QPushButton*, 3> TABA_{};
     QFrame* FM_;
+    QFrame* rehearsalPage_;
     QFrame* languagePage_;
-    std::array<QLabel*, 6> LB_{};
+    std::array<QLabel*, 7> LB_{};
     DeviceList* MidiDev_;
     DeviceList* MixDev_;
     QLabel* deviceNotice_;
     bool portGone_ = false;
     bool inputGone_ = false;
     QCheckBox* CustMix_;
+    QCheckBox* linesUp_;
     QButtonGroup* languages_;
     QComboBox* zoom_;
     QPushButton* online_;

@@ -114,6 +114,8 @@ enum class OwnText {
     languageAndHelp,
     zoom,
     homePage,
+    linesUpVoices,
+    linesUpMeaning,
     cannotOpenPage,  // address
     noDevices,
     synthesizer,
@@ -144,8 +146,11 @@ enum class OwnText {
     voiceAfterStart,  // seconds
     lineUp,
     lineUpMeaning,
-    liningUp,  // percent
-    linedUp,   // percent
+    liningUp,       // percent
+    linedUp,        // percent
+    linedUpBefore,  // seconds
+    linedUpAfter,   // seconds
+    howSure,        // percent
     noTrace,
     mixFastMeaning,
     rehearsing,

@@ -22,6 +22,7 @@ template <typename T>
 constexpr Range kAll{std::numeric_limits<T>::min(), std::numeric_limits<T>::max()};
 constexpr Range kInputs{0, std::numeric_limits<std::int16_t>::max()};
 constexpr Range kPresets{0, 13};
+constexpr Range kSwitch{0, 1};
 constexpr Range kPercent[]{{0, 100}, {0, 100}, {0, 100}, {0, 100}};
 constexpr Range kBalances[]{{-100, 100}, {-100, 103}};
 // Where the windows of all systems can be; also keeps the numbers exact.
@@ -92,6 +93,7 @@ struct StoredValue {
     const char* name;
     void (*take)(const std::string& text, Settings& settings);
     std::string (*text)(const Settings& settings);
+    const char* key = kProductKey;
 };
 
 constexpr StoredValue kLanguage{"language", [](const std::string& text, Settings& s) { s.language = text; },
@@ -128,12 +130,16 @@ constexpr StoredValue kChannelsWindow{
     "channels window", [](const std::string& text, Settings& s) { takeSwitch(text, s.channelsWindowOpen); },
     [](const Settings& s) { return std::to_string(s.channelsWindowOpen); }};
 
-constexpr const StoredValue* kLoadOrder[] = {&kLanguage,   &kPosition, &kMixDevice,      &kForceMixDevice,
-                                             &kMidiDevice, &kPreset,   &kEffects,        &kTone,
-                                             &kBalance,    &kVolume,   &kChannelsWindow, &kEffectsWindow};
-constexpr const StoredValue* kSaveOrder[] = {&kPosition,       &kMixDevice, &kForceMixDevice, &kMidiDevice,
-                                             &kTone,           &kBalance,   &kVolume,         &kEffectsWindow,
-                                             &kChannelsWindow, &kLanguage,  &kEffects,        &kPreset};
+constexpr StoredValue kLinesUpVoices{
+    "line up new voices", [](const std::string& text, Settings& s) { takeNumber(text, kSwitch, s.linesUpVoices); },
+    [](const Settings& s) { return std::to_string(int{s.linesUpVoices}); }, R"(software\Tessaro\Melvane\timeline)"};
+
+constexpr const StoredValue* kLoadOrder[] = {
+    &kLanguage, &kPosition, &kMixDevice, &kForceMixDevice, &kMidiDevice,    &kPreset,       &kEffects,
+    &kTone,     &kBalance,  &kVolume,    &kChannelsWindow, &kEffectsWindow, &kLinesUpVoices};
+constexpr const StoredValue* kSaveOrder[] = {&kPosition, &kMixDevice, &kForceMixDevice, &kMidiDevice,     &kTone,
+                                             &kBalance,  &kVolume,    &kEffectsWindow,  &kChannelsWindow, &kLanguage,
+                                             &kEffects,  &kPreset,    &kLinesUpVoices};
 
 }  // namespace
 
@@ -151,13 +157,13 @@ void SettingsStore::load(Settings& settings) const {
     if (const auto directory = ReadSetting(kSiblingKey, "rec directory"); !directory.empty())
         settings.recDirectory = directory;
     for (const StoredValue* value : kLoadOrder)
-        if (const auto text = ReadSetting(kProductKey, value->name); !text.empty()) value->take(text, settings);
+        if (const auto text = ReadSetting(value->key, value->name); !text.empty()) value->take(text, settings);
 }
 
 void SettingsStore::save(const Settings& settings) const {
     const RegistryBatch all = batch(RegistryAccess::change);
     for (const StoredValue* value : kSaveOrder)
-        if (const auto text = value->text(settings); !text.empty()) WriteSetting(kProductKey, value->name, text);
+        if (const auto text = value->text(settings); !text.empty()) WriteSetting(value->key, value->name, text);
 }
 
 std::vector<std::string> SettingsStore::texts(const Settings& settings) {
@@ -169,7 +175,7 @@ std::vector<std::string> SettingsStore::texts(const Settings& settings) {
 void SettingsStore::saveChanges(const std::vector<std::string>& texts, const std::vector<std::string>& before) const {
     const RegistryBatch all = batch(RegistryAccess::change);
     for (std::size_t i = 0; i < texts.size(); ++i)
-        if (!texts[i].empty() && texts[i] != before[i]) WriteSetting(kProductKey, kSaveOrder[i]->name, texts[i]);
+        if (!texts[i].empty() && texts[i] != before[i]) WriteSetting(kSaveOrder[i]->key, kSaveOrder[i]->name, texts[i]);
 }
 
 std::string SettingsStore::readValue(RegistryHive hive, const std::string& subKey, const std::string& valueName) const {

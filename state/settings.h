@@ -46,6 +46,7 @@ struct Settings {
     std::array<std::int16_t, 2> volume{100, 100};    // background, vocal; percent
     std::int16_t effectsWindowOpen = 0;              // 0 or -1
     std::int16_t channelsWindowOpen = 0;             // 0 or -1
+    bool linesUpVoices = true;                       // new voices, by themselves
 
     bool operator==(const Settings&) const = default;
 };

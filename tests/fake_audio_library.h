@@ -64,15 +64,6 @@ public:
     std::map<Handle, EffectRecord> effects;   // as set last
     std::map<Handle, PeakLevels> peaks;       // until they are taken
 
-    // How all scans stand.
-    struct ScanResult {
-        double progress = 1;
-        bool finished = true;
-        std::vector<float> peaks;  // all 0 where there are none
-    };
-    ScanResult scan;
-    int scansAlive = 0;
-
     bool BASS_Init(int device, std::uint32_t freq, std::uint32_t flags, void*, const void*) override {
         note("BASS_Init", device, freq, flags);
         return initialises;
@@ -102,11 +93,6 @@ public:
         const auto taken = peaks.extract(channel);
         return taken ? taken.mapped() : PeakLevels{};
     }
-    std::unique_ptr<WaveformScan> scanWaveform(const std::string& file, int columns) override {
-        note("scanWaveform", file, columns);
-        return std::make_unique<Scan>(*this, unreadable.contains(file), columns);
-    }
-
     Handle createStream(std::shared_ptr<PcmSource>) override {
         note("createStream");
         return ++lastHandle_;
@@ -126,9 +112,12 @@ public:
         if (lengths.contains(file)) lengthsOfChannels_[lastHandle_ + 1] = lengths.at(file);
         return ++lastHandle_;
     }
-    std::map<std::string, Sound> readers;  // what files hold
-    std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>&) override {
-        return readers.contains(file) ? std::make_unique<MemorySource>(readers.at(file)) : nullptr;
+    std::map<std::string, Sound> readers;  // what files hold; others hold nothing
+    std::shared_ptr<std::atomic<bool>> readersWait = std::make_shared<std::atomic<bool>>(false);
+    std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted) override {
+        if (unreadable.contains(file)) return nullptr;
+        while (*readersWait && wanted()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return wanted() ? std::make_unique<MemorySource>(readers.contains(file) ? readers.at(file) : Sound()) : nullptr;
     }
     std::unique_ptr<PcmSource> inKey(std::unique_ptr<PcmSource> source, double) override { return source; }
     void giveUpOpening() override {
@@ -253,28 +242,6 @@ public:
     std::int64_t framesEncoded(Handle) const override { return framesCaptured; }
 
 private:
-    class Scan : public WaveformScan {
-    public:
-        Scan(FakeAudioLibrary& library, bool failed, int columns)
-            : library_(library), failed_(failed), columns_(static_cast<std::size_t>(columns)) {
-            ++library_.scansAlive;
-        }
-        ~Scan() override { --library_.scansAlive; }
-        double progress() const override { return failed_ ? 0 : library_.scan.progress; }
-        bool finished() const override { return failed_ || library_.scan.finished; }
-        bool failed() const override { return failed_; }
-        std::vector<float> peaks() const override {
-            std::vector<float> columns = failed_ ? std::vector<float>{} : library_.scan.peaks;
-            columns.resize(columns_);
-            return columns;
-        }
-
-    private:
-        FakeAudioLibrary& library_;
-        const bool failed_;
-        const std::size_t columns_;
-    };
-
     static EffectRecord defaultRecord(EffectType type) {
         static const std::map<EffectType, EffectRecord> defaults = {{EffectType::chorus, ChorusRecord{}},
                                                                     {EffectType::echo, EchoRecord{}},

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <thread>
 
 #include "engine/decode/decoded_files.h"
@@ -12,6 +13,7 @@
 #include "engine/decode/open_source.h"
 #include "engine/library.h"
 #include "engine/process/find_program.h"
+#include "tests/no_threads.h"
 #include "tests/temp_dir.h"
 #include "tests/wav.h"
 
@@ -169,15 +171,34 @@ TEST_F(Recordings, AreDecodedOnceForAllWhoReadThem) {
     const auto open = [&] {
         return library.BASS_StreamCreateFile(false, (dir / "song.m4a").c_str(), 0, 0, BASS_STREAM_DECODE);
     };
-    const auto scan = library.scanWaveform(dir / "song.m4a", 10);
+    auto reader =
+        std::async(std::launch::async, [&] { return library.openReader(dir / "song.m4a", [] { return true; }); });
     EXPECT_TRUE(open());
-    while (!scan->finished()) std::this_thread::yield();
-    EXPECT_FALSE(scan->failed());
+    EXPECT_TRUE(reader.get());
     EXPECT_TRUE(open());
     EXPECT_EQ(readFile(runs), "\n");
     run("-f lavfi -i anoisesrc=d=2 -c:a aac song.m4a");
     EXPECT_TRUE(open());
     EXPECT_EQ(readFile(runs), "\n\n") << "another file by now";
+}
+
+// Behind a long hole there might be more of the song.
+TEST_F(Recordings, AFileWhoseReaderDoesNotFinishIsGivenUp) {
+    const std::string file = dir / "song.mp3";
+    const std::string song = dir.write("song.wav", wavFile(silence(44100)));
+    ASSERT_EQ(std::system(("lame --quiet \"" + song + "\" \"" + file + "\"").c_str()), 0);
+    std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+    engine::Library library({.clock = CardClock::stepped});
+    ASSERT_TRUE(library.BASS_Init(-1, kSampleRate, 0, nullptr, nullptr));
+    for (const bool threads : {true, false}) {
+        auto opening = std::async(std::launch::async, [&] {
+            const auto none = threads ? nullptr : std::make_unique<NoThreads>();
+            return library.BASS_StreamCreateFile(false, file.c_str(), 0, 0, 0);
+        });
+        EXPECT_EQ(opening.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+        library.giveUpOpening();
+        EXPECT_EQ(opening.get(), 0U);
+    }
 }
 
 }  // namespace

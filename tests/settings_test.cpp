@@ -79,7 +79,8 @@ TEST_F(RegistryFixture, SettingsSurviveARestart) {
                       .toneValue = {0, 100, 1, 99},
                       .balanceValue = {-100, 103},
                       .volume = {0, 42},
-                      .effectsWindowOpen = -1};
+                      .effectsWindowOpen = -1,
+                      .linesUpVoices = false};
     store.save(expected);
     // Other versions and the sibling product read and write these too.
     EXPECT_EQ(store.ReadSetting(kProductKey, "audio effects"), "1,40;0,0;0,0;0,100");

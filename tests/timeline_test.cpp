@@ -52,8 +52,11 @@ struct TimelineFixture : testing::Test, SilentProgram {
         EXPECT_TRUE(giveFocus(*window));
         EXPECT_TRUE(QTest::qWaitFor([&] { return find<Lane>(*window, "voiceLane").value().most == 2.0; }));
         EXPECT_TRUE(QTest::qWaitFor([&] { return label("position") == "0:00.0 / 0:10.0"; }));
+        EXPECT_TRUE(waitFor("Ready")) << "nothing to line up";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget()->window() == window; }));
     }
     std::string label(const char* name) { return find<QLabel>(*window, name).text().toStdString(); }
+    void choose(const char* name) { main().findChild<QAction*>(QLatin1String(name))->trigger(); }
     void press(const char* name) { test::click(*window, name); }
     void key(Qt::Key key, Qt::KeyboardModifiers with = {}) { QTest::keyClick(QApplication::focusWidget(), key, with); }
     // Where a frame of the song is on a lane.
@@ -142,8 +145,8 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     EXPECT_EQ(label("note"), "Looking for the song in the voice… 40 %");
     window->showNoTrace();
     EXPECT_FALSE(place().given());
-    window->showLinedUp({44'100, 60}, 0.98);
-    EXPECT_EQ(place(), (VoicePlace{44'100, 60}));
+    mixer().rehearsal().placeVoice({44'100, 60});
+    window->showLinedUp(0.98);
     EXPECT_EQ(label("note"), "Voice lined up, 98 % sure");
 
     auto& lane = find<QWidget>(*window, "voiceLane");
@@ -155,6 +158,57 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     press("lineUp");
     key(Qt::Key_Space);
     EXPECT_TRUE(mixer().rehearsal().playing()) << "whatever was clicked";
+}
+
+TEST_F(TimelineFixture, NewVoicesAreLinedUpByThemselves) {
+    constexpr std::size_t kSecond = kSampleRate;
+    const Sound sound = noise16(40 * kSecond, 5);
+    const std::string song = dir.write("evening.mp3", "");
+    const std::string take = dir.write("take.wav", "");
+    const std::string other = dir.write("other take.wav", "");
+    library.readers[song] = sound;
+    library.readers[take] = {sound.begin() + 10 * kSecond, sound.begin() + 76 * kSecond};
+    library.readers[other] = {sound.begin() + 4 * kSecond, sound.begin() + 70 * kSecond};
+    const auto linedUp = [this] { return status().starts_with("Voice lined up: begins "); };
+    const auto searched = [this] {
+        QTest::qWait(100);
+        return QTest::qWaitFor([this] { return status() == "Ready"; });
+    };
+    *library.readersWait = true;
+    main().takeFiles({song, take});
+    EXPECT_TRUE(waitFor("Looking for the song in the voice… 0 %"));
+    *library.readersWait = false;
+    EXPECT_TRUE(QTest::qWaitFor(linedUp)) << status();
+    EXPECT_TRUE(status().starts_with("Voice lined up: begins 5.000 s after the song's beginning (")) << status();
+    EXPECT_NEAR(static_cast<double>(place().earlier), -5.0 * kSecond, 10);
+    EXPECT_TRUE(label("note").starts_with("Voice lined up, "));
+    QTest::keyClick(&main(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(place().given());
+    EXPECT_EQ(status(), "Ready");
+    QTest::keyClick(&main(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NEAR(static_cast<double>(place().earlier), -5.0 * kSecond, 10);
+    main().takeFiles({other});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return place().given() && linedUp(); })) << status();
+    EXPECT_NEAR(static_cast<double>(place().earlier), -2.0 * kSecond, 10);
+
+    mixer().rehearsal().placeVoice({1000, 0});
+    main().takeFiles({song});
+    EXPECT_TRUE(searched());
+    EXPECT_EQ(place().earlier, 1000) << "where the user put it";
+    mixer().settings().linesUpVoices = false;
+    main().takeFiles({take});
+    EXPECT_TRUE(searched() && !place().given()) << "not wanted";
+    mixer().settings().linesUpVoices = true;
+    choose("lastJob");
+    EXPECT_TRUE(searched());
+    EXPECT_EQ(place().earlier, 1000) << "as that job had it";
+    *library.readersWait = true;
+    main().takeFiles({take});
+    SilentProgram::press("mi_button");
+    EXPECT_TRUE(mixer().run().isMixing);
+    *library.readersWait = false;
+    QTest::qWait(200);
+    EXPECT_FALSE(place().given()) << "a mix comes first";
 }
 
 TEST_F(TimelineFixture, FollowingPaintsThePlayheadAndTurnsPages) {

@@ -98,6 +98,10 @@ TEST_F(WindowFixture, WholeJobsComeBackInTheMenuAtOneAccessAnAction) {
     const SettingsStore store(registry);
     store.WriteSetting(kRecentKey, "0", song);
     EXPECT_EQ(recentJobs(), std::vector<std::string>{dir / "you && me.mp3"}) << "as an earlier program kept it";
+    store.WriteSetting(kRecentKey, "0", dir.write("take.m4a", ""));
+    recentJobs();
+    main().findChild<frmMenu*>()->recentMenu()->actions().back()->trigger();
+    EXPECT_EQ(mixer().fields().vocal, dir / "take.m4a") << "not asked again";
     store.WriteSetting(kRecentKey, "0", "");
     EXPECT_EQ(recentJobs(), std::vector<std::string>{"(none)"});
     main().endSession();  // nothing is left to be written by itself meanwhile
@@ -323,7 +327,7 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     EXPECT_EQ(shown, failed) << "nothing is opened while a dialog is open";
     library.unreadable = {};
     browse("BR1", "/voice.wav");
-    EXPECT_EQ(status(), "Ready") << "also for the same file";
+    EXPECT_TRUE(waitFor("Ready")) << "also for the same file";
 
     library.openingTime = {};
     press("mi_button");
@@ -331,7 +335,7 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     press("b_STOP");
     EXPECT_EQ(mixedPixels(), OverviewBar::kColumns / 2);
     main().takeFiles({dir.write("other.wav", "")});
-    EXPECT_EQ(status(), "Ready");
+    EXPECT_TRUE(waitFor("Ready"));
     EXPECT_EQ(mixedPixels(), 0);
     EXPECT_EQ(enabled(), kMixed) << "the mix can still be listened to";
     main().findChild<frmPlayer*>()->close();
@@ -383,24 +387,26 @@ TEST_F(WindowFixture, MetersAndTheLimiterMoveInARunAlone) {
 
 TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     const auto isTall = [this](int column) { return bar().pixelColor(column, 4) != QColor(skin::kInset); };
-    std::vector<float> peaks(OverviewBar::kColumns);
-    std::fill_n(peaks.begin(), 40, 1.0F);
-    library.scan = {0.5, false, peaks};
+    Sound song(std::size_t{2} * 512 * OverviewBar::kColumns);
+    std::fill_n(song.begin(), 2 * 512 * 40, 1.0F);
+    library.readers = {{"/two.m4a", song}};
+    library.decodings["/two.m4a"] = {.running = true, .progress = 0.5};
+    *library.readersWait = true;
     browse("BR0", "/one.mp3");
+    browse("BR0", "/two.m4a");
+    EXPECT_TRUE(waitFor("Opening… 50 %"));
+    EXPECT_TRUE(isTall(OverviewBar::kColumns / 2)) << "the line that shows how far it was decoded";
+    EXPECT_FALSE(isTall(20));
+    library.decodings.clear();
+    *library.readersWait = false;
     EXPECT_TRUE(QTest::qWaitFor([&] { return isTall(20); }));
+    EXPECT_TRUE(waitFor("Ready"));
     EXPECT_FALSE(isTall(60));
-    EXPECT_TRUE(isTall(OverviewBar::kColumns / 2)) << "the line that shows how far it was read";
-    browse("BR0", "/two.mp3");
-    EXPECT_EQ(library.scansAlive, 1) << "the other one was given up";
-    library.scan = {1, true, peaks};
-    EXPECT_TRUE(QTest::qWaitFor([&] { return library.scansAlive == 0; }));
-    EXPECT_TRUE(isTall(20));
     EXPECT_FALSE(isTall(OverviewBar::kColumns / 2));
     library.unreadable = {"/three.mp3"};
     browse("BR0", "/three.mp3");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return library.scansAlive == 0; }));
+    EXPECT_TRUE(waitFor("The background cannot be opened: /three.mp3"));
     EXPECT_FALSE(isTall(20)) << "what is no sound has no shape";
-    EXPECT_EQ(status(), "The background cannot be opened: /three.mp3");
     library.unreadable = {"/v.wav"};
     browse("BR0", "/three.mp3");
     browse("BR1", "/v.wav");
@@ -730,6 +736,9 @@ TEST_F(WindowFixture, ADropGoesToTheFieldThatLightsUp) {
     EXPECT_EQ(drop({file(voice), file(song)}, "path2"), "path1path2");
     EXPECT_EQ(dialogs.boxes.size(), 1U) << "there is no song yet";
     const std::string take = dir.write("take.M4A", "");
+    EXPECT_EQ(drop({file(dir.write("evening.melvane", ""))}, "path1"), "path0path1path2") << "a whole job";
+    EXPECT_EQ(dialogs.boxes.size(), 2U) << "that can't be read";
+    dialogs.boxes.pop_back();
     EXPECT_EQ(drop({file(take)}, "path2"), "path0") << "the only empty one";
     EXPECT_EQ(drop({file(song)}, "path1"), "path1") << "where it is meant to go";
     EXPECT_EQ(drop({file(voice), file(song)}, "path0"), "path0path1") << "each to its own";

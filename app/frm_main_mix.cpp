@@ -1,0 +1,124 @@
+// The mixes of the main window, heard and unheard, and what is told of them.
+#include <QApplication>
+
+#include "app/frmMain.h"
+#include "app/interrupted_mixes.h"
+#include "app/mixer_job.h"
+#include "base/paths.h"
+#include "mixing/run_messages.h"
+#include "state/window_patience.h"
+
+namespace melvane {
+
+void frmMain::bringBackMixes() {
+    withButtonsOff([this] {
+        report_.interrupted = whileEventsRun(environment_.doEvents, [this] {
+            return melvane::bringBackMixes(environment_.destinations, environment_.library);
+        });
+        if (!report_.interrupted.empty()) mixer_.run().listenPath = report_.interrupted.back();
+    });
+}
+
+void frmMain::mi_button_Click() {
+    withButtonsOff([this] {
+        if (!mixer_.sourceFiles().mayReplaceDestination()) return;
+        lineUp_->giveUp();
+        report_.begin(false);
+        jobs_->remember();
+        Timer1_.start();  // an opening that takes its time may be stopped
+        mixer_.rehearsal().end();
+        mixer_.mixingRun().mi_button_Click();
+    });
+}
+
+void frmMain::b_STOP_Click() {
+    if (fast_.going()) return fast_.cancel();
+    if (mixer_.mixingRun().busy() && !mixer_.mixingRun().opening()) return;
+    report_.stopped = true;
+    mixer_.mixingRun().stopRec();
+    refresh();
+    if (!mixer_.run().lastMixPath.empty()) listen();
+}
+
+void frmMain::listen() {
+    if (!canListen()) return;
+    mixer_.rehearsal().end();
+    windows_->showPlayer(mixer_.run().listenPath);
+}
+
+// The player tells when the file has gone.
+bool frmMain::canListen() const {
+    return !mixer_.isRunning() && !fast_.going() && !mixer_.run().listenPath.empty();
+}
+
+void frmMain::Timer1_Timer() {
+    Timer1_.start();
+    attempt([this] {
+        mixer_.mixingRun().Timer1_Timer();
+        followFastMix();
+    });
+    watch_.look();
+    if (wasRunning_ && mixer_.isRunning() && !mixer_.mixingRun().busy())
+        showSound(true);
+    else
+        refresh();
+}
+
+std::string frmMain::whyNoFastMix() const {
+    const modLang& language = environment_.language;
+    if (fast_.going()) return language.ownText(OwnText::mixingFast);
+    if (!mixer_.input().recordsCard()) return language.ownText(OwnText::fastOtherInput);
+    return mixer_.midi().onDevice() ? language.ownText(OwnText::fastOtherPort) : "";
+}
+
+void frmMain::mixFast() {
+    if (files_.choosing || mixer_.isRunning() || fast_.going() || !whyNoFastMix().empty()) return;
+    withButtonsOff([this] {
+        if (!mixer_.sourceFiles().mayReplaceDestination()) return;
+        lineUp_->giveUp();
+        report_.begin(true);
+        jobs_->remember();
+        fast_.start(takeJob(mixer_));
+    });
+}
+
+void frmMain::followFastMix() {
+    const auto result = fast_.ended();
+    if (!result) return;
+    takeResult(mixer_.run(), *result);
+    report_.cancelled = fast_.cancelled() && result->lastMixPath.empty();
+    if (result->failure == RunFailure::pathsMissing || result->failure == RunFailure::midiUnplayable)
+        tell(runMessage(environment_.language, *result), BoxIcon::information);
+    QApplication::alert(this);
+}
+
+void frmMain::endFastMix() {
+    fast_.cancel();
+    while (fast_.going()) {
+        environment_.doEvents();
+        attempt([this] { followFastMix(); });
+    }
+}
+
+double frmMain::doneShare() const {
+    if (fast_.going() || report_.fast) return fast_.done();
+    return mixer_.isRunning() || report_.told ? mixer_.mixingRun().done() : 0;
+}
+
+void frmMain::refreshStatus(bool running) {
+    const bool fast = fast_.going();
+    const double done = doneShare();
+    showTitle();
+    environment_.shell.showProgress(running || fast ? done : -1);
+    status_->show(done, MainStatus(mixer_, environment_)
+                            .line({.report = report_,
+                                   .linedUp = lineUp_->message(),
+                                   .settingsFailure = store_.failure(),
+                                   .fast = fast ? &fast_ : nullptr,
+                                   .songUnreadable = status_->unreadable(0),
+                                   .voiceUnreadable = status_->unreadable(1),
+                                   .lostPort = watch_.lostPort(),
+                                   .lostInput = watch_.lostInput()}));
+}
+
+}  // namespace melvane
