@@ -38,24 +38,9 @@ void level(Row& row) {
     for (float& height : row) height = std::min((height - mean) * scale, kMostOfAPiece);
 }
 
-using Spectrum = std::vector<Bin>;
-
-// What `read` fills a block with, band by band.
-template <typename Read>
-std::vector<Spectrum> spectraOf(Bands bands, Fourier& fourier, Read read) {
-    std::vector<Spectrum> spectra;
-    for (const Trace& band : bands) {
-        std::ranges::fill(fourier.time(), 0.0F);
-        read(band);
-        fourier.forward();
-        spectra.emplace_back(fourier.bins().begin(), fourier.bins().end());
-    }
-    return spectra;
-}
-
 std::vector<Row> correlateAll(Bands song, Bands voice, const Pieces& pieces, const GoOn& goOn) {
     Fourier fourier(2 * kPiece);
-    std::vector<std::vector<Spectrum>> voices;
+    std::vector<Spectra> voices;
     for (const std::int64_t start : pieces.starts)
         voices.push_back(spectraOf(voice, fourier,
                                    [&](const Trace& band) { readVoice(band, start, fourier.time().first(kPiece)); }));

@@ -7,6 +7,9 @@ namespace melvane {
 
 namespace {
 
+constexpr std::size_t kAround = 16;  // bins on either side
+constexpr double kFaint = 1;         // of the mean power beside which what is fainter is not made louder
+
 float sampleAt(const Trace& trace, std::int64_t frame) {
     return frame >= 0 && frame < std::ssize(trace) ? static_cast<float>(trace[static_cast<std::size_t>(frame)]) : 0.0F;
 }
@@ -30,6 +33,21 @@ void readSong(const Trace& song, const Line& line, std::int64_t first, std::span
     for (std::size_t i = 0; i < out.size(); ++i) {
         const auto frame = static_cast<double>(first + static_cast<std::int64_t>(i));
         out[i] = sampleAt(song, static_cast<std::int64_t>(std::floor(frame - line.at(frame) + 0.5)));
+    }
+}
+
+void addPower(std::span<float> sum, std::span<const Bin> bins) {
+    for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += std::norm(bins[i]);
+}
+
+void takeOffTones(std::span<Bin> bins, std::span<const float> power) {
+    std::vector<double> sums(bins.size() + 1);
+    for (std::size_t i = 0; i < bins.size(); ++i) sums[i + 1] = sums[i] + static_cast<double>(power[i]);
+    const double floor = kFaint * sums.back() / static_cast<double>(bins.size()) + 1e-9;
+    for (std::size_t i = 0; i < bins.size(); ++i) {
+        const std::size_t from = i < kAround ? 0 : i - kAround;
+        const std::size_t to = std::min(i + kAround + 1, bins.size());
+        bins[i] /= static_cast<float>((sums[to] - sums[from]) / static_cast<double>(to - from) + floor);
     }
 }
 

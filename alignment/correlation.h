@@ -1,6 +1,7 @@
 // How alike pieces of a recording and a song are, by how far the one is moved against the other.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -44,6 +45,25 @@ struct Line {
 void readVoice(const Trace& voice, std::int64_t first, std::span<float> out);
 // The song's samples under the voice's from `first` on.
 void readSong(const Trace& song, const Line& line, std::int64_t first, std::span<float> out);
+
+// The spectra of the bands; `read` puts a band into the transform's time, which is silent.
+using Spectra = std::vector<std::vector<Bin>>;
+template <typename Read>
+Spectra spectraOf(Bands bands, Fourier& fourier, Read read) {
+    Spectra spectra;
+    for (const Trace& band : bands) {
+        std::ranges::fill(fourier.time(), 0.0F);
+        read(band);
+        fourier.forward();
+        spectra.emplace_back(fourier.bins().begin(), fourier.bins().end());
+    }
+    return spectra;
+}
+
+// Divides a song's spectrum by the power that it has around each frequency: its own tones would be alike at every
+// period of theirs.
+void takeOffTones(std::span<Bin> bins, std::span<const float> power);
+void addPower(std::span<float> sum, std::span<const Bin> bins);
 
 // Adds to the bins of a correlation those of two sounds, by how much later the first is.
 void addCorrelation(std::span<Bin> sum, std::span<const Bin> first, std::span<const Bin> second);

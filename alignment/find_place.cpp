@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "alignment/every_lag.h"
 #include "alignment/follow.h"
 #include "alignment/onsets.h"
 
@@ -17,42 +18,68 @@ constexpr std::size_t kMostPieces = 40;
 constexpr std::size_t kMostTried = 24;
 constexpr double kQuarter = 4;
 constexpr double kLeastForDrift = 30;    // seconds of a recording
+constexpr double kAhead = 1.4;           // deviations of the chance that two places don't share
 constexpr double kRival = 0.7;           // of the best, up to which another place is chance
+constexpr double kChance = 7;            // deviations, up to which any rival is chance
+constexpr double kMoreThanSong = 0.5;    // by which a rival may have more than the song repeats itself
 constexpr std::size_t kSameLag = 16;     // frames by which two places may differ from a repetition
 constexpr std::size_t kFineError = 16;   // frames that a quarter of the rate may be wrong
 constexpr std::size_t kReflected = 440;  // frames by which the direct sound may be earlier: 40 ms
 constexpr double kShareOfSearch = 0.7;   // of the time
-constexpr double kDoubtful = 7.5;        // deviations of chance at which it is as likely as not
+// Deviations of chance at which a place is as likely as not.
+constexpr double kDoubtfulOfASecond = 1.1;
+constexpr double kLeastDoubtful = 6;
+constexpr double kMostDoubtful = 12;
+
+// Of all guesses the one that most of the recording agrees with.
+Followed bestOf(Bands song, Bands voice, const Pieces& pieces, const std::vector<Line>& guesses) {
+    Followed best;
+    for (const Line& guess : guesses) {
+        Followed tried = follow(song, voice, pieces, guess, kCoarseError);
+        if (tried.height > best.height) std::swap(tried, best);
+    }
+    return best;
+}
 
 // How much of the song is the same so many frames later, 0..1.
 double repeated(Bands song, double lag) {
     const Pieces pieces = Pieces::of(framesOf(song), kPiece / 4, kMostTried);
-    const Followed same = follow(song, song, pieces, {}, kSameLag, 0);
-    const Followed later = follow(song, song, pieces, {lag, 0, 0}, kSameLag, 0);
+    const Followed same = follow(song, song, pieces, {}, kSameLag);
+    const Followed later = follow(song, song, pieces, {lag, 0, 0}, kSameLag);
     return same.height > 0 ? later.height / same.height : 0;
 }
 
-// Of all guesses the one that most of the recording agrees with; none where another place has nearly as much and the
-// song doesn't repeat itself that much: in any song with the same drums there are such places.
-std::optional<Followed> best(Bands song, Bands voice, const Pieces& pieces, const std::vector<Line>& guesses) {
-    Followed best;
-    Followed rival;
-    for (const Line& guess : guesses) {
-        Followed tried = follow(song, voice, pieces, guess, kCoarseError, 0);
-        if (tried.height > best.height) std::swap(tried, best);
-        if (tried.height > rival.height) rival = tried;
-    }
-    if (rival.height <= kRival * best.height) return best;
-    const double same = repeated(song, std::abs(rival.line.lag - best.line.lag));
-    return rival.height <= (same + 1 - kRival) * best.height ? std::optional(best) : std::nullopt;
+// Whether the best place is far enough above its rival, as there is one in a song that repeats itself and in any song
+// with the same drums. What both explain has the same chance in both, so only the rest counts; and drums alone repeat
+// themselves more than the song does.
+bool isClear(Bands song, const Peaks& peaks) {
+    const double ahead = peaks.best.height - peaks.rival.height;
+    const double chance = std::sqrt(2 * ahead / std::max(peaks.best.height, 1e-9));
+    if (ahead <= kAhead * chance) return false;
+    const double share = peaks.rival.height / peaks.best.height;
+    return peaks.rival.height <= kChance || share <= kRival ||
+           share <= repeated(song, std::abs(peaks.rival.lag - peaks.best.lag)) + kMoreThanSong;
 }
 
-double certaintyOf(double height) {
-    return 1 / (1 + std::pow(kDoubtful / std::max(height, 1e-3), 4));
+// None where no place is the only one.
+std::optional<Followed> theOnlyOne(Bands song, Bands voice, const Pieces& pieces, const std::vector<Line>& guesses,
+                                   const GoOn& goOn) {
+    const Followed best = bestOf(song, voice, pieces, guesses);
+    const Peaks peaks = searchEverywhere(song, voice, pieces, best.line, goOn);
+    if (!isClear(song, peaks)) return std::nullopt;
+    if (std::abs(peaks.best.lag - best.line.lag) <= kSameLag) return best;
+    return follow(song, voice, pieces, {peaks.best.lag, best.line.slope, best.line.pivot}, kSameLag);
 }
 
-std::optional<FoundPlace> placeOf(const Followed& found, double rate) {
-    const double certainty = certaintyOf(found.height);
+// A song of another voice may have the same drums, and the longer it is heard, the more they tell.
+double certaintyOf(double height, double seconds) {
+    const double doubtful = std::clamp(kDoubtfulOfASecond * std::sqrt(seconds), kLeastDoubtful, kMostDoubtful);
+    return 1 / (1 + std::pow(doubtful / std::max(height, 1e-3), 4));
+}
+
+std::optional<FoundPlace> placeOf(const Followed& found, const Pieces& pieces, double rate) {
+    const double heard = static_cast<double>(pieces.count() * pieces.length) / rate;
+    const double certainty = certaintyOf(found.height, heard);
     if (certainty < kCertain) return std::nullopt;
     // The recording's frame r is the song's r - at(r): the song's rate in it is 1 - slope, and its frame 0 is where
     // r (1 - slope) is what stands here.
@@ -65,24 +92,26 @@ std::optional<FoundPlace> placeOf(const Followed& found, double rate) {
 std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const GoOn& goOn) {
     const std::vector<Trace> lowSong{quarter(song)};
     const std::vector<Trace> lowVoice{quarter(voice)};
-    const auto guesses = searchCoarsely(lowSong, lowVoice, [&](double done) { return goOn(done * kShareOfSearch); });
+    const auto guesses = searchCoarsely(lowSong, lowVoice, partOf(goOn, 0, kShareOfSearch));
     if (guesses.empty()) return std::nullopt;
-    const auto about = best(lowSong, lowVoice, Pieces::of(framesOf(lowVoice), kPiece / 4, kMostTried), guesses);
+    const auto about = theOnlyOne(lowSong, lowVoice, Pieces::of(framesOf(lowVoice), kPiece / 4, kMostTried), guesses,
+                                  partOf(goOn, kShareOfSearch, 1));
     if (!about) return std::nullopt;
     const Line guess{about->line.lag * kQuarter, about->line.slope, about->line.pivot * kQuarter};
     const Pieces pieces = Pieces::of(voice.size(), kPiece, kMostPieces);
-    const Followed found = follow({&song, 1}, {&voice, 1}, pieces, guess, kFineError, kReflected);
-    return goOn(1) ? placeOf(found, kImprintRate) : std::nullopt;
+    Followed found = follow({&song, 1}, {&voice, 1}, pieces, guess, kFineError);
+    found.line = lineOfDirect({&song, 1}, {&voice, 1}, pieces, found.line, kReflected);
+    return goOn(1) ? placeOf(found, pieces, kImprintRate) : std::nullopt;
 }
 
 std::optional<FoundPlace> findPlaceByOnsets(const Trace& song, const Trace& voice, const GoOn& goOn) {
     const std::vector<Trace> begins = onsetsOf(song);
     const std::vector<Trace> heard = onsetsOf(voice);
-    const auto guesses = searchCoarsely(begins, heard, goOn);
+    const auto guesses = searchCoarsely(begins, heard, partOf(goOn, 0, kShareOfSearch));
     if (guesses.empty()) return std::nullopt;
-    const auto found = best(begins, heard, Pieces::of(framesOf(heard), kOnsetPiece, kMostTried), guesses);
-    if (!found) return std::nullopt;
-    return placeOf(*found, static_cast<double>(kImprintRate) / kOnsetStep);
+    const Pieces pieces = Pieces::of(framesOf(heard), kOnsetPiece, kMostTried);
+    const auto found = theOnlyOne(begins, heard, pieces, guesses, partOf(goOn, kShareOfSearch, 1));
+    return found ? placeOf(*found, pieces, static_cast<double>(kImprintRate) / kOnsetStep) : std::nullopt;
 }
 
 }  // namespace melvane

@@ -10,24 +10,11 @@ namespace {
 constexpr double kSteepest = 200e-6;  // off the guess
 constexpr double kFewestSteps = 50;   // up to there
 constexpr float kDirect = 0.5F;       // of what is heard best, from which on it is the direct sound
-constexpr std::size_t kAround = 16;   // bins on either side
-constexpr double kFaint = 1;          // of the mean power beside which what is fainter is not made louder
-constexpr float kHeard = 4;           // deviations of chance
+constexpr double kRest = 0.1;         // of the mean power: what is fainter is not made louder
+constexpr std::size_t kOff = 8;       // frames that the line may be wrong
 
 // How alike voice and song are, by how many frames later than guessed; in deviations of chance.
 using Row = std::vector<float>;
-
-// Divides by what the song has around each frequency: its own tones would be alike at every period of theirs.
-void takeOffTones(std::span<Bin> bins) {
-    std::vector<double> sums(bins.size() + 1);
-    for (std::size_t i = 0; i < bins.size(); ++i) sums[i + 1] = sums[i] + static_cast<double>(std::norm(bins[i]));
-    const double floor = kFaint * sums.back() / static_cast<double>(bins.size()) + 1e-9;
-    for (std::size_t i = 0; i < bins.size(); ++i) {
-        const std::size_t from = i < kAround ? 0 : i - kAround;
-        const std::size_t to = std::min(i + kAround + 1, bins.size());
-        bins[i] /= static_cast<float>((sums[to] - sums[from]) / static_cast<double>(to - from) + floor);
-    }
-}
 
 // The deviation that the correlation of these bins has in the middle.
 double chanceOf(std::span<const Bin> bins) {
@@ -43,6 +30,7 @@ std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, 
     const auto time = fourier.time();
     std::vector<Bin> spectrum(length + 1);
     std::vector<Bin> sum(length + 1);
+    std::vector<float> power(length + 1);
     std::vector<Row> rows;
     for (const std::int64_t start : pieces.starts) {
         std::ranges::fill(sum, Bin());
@@ -51,7 +39,9 @@ std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, 
             readSong(song[band], guess, start, time.first(length));
             fourier.forward();
             std::ranges::copy(fourier.bins(), spectrum.begin());
-            takeOffTones(spectrum);
+            std::ranges::fill(power, 0.0F);
+            addPower(power, spectrum);
+            takeOffTones(spectrum, power);
             std::ranges::fill(time, 0.0F);
             readVoice(voice[band], start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
             fourier.forward();
@@ -115,6 +105,37 @@ double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& 
     return (static_cast<double>(best) - steps + topBeside(heights, best)) / stepsAFrame / span;
 }
 
+// What of the song is heard how many frames later, all pieces together: so the song's own tones, which change, are
+// known well enough to be divided out. [reach] is the line.
+Row impulseOf(Bands song, Bands voice, const Pieces& pieces, const Line& line, std::size_t reach) {
+    const std::size_t length = pieces.length;
+    Fourier fourier(2 * length);
+    const auto time = fourier.time();
+    std::vector<Bin> spectrum(length + 1);
+    std::vector<Bin> sum(length + 1);
+    std::vector<float> power(length + 1);
+    for (const std::int64_t start : pieces.starts)
+        for (std::size_t band = 0; band < song.size(); ++band) {
+            std::ranges::fill(time, 0.0F);
+            readSong(song[band], line, start, time.first(length));
+            fourier.forward();
+            std::ranges::copy(fourier.bins(), spectrum.begin());
+            addPower(power, spectrum);
+            std::ranges::fill(time, 0.0F);
+            readVoice(voice[band], start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
+            fourier.forward();
+            addCorrelation(sum, fourier.bins(), spectrum);
+        }
+    double mean = 0;
+    for (const float each : power) mean += static_cast<double>(each) / static_cast<double>(power.size());
+    for (std::size_t i = 0; i < sum.size(); ++i)
+        fourier.bins()[i] = sum[i] / (power[i] + static_cast<float>(kRest * mean) + 1e-9F);
+    fourier.backward();
+    Row impulse(time.begin(), time.begin() + static_cast<std::ptrdiff_t>(2 * reach + 1));
+    for (float& value : impulse) value = std::abs(value);
+    return impulse;
+}
+
 // The first that is nearly as strong as the strongest, whose reflections may be stronger.
 std::size_t findDirect(const Row& response, std::size_t top, std::size_t before) {
     std::size_t at = top - std::min(before, top);
@@ -124,23 +145,24 @@ std::size_t findDirect(const Row& response, std::size_t top, std::size_t before)
 
 }  // namespace
 
-Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error,
-                std::size_t before) {
-    const std::size_t reach = error + before;
-    const std::vector<Row> rows = correlatePieces(song, voice, pieces, guess, reach);
+Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error) {
+    const std::vector<Row> rows = correlatePieces(song, voice, pieces, guess, error);
     const double slope = findTurn(rows, pieces, guess, error);
     const Row response = sumAlong(rows, pieces, guess, slope);
     const auto top = static_cast<std::size_t>(std::ranges::max_element(response) - response.begin());
-    const std::size_t direct = findDirect(response, top, before);
-    double heard = 0;
-    for (std::size_t piece = 0; piece < rows.size(); ++piece) {
-        const double at = static_cast<double>(top) + turned(pieces, guess, slope, piece);
-        heard += std::abs(between(rows[piece], at)) > kHeard ? 1 : 0;
-    }
-    const double lag = static_cast<double>(direct) + topBeside(response, direct) - static_cast<double>(reach);
-    return {{guess.lag + lag, guess.slope + slope, guess.pivot},
-            static_cast<double>(response[top]),
-            heard / static_cast<double>(rows.size())};
+    const double lag = static_cast<double>(top) + topBeside(response, top) - static_cast<double>(error);
+    return {{guess.lag + lag, guess.slope + slope, guess.pivot}, static_cast<double>(response[top])};
+}
+
+Line lineOfDirect(Bands song, Bands voice, const Pieces& pieces, const Line& heard, std::size_t before) {
+    const Line line{std::round(heard.lag), heard.slope, heard.pivot};
+    const std::size_t reach = before + kOff;
+    const Row impulse = impulseOf(song, voice, pieces, line, reach);
+    const auto near = impulse.begin() + static_cast<std::ptrdiff_t>(before);
+    const auto top = static_cast<std::size_t>(std::max_element(near, impulse.end()) - impulse.begin());
+    const std::size_t direct = findDirect(impulse, top, before);
+    const double lag = static_cast<double>(direct) + topBeside(impulse, direct) - static_cast<double>(reach);
+    return {line.lag + lag, line.slope, line.pivot};
 }
 
 }  // namespace melvane

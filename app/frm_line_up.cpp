@@ -53,13 +53,12 @@ void LineUp::begin() {
     before_ = mixer_.run().voicePlace;
     takesTime_ = false;
     const bool midi = isMidiFile(mixer_.fields().background);
-    search_ = {mixer_.fields().background, midi ? mixer_.midi().state().midiBytes : "", mixer_.fields().vocal,
+    search_ = {mixer_.fields().background, midi, midi ? mixer_.midi().reader() : nullptr, mixer_.fields().vocal,
                mixer_.run().key};
     work_ = std::make_shared<Work>();
-    found_ = beside([work = work_, search = search_, lowers = wish_ == Wish::byItself, library = &environment_.library,
-                     music = &environment_.music] {
+    found_ = beside([work = work_, search = search_, lowers = wish_ == Wish::byItself, library = &environment_.library] {
         if (lowers) lowerPriority();
-        return findVoice(*library, *music, search, [&](double done) {
+        return findVoice(*library, search, [&](double done) {
             work->done = done;
             return work->wanted.load();
         });

@@ -190,6 +190,10 @@ void MidiBackground::applySettings() {
     transpose(run_.key);
 }
 
+MusicPerformance::SongReader MidiBackground::reader() const {
+    return loaded() ? performance_->reader() : nullptr;
+}
+
 void MidiBackground::reopen() {
     if (openFile_.empty()) return;
     auto wanted = state_.ChannelInfo;

@@ -80,6 +80,9 @@ public:
     double position() const { return loaded() ? performance_->position() : 0; }  // seconds
     double length() const { return state_.midiLength; }  // seconds, of the last song; 0: it can't be played
 
+    // The song as it would play now, its notes moved as its reader is told; none where no song is loaded.
+    MusicPerformance::SongReader reader() const;
+
     // What went wrong first since the last OpenMidi or PlayMidi began, and the cause in English.
     MidiFailure failure() const { return failure_; }
     const std::string& failureText() const { return failureText_; }

@@ -15,11 +15,6 @@ namespace {
 
 using Source = std::unique_ptr<PcmSource>;
 
-// Part `from`..`to` of the whole.
-GoOn partOf(const GoOn& goOn, double from, double to) {
-    return [&goOn, from, to](double done) { return goOn(from + (to - from) * done); };
-}
-
 // None when it could not be read, or not to its end because it was given up.
 std::optional<Trace> imprintOf(const Source& source, const GoOn& goOn) {
     constexpr std::size_t kBlock = 65536;
@@ -39,8 +34,8 @@ std::optional<Trace> imprintOf(const Source& source, const GoOn& goOn) {
 
 class Search {
 public:
-    Search(AudioLibrary& library, MusicSystem& music, const VoiceSearch& search, const GoOn& goOn)
-        : library_(library), music_(music), search_(search), goOn_(goOn) {}
+    Search(AudioLibrary& library, const VoiceSearch& search, const GoOn& goOn)
+        : library_(library), search_(search), goOn_(goOn) {}
 
     VoiceFound run() {
         const auto voice = imprintOf(open(search_.voice), partOf(goOn_, 0, 0.2));
@@ -64,9 +59,9 @@ private:
         return library_.openReader(file, [this] { return wanted(); });
     }
     Source openSong(double key) const {
-        if (search_.midi.empty()) return library_.inKey(open(search_.song), key);
+        if (!search_.isMidi) return library_.inKey(open(search_.song), key);
         try {
-            return music_.openReader(search_.midi, static_cast<int>(std::lround(key)));
+            return search_.midi ? search_.midi(static_cast<int>(std::lround(key))) : nullptr;
         } catch (const MusicError&) {
             return nullptr;
         }
@@ -81,7 +76,6 @@ private:
     }
 
     AudioLibrary& library_;
-    MusicSystem& music_;
     const VoiceSearch& search_;
     const GoOn& goOn_;
 };
@@ -92,8 +86,8 @@ VoicePlace VoiceFound::place() const {
     return {std::llround(sync * kSampleRate), driftPpm};
 }
 
-VoiceFound findVoice(AudioLibrary& library, MusicSystem& music, const VoiceSearch& search, const GoOn& goOn) {
-    return Search(library, music, search, goOn).run();
+VoiceFound findVoice(AudioLibrary& library, const VoiceSearch& search, const GoOn& goOn) {
+    return Search(library, search, goOn).run();
 }
 
 }  // namespace melvane

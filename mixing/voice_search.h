@@ -11,10 +11,11 @@
 namespace melvane {
 
 struct VoiceSearch {
-    std::string song;   // a sound file, unless
-    std::string midi;   // these are the bytes of a MIDI song
-    std::string voice;  // a sound file
-    double key = 0;     // semitones by which the singer may have heard the song shifted
+    std::string song;                   // a sound file, or
+    bool isMidi = false;                // a MIDI song,
+    MusicPerformance::SongReader midi;  // as it will sound; none where it can't be played
+    std::string voice;                  // a sound file
+    double key = 0;                     // semitones by which the singer may have heard the song shifted
 };
 
 enum class SearchEnd { found, songUnreadable, voiceUnreadable, noTrace, givenUp };
@@ -32,8 +33,7 @@ struct VoiceFound {
 };
 
 // Waits until it is done; any thread. `goOn` is told how much is done, 0..1, and tells whether it is still wanted.
-// Library and music outlive the call.
-VoiceFound findVoice(AudioLibrary& library, MusicSystem& music, const VoiceSearch& search,
-                     const std::function<bool(double done)>& goOn);
+// The library outlives the call.
+VoiceFound findVoice(AudioLibrary& library, const VoiceSearch& search, const std::function<bool(double done)>& goOn);
 
 }  // namespace melvane

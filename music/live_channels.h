@@ -65,6 +65,7 @@ public:
     bool silenced(int channel) const { return soloed_ != 0 && !(soloed_ >> channel & 1); }
     // Such a message is kept, but not to be sent.
     bool silences(const ShortMessage& message) const;
+    const std::optional<Patch>& patch(int channel) const { return channels_[static_cast<std::size_t>(channel)].patch; }
     int transposition(int channel) const { return channels_[static_cast<std::size_t>(channel)].semitones; }
 
     // Sends the user's settings of one channel or all of them.

@@ -23,18 +23,6 @@ public:
         return std::make_unique<Performance>(library_, soundFont_, ports_, std::move(ports), bus_);
     }
 
-    std::unique_ptr<PcmSource> openReader(std::string_view file, int semitones) override {
-        const Segment segment(readSong({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()}));
-        const auto synth = std::make_shared<NextSynth>();
-        synth->use(soundFont_.empty() ? findSoundFont() : soundFont_);
-        synth->hold(*segment.song());
-        LiveChannels live;
-        for (std::uint8_t channel = 0; channel < kMidiChannels; ++channel)
-            live.keep(TransposeMessage{channel, semitones});
-        return std::make_unique<SongSource>(segment.song(), 1.0, live, synth->take(),
-                                            std::make_shared<SynthBus>(library_));
-    }
-
 private:
     AudioLibrary& library_;
     const std::string soundFont_;

@@ -215,6 +215,23 @@ void Performance::liftChannelSettings() {
     tell(LiftMessage{});
 }
 
+// With sounds of its own: those of the performance belong to what it plays.
+MusicPerformance::SongReader Performance::reader() const {
+    if (!song_) throw MusicError("No song is ready to play.");
+    return [song = song_, tempo = tempo_, live = live_, font = port_ ? soundFont_ : font_,
+            bus = std::make_shared<SynthBus>(library_)](int semitones) {
+        LiveChannels moved = live;
+        for (std::uint8_t channel = 0; channel < kMidiChannels; ++channel)
+            moved.keep(TransposeMessage{channel, semitones});
+        const auto synth = std::make_shared<NextSynth>();
+        synth->use(font.empty() ? findSoundFont() : font);
+        synth->hold(*song);
+        for (int channel = 0; channel < kMidiChannels; ++channel)
+            if (const auto& patch = live.patch(channel)) synth->askFor(channel, *patch);
+        return std::make_unique<SongSource>(song, tempo, moved, synth->take(), bus);
+    };
+}
+
 void Performance::tell(const LiveMessage& message) {
     checkOpen();
     live_.keep(message);

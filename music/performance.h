@@ -59,6 +59,7 @@ public:
     void solo(std::uint16_t channels) override;
     std::uint16_t soundingChannels() const override;
     void liftChannelSettings() override;
+    SongReader reader() const override;
     void closeDown(int channelGroups) override;
 
 private:

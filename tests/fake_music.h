@@ -45,7 +45,6 @@ public:
         note("loadSegment " + std::to_string(file.size()), songLoads);
         return std::make_shared<Segment>();
     }
-    std::unique_ptr<PcmSource> openReader(std::string_view, int) override { return nullptr; }
     std::unique_ptr<MusicPerformance> createPerformance(std::vector<std::string>) override {
         return std::make_unique<Performance>(*this);
     }
@@ -106,6 +105,7 @@ private:
         void solo(std::uint16_t channels) override { note(words("solo", channels)); }
         std::uint16_t soundingChannels() const override { return music_.sounding; }
         void liftChannelSettings() override { note("liftChannelSettings"); }
+        SongReader reader() const override { return {}; }
         void closeDown(int groups) override {
             note(words("closeDown", groups), !ready_);
             open_ = --music_.openPorts < 0;

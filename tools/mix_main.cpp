@@ -107,11 +107,14 @@ bool prepare(const MixOptions& options, const Job& job, HeadlessMix& headless) {
 
 // Puts the voice where its recording tells, or says why not: the exit status.
 int lineUp(const MixOptions& options, const Job& job, Mixer& mixer, const modLang& language, AudioLibrary& library,
-           MusicSystem& music, Reporter& reporter) {
+           Reporter& reporter) {
     RunState& run = mixer.run();
-    const std::string midi = run.isMidiBackground ? mixer.midi().state().midiBytes : "";
-    const VoiceFound found = findVoice(library, music, {job.files.background, midi, job.files.vocal, job.key},
-                                       [](double) { return interruptedBy == 0; });
+    const auto midi = run.isMidiBackground ? mixer.midi().reader() : nullptr;
+    const VoiceFound found = findVoice(
+        library, {job.files.background, run.isMidiBackground, midi, job.files.vocal, job.key}, [&](double done) {
+            reporter.searching(done);
+            return interruptedBy == 0;
+        });
     run.voicePlace = found.place();
     if (found.end == SearchEnd::found) {
         options.findSync ? reporter.tellPlace(found) : reporter.placed(found);
@@ -124,7 +127,7 @@ int lineUp(const MixOptions& options, const Job& job, Mixer& mixer, const modLan
 }
 
 int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const modLang& language,
-        AudioLibrary& library, MusicSystem& music, Reporter& reporter) {
+        AudioLibrary& library, Reporter& reporter) {
     Mixer& mixer = headless.mixer();
     if (!prepare(options, job, headless)) {
         const MidiBackground& midi = mixer.midi();
@@ -133,7 +136,7 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
     }
     catchInterrupts();
     if (options.findSync || options.findsPlace) {
-        const int found = lineUp(options, job, mixer, language, library, music, reporter);
+        const int found = lineUp(options, job, mixer, language, library, reporter);
         if (found != kDone || options.findSync) return found;
     }
     const HeadlessMix::End end = headless.mix([&](auto done, auto total) { reporter.progress(done, total); });
@@ -184,7 +187,7 @@ int mixWith(const MixOptions& options, const Job& job, AudioLibrary& library, co
         library, instruments, names, destinations, language, [] { return interruptedBy == 0; },
         HeadlessMix::Unwanted::keepPart);
     headless.waiting = [&] { tellOpening(headless.mixer(), library, reporter); };
-    return mix(options, job, headless, language, library, *instruments.music, reporter);
+    return mix(options, job, headless, language, library, reporter);
 }
 
 int run(const MixOptions& options) {

@@ -60,6 +60,10 @@ void Reporter::opening(double share) {
     printLine({{text("event"), text("opening")}, {text("fraction"), share}});
 }
 
+void Reporter::searching(double share) {
+    if (style_ == Style::bar && isTime()) drawBar(share, "searching");
+}
+
 void Reporter::progress(std::int64_t done, std::int64_t total) {
     const bool last = style_ != Style::quiet && done >= total;
     if (total <= 0 || !(isTime() || last)) return;
@@ -100,6 +104,7 @@ void Reporter::finished(const std::string& destination, std::int64_t frames, boo
 }
 
 void Reporter::placed(const VoiceFound& found) {
+    clearBar();
     if (style_ == Style::json)
         printLine({{text("event"), text("sync")},
                    {text("sync"), found.sync},
@@ -111,6 +116,7 @@ void Reporter::placed(const VoiceFound& found) {
 }
 
 void Reporter::tellPlace(const VoiceFound& found) {
+    clearBar();
     const double sync = rounded(found.sync, 1000);
     const double drift = rounded(found.driftPpm, 10);
     if (style_ == Style::json)

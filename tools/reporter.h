@@ -17,6 +17,8 @@ public:
 
     // The share of a file that is decoded before the mix begins, 0..1.
     void opening(double share);
+    // The share of the search for the voice's place, 0..1; shown to people only.
+    void searching(double share);
     // `done` and `total` in frames.
     void progress(std::int64_t done, std::int64_t total);
     // The file was written: all of the song, or what was mixed before an interrupt; "" when that was nothing.
