@@ -56,13 +56,14 @@ void LineUp::begin() {
     search_ = {mixer_.fields().background, midi, midi ? mixer_.midi().reader() : nullptr, mixer_.fields().vocal,
                mixer_.run().key};
     work_ = std::make_shared<Work>();
-    found_ = beside([work = work_, search = search_, lowers = wish_ == Wish::byItself, library = &environment_.library] {
-        if (lowers) lowerPriority();
-        return findVoice(*library, search, [&](double done) {
-            work->done = done;
-            return work->wanted.load();
+    found_ =
+        beside([work = work_, search = search_, lowers = wish_ == Wish::byItself, library = &environment_.library] {
+            if (lowers) lowerPriority();
+            return findVoice(*library, search, [&](double done) {
+                work->done = done;
+                return work->wanted.load();
+            });
         });
-    });
     timer_.start();
 }
 

@@ -42,7 +42,7 @@ public:
         const FastMix* fast = nullptr;     // that is going on
         bool songUnreadable = false;
         bool voiceUnreadable = false;
-        std::string lostPort = {};   // of the run: gone since it began
+        std::string lostPort = {};  // of the run: gone since it began
         std::string lostInput = {};
     };
 
