@@ -21,6 +21,39 @@
 
 namespace melvane::test {
 
+// What a test sets while the program asks for it on threads of its own.
+template <typename Files>
+class Shared {
+public:
+    Shared& operator=(Files files) {
+        const std::lock_guard lock(mutex_);
+        files_ = std::move(files);
+        return *this;
+    }
+    void clear() { *this = Files(); }
+    bool contains(const std::string& file) const {
+        const std::lock_guard lock(mutex_);
+        return files_.contains(file);
+    }
+    std::size_t erase(const std::string& file) {
+        const std::lock_guard lock(mutex_);
+        return files_.erase(file);
+    }
+    auto at(const std::string& file) const {
+        const std::lock_guard lock(mutex_);
+        return files_.at(file);
+    }
+    // Where Files is a map.
+    void put(const std::string& file, auto value) {
+        const std::lock_guard lock(mutex_);
+        files_[file] = std::move(value);
+    }
+
+private:
+    mutable std::mutex mutex_;
+    Files files_;
+};
+
 class FakeAudioLibrary : public AudioLibrary {
 public:
     struct Input {
@@ -38,9 +71,9 @@ public:
 
     std::vector<Input> inputs = {{"Microphone", BASS_INPUT_TYPE_MIC | 70},
                                  {"Stereo Mix", BASS_INPUT_TYPE_ANALOG | BASS_INPUT_OFF | 30}};
-    std::set<std::string> unreadable;   // files that no stream is made of
-    std::set<std::string> failingOnce;  // of which no stream is made at first
-    std::map<std::string, Decoding> decodings;
+    Shared<std::set<std::string>> unreadable;   // files that no stream is made of
+    Shared<std::set<std::string>> failingOnce;  // of which no stream is made at first
+    Shared<std::map<std::string, Decoding>> decodings;
     std::set<Handle> failedChannels;  // whose files can no longer be read
     std::uint64_t length = 1760;      // of every channel but those of these files
     std::map<std::string, std::uint64_t> lengths;
@@ -112,7 +145,7 @@ public:
         if (lengths.contains(file)) lengthsOfChannels_[lastHandle_ + 1] = lengths.at(file);
         return ++lastHandle_;
     }
-    std::map<std::string, Sound> readers;  // what files hold; others hold nothing
+    Shared<std::map<std::string, Sound>> readers;  // what files hold; others hold nothing
     std::shared_ptr<std::atomic<bool>> readersWait = std::make_shared<std::atomic<bool>>(false);
     std::unique_ptr<PcmSource> openReader(const std::string& file, const std::function<bool()>& wanted) override {
         if (unreadable.contains(file)) return nullptr;

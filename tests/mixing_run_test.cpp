@@ -124,7 +124,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
          Failure::vocalUnreadable, "holds no sound"},
         {[&] {
              library.unreadable = {mixer.fields().vocal = text.write("text.m4a", "La la la")};
-             library.decodings[mixer.fields().vocal].failure = DecodingFailure::noDecoder;
+             library.decodings.put(mixer.fields().vocal, Decoding{.failure = DecodingFailure::noDecoder});
          },
          Failure::vocalUnreadable, "apt install ffmpeg”. The vocal recording cannot be opened"},
         {[&] { mixer.fields().vocal = dir / "./mix.mp3"; }, Failure::destinationIsSource, "one of the source files"},

@@ -166,9 +166,9 @@ TEST_F(TimelineFixture, NewVoicesAreLinedUpByThemselves) {
     const std::string song = dir.write("evening.mp3", "");
     const std::string take = dir.write("take.wav", "");
     const std::string other = dir.write("other take.wav", "");
-    library.readers[song] = sound;
-    library.readers[take] = {sound.begin() + 10 * kSecond, sound.begin() + 76 * kSecond};
-    library.readers[other] = {sound.begin() + 4 * kSecond, sound.begin() + 70 * kSecond};
+    library.readers.put(song, sound);
+    library.readers.put(take, Sound{sound.begin() + 10 * kSecond, sound.begin() + 76 * kSecond});
+    library.readers.put(other, Sound{sound.begin() + 4 * kSecond, sound.begin() + 70 * kSecond});
     const auto linedUp = [this] { return status().starts_with("Voice lined up: begins "); };
     const auto searched = [this] {
         QTest::qWait(100);

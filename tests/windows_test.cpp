@@ -315,7 +315,7 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     chooseFiles();
     library.unreadable = {"/voice.wav"};
     library.openingTime = std::chrono::milliseconds(300);
-    library.decodings["/voice.wav"] = {.running = true, .progress = 0.407};
+    library.decodings.put("/voice.wav", Decoding{.running = true, .progress = 0.407});
     QTimer::singleShot(200, [&] { shown = status(); });
     press("mi_button");
     EXPECT_EQ(std::exchange(shown, ""), "Opening… 40 %");
@@ -325,7 +325,7 @@ TEST_F(WindowFixture, WhatIsShownIsOfTheFilesThatAreChosen) {
     browse("BR1", "");
     EXPECT_EQ(status(), failed) << "nothing was chosen";
     EXPECT_EQ(shown, failed) << "nothing is opened while a dialog is open";
-    library.unreadable = {};
+    library.unreadable.clear();
     browse("BR1", "/voice.wav");
     EXPECT_TRUE(waitFor("Ready")) << "also for the same file";
 
@@ -390,7 +390,7 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     Sound song(std::size_t{2} * 512 * OverviewBar::kColumns);
     std::fill_n(song.begin(), 2 * 512 * 40, 1.0F);
     library.readers = {{"/two.m4a", song}};
-    library.decodings["/two.m4a"] = {.running = true, .progress = 0.5};
+    library.decodings.put("/two.m4a", Decoding{.running = true, .progress = 0.5});
     *library.readersWait = true;
     browse("BR0", "/one.mp3");
     browse("BR0", "/two.m4a");
@@ -412,13 +412,13 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     browse("BR1", "/v.wav");
     EXPECT_TRUE(waitFor("The vocal recording cannot be opened: /v.wav"));
     EXPECT_TRUE(find<QWidget>(main(), "status").property("failed").toBool());
-    library.decodings["/v.wav"].failure = DecodingFailure::noRoom;
+    library.decodings.put("/v.wav", Decoding{.failure = DecodingFailure::noRoom});
     browse("BR1", "/v.wav");
     EXPECT_TRUE(waitFor("There is no room for the decoded sound: free some on the disk that holds " +
                         toText(cacheFolder()) +
                         ". The vocal "
                         "recording cannot be opened: /v.wav"));
-    library.unreadable = {};
+    library.unreadable.clear();
     browse("BR1", "/v.wav");
     EXPECT_EQ(status(), "Ready");
     EXPECT_EQ(dialogs.boxes, std::vector<std::string>());
