@@ -77,8 +77,10 @@ MainCalls frmMain::calls() {
     timeline.whileOpening = [this](const std::function<void()>& action) { withButtonsOff(action); };
     timeline.lineUp = [this] { lineUp_->start(); };
     timeline.giveUpLineUp = [this] { lineUp_->giveUp(); };
-    timeline.mixFast = [this] { mixFast(); };
+    timeline.mixFast = [this] { fast_.going() ? fast_.cancel() : mixFast(); };
     timeline.fastMixRefusal = [this] { return whyNoFastMix(); };
+    timeline.fastMix = [this] { return fastMixNews(); };
+    timeline.opening = [this] { return MainStatus(mixer_, environment_).opening(); };
     return {[this](const std::string& code) { useLanguage(code); }, choosePort, [this] { refresh(); }, timeline};
 }
 
@@ -139,7 +141,7 @@ void frmMain::useLanguage(const std::string& code) {
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
-    if (mixer_.isRunning() && !mixer_.mixingRun().opening()) {
+    if ((mixer_.isRunning() && !mixer_.mixingRun().opening()) || fast_.going()) {
         event->ignore();
         return tell(environment_.language.lang(LangEntry::stopMixingFirst), BoxIcon::information);
     }
@@ -196,7 +198,10 @@ void frmMain::refresh() {
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
-    if (std::exchange(wasRunning_, running) && !running) QApplication::alert(this);  // unless it is in front
+    if (std::exchange(wasRunning_, running) && !running) {
+        report_.lacksVoice = mixer_.run().voiceOutsideSong;
+        QApplication::alert(this);  // unless it is in front
+    }
     usePort(running);
     takeWaiting(running);
     refreshPaths();

@@ -95,6 +95,7 @@ private:
     void showSettings();
     void showSteps();
     void followFastMix();
+    FastMixNews fastMixNews() const;
     void endFastMix();
     void showTitle();
     double doneShare() const;
@@ -118,6 +119,7 @@ private:
     void refreshButtons(bool running);
     void switchButton(Ed_Button* button, bool on);
     void refreshStatus(bool running);
+    StatusLine statusLine() const;
     bool canListen() const;
     void tellUnusable(const std::vector<std::string>& paths);
     // Song and voice that come together are told apart by themselves.

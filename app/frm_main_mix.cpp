@@ -87,9 +87,18 @@ void frmMain::followFastMix() {
     if (!result) return;
     takeResult(mixer_.run(), *result);
     report_.cancelled = fast_.cancelled() && result->lastMixPath.empty();
+    report_.lacksVoice = result->voiceOutsideSong;
+    report_.inRehearsal = mixer_.rehearsal().playing();
     if (result->failure == RunFailure::pathsMissing || result->failure == RunFailure::midiUnplayable)
         tell(runMessage(environment_.language, *result), BoxIcon::information);
     QApplication::alert(this);
+}
+
+// Of the one that goes on, or of the last as long as it is told of.
+FastMixNews frmMain::fastMixNews() const {
+    if (!fast_.going() && !(report_.fast && report_.told)) return {};
+    const StatusLine line = statusLine();
+    return {fast_.going(), line.text, line.brief, line.failed};
 }
 
 void frmMain::endFastMix() {
@@ -106,19 +115,23 @@ double frmMain::doneShare() const {
 }
 
 void frmMain::refreshStatus(bool running) {
-    const bool fast = fast_.going();
     const double done = doneShare();
     showTitle();
-    environment_.shell.showProgress(running || fast ? done : -1);
-    status_->show(done, MainStatus(mixer_, environment_)
-                            .line({.report = report_,
-                                   .linedUp = lineUp_->message(),
-                                   .settingsFailure = store_.failure(),
-                                   .fast = fast ? &fast_ : nullptr,
-                                   .songUnreadable = status_->unreadable(0),
-                                   .voiceUnreadable = status_->unreadable(1),
-                                   .lostPort = watch_.lostPort(),
-                                   .lostInput = watch_.lostInput()}));
+    environment_.shell.showProgress(running || fast_.going() ? done : -1);
+    report_.inRehearsal = report_.inRehearsal && mixer_.rehearsal().playing();
+    status_->show(done, statusLine());
+}
+
+StatusLine frmMain::statusLine() const {
+    return MainStatus(mixer_, environment_)
+        .line({.report = report_,
+               .linedUp = lineUp_->message(),
+               .settingsFailure = store_.failure(),
+               .fast = fast_.going() ? &fast_ : nullptr,
+               .songUnreadable = status_->unreadable(0),
+               .voiceUnreadable = status_->unreadable(1),
+               .lostPort = watch_.lostPort(),
+               .lostInput = watch_.lostInput()});
 }
 
 }  // namespace melvane

@@ -31,9 +31,9 @@ StatusLine MainStatus::unreadable(OwnText text, const std::string& file) const {
     return line;
 }
 
-std::optional<std::string> MainStatus::decoding(const std::string& song, const std::string& voice) const {
+std::optional<std::string> MainStatus::decoding() const {
     constexpr int kPercent = 100;
-    for (const std::string& file : {song, voice}) {
+    for (const std::string& file : {mixer_.fields().background, mixer_.fields().vocal}) {
         const Decoding decoding = environment_.library.decoding(file);
         if (decoding.running && decoding.progress > 0)
             return environment_.language.ownText(OwnText::openingShare,
@@ -43,8 +43,7 @@ std::optional<std::string> MainStatus::decoding(const std::string& song, const s
 }
 
 std::string MainStatus::opening() const {
-    const auto share = decoding(mixer_.run().backgroundPath, mixer_.run().vocalPath);
-    return share ? *share : environment_.language.ownText(OwnText::opening);
+    return decoding().value_or(environment_.language.ownText(OwnText::opening));
 }
 
 StatusLine MainStatus::line(const Facts& facts) const {
@@ -53,15 +52,19 @@ StatusLine MainStatus::line(const Facts& facts) const {
     if (facts.fast) return {fastProgress(*facts.fast)};
     if (mixing.opening() || mixer_.sourceFiles().opening()) return {opening()};
     if (mixing.finishing()) return {language.ownText(OwnText::finishingFile)};
-    if (mixer_.rehearsal().playing()) return {language.ownText(OwnText::rehearsing)};
+    if (mixer_.rehearsal().playing() && !facts.report.inRehearsal) {
+        const bool outside = mixer_.run().voiceOutsideSong;
+        return {language.ownText(outside ? OwnText::voiceOutsideSong : OwnText::rehearsing), "", outside};
+    }
     if (!mixer_.run().isMixing) return ended(facts);
-    const bool warned = mixer_.run().recordsSilence || !facts.lostInput.empty() || !facts.lostPort.empty();
+    const bool warned = mixer_.run().recordsSilence || mixer_.run().voiceOutsideSong || !facts.lostInput.empty() ||
+                        !facts.lostPort.empty();
     return {timesOf(mixing.framesDone(), mixing.framesTotal()) + " – " + sound(facts), "", warned};
 }
 
 std::string MainStatus::fastProgress(const FastMix& mix) const {
     const modLang& language = environment_.language;
-    if (mix.framesTotal() == 0) return language.ownText(OwnText::opening);
+    if (mix.framesTotal() == 0) return opening();
     const std::string times = timesOf(mix.framesDone(), mix.framesTotal());
     const auto left = mix.left();
     return times + " – " + language.ownText(OwnText::mixingFast) +
@@ -77,6 +80,7 @@ std::string MainStatus::sound(const Facts& facts) const {
     if (mixer_.run().recordsSilence) return language.ownText(OwnText::noMixInput);
     if (!facts.lostInput.empty()) return language.ownText(OwnText::inputLost, facts.lostInput);
     if (!facts.lostPort.empty()) return language.ownText(OwnText::portLost, facts.lostPort);
+    if (mixer_.run().voiceOutsideSong) return language.ownText(OwnText::voiceOutsideSong);
     if (mixer_.run().isMidiBackground && !port().empty()) return port();
     // The device opens with the first frame.
     const bool silent = mixer_.mixingRun().framesDone() > 0 && !environment_.library.cardStatus().deviceOpen;
@@ -112,11 +116,12 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!report.told && facts.songUnreadable) return unreadable(OwnText::cannotOpenBackground, fields.background);
     if (!report.told && facts.voiceUnreadable) return unreadable(OwnText::cannotOpenVocal, fields.vocal);
     if (!report.told && !report.interrupted.empty()) return broughtBack(report.interrupted);
-    if (!report.told) return {decoding(fields.background, fields.vocal).value_or(facts.linedUp)};
+    if (!report.told) return {decoding().value_or(facts.linedUp)};
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
+    if (report.lacksVoice && !run.lastMixPath.empty()) return about(OwnText::mixLacksVoice, run.lastMixPath, true);
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
     if (report.cancelled) return {language.ownText(OwnText::mixCancelled)};
     if (report.stopped) return {language.ownText(OwnText::stopped)};

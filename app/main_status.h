@@ -27,6 +27,8 @@ struct RunReport {
     bool stopped = false;                  // it was ended with the stop button
     bool fast = false;                     // it was a fast mix
     bool cancelled = false;                // that left nothing
+    bool lacksVoice = false;               // its place was outside of the song
+    bool inRehearsal = false;              // it ended while the rehearsal played that still does
     std::vector<std::string> interrupted;  // mixes that were cut off before the program started
 
     void begin(bool fastMix) { *this = {.told = true, .fast = fastMix}; }
@@ -50,6 +52,8 @@ public:
     MainStatus(Mixer& mixer, const Environment& environment) : mixer_(mixer), environment_(environment) {}
 
     StatusLine line(const Facts& facts) const;
+    // That files are being opened, and how far that is.
+    std::string opening() const;
 
 private:
     StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
@@ -59,8 +63,7 @@ private:
     StatusLine result(const Facts& facts) const;
     StatusLine unreadable(OwnText text, const std::string& file) const;
     // How far another program has decoded the first of the files that it is at.
-    std::optional<std::string> decoding(const std::string& song, const std::string& voice) const;
-    std::string opening() const;
+    std::optional<std::string> decoding() const;
     // What is heard and recorded of the run under way.
     std::string sound(const Facts& facts) const;
     // What is to be known of the song's port; empty when there is nothing.

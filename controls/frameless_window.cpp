@@ -59,7 +59,11 @@ void FramelessWindow::setOutline(const QRegion& units) {
 }
 
 void FramelessWindow::followZoom() {
-    if (zoom_ != zoom() && !qobject_cast<FramelessWindow*>(parentWidget())) follow(pos());
+    if (zoom_ == zoom() || qobject_cast<FramelessWindow*>(parentWidget())) return;
+    follow(wantedPlace());
+    if (!placesItself()) return;
+    for (auto* owned : findChildren<FramelessWindow*>(QString(), Qt::FindDirectChildrenOnly))
+        if (owned->isVisible()) owned->moveBesideOwner(owned->edge_, owned->wantedPlace());
 }
 
 void FramelessWindow::follow(const QPoint& place) {
@@ -68,7 +72,7 @@ void FramelessWindow::follow(const QPoint& place) {
     fit();
     if (placesItself()) moveOntoScreen(place);
     for (auto* owned : findChildren<FramelessWindow*>(QString(), Qt::FindDirectChildrenOnly))
-        owned->follow(pos() + (owned->pos() - before) * growth);
+        owned->follow(pos() + (owned->wantedPlace() - before) * growth);
 }
 
 ElidedLabel* FramelessWindow::addTitle(const QRect& place) {
@@ -97,11 +101,14 @@ void FramelessWindow::moveOntoScreen(const QPoint& wanted) {
     if (!screen) screen = QGuiApplication::primaryScreen();
     if (!screen) return move(wanted);
     const QRect room = screen->availableGeometry();
-    move(std::clamp(wanted.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
-         std::clamp(wanted.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height())));
+    wanted_ = wanted;
+    given_ = {std::clamp(wanted.x(), room.left(), std::max(room.left(), room.right() + 1 - width())),
+              std::clamp(wanted.y(), room.top(), std::max(room.top(), room.bottom() + 1 - height()))};
+    move(given_);
 }
 
 void FramelessWindow::moveBesideOwner(Qt::Edge edge, const std::optional<QPoint>& kept) {
+    edge_ = edge;
     const QWidget* owner = parentWidget()->window();
     QList<QRect> others{owner->geometry()};
     for (const QWidget* other : QApplication::topLevelWidgets())
@@ -109,7 +116,7 @@ void FramelessWindow::moveBesideOwner(Qt::Edge edge, const std::optional<QPoint>
             others << other->geometry();
     const QPoint free = freePlace(size(), others, owner->screen()->availableGeometry(), edge);
     if (kept) moveOntoScreen(*kept);
-    if (!kept || coveredBy(geometry(), others) > coveredBy({free, size()}, others)) move(free);
+    if (!kept || coveredBy(geometry(), others) > coveredBy({free, size()}, others)) move(wanted_ = given_ = free);
 }
 
 void FramelessWindow::bringUp(bool takesFocus) {

@@ -17,7 +17,7 @@ public:
     // As large as the region of that id; without it a rectangle. The top `gripHeight` units move the window while the
     // left button is held there. A window with an owner belongs to it: it stays in front of it, is minimised with it
     // and has no entry of its own in the taskbar, and Escape closes it. At another zoom the window keeps its place, one
-    // with such an owner the way to that, and stays on the screen.
+    // with such an owner the way to that, stays on the screen, and covers no other that it need not.
     FramelessWindow(std::int16_t regionId, int gripHeight, QWidget* owner = nullptr);
 
     // The same with an outline of its own, in units, and a size that is no less than `least`.
@@ -60,10 +60,15 @@ protected:
 private:
     void fit();
     void follow(const QPoint& place);
+    // Where it would stand if the screen were large enough.
+    QPoint wantedPlace() const { return pos() == given_ ? wanted_ : pos(); }
 
     QRegion region_;
-    std::optional<QSize> least_;  // none: the size is the outline's
-    int zoom_ = 0;                // at which the window fits
+    std::optional<QSize> least_;      // none: the size is the outline's
+    QPoint wanted_;                   // where it was to stand,
+    QPoint given_;                    // and where the screen had room for it
+    Qt::Edge edge_ = Qt::BottomEdge;  // of its owner, beside which it opens
+    int zoom_ = 0;                    // at which the window fits
     WindowOutline outline_;
     int gripHeight_;
     ElidedLabel* title_ = nullptr;

@@ -24,6 +24,7 @@ MixGraph::MixGraph(const Environment& environment, MixState& state, EffectChain&
     : with_(environment), run_(state.run), settings_(state.settings), effects_(effects), midi_(midi) {}
 
 bool MixGraph::open(const std::function<bool()>& wanted) {
+    run_.voiceOutsideSong = false;
     if (run_.isMidiBackground) {
         midi_.renewPort();
     } else if (!isVoiceAlone()) {
@@ -37,6 +38,7 @@ bool MixGraph::open(const std::function<bool()>& wanted) {
         const Handle longest = isVoiceAlone() ? run_.vocalChannel : run_.backgroundChannel;
         length_ =
             run_.isMidiBackground ? toFrames(midi_.length()) : toFrames(with_.library.BASS_ChannelGetLength(longest));
+        voiceLength_ = toFrames(with_.library.BASS_ChannelGetLength(run_.vocalChannel));
         return true;
     }
     if (wanted() && run_.failure == RunFailure::none) {
@@ -140,10 +142,12 @@ void MixGraph::applyKey() {
 // A place on the vocal's own time, so that setting it again changes nothing. A voice alone begins at its beginning.
 void MixGraph::applySyncOffset() {
     if (run_.vocalChannel == 0) return;
+    run_.voiceOutsideSong = false;
     if (isVoiceAlone()) return static_cast<void>(with_.library.placeChannel(run_.vocalChannel, 0, true));
-    with_.library.placeChannel(run_.vocalChannel,
-                               run_.voicePlace.earlier + toFrames(static_cast<double>(run_.syncOffset)),
-                               run_.voicePlace.given());
+    const std::int64_t earlier = run_.voicePlace.earlier + toFrames(static_cast<double>(run_.syncOffset));
+    with_.library.placeChannel(run_.vocalChannel, earlier, run_.voicePlace.given());
+    const bool known = length_ > 0 && voiceLength_ > 0;
+    run_.voiceOutsideSong = known && run_.voicePlace.given() && (earlier >= voiceLength_ || -earlier >= length_);
 }
 
 std::int64_t MixGraph::position() const {

@@ -61,6 +61,7 @@ private:
     EffectChain& effects_;
     MidiBackground& midi_;
     std::int64_t length_ = 0;
+    std::int64_t voiceLength_ = 0;
 };
 
 // While one lives no frame is mixed: what is set up starts on one frame.

@@ -22,6 +22,14 @@
 
 namespace melvane {
 
+// How a mix without listening gets on, or how it ended; nothing when there was none.
+struct FastMixNews {
+    bool going = false;
+    std::string text;
+    std::string brief;  // where there is little room; "": the text's beginning
+    bool failed = false;
+};
+
 // What the timeline asks of others.
 struct TimelineCalls {
     // Runs what opens files, while no other may be chosen.
@@ -29,10 +37,13 @@ struct TimelineCalls {
     // Begins to look for the voice's place, and gives it up; showLiningUp() and the like tell of it. None: it can't.
     std::function<void()> lineUp = {};
     std::function<void()> giveUpLineUp = [] {};
-    // Begins a mix without listening. None: it can't.
+    // Begins a mix without listening, or cancels the one that goes on. None: it can't.
     std::function<void()> mixFast = {};
     // Why there can be no such mix of what was chosen, in the current language; "" when there can.
     std::function<std::string()> fastMixRefusal = [] { return std::string(); };
+    std::function<FastMixNews()> fastMix = [] { return FastMixNews(); };
+    // That files are being opened, and how far that is, in the current language.
+    std::function<std::string()> opening = [] { return std::string(); };
 };
 
 class frmTimeline : public ResizableWindow {
@@ -83,6 +94,11 @@ private:
         std::int64_t end = 0;
         bool operator==(const Shown&) const = default;
     };
+    struct Note {
+        std::string text;
+        std::string brief = {};  // "": the text's beginning
+        bool failed = false;
+    };
     struct NamedButton {
         Ed_Button* button;
         OwnText name;
@@ -112,7 +128,10 @@ private:
     void lookAtWaveforms();
     void showView();
     void refreshButtons();
+    void refreshFastMix(bool can);
     void refreshNote();
+    Note noteNow() const;
+    void followFastMix();
     void updateRange();
     Shown shownNow() const;
     std::int64_t songFrames() const;
@@ -135,8 +154,8 @@ private:
     bool readBefore_ = false;
     int ticks_ = 0;
     double liningUp_ = -1;  // how far; -1: nobody is at it
-    std::function<std::string()> note_ = [] { return std::string(); };
-    bool noteFailed_ = false;
+    bool mixesFast_ = false;
+    std::function<Note()> note_ = [] { return Note(); };  // of what was done last
 
     Ed_Button* play_;
     std::vector<Ed_Button*> transport_;  // the others, from left to right

@@ -115,6 +115,7 @@ void frmTimeline::refresh() {
     }
     placeLabel_->setFullText(state_.fields.vocal.empty() ? QString() : toQt(placeText(language_, now.earlier)));
     showPosition();
+    followFastMix();
     refreshButtons();
     refreshNote();
 }
@@ -139,30 +140,52 @@ void frmTimeline::refreshButtons() {
     for (Ed_Button* button : transport_) button->setEnabled(can);
     transport_.back()->setEnabled(can && rehearsal_.loop().given());
     lineUp_->setEnabled(calls_.lineUp && can && !state_.fields.background.empty() && !state_.fields.vocal.empty());
-    const std::string refusal = calls_.fastMixRefusal();
-    mixFast_->setEnabled(calls_.mixFast && can && refusal.empty());
     setButtonText(lineUp_, toQt(language_.ownText(liningUp_ < 0 ? OwnText::lineUp : OwnText::stop)),
                   toQt(language_.ownText(OwnText::lineUpMeaning)));
-    setButtonText(mixFast_, toQt(language_.ownText(OwnText::mixFast)),
-                  toQt(language_.ownText(OwnText::mixFastMeaning) + (refusal.empty() ? "" : "\n" + refusal)));
+    refreshFastMix(can);
+}
+
+// The button begins a mix, and cancels it while it goes on.
+void frmTimeline::refreshFastMix(bool can) {
+    const std::string refusal = mixesFast_ ? "" : calls_.fastMixRefusal();
+    setButtonLook(mixFast_, mixesFast_ ? ButtonLook::recording : ButtonLook::song,
+                  mixesFast_ ? Symbol::stop : Symbol::mix);
+    mixFast_->setEnabled(mixesFast_ || (calls_.mixFast && can && refusal.empty()));
+    const std::string meaning = language_.ownText(mixesFast_ ? OwnText::cancelFastMix : OwnText::mixFastMeaning);
+    setButtonText(mixFast_, toQt(language_.ownText(mixesFast_ ? OwnText::cancelFastMix : OwnText::mixFast)),
+                  toQt(meaning + (refusal.empty() ? "" : "\n" + refusal)));
+}
+
+// What of several things is told: first what went wrong, then what goes on, then what was done last.
+frmTimeline::Note frmTimeline::noteNow() const {
+    if (const std::string failure = rehearsal_.message(); !failure.empty()) return {failure, "", true};
+    if (mixesFast_) return {calls_.fastMix().text};
+    if (rehearsal_.unheard()) return {language_.ownText(OwnText::rehearsalUnheard)};
+    if (rehearsal_.busy()) return {calls_.opening()};
+    if (Note last = note_(); !last.text.empty()) return last;
+    if (stillOpening(song_) || stillOpening(voice_)) return {calls_.opening()};
+    if (rehearsal_.playing() && state_.run.voiceOutsideSong) return {language_.ownText(OwnText::voiceOutsideSong)};
+    return {};
 }
 
 void frmTimeline::refreshNote() {
-    const std::string failure = rehearsal_.message();
-    std::string note = note_();
-    const bool opening = stillOpening(song_) || stillOpening(voice_);
-    if (rehearsal_.busy() || (note.empty() && opening)) note = language_.ownText(OwnText::opening);
-    if (rehearsal_.unheard()) note = language_.ownText(OwnText::rehearsalUnheard);
-    if (!failure.empty()) note = failure;
-    noteLabel_->setFullText(toQt(note));
-    setStyleState(*noteLabel_, "failed", !failure.empty() || noteFailed_);
+    const Note note = noteNow();
+    noteLabel_->setFullText(toQt(note.text), {}, {}, toQt(note.brief));
+    setStyleState(*noteLabel_, "failed", note.failed);
+}
+
+void frmTimeline::followFastMix() {
+    if (!std::exchange(mixesFast_, calls_.fastMix().going) || mixesFast_) return;
+    note_ = [this] {
+        const FastMixNews news = calls_.fastMix();
+        return Note{news.text, news.brief, news.failed};
+    };
 }
 
 void frmTimeline::showLiningUp(double done) {
     liningUp_ = done;
-    noteFailed_ = false;
     note_ = [this] {
-        return language_.ownText(OwnText::liningUp, std::to_string(static_cast<int>(liningUp_ * kPercent)));
+        return Note{language_.ownText(OwnText::liningUp, std::to_string(static_cast<int>(liningUp_ * kPercent)))};
     };
     refresh();
 }
@@ -172,21 +195,20 @@ void frmTimeline::showLinedUp(double certainty) {
     // As long as the voice stays there.
     note_ = [this, certainty, at = state_.run.voicePlace] {
         const int percent = static_cast<int>(certainty * kPercent);
-        return state_.run.voicePlace == at ? language_.ownText(OwnText::linedUp, std::to_string(percent)) : "";
+        return Note{state_.run.voicePlace == at ? language_.ownText(OwnText::linedUp, std::to_string(percent)) : ""};
     };
     refresh();
 }
 
 void frmTimeline::showNoTrace() {
     liningUp_ = -1;
-    note_ = [this] { return language_.ownText(OwnText::noTrace); };
+    note_ = [this] { return Note{language_.ownText(OwnText::noTrace)}; };
     refresh();
 }
 
 void frmTimeline::showNotLinedUp(const std::string& failure) {
     liningUp_ = -1;
-    noteFailed_ = !failure.empty();
-    note_ = [failure] { return failure; };
+    note_ = [failure] { return Note{failure, "", true}; };
     refresh();
 }
 

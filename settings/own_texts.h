@@ -76,6 +76,7 @@ enum class OwnText {
     mixFast,
     mixingFast,
     timeLeft,  // time
+    cancelFastMix,
     mixCancelled,
     fastOtherInput,
     fastOtherPort,
@@ -154,6 +155,7 @@ enum class OwnText {
     noTrace,
     mixFastMeaning,
     rehearsing,
+    voiceOutsideSong,
     rehearsalUnheard,
     rehearsalSongLost,   // file
     rehearsalVoiceLost,  // file
@@ -175,6 +177,7 @@ enum class OwnText {
     inputGone,  // input
     portLost,
     inputLost,
+    mixLacksVoice,  // file
     mixLacksInput,
     // Why a run did not begin or did not end well.
     cannotOpenBackground,  // file

@@ -62,6 +62,7 @@ struct RunState {
     double key = 0;                   // semitones, -5..5
     float syncOffset = 0;             // seconds, -0.6..0.6; positive: the vocal is earlier
     VoicePlace voicePlace;
+    bool voiceOutsideSong = false;                     // there is nothing of it to be heard, of the last that was open
     std::int32_t savedInput = 0;                       // recording input that was on when the program started
     std::int32_t savedLevel = 0;                       // its level, 0..100
     RunFailure failure = RunFailure::none;             // of the last run

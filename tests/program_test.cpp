@@ -348,7 +348,13 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
         QTest::keyClick(&main(), Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
         EXPECT_TRUE(QTest::qWaitFor([&] { return someIsMixed(); }, 20000)) << status();
         EXPECT_NE(status().find("Mixing fast"), std::string::npos) << status();
-        press("b_STOP");
+        QTest::keyClick(&main(), Qt::Key_R, Qt::ControlModifier);
+        auto& timeline = opened<frmTimeline>();
+        EXPECT_NE(
+            timeline.findChild<ElidedLabel*>(QStringLiteral("note"))->toolTip().indexOf(QStringLiteral("Mixing fast")),
+            -1);
+        click(timeline, "mixFast");
+        timeline.close();
         EXPECT_TRUE(waitFor("Cancelled: nothing was written."));
         EXPECT_EQ(files(), before + (replaces ? 1 : 0));
         EXPECT_EQ(readFile(destination), replaces ? "a mix" : "");
@@ -368,7 +374,10 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
     dialogs.boxes.clear();
     main().mixFast();
     EXPECT_TRUE(QTest::qWaitFor([&] { return someIsMixed(); }, 20000)) << status();
-    closeProgram();
+    press("bClose");
+    EXPECT_TRUE(main().isVisible());
+    EXPECT_EQ(dialogs.boxes.size(), 1U);
+    main().endSession();
     EXPECT_EQ(files(), before + 1);
 }
 

@@ -166,6 +166,16 @@ TEST_F(ZoomFixture, WindowsKeepTheirArrangementAndStayOnTheScreen) {
     main.move(screen.bottomRight());
     setZoom(300);
     EXPECT_EQ(main.pos(), nearest(screen.right(), screen.bottom()));
+    setZoom(100);
+    EXPECT_EQ(main.pos(), nearest(screen.right(), screen.bottom()));
+    owned.show();
+    main.move(0, 0);
+    owned.move(0, main.height());
+    for (const int percent : {300, 100}) setZoom(percent);
+    EXPECT_EQ(owned.pos(), QPoint(0, main.height())) << "as it was, whatever the screen had no room for";
+    owned.move(0, 20);
+    setZoom(125);
+    EXPECT_FALSE(owned.geometry().intersects(main.geometry()));
 }
 
 // Pictures are drawn anew for each size, never stretched: edges stay as sharp as they were.

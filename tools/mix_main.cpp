@@ -152,6 +152,7 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
     }
     const bool interrupted = end == HeadlessMix::End::interrupted;
     reporter.finished(run.lastMixPath, mixer.mixingRun().framesDone(), interrupted);
+    if (run.voiceOutsideSong) reporter.note(language.ownText(OwnText::voiceOutsideSong));
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 
