@@ -151,7 +151,7 @@ void frmTimeline::refreshFastMix(bool can) {
     setButtonLook(mixFast_, mixesFast_ ? ButtonLook::recording : ButtonLook::song,
                   mixesFast_ ? Symbol::stop : Symbol::mix);
     mixFast_->setEnabled(mixesFast_ || (calls_.mixFast && can && refusal.empty()));
-    const std::string meaning = language_.ownText(mixesFast_ ? OwnText::cancelFastMix : OwnText::mixFastMeaning);
+    const std::string meaning = language_.ownText(mixesFast_ ? OwnText::cancelFastMixMeaning : OwnText::mixFastMeaning);
     setButtonText(mixFast_, toQt(language_.ownText(mixesFast_ ? OwnText::cancelFastMix : OwnText::mixFast)),
                   toQt(meaning + (refusal.empty() ? "" : "\n" + refusal)));
 }

@@ -77,6 +77,7 @@ enum class OwnText {
     mixingFast,
     timeLeft,  // time
     cancelFastMix,
+    cancelFastMixMeaning,
     mixCancelled,
     fastOtherInput,
     fastOtherPort,
