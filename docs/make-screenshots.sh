@@ -55,8 +55,9 @@ click() { press $(($1 + 60)) $(($2 + 60)) "${3:-1}"; }
 shoot() {
     at 1300 20
     sleep 0.5
-    import -window root -crop "$(($4 * scale))x$(($5 * scale))+$(($2 * scale))+$(($3 * scale))" +repage \
-        "$pictures/$1-$language-${scale}x.png"
+    import -window root png:- |
+        convert - -crop "$(($4 * scale))x$(($5 * scale))+$(($2 * scale))+$(($3 * scale))" +repage -strip \
+            +dither -colors 255 "PNG8:$pictures/$1-$language-${scale}x.png"
 }
 
 # wait_for NAME: until a window of that name is there.
@@ -123,7 +124,7 @@ shoot_all() {
     click 239 130
     shoot effects-rest 60 270 460 210
     click 377 11
-    shoot menu 60 60 760 420
+    shoot menu 60 60 760 480
     click 200 11
     click 406 11
     shoot preferences-audio 540 50 460 210
@@ -131,7 +132,7 @@ shoot_all() {
     shoot preferences-language 540 50 460 210
     press 914 93
     shoot preferences-rehearsal 540 50 460 210
-    press 976 61
+    press 930 237
     shoot_timeline timeline
     click 60 130
     sleep 6
