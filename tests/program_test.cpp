@@ -355,6 +355,8 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
             -1);
         click(timeline, "mixFast");
         timeline.close();
+        main().activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&main()));
         EXPECT_TRUE(waitFor("Cancelled: nothing was written."));
         EXPECT_EQ(files(), before + (replaces ? 1 : 0));
         EXPECT_EQ(readFile(destination), replaces ? "a mix" : "");

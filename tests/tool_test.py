@@ -216,6 +216,9 @@ class MixTest(ToolTest):
                 pcm = self.mixed_pcm("--sync", seconds, song=song, voice=voice)
                 moved = [place - round(float(seconds) * RATE) for place in self.PLACES]
                 self.assertEqual([click_places(pcm, 0), click_places(pcm, 1)], [self.PLACES, moved])
+        for seconds in ("40", "-40"):
+            status, errors = self.mix("--overwrite", "--sync", seconds, song, voice, "mix.mp3", path=self.encoder())
+            self.assertEqual((status, errors.count("outside of the song")), (0, 1), seconds)
         pcm = self.mixed_pcm("--balance", "100,-100", song=song, voice=voice)
         self.assertEqual(max(map(abs, array.array("h", pcm))), 0, "each click is turned away from its own side")
         echoes = click_places(self.mixed_pcm("--volume", "0,100", "--effects", "0,0;1,100;0,0;0,0", song=song,
