@@ -56,8 +56,11 @@ void JobDesk::open() {
 
 void JobDesk::openFile(const std::string& path) {
     try {
-        const Job job = whileEventsRun(environment_.doEvents, [&] { return readJobFile(documents_, path); });
-        restore(job);
+        const auto job = whileWanted(
+            environment_.doEvents, [this] { return !mixer_.sourceFiles().givenUp(); },
+            [&documents = documents_, path] { return readJobFile(documents, path); });
+        if (!job) return;
+        restore(*job);
         file_ = path;
         saved_ = takeJob(mixer_);
     } catch (const JobError& error) {

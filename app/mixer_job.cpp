@@ -29,8 +29,13 @@ void applyEffects(const Job& job, const Job& now, EffectChain& effects) {
     if (job.preset != now.preset) effects.ApplyPreset(job.preset);
 }
 
+struct FilesThere {
+    PathFields files;
+    std::vector<std::string> gone;
+};
+
 // Takes out of `files` what isn't there. Asks the disk.
-std::vector<std::string> takeOutGone(PathFields& files, const std::string& soundFont) {
+FilesThere withoutGone(PathFields files, const std::string& soundFont) {
     std::vector<std::string> gone;
     for (std::string* file : {&files.background, &files.vocal})
         if (!file->empty() && !isFile(*file)) gone.push_back(std::exchange(*file, {}));
@@ -38,7 +43,7 @@ std::vector<std::string> takeOutGone(PathFields& files, const std::string& sound
     std::error_code error;
     if (!files.destination.empty() && !std::filesystem::is_directory(toPath(files.destination).parent_path(), error))
         gone.push_back(std::exchange(files.destination, {}));
-    return gone;
+    return {std::move(files), std::move(gone)};
 }
 
 }  // namespace
@@ -77,14 +82,16 @@ void applyKnobs(const Job& job, Mixer& mixer) {
 }
 
 std::vector<std::string> restoreJob(const Job& job, Mixer& mixer, const DoEvents& doEvents) {
+    const auto wanted = [&mixer] { return !mixer.sourceFiles().givenUp(); };
+    const auto asked = [files = job.files, font = job.soundFont] { return withoutGone(files, font); };
+    const auto there = whileWanted(doEvents, wanted, asked);
+    if (!there) return {};
     Settings& settings = mixer.settings();
-    PathFields files = job.files;
-    const std::vector<std::string> gone = whileEventsRun(doEvents, [&] { return takeOutGone(files, job.soundFont); });
     settings.midiPort = job.midiPort;
     settings.knownPort = {job.midiPort, job.midiPortName};
-    mixer.sourceFiles().restore(files);
+    mixer.sourceFiles().restore(there->files);
     applyKnobs(job, mixer);
-    return gone;
+    return there->gone;
 }
 
 }  // namespace melvane

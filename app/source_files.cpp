@@ -7,6 +7,7 @@
 
 #include "audio/modAudio.h"
 #include "base/paths.h"
+#include "mixing/failure_cause.h"
 #include "mixing/run_messages.h"
 #include "state/window_patience.h"
 
@@ -164,8 +165,9 @@ void SourceFiles::whileOpening(const std::function<void()>& action) {
         const Opening opening{opening_ = true};
         action();
     }
-    if (!midi_.loaded() && midi_.failure() != MidiFailure::none)
-        dialogs_.tell(midiMessage(language_, midi_.failure()), kProductCaption, BoxIcon::critical);
+    if (midi_.loaded() || midi_.failure() == MidiFailure::none) return;
+    const int cause = ask([song = fields_.background] { return readingError(song); });
+    dialogs_.tell(midiMessage(language_, midi_.failure(), cause), kProductCaption, BoxIcon::critical);
 }
 
 void SourceFiles::browseVocal() {

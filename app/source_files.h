@@ -46,6 +46,7 @@ public:
     bool opening() const { return opening_; }
     // The program is about to end: nobody waits for a disk any more, which then counts as having nothing.
     void giveUp();
+    bool givenUp() const { return givenUp_; }
     // Opens the song again, on the port that was chosen.
     void reopenMidi();
 

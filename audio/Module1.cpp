@@ -41,8 +41,8 @@ void Module1::StartMixCapture(const std::function<bool()>& wanted) {
     if (!wanted()) return;
     if (run_.recordChannel == 0) return giveUp(RunFailure::captureNotStarted, 0);
     if (!library_.BASS_Encode_Start(run_.recordChannel, run_.encoderCommandLine.c_str(), 0, nullptr, nullptr))
-        return giveUp(library_.encoderFound(run_.encoderCommandLine.c_str()) ? RunFailure::encoderNotRun
-                                                                             : RunFailure::encoderNotStarted,
+        return giveUp(library_.encoderSearch(run_.encoderCommandLine)() ? RunFailure::encoderNotRun
+                                                                        : RunFailure::encoderNotStarted,
                       run_.recordChannel);
     if (!library_.BASS_ChannelPlay(run_.recordChannel, false)) giveUp(RunFailure::noThread, run_.recordChannel);
 }

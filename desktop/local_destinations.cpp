@@ -39,14 +39,19 @@ fs::path partOf(const fs::path& file, int number) {
     return file.parent_path() / toPath(stem + end);
 }
 
-// Where the file is or is to be: behind links to one, and without links on the way. None where there can't be one.
+// Where the file is or is to be: behind links to one, and without links on the way. None where there can't be one:
+// ELOOP tells of a link that leads nowhere, EISDIR of a folder, a device and the like.
 std::optional<fs::path> resolved(const fs::path& path, std::error_code& error) {
     if (fs::exists(fs::symlink_status(path, error))) {
         const fs::path file = fs::canonical(path, error);
-        return error || !fs::is_regular_file(file, error) ? std::nullopt : std::optional(file);
+        if (error == std::errc::no_such_file_or_directory)
+            error = make_error_code(std::errc::too_many_symbolic_link_levels);
+        if (!error && !fs::is_regular_file(file, error)) error = make_error_code(std::errc::is_a_directory);
+        return error ? std::nullopt : std::optional(file);
     }
     const fs::path folder = fs::canonical(fs::absolute(path, error).parent_path(), error);
-    return error || !path.has_filename() ? std::nullopt : std::optional(folder / path.filename());
+    if (!error && !path.has_filename()) error = make_error_code(std::errc::is_a_directory);
+    return error ? std::nullopt : std::optional(folder / path.filename());
 }
 
 ClaimFailure failureOf(HoldResult result) {

@@ -78,7 +78,7 @@ public:
     Handle BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::uint32_t flags, RecordProc proc,
                             void* user) override;
 
-    bool encoderFound(const char* commandLine) const override;
+    std::function<bool()> encoderSearch(const std::string& commandLine) const override;
     bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void* proc,
                            void* user) override;
     bool BASS_Encode_IsActive(Handle handle) const override { return handles_.encoderRunning(handle); }
@@ -91,8 +91,6 @@ public:
 private:
     // nullptr where the card's mix is the only input.
     std::shared_ptr<SoundServer> recordingServer() const;
-    // The words of a command line with its program as an absolute path; none when there is no such program.
-    std::vector<std::string> encoderWords(const char* commandLine) const;
 
     const AudioLibraryOptions options_;
     const std::shared_ptr<SoundServer> server_ = std::make_shared<SoundServer>();

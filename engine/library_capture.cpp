@@ -5,6 +5,20 @@
 
 namespace melvane::engine {
 
+namespace {
+
+// The words of a command line with its program as an absolute path; none when there is no such program.
+std::vector<std::string> encoderWords(const std::string& commandLine, const std::string& programDirectory) {
+    auto words = commandWords(commandLine);
+    if (words.empty()) return {};
+    const auto program = findProgram(words.front(), programDirectory);
+    if (!program) return {};
+    words.front() = *program;
+    return words;
+}
+
+}  // namespace
+
 // --- capture ---
 
 std::shared_ptr<SoundServer> Library::recordingServer() const {
@@ -33,22 +47,13 @@ Handle Library::BASS_RecordStart(std::uint32_t freq, std::uint32_t chans, std::u
 
 // --- encoder add-on ---
 
-std::vector<std::string> Library::encoderWords(const char* commandLine) const {
-    auto words = commandWords(commandLine ? commandLine : "");
-    if (words.empty()) return {};
-    const auto program = findProgram(words.front(), options_.programDirectory);
-    if (!program) return {};
-    words.front() = *program;
-    return words;
-}
-
-bool Library::encoderFound(const char* commandLine) const {
-    return !encoderWords(commandLine).empty();
+std::function<bool()> Library::encoderSearch(const std::string& commandLine) const {
+    return [commandLine, folder = options_.programDirectory] { return !encoderWords(commandLine, folder).empty(); };
 }
 
 bool Library::BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t, void*, void*) {
     const auto capture = handles_.find<Capture>(handle);
-    const auto words = encoderWords(commandLine);
+    const auto words = encoderWords(commandLine ? commandLine : "", options_.programDirectory);
     return capture && !words.empty() && capture->encoderState() == EncoderState::none && capture->startEncoder(words);
 }
 

@@ -90,8 +90,8 @@ bool MixingRun::canRun() {
     if (!readPaths()) return false;
     // Without a song or an encoder nothing is even opened.
     if (run_.isMidiBackground && !midi_.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
-    if (!with_.library.encoderFound(kEncoderCommand)) run_.failure = RunFailure::encoderNotStarted;
-    return run_.failure == RunFailure::none;
+    if (!hasEncoder() && !abandoned_) run_.failure = RunFailure::encoderNotStarted;
+    return run_.failure == RunFailure::none && !abandoned_;
 }
 
 bool MixingRun::readPaths() {
@@ -106,6 +106,13 @@ bool MixingRun::readPaths() {
 }
 
 // A disk that hangs is left behind when the run is given up.
+bool MixingRun::hasEncoder() {
+    const Flag opening(opening_);
+    return whileWanted(
+               with_.doEvents, [this] { return !abandoned_; }, with_.library.encoderSearch(kEncoderCommand))
+        .value_or(false);
+}
+
 bool MixingRun::usesFile(const std::string& path) {
     const Flag opening(opening_);
     const auto compare = [path, used = std::array{run_.backgroundPath, run_.vocalPath,

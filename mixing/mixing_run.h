@@ -55,6 +55,7 @@ private:
     // Puts the finished file in its place, or beside a destination that holds more.
     RunFailure publish(std::int64_t frames);
     bool standsLonger(std::int64_t frames);
+    bool hasEncoder();
     bool usesFile(const std::string& path);
     bool backgroundEnded() const;
     // Puts the failure down and shows it in a box.

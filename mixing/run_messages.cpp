@@ -62,6 +62,7 @@ constexpr Cause kCauses[] = {
     {ENAMETOOLONG, OwnText::noSuchFile, OwnText::longName}, {EACCES, OwnText::mayNotRead, OwnText::mayNotWrite},
     {EPERM, OwnText::mayNotRead, OwnText::mayNotWrite},     {EROFS, OwnText::mayNotRead, OwnText::mayNotWrite},
     {EMFILE, OwnText::tooManyFiles, OwnText::tooManyFiles}, {ENFILE, OwnText::tooManyFiles, OwnText::tooManyFiles},
+    {ELOOP, OwnText::noSuchFile, OwnText::deadLink},        {EISDIR, OwnText::noSuchFile, OwnText::noPlaceForFile},
     {ENOMEM, OwnText::outOfMemory, OwnText::outOfMemory},   {ENOSPC, OwnText::diskFull, OwnText::diskFull},
     {EDQUOT, OwnText::diskFull, OwnText::diskFull},         {EIO, OwnText::diskFails, OwnText::diskFails},
 };
@@ -159,14 +160,17 @@ std::string searchMessage(const modLang& language, const VoiceFound& found, cons
     return runCause(language, unread);
 }
 
-std::string midiMessage(const modLang& language, MidiFailure failure) {
+std::string midiMessage(const modLang& language, MidiFailure failure, int cause) {
     switch (failure) {
         case MidiFailure::none:
             return "";
         case MidiFailure::interfaceNotInitialised:
             return language.lang(LangEntry::midiNotInitialised);
-        case MidiFailure::fileNotPlayable:
-            return language.lang(LangEntry::midiFileNotPlayed);
+        case MidiFailure::fileNotPlayable: {
+            std::string text = language.lang(LangEntry::midiFileNotPlayed);
+            append(text, readingCause(language, cause));
+            return text;
+        }
         case MidiFailure::operationNotApplied:
             return language.lang(LangEntry::midiNotApplied);
     }

@@ -24,8 +24,8 @@ std::string searchMessage(const modLang& language, const VoiceFound& found, cons
 // What an error number (<cerrno>) of a file means and what helps; "" when nothing is known of it.
 std::string readingCause(const modLang& language, int error);
 std::string writingCause(const modLang& language, int error);
-// Why a MIDI song can't be played.
-std::string midiMessage(const modLang& language, MidiFailure failure);
+// Why a MIDI song can't be played; `cause`: the error number that reading its file ends with, or 0.
+std::string midiMessage(const modLang& language, MidiFailure failure, int cause);
 // Why the settings are not kept, as SettingsStore::failure() tells it; "" when they are.
 std::string settingsMessage(const modLang& language, std::int32_t failure);
 

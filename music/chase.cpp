@@ -16,12 +16,18 @@ bool standsWithOthers(std::uint8_t status, std::uint8_t controller) {
            controller == kDataEntry + kFine || (controller >= kDataIncrement && controller <= kParameterHigh);
 }
 
+bool pressesKey(std::uint8_t status) {
+    return (status & 0xF0) == kKeyPressure;
+}
+
 }  // namespace
 
 void Chase::send(std::int64_t, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
     const int kind = status & 0xF0;
     notes_.take(status, data1, data2);
-    if (kind != kNoteOn && kind != kNoteOff && kind != kKeyPressure) keep(status, data1, data2);
+    if (kind == kControlChange && data1 == kResetControllers)
+        std::erase_if(messages_, [&](const Message& m) { return m.status == onChannel(kKeyPressure, status & 0x0F); });
+    if (kind != kNoteOn && kind != kNoteOff) keep(status, data1, data2);
 }
 
 void Chase::sendSysex(std::int64_t, std::span<const std::uint8_t> message) {
@@ -33,22 +39,25 @@ void Chase::sendSysex(std::int64_t, std::span<const std::uint8_t> message) {
 }
 
 void Chase::keep(std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
-    const bool controls = (status & 0xF0) == kControlChange;
+    const bool ofMany = (status & 0xF0) == kControlChange || (status & 0xF0) == kKeyPressure;
     if (!standsWithOthers(status, data1))
-        std::erase_if(messages_,
-                      [&](const Message& m) { return m.status == status && (!controls || m.data1 == data1); });
+        std::erase_if(messages_, [&](const Message& m) { return m.status == status && (!ofMany || m.data1 == data1); });
     messages_.push_back({status, data1, data2, {}});
 }
 
 void Chase::tell(MidiSink& sink, std::int64_t frame) const {
+    const auto send = [&](std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
+        sink.send(frame, status, data1, data2);
+    };
     for (const Message& m : messages_) {
         if (m.status == kSystemExclusive)
             sink.sendSysex(frame, m.sysex);
-        else
-            sink.send(frame, m.status, m.data1, m.data2);
+        else if (!pressesKey(m.status))
+            send(m.status, m.data1, m.data2);
     }
-    notes_.strikeAgain(
-        [&](std::uint8_t status, std::uint8_t data1, std::uint8_t data2) { sink.send(frame, status, data1, data2); });
+    notes_.strikeAgain(send);
+    for (const Message& m : messages_)
+        if (pressesKey(m.status)) send(m.status, m.data1, m.data2);
 }
 
 }  // namespace melvane::music

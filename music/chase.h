@@ -8,14 +8,15 @@
 
 namespace melvane::music {
 
-// Takes the messages before that place. Of a controller or a bend only the last one counts; those that work together
-// (banks with programs, registered parameters with their data) and system exclusive ones are all kept in their order.
+// Takes the messages before that place. Of a controller, a bend or a key's pressure only the last one counts; those
+// that work together (banks with programs, registered parameters with their data) and system exclusive ones are all
+// kept in their order.
 class Chase : public MidiSink {
 public:
     void send(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) override;
     void sendSysex(std::int64_t frame, std::span<const std::uint8_t> message) override;
 
-    // Sends the settings, and strikes again what sounds: keys that are down or held by the pedal.
+    // Sends the settings, and strikes again what sounds: keys that are down or held by a pedal.
     void tell(MidiSink& sink, std::int64_t frame) const;
 
 private:

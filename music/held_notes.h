@@ -1,4 +1,4 @@
-// The notes of a song that sound at one moment: of keys that are down, or held by the pedal.
+// The notes of a song that sound at one moment: of keys that are down, or held by a pedal.
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@ class HeldNotes {
 public:
     void clear() {
         notes_.clear();
-        pedals_ = {};
+        sustain_ = sostenuto_ = {};
     }
 
     // The next message of a channel.
@@ -35,26 +35,42 @@ public:
         for (const Note& note : notes_)
             if (note.down) send(onChannel(kNoteOff, note.channel), note.key, kReleaseVelocity);
     }
-    // and with what makes all of them sound again.
+    // and with what makes all of them sound again. The sostenuto pedal holds what is down when it is pressed, so it
+    // comes between those that it held and the others.
     template <typename Send>
     void strikeAgain(Send send) const {
-        for (int channel = 0; channel < kMidiChannels; ++channel)
-            if (isPressed(channel)) send(onChannel(kControlChange, channel), kSustain, pedal(channel));
-        for (const Note& note : notes_) {
-            send(onChannel(kNoteOn, note.channel), note.key, note.velocity);
+        const auto strikeAll = [&](bool held) {
+            for (const Note& note : notes_)
+                if (note.held == held) send(onChannel(kNoteOn, note.channel), note.key, note.velocity);
+        };
+        sendPressed(send, sustain_, kSustain, true);
+        sendPressed(send, sostenuto_, kSostenuto, false);
+        strikeAll(true);
+        sendPressed(send, sostenuto_, kSostenuto, true);
+        strikeAll(false);
+        for (const Note& note : notes_)
             if (!note.down) send(onChannel(kNoteOff, note.channel), note.key, kReleaseVelocity);
-        }
     }
 
 private:
     struct Note {
         int channel;
         std::uint8_t key, velocity;
-        bool down;  // or held by the pedal
+        bool down;          // or held by a pedal
+        bool held = false;  // by the sostenuto pedal
     };
+    using Pedals = std::array<std::uint8_t, kMidiChannels>;
 
-    std::uint8_t pedal(int channel) const { return pedals_[static_cast<std::size_t>(channel)]; }
-    bool isPressed(int channel) const { return pedal(channel) >= 64; }
+    static std::uint8_t& of(Pedals& pedals, int channel) { return pedals[static_cast<std::size_t>(channel)]; }
+    static bool isPressed(std::uint8_t pedal) { return pedal >= 64; }
+
+    // The pedals that are pressed, or that they are up.
+    template <typename Send>
+    static void sendPressed(Send send, Pedals pedals, std::uint8_t controller, bool down) {
+        for (int channel = 0; channel < kMidiChannels; ++channel)
+            if (const std::uint8_t pedal = of(pedals, channel); isPressed(pedal))
+                send(onChannel(kControlChange, channel), controller, down ? pedal : std::uint8_t{0});
+    }
 
     void strike(int channel, std::uint8_t key, std::uint8_t velocity) {
         std::erase_if(notes_, [&](const Note& n) { return n.channel == channel && n.key == key; });
@@ -69,18 +85,27 @@ private:
     void control(int channel, std::uint8_t controller, std::uint8_t value) {
         const bool endsNotes = controller == kAllSoundOff || controller >= kAllNotesOff;
         if (endsNotes) std::erase_if(notes_, [&](const Note& n) { return n.channel == channel; });
-        if (controller != kSustain && controller != kResetControllers) return;
-        pedals_[static_cast<std::size_t>(channel)] = controller == kSustain ? value : std::uint8_t{0};
+        if (controller == kResetControllers) value = 0;
+        if (controller == kSostenuto || controller == kResetControllers) pressSostenuto(channel, value);
+        if (controller == kSustain || controller == kResetControllers) of(sustain_, channel) = value;
         endReleased(channel);
     }
 
+    void pressSostenuto(int channel, std::uint8_t value) {
+        const bool before = isPressed(of(sostenuto_, channel));
+        of(sostenuto_, channel) = value;
+        if (before && isPressed(value)) return;
+        for (Note& note : notes_)
+            if (note.channel == channel) note.held = isPressed(value) && note.down;
+    }
+
     void endReleased(int channel) {
-        if (isPressed(channel)) return;
-        std::erase_if(notes_, [&](const Note& n) { return n.channel == channel && !n.down; });
+        if (isPressed(of(sustain_, channel))) return;
+        std::erase_if(notes_, [&](const Note& n) { return n.channel == channel && !n.down && !n.held; });
     }
 
     std::vector<Note> notes_;  // in order of time
-    std::array<std::uint8_t, kMidiChannels> pedals_{};
+    Pedals sustain_{}, sostenuto_{};
 };
 
 }  // namespace melvane::music

@@ -229,8 +229,9 @@ public:
                                     void* user) = 0;
 
     // --- Encoder add-on --------------------------------------------------------------------------------
-    // True when there is a program for `commandLine` that may be run.
-    virtual bool encoderFound(const char* commandLine) const = 0;
+    // Tells whether there is a program for `commandLine` that may be run. Asks the disks of the search path: to be
+    // called on any thread, also one that outlives the library.
+    virtual std::function<bool()> encoderSearch(const std::string& commandLine) const = 0;
     // Starts the program of `commandLine` without a shell and feeds it a WAV header and then everything
     // captured on `handle`. Words are separated by blanks; a word in double quotes may hold blanks, and a
     // backslash there takes the next character as it is.

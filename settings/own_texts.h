@@ -209,6 +209,8 @@ enum class OwnText {
     noRoomToDecode,
     noSuchFile,
     noSuchFolder,
+    deadLink,
+    noPlaceForFile,
     longName,
     mayNotRead,
     mayNotWrite,

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <set>
 #include <thread>
 #include <vector>
@@ -89,9 +90,15 @@ TEST_F(DestinationsFixture, WhatIsNoPlaceForAMixIsLeftAlone) {
     fs::create_symlink("round.mp3", dir / "round.mp3");
     dir.write("old.mp3", "old");
     const Names before = files();
-    for (const std::string& name : {std::string("folder.mp3"), std::string("pipe.mp3"), std::string("dangling.mp3"),
-                                    std::string("round.mp3"), std::string("none/mix.mp3"), std::string(300, 'x')})
-        for (const bool mayReplace : {true, false}) EXPECT_EQ(failure(name, mayReplace), ClaimFailure::notWritable);
+    const std::map<std::string, int> causes = {{"folder.mp3", EISDIR},   {"pipe.mp3", EISDIR},
+                                               {"dangling.mp3", ELOOP},  {"round.mp3", ELOOP},
+                                               {"none/mix.mp3", ENOENT}, {std::string(300, 'x'), ENAMETOOLONG}};
+    for (const auto& [name, cause] : causes)
+        for (const bool mayReplace : {true, false}) {
+            const DestinationClaim claim = destinations.claim(dir / name, mayReplace);
+            EXPECT_EQ(claim.failure, ClaimFailure::notWritable) << name;
+            EXPECT_EQ(claim.cause, cause) << name;
+        }
     EXPECT_EQ(failure("old.mp3", false), ClaimFailure::exists);
     auto claim = destinations.claim(dir / "mix.mp3", false);
     std::ofstream(claim.destination->privateFile()) << "mix";

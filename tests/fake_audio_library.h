@@ -254,7 +254,14 @@ public:
         return capture_ = captureStarts && !*givenUp_ ? ++lastHandle_ : 0;
     }
 
-    bool encoderFound(const char*) const override { return encoderExists; }
+    // While this is false, the disk with the programs does not answer, for two seconds at most.
+    std::shared_ptr<std::atomic<bool>> diskAnswers = std::make_shared<std::atomic<bool>>(true);
+    std::function<bool()> encoderSearch(const std::string&) const override {
+        return [answers = diskAnswers, exists = encoderExists] {
+            waitUntil([&] { return answers->load(); });
+            return exists;
+        };
+    }
     bool BASS_Encode_Start(Handle handle, const char* commandLine, std::uint32_t flags, void*, void*) override {
         note("BASS_Encode_Start", handle, std::string(commandLine), flags);
         finishing_ = false;

@@ -129,7 +129,7 @@ TEST_F(MixingRunFixture, EveryFailureLeavesTheWindowIdleAndTheDestinationAsItWas
          Failure::vocalUnreadable, "apt install ffmpeg”. The vocal recording cannot be opened"},
         {[&] { mixer.fields().vocal = dir / "./mix.mp3"; }, Failure::destinationIsSource, "one of the source files"},
         {[&] { mixer.fields().destination = inside; }, Failure::destinationNotWritable, "no such folder"},
-        {[&] { mixer.fields().destination = dir.path(); }, Failure::destinationNotWritable, dir.path()},
+        {[&] { mixer.fields().destination = dir.path(); }, Failure::destinationNotWritable, "no ordinary file"},
         {[&] { other = destinations.claim(mix, true); }, Failure::destinationBusy, "Another mix"},
         {[&] { library.captureStarts = false; }, Failure::captureNotStarted, "recorded"},
         {[&] { library.capturePlays = false; }, Failure::noThread, "threads"},
@@ -280,7 +280,15 @@ TEST_F(MixingRunFixture, OpensFilesWhileWindowEventsRunAndAStopMeanwhileLeavesNo
     EXPECT_FALSE(std::filesystem::exists(dir / "mix.mp3"));
 }
 
-TEST_F(MixingRunFixture, WindowEventsRunWhileInputsAndTheFinishedFileAreOpened) {
+TEST_F(MixingRunFixture, WindowEventsRunWhileEncoderInputsAndTheFinishedFileAreLookedFor) {
+    *library.diskAnswers = false;
+    onEvents = [this] { mixer.mixingRun().stopRec(); };
+    mixer.mixingRun().mi_button_Click();
+    EXPECT_FALSE(mixer.run().isMixing || mixer.mixingRun().busy());
+    EXPECT_EQ(mixer.run().failure, RunFailure::none);
+    EXPECT_EQ(callsWith("BASS_StreamCreateFile"), "") << "before the encoder is found";
+
+    *library.diskAnswers = true;
     *library.answers = false;
     onEvents = [this] {
         if (library.lastCall().starts_with("BASS_RecordStart")) mixer.mixingRun().stopRec();

@@ -12,6 +12,7 @@
 
 #include "audio/mod_Mixer.h"
 #include "engine/library.h"
+#include "music/chase.h"
 #include "music/heard_clock.h"
 #include "music/performance.h"
 #include "music/sequencer.h"
@@ -194,6 +195,42 @@ TEST(Music, FromAnyPlaceOnEachChannelIsAsLoudAsInTheWholeSong) {
         }
         EXPECT_GT(heard, 40) << channel;
     }
+}
+
+TEST(Music, APlaceInTheMiddleHasThePedalsAndThePressureOfItsKeys) {
+    struct Sink : MidiSink {
+        void send(std::int64_t, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) override {
+            sent.push_back({status, data1, data2});
+        }
+        void sendSysex(std::int64_t, std::span<const std::uint8_t>) override {}
+        std::vector<std::array<int, 3>> sent;
+    } sink;
+    Chase chase;
+    const std::array<std::array<std::uint8_t, 3>, 13> messages{{{0xA1, 60, 9},
+                                                                {0xB1, 121, 0},
+                                                                {0x90, 60, 100},
+                                                                {0x90, 62, 90},
+                                                                {0xA0, 60, 20},
+                                                                {0xB0, 66, 127},
+                                                                {0x90, 64, 80},
+                                                                {0xA0, 60, 50},
+                                                                {0x80, 60, 64},
+                                                                {0x80, 64, 64},
+                                                                {0x90, 65, 70},
+                                                                {0xB0, 66, 100},
+                                                                {0xD0, 7, 0}}};
+    for (const auto& [status, data1, data2] : messages) chase.send(0, status, data1, data2);
+    chase.tell(sink, 0);
+    EXPECT_EQ(sink.sent, (std::vector<std::array<int, 3>>{{0xB1, 121, 0},
+                                                          {0xB0, 66, 100},
+                                                          {0xD0, 7, 0},
+                                                          {0xB0, 66, 0},
+                                                          {0x90, 60, 100},
+                                                          {0x90, 62, 90},
+                                                          {0xB0, 66, 100},
+                                                          {0x90, 65, 70},
+                                                          {0x80, 60, 64},
+                                                          {0xA0, 60, 50}}));
 }
 
 TEST(Music, FromItsBeginningAndThroughPausesASongIsTheSameBitByBit) {

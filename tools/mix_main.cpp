@@ -24,6 +24,7 @@
 #include "desktop/private_folder.h"
 #include "desktop/registry_file.h"
 #include "job/job_file.h"
+#include "mixing/failure_cause.h"
 #include "mixing/run_messages.h"
 #include "mixing/voice_search.h"
 #include "music/music.h"
@@ -131,7 +132,8 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
     Mixer& mixer = headless.mixer();
     if (!prepare(options, job, headless)) {
         const MidiBackground& midi = mixer.midi();
-        reporter.failed(midiMessage(language, midi.failure()) + " " + midi.failureText());
+        reporter.failed(midiMessage(language, midi.failure(), readingError(job.files.background)) + " " +
+                        midi.failureText());
         return kCouldNot;
     }
     catchInterrupts();
