@@ -9,7 +9,8 @@ namespace {
 
 // What still sounds at the end fades out over 20 ms.
 constexpr std::int64_t kFadeFrames = 882;
-// Half a second of what is not heard is rendered: notes that have just begun are as they would be.
+// Half a second of what is not heard is rendered: notes that have just begun are as they would be. More would take the
+// thickest songs longer than a seek may; strings that were let go before that and ring for seconds are missing.
 constexpr std::int64_t kRollFrames = 22050;
 
 bool has(const LiveMessage& message, Sounds state) {
