@@ -14,6 +14,7 @@ constexpr std::size_t kTaps = 64;
 constexpr std::size_t kLongest = std::size_t{30} * 60 * kImprintRate;
 constexpr std::size_t kNeighbours = 16;  // bins on either side
 constexpr float kSilence = 1e-5F;        // a level that is no sound: -100 dB
+constexpr float kFaintest = 1e-4F;       // of a sound that is heard
 constexpr float kLoudness = 1500;        // of the trace, as the root of its mean square, far from its range
 
 // Low-pass at 0.8 of a quarter of the rate's half, a windowed sinc; symmetric, with a gain of 1.
@@ -64,6 +65,7 @@ Trace ImprintMaker::take() {
     const std::size_t end = (heard_ + kStep - 1) / kStep;
     while (trace_.size() < std::min(end, kLongest)) addLow(0);
     trace_.resize(std::min(end, kLongest));
+    if (loudest_ < kFaintest) std::ranges::fill(trace_, std::int16_t{0});
     return std::move(trace_);
 }
 
@@ -71,6 +73,7 @@ void ImprintMaker::addLow(float sample) {
     if (trace_.size() >= kLongest) return;
     ++frames_;
     frame_[filled_++] = std::isfinite(sample) ? sample : 0;
+    loudest_ = std::max(loudest_, std::abs(frame_[filled_ - 1]));
     if (filled_ < kFrame) return;
     evenOut();
     std::copy(frame_.begin() + kHop, frame_.end(), frame_.begin());

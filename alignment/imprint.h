@@ -25,7 +25,7 @@ public:
     ImprintMaker();
     // Interleaved stereo at 44100 Hz.
     void add(const float* stereo, std::size_t frames);
-    // Nothing may be added any more.
+    // Nothing may be added any more. All 0 of a sound below -80 dB: what is left of a song whose channels are silenced.
     Trace take();
 
 private:
@@ -41,6 +41,7 @@ private:
     std::array<float, kFrame> overlap_{};
     std::size_t filled_ = kHop;
     std::size_t heard_ = 0;   // frames at 44100 Hz
+    float loudest_ = 0;       // of them
     std::size_t frames_ = 0;  // of the trace
     std::vector<double> sums_;
     Fourier fourier_{kFrame};
