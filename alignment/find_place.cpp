@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 #include "alignment/every_lag.h"
@@ -22,6 +23,10 @@ constexpr double kAhead = 1.4;           // deviations of the chance that two pl
 constexpr double kRival = 0.7;           // of the best, up to which another place is chance
 constexpr double kChance = 7;            // deviations, up to which any rival is chance
 constexpr double kMoreThanSong = 0.5;    // by which a rival may have more than the song repeats itself
+constexpr double kTwin = 0.85;           // of the best, from which on a rival
+constexpr double kMoreThanLoop = 0.22;   // may have only this more
+constexpr double kPlainOnsets = 25;      // deviations from which on onsets decide,
+constexpr double kMoreOnsets = 1.15;     // and by how many times the most of another place
 constexpr std::size_t kSameLag = 16;     // frames by which two places may differ from a repetition
 constexpr std::size_t kFineError = 16;   // frames that a quarter of the rate may be wrong
 constexpr std::size_t kReflected = 440;  // frames by which the direct sound may be earlier: 40 ms
@@ -51,14 +56,16 @@ double repeated(Bands song, double lag) {
 
 // Whether the best place is far enough above its rival, as there is one in a song that repeats itself and in any song
 // with the same drums. What both explain has the same chance in both, so only the rest counts; and drums alone repeat
-// themselves more than the song does.
+// themselves more than the song does. Of a loop that is heard as well as the best the song must be that loop again: if
+// not, neither is what was recorded, as of a song that is played from its notes once more.
 bool isClear(Bands song, const Peaks& peaks) {
     const double ahead = peaks.best.height - peaks.rival.height;
     const double chance = std::sqrt(2 * ahead / std::max(peaks.best.height, 1e-9));
     if (ahead <= kAhead * chance) return false;
     const double share = peaks.rival.height / peaks.best.height;
-    return peaks.rival.height <= kChance || share <= kRival ||
-           share <= repeated(song, std::abs(peaks.rival.lag - peaks.best.lag)) + kMoreThanSong;
+    if (peaks.rival.height <= kChance || share <= kRival) return true;
+    const double more = share - repeated(song, std::abs(peaks.rival.lag - peaks.best.lag));
+    return more <= (share > kTwin ? kMoreThanLoop : kMoreThanSong);
 }
 
 // None where no place is the only one.
@@ -69,6 +76,25 @@ std::optional<Followed> theOnlyOne(Bands song, Bands voice, const Pieces& pieces
     if (!isClear(song, peaks)) return std::nullopt;
     if (std::abs(peaks.best.lag - best.line.lag) <= kSameLag) return best;
     return follow(song, voice, pieces, {peaks.best.lag, best.line.slope, best.line.pivot}, kSameLag);
+}
+
+// Of a song that is played from its notes once more each note comes a little early or late, so that a loop of it may
+// sound more like the recording than what was recorded: the guess on which by far most begins at the same time, if
+// there is one.
+std::optional<Followed> byOnsets(const Trace& song, const Trace& voice, Bands lowSong, Bands lowVoice,
+                                 const Pieces& pieces, const std::vector<Line>& guesses) {
+    constexpr double kSteps = kQuarter / kOnsetStep;
+    const std::vector<Trace> begins = onsetsOf(song);
+    const std::vector<Trace> heard = onsetsOf(voice);
+    const Pieces onsetPieces = Pieces::of(framesOf(heard), kOnsetPiece, kMostTried);
+    std::vector<std::pair<double, const Line*>> heights{{0, nullptr}};
+    for (const Line& guess : guesses) {
+        const Line line{guess.lag * kSteps, guess.slope, guess.pivot * kSteps};
+        heights.emplace_back(follow(begins, heard, onsetPieces, line, kSameLag).height, &guess);
+    }
+    std::ranges::sort(heights, std::greater());
+    if (heights[0].first < std::max(kPlainOnsets, kMoreOnsets * heights[1].first)) return std::nullopt;
+    return follow(lowSong, lowVoice, pieces, *heights[0].second, kCoarseError);
 }
 
 // A song of another voice may have the same drums, and the longer it is heard, the more they tell.
@@ -94,8 +120,9 @@ std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const
     const std::vector<Trace> lowVoice{quarter(voice)};
     const auto guesses = searchCoarsely(lowSong, lowVoice, partOf(goOn, 0, kShareOfSearch));
     if (guesses.empty()) return std::nullopt;
-    const auto about = theOnlyOne(lowSong, lowVoice, Pieces::of(framesOf(lowVoice), kPiece / 4, kMostTried), guesses,
-                                  partOf(goOn, kShareOfSearch, 1));
+    const Pieces lowPieces = Pieces::of(framesOf(lowVoice), kPiece / 4, kMostTried);
+    auto about = theOnlyOne(lowSong, lowVoice, lowPieces, guesses, partOf(goOn, kShareOfSearch, 1));
+    if (!about && goOn(1)) about = byOnsets(song, voice, lowSong, lowVoice, lowPieces, guesses);
     if (!about) return std::nullopt;
     const Line guess{about->line.lag * kQuarter, about->line.slope, about->line.pivot * kQuarter};
     const Pieces pieces = Pieces::of(voice.size(), kPiece, kMostPieces);
