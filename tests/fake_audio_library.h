@@ -25,6 +25,8 @@ namespace melvane::test {
 template <typename Files>
 class Shared {
 public:
+    Shared() = default;
+    Shared& operator=(const Shared& other) { return *this = other.files(); }
     Shared& operator=(Files files) {
         const std::lock_guard lock(mutex_);
         files_ = std::move(files);
@@ -50,6 +52,11 @@ public:
     }
 
 private:
+    Files files() const {
+        const std::lock_guard lock(mutex_);
+        return files_;
+    }
+
     mutable std::mutex mutex_;
     Files files_;
 };
