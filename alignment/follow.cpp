@@ -23,6 +23,21 @@ double chanceOf(std::span<const Bin> bins) {
     return 2 * std::sqrt(power);
 }
 
+void takeSong(Fourier& fourier, const Trace& song, const Line& line, std::int64_t start, std::size_t length,
+              std::vector<Bin>& spectrum) {
+    std::ranges::fill(fourier.time(), 0.0F);
+    readSong(song, line, start, fourier.time().first(length));
+    fourier.forward();
+    std::ranges::copy(fourier.bins(), spectrum.begin());
+}
+
+// With `reach` frames around it; into the transform's bins.
+void takeVoice(Fourier& fourier, const Trace& voice, std::int64_t start, std::size_t length, std::size_t reach) {
+    std::ranges::fill(fourier.time(), 0.0F);
+    readVoice(voice, start - static_cast<std::int64_t>(reach), fourier.time().first(length + 2 * reach));
+    fourier.forward();
+}
+
 // [reach] of a row is the guess.
 std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t reach) {
     const std::size_t length = pieces.length;
@@ -35,16 +50,11 @@ std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, 
     for (const std::int64_t start : pieces.starts) {
         std::ranges::fill(sum, Bin());
         for (std::size_t band = 0; band < song.size(); ++band) {
-            std::ranges::fill(time, 0.0F);
-            readSong(song[band], guess, start, time.first(length));
-            fourier.forward();
-            std::ranges::copy(fourier.bins(), spectrum.begin());
+            takeSong(fourier, song[band], guess, start, length, spectrum);
             std::ranges::fill(power, 0.0F);
             addPower(power, spectrum);
             takeOffTones(spectrum, power);
-            std::ranges::fill(time, 0.0F);
-            readVoice(voice[band], start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
-            fourier.forward();
+            takeVoice(fourier, voice[band], start, length, reach);
             addCorrelation(sum, fourier.bins(), spectrum);
         }
         std::ranges::copy(sum, fourier.bins().begin());
@@ -116,14 +126,9 @@ Row impulseOf(Bands song, Bands voice, const Pieces& pieces, const Line& line, s
     std::vector<float> power(length + 1);
     for (const std::int64_t start : pieces.starts)
         for (std::size_t band = 0; band < song.size(); ++band) {
-            std::ranges::fill(time, 0.0F);
-            readSong(song[band], line, start, time.first(length));
-            fourier.forward();
-            std::ranges::copy(fourier.bins(), spectrum.begin());
+            takeSong(fourier, song[band], line, start, length, spectrum);
             addPower(power, spectrum);
-            std::ranges::fill(time, 0.0F);
-            readVoice(voice[band], start - static_cast<std::int64_t>(reach), time.first(length + 2 * reach));
-            fourier.forward();
+            takeVoice(fourier, voice[band], start, length, reach);
             addCorrelation(sum, fourier.bins(), spectrum);
         }
     double mean = 0;

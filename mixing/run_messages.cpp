@@ -157,6 +157,7 @@ std::string searchMessage(const modLang& language, const VoiceFound& found, cons
     unread.backgroundPath = song;
     unread.vocalPath = voice;
     unread.cause = found.cause;
+    unread.decoding = found.decoding;
     return runCause(language, unread);
 }
 

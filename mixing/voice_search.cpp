@@ -52,7 +52,9 @@ private:
     VoiceFound failed(SearchEnd end) const { return {wanted() ? end : SearchEnd::givenUp}; }
     VoiceFound unreadable(SearchEnd end, const std::string& file) const {
         VoiceFound found = failed(end);
-        if (found.end == end) found.cause = readingError(file);
+        if (found.end != end) return found;
+        found.cause = readingError(file);
+        found.decoding = library_.decoding(file).failure;
         return found;
     }
     Source open(const std::string& file) const {

@@ -25,9 +25,10 @@ struct VoiceFound {
     // The moment of the recording at which the song begins, in seconds of the song's time from the recording's
     // beginning: by so much the voice has to come earlier, once its clock is put right.
     double sync = 0;
-    double driftPpm = 0;   // by how much the recording is longer than it should be
-    double certainty = 0;  // 0..1
-    int cause = 0;         // of what is unreadable: see readingError
+    double driftPpm = 0;                               // by how much the recording is longer than it should be
+    double certainty = 0;                              // 0..1
+    int cause = 0;                                     // of what is unreadable: see readingError,
+    DecodingFailure decoding = DecodingFailure::none;  // or else this
 
     VoicePlace place() const;
 };

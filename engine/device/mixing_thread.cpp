@@ -54,7 +54,11 @@ void MixingThread::playWhileActive() {
         clockFrames_ += frames;
         if (device_) {
             device_->write(block_.data(), frames);
-            device_->expectFrames(frames == blockFrames_ && !device_->hasRoomFor(blockFrames_));
+            // Once the ring was full, until the sound ends.
+            if (frames < blockFrames_)
+                device_->expectFrames(false);
+            else if (!device_->hasRoomFor(blockFrames_))
+                device_->expectFrames(true);
         }
     }
     if (!quit_.stop_requested()) letDeviceFinish();
