@@ -92,6 +92,7 @@ private:
         std::uint16_t heard = 0;  // channels
         std::int64_t begin = 0;
         std::int64_t end = 0;
+        std::int64_t song = 0;
         bool operator==(const Shown&) const = default;
     };
     struct Note {

@@ -50,7 +50,7 @@ void frmTimeline::tick() {
 void frmTimeline::showPosition() {
     const std::int64_t now = rehearsal_.position();
     for (Lane* lane : std::initializer_list<Lane*>{ruler_, songLane_, voiceLane_}) lane->showPlayhead(now);
-    position_->setFullText(toQt(timeText(now, 1) + " / " + timeText(std::max<std::int64_t>(songFrames(), 0), 1)));
+    position_->setFullText(toQt(timeText(now, 1) + " / " + timeText(std::max<std::int64_t>(shown_.song, 0), 1)));
 }
 
 // Unless the user has scrolled it out of sight.
@@ -81,7 +81,8 @@ std::int64_t frmTimeline::songFrames() const {
 }
 
 frmTimeline::Shown frmTimeline::shownNow() const {
-    Shown now{earlierOf(state_.run), state_.run.voicePlace, rehearsal_.loop(), heardOf(midi_), 0, songFrames()};
+    const std::int64_t song = songFrames();
+    Shown now{earlierOf(state_.run), state_.run.voicePlace, rehearsal_.loop(), heardOf(midi_), 0, song, song};
     const auto voice = voice_ ? voice_->outline() : nullptr;
     if (!voice || state_.fields.background.empty()) return now;
     now.begin = std::min<std::int64_t>(0, -now.earlier);
@@ -109,7 +110,7 @@ void frmTimeline::refresh() {
     const Shown now = shownNow();
     if (now != shown_) {
         shown_ = now;
-        voiceLane_->setSongFrames(songFrames());
+        voiceLane_->setSongFrames(now.song);
         if (!dragged_) view_.setRange(now.begin, now.end);
         showView();
     }
