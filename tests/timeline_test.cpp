@@ -158,6 +158,15 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     press("lineUp");
     key(Qt::Key_Space);
     EXPECT_TRUE(mixer().rehearsal().playing()) << "whatever was clicked";
+    const auto opened = [this](const char* clock) {
+        return std::ranges::count(library.calls, "openRecording " + dir.path() + "/voice.wav " + clock + " 4");
+    };
+    mixer().rehearsal().placeVoice({44'100, -20});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return opened("-20.000000") == 1; })) << "its clock changes while it plays, too";
+    library.calls.clear();
+    choose("undo");
+    EXPECT_EQ(place(), (VoicePlace{66'150, 60}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return opened("60.000000") == 1 && mixer().rehearsal().playing(); }));
 }
 
 TEST_F(TimelineFixture, NewVoicesAreLinedUpByThemselves) {
