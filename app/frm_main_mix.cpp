@@ -86,7 +86,7 @@ void frmMain::followFastMix() {
     const auto result = fast_.ended();
     if (!result) return;
     takeResult(mixer_.run(), *result);
-    report_.cancelled = fast_.cancelled() && result->lastMixPath.empty();
+    report_.cancelled = fast_.cancelled() && result->lastMixPath.empty() && result->partPath.empty();
     report_.lacksVoice = result->voiceOutsideSong;
     report_.inRehearsal = mixer_.rehearsal().playing();
     if (result->failure == RunFailure::pathsMissing || result->failure == RunFailure::midiUnplayable)

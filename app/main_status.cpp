@@ -117,13 +117,13 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!report.told && facts.voiceUnreadable) return unreadable(OwnText::cannotOpenVocal, fields.vocal);
     if (!report.told && !report.interrupted.empty()) return broughtBack(report.interrupted);
     if (!report.told) return {decoding().value_or(facts.linedUp)};
+    if (report.cancelled) return {language.ownText(OwnText::mixCancelled)};  // however what was given up ended
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
     if (report.lacksVoice && !run.lastMixPath.empty()) return about(OwnText::mixLacksVoice, run.lastMixPath, true);
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
-    if (report.cancelled) return {language.ownText(OwnText::mixCancelled)};
     if (report.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
     return {};

@@ -336,6 +336,11 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsIsTheSameToTheByte) {
         EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/unheard.mp3"));
         EXPECT_EQ(readFile(dir / "unheard.mp3"), readFile(heard)) << jobText(job, "");
         std::filesystem::remove(dir / "unheard.mp3");
+        const QString tool = QCoreApplication::applicationDirPath() + QStringLiteral("/melvane-mix");
+        const std::string document = dir.write("a.melvane", jobText(job, dir.path()));
+        EXPECT_EQ(QProcess::execute(tool, {QStringLiteral("--quiet"), QStringLiteral("--job"), toQt(document)}), 0);
+        EXPECT_EQ(readFile(dir / "unheard.mp3"), readFile(heard)) << "nor does it matter which program mixes";
+        std::filesystem::remove(dir / "unheard.mp3");
     }
 }
 
@@ -347,7 +352,13 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
     const auto files = [&] { return std::distance(std::filesystem::directory_iterator(dir.path()), {}); };
     main().endSession();
     const auto before = files();
+    const std::string path = getenv("PATH");
+    const TempDir failing;
+    std::filesystem::permissions(
+        failing.write("lame", "#!/bin/sh\nhead -c 8000000 >/dev/null\nsleep 4\ncat >/dev/null\nexit 1\n"),
+        std::filesystem::perms::owner_all);
     for (const bool replaces : {false, true}) {
+        if (replaces) setenv("PATH", (failing.path() + ":" + path).c_str(), 1);  // what it tells at its end is no news
         const std::string destination = mixer().fields().destination;
         if (replaces) dir.write(toPath(destination).filename(), "a mix");
         dialogs.nextAnswer = BoxAnswer::yes;
@@ -368,7 +379,6 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsLeavesNothingWhenItIsCancelled) {
         EXPECT_EQ(readFile(destination), replaces ? "a mix" : "");
     }
     const std::string voice = std::exchange(mixer().fields().vocal, dir.write("voice.m4a", "????ftypM4A "));
-    const std::string path = getenv("PATH");
     const TempDir withoutFfmpeg;
     std::filesystem::create_symlink(toPath(QStandardPaths::findExecutable(QStringLiteral("lame")).toStdString()),
                                     withoutFfmpeg / "lame");

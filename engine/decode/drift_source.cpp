@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
-#include <numeric>
 
 #include "platform/audio_library.h"
 
@@ -35,6 +35,14 @@ double kernel(double x) {
     const double angle = std::numbers::pi * x;
     const double window = bessel0(kBeta * std::sqrt(1 - std::pow(x / kZeros, 2))) / top;
     return (x == 0 ? 1 : std::sin(angle) / angle) * window;
+}
+
+using Lanes __attribute__((vector_size(16))) = float;
+
+Lanes lanes(const float* from) {
+    Lanes loaded;
+    std::memcpy(&loaded, from, sizeof loaded);
+    return loaded;
 }
 
 }  // namespace
@@ -83,7 +91,8 @@ void DriftSource::fill(std::int64_t begin) {
     keptFrom_ = begin;
 }
 
-// Sums in lanes, which are added up at the end, are what the vector units can do at once.
+// Sums in lanes, which are added up at the end: what the vector units can do at once. Compilers make poor use of them
+// where it is written as a loop over lanes.
 void DriftSource::sum(double place, float* out) const {
     const double whole = std::floor(place);
     const double phase = (place - whole) * kPhases;
@@ -92,17 +101,21 @@ void DriftSource::sum(double place, float* out) const {
     const float* const low = weights(step);
     const float* const high = weights(step + 1);
     const auto first = static_cast<std::size_t>(static_cast<std::int64_t>(whole) - reach_ - keptFrom_);
-    std::array<float, kLanes> left{};
-    std::array<float, kLanes> right{};
+    const float* const left = &kept_[0][first];
+    const float* const right = &kept_[1][first];
+    std::array<Lanes, 2> sums[2] = {};
     for (std::size_t tap = 0; tap < taps_; tap += kLanes)
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const std::size_t at = tap + lane;
-            const float weight = low[at] + share * (high[at] - low[at]);
-            left[lane] += weight * kept_[0][first + at];
-            right[lane] += weight * kept_[1][first + at];
+        for (std::size_t half = 0; half < 2; ++half) {
+            const std::size_t at = tap + half * kLanes / 2;
+            const Lanes weight = lanes(low + at) + share * (lanes(high + at) - lanes(low + at));
+            sums[0][half] += weight * lanes(left + at);
+            sums[1][half] += weight * lanes(right + at);
         }
-    out[0] = std::accumulate(left.begin(), left.end(), 0.0F);
-    out[1] = std::accumulate(right.begin(), right.end(), 0.0F);
+    for (std::size_t side = 0; side < 2; ++side) {
+        out[side] = 0;
+        for (const Lanes& half : sums[side])
+            for (std::size_t lane = 0; lane < kLanes / 2; ++lane) out[side] += half[lane];
+    }
 }
 
 }  // namespace melvane::decode
