@@ -51,12 +51,15 @@ void takeOffTones(std::span<Bin> bins, std::span<const float> power) {
     }
 }
 
-// Written out: the standard's product looks for infinities.
+// As the pairs of numbers that they are: most of a search is spent here, and the standard's product looks for
+// infinities.
 void addCorrelation(std::span<Bin> sum, std::span<const Bin> first, std::span<const Bin> second) {
-    for (std::size_t i = 0; i < sum.size(); ++i) {
-        const Bin a = first[i];
-        const Bin b = second[i];
-        sum[i] += Bin{a.real() * b.real() + a.imag() * b.imag(), a.imag() * b.real() - a.real() * b.imag()};
+    auto* const to = reinterpret_cast<float*>(sum.data());
+    const auto* const a = reinterpret_cast<const float*>(first.data());
+    const auto* const b = reinterpret_cast<const float*>(second.data());
+    for (std::size_t i = 0; i < 2 * sum.size(); i += 2) {
+        to[i] += a[i] * b[i] + a[i + 1] * b[i + 1];
+        to[i + 1] += a[i + 1] * b[i] - a[i] * b[i + 1];
     }
 }
 

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t kStep = 4;
 constexpr std::size_t kTaps = 64;
-constexpr std::size_t kLongest = std::size_t{30} * 60 * kImprintRate;
 constexpr std::size_t kNeighbours = 16;  // bins on either side
 constexpr float kSilence = 1e-5F;        // a level that is no sound: -100 dB
 constexpr float kFaintest = 1e-4F;       // of a sound that is heard
@@ -63,14 +62,13 @@ void ImprintMaker::add(const float* stereo, std::size_t frames) {
 
 Trace ImprintMaker::take() {
     const std::size_t end = (heard_ + kStep - 1) / kStep;
-    while (trace_.size() < std::min(end, kLongest)) addLow(0);
-    trace_.resize(std::min(end, kLongest));
+    while (trace_.size() < end) addLow(0);
+    trace_.resize(end);
     if (loudest_ < kFaintest) std::ranges::fill(trace_, std::int16_t{0});
     return std::move(trace_);
 }
 
 void ImprintMaker::addLow(float sample) {
-    if (trace_.size() >= kLongest) return;
     ++frames_;
     frame_[filled_++] = std::isfinite(sample) ? sample : 0;
     loudest_ = std::max(loudest_, std::abs(frame_[filled_ - 1]));

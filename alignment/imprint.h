@@ -18,8 +18,11 @@ inline constexpr int kImprintRate = 11025;  // Hz
 // Samples of an imprint; those before the first and behind the last are 0.
 using Trace = std::vector<std::int16_t>;
 
+// As much as is searched at once, which bounds its memory: 12 minutes.
+inline constexpr std::size_t kLongestImprint = std::size_t{12} * 60 * kImprintRate;
+
 // Takes a sound as it is read. One thread at a time. Two bytes for a sample of the trace and nothing else grow with the
-// sound; of one longer than half an hour the rest is left out.
+// sound.
 class ImprintMaker {
 public:
     ImprintMaker();

@@ -42,7 +42,7 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
       watch_(mixer, environment_),
       jobs_(new JobDesk(this, mixer, environment, store, documents)),
       steps_(new UndoKeeper(this, mixer, environment.language)),
-      lineUp_(new LineUp(this, mixer, environment, lineUpCalls())),
+      lineUp_(new LineUp(this, mixer, environment, waveforms_, lineUpCalls())),
       fast_(workshop, environment.language) {
     setObjectName(QStringLiteral("frmMain"));
     setAcceptDrops(true);

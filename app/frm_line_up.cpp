@@ -1,5 +1,6 @@
 #include "app/frm_line_up.h"
 
+#include <chrono>
 #include <utility>
 
 #include "audio/modAudio.h"
@@ -13,23 +14,34 @@ namespace melvane {
 
 namespace {
 constexpr int kLookMs = 50;
+constexpr std::chrono::seconds kEndPatience{1};
 constexpr int kPercent = 100;
 }  // namespace
 
-LineUp::LineUp(QObject* owner, Mixer& mixer, const Environment& environment, Calls calls)
-    : QObject(owner), mixer_(mixer), environment_(environment), calls_(std::move(calls)) {
+LineUp::LineUp(QObject* owner, Mixer& mixer, const Environment& environment, Waveforms& waveforms, Calls calls)
+    : QObject(owner), mixer_(mixer), environment_(environment), calls_(std::move(calls)), waveforms_(waveforms) {
     timer_.setInterval(kLookMs);
     connect(&timer_, &QTimer::timeout, this, &LineUp::look);
 }
 
 LineUp::~LineUp() {
-    giveUp();
-    if (found_.valid()) found_.wait();
+    leave();
+    const auto limit = std::chrono::steady_clock::now() + kEndPatience;
+    for (const auto& left : left_) left.wait_until(limit);
+}
+
+void LineUp::leave() {
+    std::erase_if(left_, [](const auto& left) { return isReady(left); });
+    if (!found_.valid()) return;
+    work_->wanted = false;
+    timer_.stop();
+    left_.push_back(std::move(found_));
 }
 
 void LineUp::giveUp() {
-    next_ = Wish::none;
-    work_->wanted = false;
+    if (!found_.valid()) return;
+    leave();
+    Q_EMIT notLinedUp("");
 }
 
 void LineUp::startByItself() {
@@ -39,31 +51,30 @@ void LineUp::startByItself() {
     const bool songReady = !isMidiFile(files.background) || mixer_.midi().loaded();
     giveUp();
     if (!mixer_.settings().linesUpVoices || placedByUser || !songReady) return;
-    if (!files.background.empty() && !files.vocal.empty()) wish(Wish::byItself);
+    if (!files.background.empty() && !files.vocal.empty()) begin(Wish::byItself);
 }
 
-void LineUp::wish(Wish wish) {
-    giveUp();
-    next_ = wish;
-    if (!found_.valid()) begin();
-}
-
-void LineUp::begin() {
-    wish_ = std::exchange(next_, Wish::none);
+void LineUp::begin(Wish wish) {
+    leave();
+    wish_ = wish;
     before_ = mixer_.run().voicePlace;
     takesTime_ = false;
-    const bool midi = isMidiFile(mixer_.fields().background);
-    search_ = {mixer_.fields().background, midi, midi ? mixer_.midi().reader() : nullptr, mixer_.fields().vocal,
-               mixer_.run().key};
+    const PathFields& files = mixer_.fields();
+    const bool midi = isMidiFile(files.background);
+    const auto imprintOf = [this](const std::string& file) {
+        return [waveform = waveforms_.read(file)](const auto& goOn) { return waveform->imprint(goOn); };
+    };
+    search_ = {files.background, midi, midi ? mixer_.midi().reader() : nullptr, files.vocal, mixer_.run().key};
+    search_.voiceImprint = imprintOf(files.vocal);
+    if (!midi) search_.songImprint = imprintOf(files.background);
     work_ = std::make_shared<Work>();
-    found_ =
-        beside([work = work_, search = search_, lowers = wish_ == Wish::byItself, library = &environment_.library] {
-            if (lowers) lowerPriority();
-            return findVoice(*library, search, [&](double done) {
-                work->done = done;
-                return work->wanted.load();
-            });
+    found_ = beside([work = work_, search = search_, lowers = wish == Wish::byItself, library = &environment_.library] {
+        if (lowers) lowerPriority();
+        return findVoice(*library, search, [&](double done) {
+            work->done = done;
+            return work->wanted.load();
         });
+    });
     timer_.start();
 }
 
@@ -72,26 +83,24 @@ bool LineUp::areChosen(const std::string& song, const std::string& voice) const 
 }
 
 void LineUp::look() {
-    if (!areChosen(search_.song, search_.voice)) work_->wanted = false;  // what is found is worth nothing
-    if (!isReady(found_) || (work_->wanted && calls_.busy())) {
-        takesTime_ = work_->wanted;
-        if (takesTime_) Q_EMIT looking(work_->done);
+    if (!areChosen(search_.song, search_.voice)) return giveUp();  // what is found is worth nothing
+    if (!isReady(found_) || calls_.busy()) {
+        takesTime_ = true;
+        Q_EMIT looking(work_->done);
         return;
     }
+    timer_.stop();
     VoiceFound found{.end = SearchEnd::givenUp};
     guarded(environment_.dialogs, environment_.language, [&] { found = found_.get(); });
-    timer_.stop();
-    if (next_ != Wish::none) return begin();
     end(found);
 }
 
 void LineUp::end(const VoiceFound& found) {
     const bool moved = wish_ == Wish::byItself && mixer_.run().voicePlace != before_;
-    const bool tellsWhyNot = wish_ == Wish::asked && work_->wanted;
-    if (work_->wanted && found.end == SearchEnd::found && !moved) {
+    if (found.end == SearchEnd::found && !moved) {
         place(found);
         Q_EMIT linedUp(found.certainty);
-    } else if (!tellsWhyNot || found.end == SearchEnd::found || found.end == SearchEnd::givenUp) {
+    } else if (wish_ == Wish::byItself || found.end == SearchEnd::givenUp) {
         Q_EMIT notLinedUp("");
     } else if (found.end == SearchEnd::noTrace) {
         Q_EMIT noTrace();
@@ -107,7 +116,7 @@ void LineUp::place(const VoiceFound& found) {
 
 std::string LineUp::message() const {
     const modLang& language = environment_.language;
-    if (found_.valid() && work_->wanted && takesTime_)
+    if (found_.valid() && takesTime_)
         return language.ownText(OwnText::liningUp, std::to_string(static_cast<int>(work_->done * kPercent)));
     const RunState& run = mixer_.run();
     const bool there = put_ && put_->place == run.voicePlace && areChosen(put_->song, put_->voice);

@@ -10,9 +10,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/mixer.h"
 #include "mixing/voice_search.h"
+#include "rehearsal/waveforms.h"
 
 namespace melvane {
 
@@ -27,12 +29,13 @@ public:
         std::function<void(const std::function<void()>& change)> change;
     };
 
-    // Everything outlives it. When it goes it waits until what it does has given up, which takes a moment.
-    LineUp(QObject* owner, Mixer& mixer, const Environment& environment, Calls calls);
+    // Everything outlives it. When it goes it gives up what it does; what a file keeps busy for longer than a second
+    // goes on by itself.
+    LineUp(QObject* owner, Mixer& mixer, const Environment& environment, Waveforms& waveforms, Calls calls);
     ~LineUp() override;
 
     // Of the song and the voice that are chosen now. What was looked for before is given up.
-    void start() { wish(Wish::asked); }
+    void start() { begin(Wish::asked); }
     // The same, unless the user wants none or has given the voice a place. What is not found is not told.
     void startByItself();
     void giveUp();
@@ -48,7 +51,7 @@ Q_SIGNALS:
     void notLinedUp(const std::string& failure);
 
 private:
-    enum class Wish { none, asked, byItself };
+    enum class Wish { asked, byItself };
     struct Work {
         std::atomic<bool> wanted{true};
         std::atomic<double> done{0};
@@ -60,9 +63,10 @@ private:
         double certainty = 0;
     };
 
-    void wish(Wish wish);
-    void begin();
+    void begin(Wish wish);
     void look();
+    // It goes on by itself until it notices that it is not wanted any more.
+    void leave();
     void end(const VoiceFound& found);
     void place(const VoiceFound& found);
     bool areChosen(const std::string& song, const std::string& voice) const;
@@ -70,15 +74,16 @@ private:
     Mixer& mixer_;
     Environment environment_;
     const Calls calls_;
-    Wish next_ = Wish::none;  // once the one under way has ended
-    Wish wish_ = Wish::none;  // the one under way, or the last
+    Waveforms& waveforms_;
+    Wish wish_ = Wish::asked;  // of the one under way, or the last
     VoiceSearch search_;
     VoicePlace before_;
     bool takesTime_ = false;
     std::optional<Put> put_;
     std::shared_ptr<Work> work_ = std::make_shared<Work>();
-    std::future<VoiceFound> found_;
-    QTimer timer_;  // runs while it looks
+    std::future<VoiceFound> found_;              // while it looks
+    std::vector<std::future<VoiceFound>> left_;  // what may still go on
+    QTimer timer_;                               // runs while it looks
 };
 
 }  // namespace melvane

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "alignment/find_place.h"
@@ -14,72 +15,148 @@ namespace melvane {
 namespace {
 
 using Source = std::unique_ptr<PcmSource>;
+using Imprint = std::shared_ptr<const Trace>;
 
-// None when it could not be read, or not to its end because it was given up.
-std::optional<Trace> imprintOf(const Source& source, const GoOn& goOn) {
-    constexpr std::size_t kBlock = 65536;
-    if (!source) return std::nullopt;
-    ImprintMaker maker;
-    std::vector<float> block(2 * kBlock);
-    std::int64_t read = 0;
-    while (const std::size_t got = source->read(block.data(), kBlock)) {
-        maker.add(block.data(), got);
-        read += static_cast<std::int64_t>(got);
-        if (!goOn(static_cast<double>(read) / static_cast<double>(std::max(read, source->frames()))))
-            return std::nullopt;
+constexpr std::int64_t kStep = kSampleRate / kImprintRate;
+constexpr std::size_t kLeastPart = std::size_t{150} * kImprintRate;  // frames of a voice, looked at without gaps
+
+// Song or voice, of which a part is looked at. Lengths are frames of an imprint.
+class Sound {
+public:
+    explicit Sound(Imprint whole) : whole_(std::move(whole)), frames_(whole_->size()) {}
+    explicit Sound(Source source)
+        : source_(std::move(source)),
+          frames_(source_ ? static_cast<std::size_t>((source_->frames() + kStep - 1) / kStep) : 0) {}
+
+    bool isOpen() const { return whole_ || source_; }
+    std::size_t frames() const { return frames_; }
+    const Trace& part() const { return *part_; }
+
+    // Makes the frames from `first` on, so many at most, the part; unless they are. False when they could not be read,
+    // or were given up.
+    bool take(std::size_t first, std::size_t length, const GoOn& goOn) {
+        if (part_ && first == first_) return goOn(1);
+        part_.reset();  // one at a time
+        first_ = first;
+        part_ = whole_ ? cut(length) : read(length, goOn);
+        return part_ && goOn(1);
     }
-    if (source->failed()) return std::nullopt;
-    return maker.take();
+
+private:
+    Imprint cut(std::size_t length) const {
+        if (first_ == 0 && length >= frames_) return whole_;
+        const auto begin = whole_->begin() + static_cast<std::ptrdiff_t>(first_);
+        return std::make_shared<Trace>(begin, begin + static_cast<std::ptrdiff_t>(std::min(length, frames_ - first_)));
+    }
+    Imprint read(std::size_t length, const GoOn& goOn) const {
+        constexpr std::size_t kBlock = 65536;
+        std::vector<float> block(2 * kBlock);
+        ImprintMaker maker;
+        const std::size_t wanted = std::min(length, frames_ - first_) * kStep;
+        std::size_t done = 0;
+        source_->seek(static_cast<std::int64_t>(first_) * kStep);
+        while (const std::size_t got = source_->read(block.data(), std::min(kBlock, wanted - done))) {
+            maker.add(block.data(), got);
+            done += got;
+            if (!goOn(static_cast<double>(done) / static_cast<double>(wanted))) return nullptr;
+        }
+        return source_->failed() ? nullptr : std::make_shared<Trace>(maker.take());
+    }
+
+    Imprint whole_;
+    Source source_;
+    std::size_t frames_;
+    std::size_t first_ = 0;
+    Imprint part_;
+};
+
+// Where parts of that length begin, each in the middle of the one before, that together are a whole sound: what is half
+// as long lies in one of them.
+std::vector<std::size_t> partsOf(std::size_t frames, std::size_t length) {
+    std::vector<std::size_t> starts{0};
+    while (starts.back() + length < frames) starts.push_back(starts.back() + length / 2);
+    return starts;
 }
 
 class Search {
 public:
     Search(AudioLibrary& library, const VoiceSearch& search, const GoOn& goOn)
-        : library_(library), search_(search), goOn_(goOn) {}
+        : library_(library), search_(search), goOn_([this, &goOn](double done) {
+              done_ = std::max(done_, done);
+              return goOn(done_);
+          }) {}
 
     VoiceFound run() {
-        const auto voice = imprintOf(open(search_.voice), partOf(goOn_, 0, 0.2));
-        if (!voice) return unreadable(SearchEnd::voiceUnreadable, search_.voice);
+        Sound voice = open(search_.voice, search_.voiceImprint, partOf(goOn_, 0, 0.1));
+        if (!voice.isOpen()) return unreadable(SearchEnd::voiceUnreadable);
         const double half = search_.key == 0 ? 1 : 0.5;
-        VoiceFound found = findIn(*voice, 0, partOf(goOn_, 0.2, half));
+        VoiceFound found = findIn(voice, 0, partOf(goOn_, 0.1, half));
         if (found.end == SearchEnd::noTrace && search_.key != 0)
-            found = findIn(*voice, search_.key, partOf(goOn_, half, 1));
+            found = findIn(voice, search_.key, partOf(goOn_, half, 1));
         return found;
     }
 
 private:
     bool wanted() const { return goOn_(0); }
-    VoiceFound failed(SearchEnd end) const { return {wanted() ? end : SearchEnd::givenUp}; }
-    VoiceFound unreadable(SearchEnd end, const std::string& file) const {
-        VoiceFound found = failed(end);
-        if (found.end != end) return found;
-        found.cause = readingError(file);
-        found.decoding = library_.decoding(file).failure;
-        return found;
+    VoiceFound unreadable(SearchEnd end) const {
+        if (!wanted()) return {SearchEnd::givenUp};
+        const std::string& file = end == SearchEnd::voiceUnreadable ? search_.voice : search_.song;
+        return {.end = end, .cause = readingError(file), .decoding = library_.decoding(file).failure};
     }
-    Source open(const std::string& file) const {
+
+    Source openFile(const std::string& file) const {
         return library_.openReader(file, [this] { return wanted(); });
     }
-    Source openSong(double key) const {
-        if (!search_.isMidi) return library_.inKey(open(search_.song), key);
+    Sound open(const std::string& file, const VoiceSearch::ImprintOf& imprint, const GoOn& goOn) const {
+        Imprint whole = imprint ? imprint(goOn) : nullptr;
+        return whole ? Sound(std::move(whole)) : Sound(wanted() ? openFile(file) : nullptr);
+    }
+    Sound openSong(double key, const GoOn& goOn) const {
+        if (!search_.isMidi && key == 0) return open(search_.song, search_.songImprint, goOn);
+        if (!search_.isMidi) return Sound(library_.inKey(openFile(search_.song), key));
         try {
-            return search_.midi ? search_.midi(static_cast<int>(std::lround(key))) : nullptr;
+            return Sound(search_.midi ? search_.midi(static_cast<int>(std::lround(key))) : nullptr);
         } catch (const MusicError&) {
-            return nullptr;
+            return Sound(Source());
         }
     }
-    VoiceFound findIn(const Trace& voice, double key, const GoOn& goOn) const {
-        const auto song = imprintOf(openSong(key), partOf(goOn, 0, 0.6));
-        if (!song) return unreadable(SearchEnd::songUnreadable, search_.song);
-        auto place = findPlace(*song, voice, partOf(goOn, 0.6, 0.8));
-        if (!place && key != 0) place = findPlaceByOnsets(*song, voice, partOf(goOn, 0.8, 1));
-        if (!place) return failed(SearchEnd::noTrace);
-        return {SearchEnd::found, place->sync, place->driftPpm, place->certainty};
+
+    // Of all parts of both the two that tell most.
+    VoiceFound findIn(Sound& voice, double key, const GoOn& goOn) const {
+        Sound song = openSong(key, partOf(goOn, 0, 0.2));
+        if (!song.isOpen()) return unreadable(SearchEnd::songUnreadable);
+        const std::size_t length = std::clamp(2 * song.frames(), kLeastPart, kLongestImprint);
+        const auto songParts = partsOf(song.frames(), kLongestImprint);
+        const auto voiceParts = partsOf(voice.frames(), length);
+        const auto pairs = static_cast<double>(songParts.size() * voiceParts.size());
+        VoiceFound best;
+        double pair = 0;
+        for (const std::size_t s : songParts)
+            for (const std::size_t v : voiceParts) {
+                const GoOn part = partOf(goOn, 0.2 + 0.8 * pair / pairs, 0.2 + 0.8 * (pair + 1) / pairs);
+                if (!song.take(s, kLongestImprint, partOf(part, 0, 0.4))) return unreadable(SearchEnd::songUnreadable);
+                if (!voice.take(v, length, partOf(part, 0.4, 0.6))) return unreadable(SearchEnd::voiceUnreadable);
+                const VoiceFound found = findInParts(song, s, voice, v, key != 0, partOf(part, 0.6, 1));
+                if (!wanted()) return {SearchEnd::givenUp};
+                if (found.certainty > best.certainty) best = found;
+                ++pair;
+            }
+        return best;
+    }
+    static VoiceFound findInParts(const Sound& song, std::size_t songFirst, const Sound& voice, std::size_t voiceFirst,
+                                  bool byOnsets, const GoOn& goOn) {
+        auto place = findPlace(song.part(), voice.part(), partOf(goOn, 0, 0.5));
+        if (!place && byOnsets) place = findPlaceByOnsets(song.part(), voice.part(), partOf(goOn, 0.5, 1));
+        if (!place) return {};
+        const double earlier = static_cast<double>(voiceFirst) / (1 + place->driftPpm * 1e-6);
+        const double sync = place->sync + (earlier - static_cast<double>(songFirst)) / kImprintRate;
+        return {SearchEnd::found, sync, place->driftPpm, place->certainty};
     }
 
     AudioLibrary& library_;
     const VoiceSearch& search_;
-    const GoOn& goOn_;
+    double done_ = 0;
+    const GoOn goOn_;
 };
 
 }  // namespace

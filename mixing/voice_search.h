@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "alignment/imprint.h"
 #include "platform/audio_library.h"
 #include "platform/music_performance.h"
 #include "state/voice_place.h"
@@ -11,11 +13,16 @@
 namespace melvane {
 
 struct VoiceSearch {
+    // The imprint of a file that is read elsewhere, once it is; nullptr where it has to be read for the search.
+    using ImprintOf = std::function<std::shared_ptr<const Trace>(const std::function<bool(double done)>& goOn)>;
+
     std::string song;                   // a sound file, or
     bool isMidi = false;                // a MIDI song,
     MusicPerformance::SongReader midi;  // as it will sound; none where it can't be played
     std::string voice;                  // a sound file
     double key = 0;                     // semitones by which the singer may have heard the song shifted
+    ImprintOf songImprint = {};
+    ImprintOf voiceImprint = {};
 };
 
 enum class SearchEnd { found, songUnreadable, voiceUnreadable, noTrace, givenUp };

@@ -2,10 +2,12 @@
 
 #include <array>
 #include <chrono>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include "base/low_priority.h"
+#include "platform/audio_library.h"
 
 namespace melvane {
 
@@ -13,13 +15,27 @@ namespace {
 
 using namespace std::chrono_literals;
 constexpr auto kEndPatience = 1s;
+constexpr auto kLook = 10ms;
 constexpr std::size_t kBlockFrames = 4096;
+constexpr std::int64_t kLongestFrames = std::int64_t{kLongestImprint} * (kSampleRate / kImprintRate);
 
 }  // namespace
 
 std::shared_ptr<const WaveformPyramid> Waveform::outline() const {
     const std::lock_guard lock(mutex_);
     return outline_;
+}
+
+std::shared_ptr<const Trace> Waveform::imprint(const std::function<bool(double done)>& goOn) const {
+    const auto done = [this] {
+        const auto outline = this->outline();
+        return outline && outline->frames() > 0
+                   ? static_cast<double>(outline->known()) / static_cast<double>(outline->frames())
+                   : 0;
+    };
+    while (!finished_ && wanted_ && goOn(done())) std::this_thread::sleep_for(kLook);
+    const std::lock_guard lock(mutex_);
+    return imprint_;
 }
 
 bool Waveforms::fill(Waveform& waveform, PcmSource& source) {
@@ -29,13 +45,22 @@ bool Waveforms::fill(Waveform& waveform, PcmSource& source) {
         const std::lock_guard lock(waveform.mutex_);
         waveform.outline_ = outline;
     }
+    std::optional<ImprintMaker> imprint;
+    if (source.frames() <= kLongestFrames) imprint.emplace();
     while (waveform.wanted_) {
         const std::size_t got = source.read(block.data(), kBlockFrames);
         outline->add(block.data(), got);
+        if (imprint) imprint->add(block.data(), got);
         if (got < kBlockFrames) break;
     }
     outline->finish();
-    return waveform.wanted_ && !source.failed();
+    if (!waveform.wanted_ || source.failed()) return false;
+    if (imprint) {
+        const auto whole = std::make_shared<Trace>(imprint->take());
+        const std::lock_guard lock(waveform.mutex_);
+        waveform.imprint_ = whole;
+    }
+    return true;
 }
 
 void Waveforms::work(Waveform& waveform, const OpenReader& open, const OutlineCache& cache, const std::string& file) {

@@ -1,4 +1,5 @@
-// The outlines of song and voice, each read once in a thread of its own, or taken from where they are kept.
+// The outlines of song and voice, and what lining them up needs of them, each read once in a thread of its own;
+// outlines are taken from where they are kept.
 #pragma once
 
 #include <atomic>
@@ -11,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "alignment/imprint.h"
 #include "platform/pcm_source.h"
 #include "rehearsal/outline_cache.h"
 #include "rehearsal/waveform_pyramid.h"
@@ -24,6 +26,9 @@ public:
     std::shared_ptr<const WaveformPyramid> outline() const;
     bool finished() const { return finished_; }
     bool failed() const { return failed_; }  // it can't be read, or not to its end
+    // Waits until it is read, while `goOn`, which is told how much is done, says so. nullptr when there is none: of an
+    // outline that was kept, of what can't be read, or is longer than kLongestImprint.
+    std::shared_ptr<const Trace> imprint(const std::function<bool(double done)>& goOn) const;
     // It is not to be read any further, for whoever looks at it.
     void forget() { wanted_ = false; }
     bool forgotten() const { return !wanted_; }
@@ -33,6 +38,7 @@ private:
 
     mutable std::mutex mutex_;
     std::shared_ptr<WaveformPyramid> outline_;
+    std::shared_ptr<const Trace> imprint_;
     std::atomic<bool> wanted_{true};
     std::atomic<bool> finished_{false};
     std::atomic<bool> failed_{false};

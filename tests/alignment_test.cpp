@@ -18,7 +18,7 @@ const Mono& song() {
     return song;
 }
 
-TEST(Imprint, HasAFrameForFourWhateverTheBlocksAreAndKeepsTheMostOfHalfAnHour) {
+TEST(Imprint, HasAFrameForFourWhateverTheBlocksAre) {
     EXPECT_EQ(imprint(Mono(4 * 1000)).size(), 1000U);
     EXPECT_EQ(imprint(Mono(3)).size(), 1U);
     const Mono sound = noise(44100, 0.1, 2);
