@@ -12,7 +12,9 @@
 #include "app/start_checks.h"
 #include "desktop/local_destinations.h"
 #include "mixing/run_messages.h"
+#include "mixing/voice_search.h"
 #include "tests/silent_parts.h"
+#include "tests/takes.h"
 
 namespace melvane {
 namespace {
@@ -428,6 +430,26 @@ TEST(StartChecks, RefuseInOrder) {
     expectStart(both, 0x00020002, notInitialised, LangEntry::cannotInitialise, "/program/lib", true);
     expectStart(both, 0x00020002, old, LangEntry::interfaceTooOld, "/program/lib", true);
     expectStart({"/system/lib"}, 0x00020002, well, std::nullopt, "/system/lib", true);
+}
+
+TEST(VoiceSearch, LooksThroughALongRecordingAndReadsOnlyWhatIsNotKnown) {
+    FakeAudioLibrary library;
+    const Mono song = makeSong(40, 1000, 5);
+    const Mono heard = record(song, makeVoice(430, 2), {321.5, 40});
+    Sound stereo;
+    for (const float sample : heard) stereo.insert(stereo.end(), 2, sample);
+    library.readers.put("voice", stereo);
+    VoiceSearch search{"song", false, nullptr, "voice"};
+    search.songImprint = [&](const auto&) { return std::make_shared<const Trace>(imprint(song)); };
+    double done = 0;
+    const VoiceFound found = findVoice(library, search, [&](double now) {
+        EXPECT_GE(now, done);
+        done = now;
+        return true;
+    });
+    EXPECT_EQ(found.end, SearchEnd::found);
+    EXPECT_NEAR(found.sync, 321.5, 0.003);
+    EXPECT_EQ(done, 1);
 }
 
 }  // namespace

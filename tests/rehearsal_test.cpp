@@ -235,7 +235,10 @@ TEST(Waveforms, AFileIsReadOnceAndGivenUpAtOnce) {
         while (!waveform->finished()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return waveform;
     };
-    EXPECT_EQ(read(file)->outline()->known(), 9000);
+    const auto goOn = [](double) { return true; };
+    const auto first = waveforms.read(file);
+    EXPECT_EQ(first->imprint(goOn)->size(), 2250U);
+    EXPECT_EQ(first->outline()->known(), 9000);
     EXPECT_EQ(read(file)->outline()->known(), 9000);
     EXPECT_EQ(opened, 1) << "then it is kept";
     fails = true;

@@ -61,7 +61,7 @@ void Reporter::opening(double share) {
 }
 
 void Reporter::searching(double share) {
-    if (style_ == Style::bar && isTime()) drawBar(share, "searching");
+    if (style_ == Style::bar && (isTime() || share >= 1)) drawBar(share, "searching");
 }
 
 void Reporter::progress(std::int64_t done, std::int64_t total) {
