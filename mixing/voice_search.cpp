@@ -93,6 +93,7 @@ public:
         VoiceFound found = findIn(voice, 0, partOf(goOn_, 0.1, half));
         if (found.end == SearchEnd::noTrace && search_.key != 0)
             found = findIn(voice, search_.key, partOf(goOn_, half, 1));
+        if (found.end == SearchEnd::found || found.end == SearchEnd::noTrace) goOn_(1);
         return found;
     }
 
@@ -145,7 +146,7 @@ private:
     }
     static VoiceFound findInParts(const Sound& song, std::size_t songFirst, const Sound& voice, std::size_t voiceFirst,
                                   bool byOnsets, const GoOn& goOn) {
-        auto place = findPlace(song.part(), voice.part(), partOf(goOn, 0, 0.5));
+        auto place = findPlace(song.part(), voice.part(), partOf(goOn, 0, byOnsets ? 0.5 : 1));
         if (!place && byOnsets) place = findPlaceByOnsets(song.part(), voice.part(), partOf(goOn, 0.5, 1));
         if (!place) return {};
         const double earlier = static_cast<double>(voiceFirst) / (1 + place->driftPpm * 1e-6);
