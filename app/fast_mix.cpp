@@ -42,6 +42,7 @@ RunState FastMix::mix(const Workshop& workshop, modLang language, const Job& job
     HeadlessMix headless(
         *start.library, instruments, workshop.names, workshop.destinations, language,
         [&progress] { return progress.wanted.load(); }, HeadlessMix::Unwanted::leaveNothing);
+    headless.waiting = [&] { progress.decoded = headless.decoded().value_or(0); };
     headless.mixer().Form_Load(nullptr);
     headless.take(job);
     headless.mix([&progress](std::int64_t done, std::int64_t total) {

@@ -34,6 +34,8 @@ public:
     std::int64_t framesDone() const { return progress_->done; }
     std::int64_t framesTotal() const { return progress_->total; }
     double done() const;  // 0..1
+    // How far one of its files is decoded while they are being opened, 0..1.
+    double decoded() const { return progress_->decoded; }
     // At the speed that it had until now; nothing while that can't be told.
     std::optional<std::chrono::seconds> left() const;
 
@@ -42,6 +44,7 @@ private:
         std::atomic<bool> wanted = true;
         std::atomic<std::int64_t> done = 0;
         std::atomic<std::int64_t> total = 0;
+        std::atomic<double> decoded = 0;
     };
 
     static RunState mix(const Workshop& workshop, modLang language, const Job& job, Progress& progress);

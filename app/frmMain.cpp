@@ -81,7 +81,13 @@ MainCalls frmMain::calls() {
     timeline.fastMixRefusal = [this] { return whyNoFastMix(); };
     timeline.fastMix = [this] { return fastMixNews(); };
     timeline.opening = [this] { return MainStatus(mixer_, environment_).opening(); };
-    return {[this](const std::string& code) { useLanguage(code); }, choosePort, [this] { refresh(); }, timeline};
+    timeline.decoding = [this] { return MainStatus(mixer_, environment_).decoding().value_or(""); };
+    return {[this](const std::string& code) { useLanguage(code); },
+            choosePort,
+            [this] { refresh(); },
+            [this](const QList<QUrl>& files, std::optional<int> field) { takeDropped(files, field); },
+            [this] { close(); },
+            timeline};
 }
 
 LineUp::Calls frmMain::lineUpCalls() {

@@ -132,6 +132,8 @@ private:
     // Lights the fields that take what is dragged, dropped on the field `pointedAt`.
     void showTakers(std::optional<int> pointedAt);
     void light(const FieldSet& fields);
+    // What was dropped here or on another window.
+    void takeDropped(const QList<QUrl>& files, std::optional<int> field);
 
     Mixer& mixer_;
     Environment environment_;

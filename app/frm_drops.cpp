@@ -18,9 +18,9 @@ namespace {
 constexpr std::chrono::milliseconds kDiskPatience{30};
 
 // What is dragged, by its names in the file system, or else by its addresses.
-std::vector<std::string> pathsOf(const QMimeData& data) {
+std::vector<std::string> pathsOf(const QList<QUrl>& files) {
     std::vector<std::string> paths;
-    for (const QUrl& url : data.urls())
+    for (const QUrl& url : files)
         paths.push_back((url.isLocalFile() ? url.toLocalFile() : url.toDisplayString()).toStdString());
     return paths;
 }
@@ -46,8 +46,8 @@ void frmMain::dragEnterEvent(QDragEnterEvent* event) {
     if (mixer_.isRunning() || files_.choosing || !event->mimeData()->hasUrls()) return;
     if (!(event->possibleActions() & Qt::CopyAction)) return;
     takers_ = {};
-    takersSearch_ =
-        beside([paths = pathsOf(*event->mimeData()), chosen = mixer_.fields()] { return takersOf(paths, chosen); });
+    takersSearch_ = beside(
+        [paths = pathsOf(event->mimeData()->urls()), chosen = mixer_.fields()] { return takersOf(paths, chosen); });
     isReady(takersSearch_, kDiskPatience);
     dragMoveEvent(event);
 }
@@ -67,13 +67,13 @@ void frmMain::dropEvent(QDropEvent* event) {
     event->setDropAction(Qt::CopyAction);
     event->accept();
     light({});
-    // Once the drop is over: opening a song takes a moment, and a box may come.
+    takeDropped(event->mimeData()->urls(), fieldAt(event->position().toPoint()));
+}
+
+// Once the drop is over: opening a song takes a moment, and a box may come.
+void frmMain::takeDropped(const QList<QUrl>& files, std::optional<int> field) {
     QMetaObject::invokeMethod(
-        this,
-        [this, paths = pathsOf(*event->mimeData()), field = fieldAt(event->position().toPoint())] {
-            takeFiles(paths, field);
-        },
-        Qt::QueuedConnection);
+        this, [this, paths = pathsOf(files), field] { takeFiles(paths, field); }, Qt::QueuedConnection);
 }
 
 std::optional<int> frmMain::fieldAt(const QPoint& place) const {

@@ -18,6 +18,11 @@ std::string nameOf(const QObject* window) {
     return window->objectName().toStdString();
 }
 
+std::optional<int> fieldOf(frmTimeline::FileLane lane) {
+    if (lane == frmTimeline::FileLane::none) return std::nullopt;
+    return lane == frmTimeline::FileLane::song ? kBackgroundField : kVocalField;
+}
+
 constexpr const char* kTimelineSize = "frmTimeline size";  // in units
 
 }  // namespace
@@ -91,6 +96,9 @@ void SecondaryWindows::showTimeline() {
         timeline_ = new frmTimeline(mixer_.rehearsal(), mixer_.state(), mixer_.midi().state(), waveforms_,
                                     environment_.language, environment_.dialogs, mainCalls_.timeline, main_);
         connect(timeline_, &frmTimeline::changed, this, mainCalls_.rehearsed);
+        connect(timeline_, &frmTimeline::filesDropped, this, [this](const auto& files, frmTimeline::FileLane lane) {
+            mainCalls_.takeDropped(files, fieldOf(lane));
+        });
         connect(&lineUp_, &LineUp::looking, timeline_, &frmTimeline::showLiningUp);
         connect(&lineUp_, &LineUp::linedUp, timeline_, &frmTimeline::showLinedUp);
         connect(&lineUp_, &LineUp::noTrace, timeline_, &frmTimeline::showNoTrace);
@@ -115,6 +123,8 @@ void SecondaryWindows::follow() {
 void SecondaryWindows::showPlayer(const std::string& file) {
     delete player_;
     player_ = new frmPlayer(environment_.library, environment_.language, environment_.dialogs, file, main_);
+    // Once the player, which the others wait for, is closed.
+    connect(player_, &frmPlayer::quitWanted, main_, mainCalls_.close, Qt::QueuedConnection);
     player_->moveBesideOwner(Qt::BottomEdge);
     player_->bringUp();
 }

@@ -4,11 +4,13 @@
 #include <QObject>
 #include <QPointer>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "app/frm_device_search.h"
 #include "app/frm_line_up.h"
 #include "app/mixer.h"
+#include "app/source_files.h"
 #include "effects/frmEff.h"
 #include "midi/frmChann.h"
 #include "player/frmPlayer.h"
@@ -28,6 +30,8 @@ struct MainCalls {
     std::function<void()> usePort;
     // What a rehearsal plays has changed.
     std::function<void()> rehearsed;
+    std::function<void(const QList<QUrl>& files, std::optional<int> field)> takeDropped;
+    std::function<void()> close;
     TimelineCalls timeline;
 };
 

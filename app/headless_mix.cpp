@@ -23,6 +23,13 @@ void HeadlessMix::rest() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
+std::optional<double> HeadlessMix::decoded() {
+    if (!mixer_.mixingRun().opening()) return std::nullopt;
+    for (const std::string& file : {mixer_.run().backgroundPath, mixer_.run().vocalPath})
+        if (const Decoding decoding = library_.decoding(file); decoding.running) return decoding.progress;
+    return std::nullopt;
+}
+
 void HeadlessMix::giveUp() {
     unwanted_ == Unwanted::keepPart ? mixer_.mixingRun().stopRec() : mixer_.mixingRun().cancel();
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/mixer.h"
 #include "app/silent_desktop.h"
@@ -39,6 +40,9 @@ public:
 
     // Called now and then while something is waited for.
     std::function<void()> waiting = [] {};
+
+    // How far song or voice is decoded while they are being opened, 0..1.
+    std::optional<double> decoded();
 
     // Takes the files and settings of the mix.
     Mixer& mixer() { return mixer_; }

@@ -32,14 +32,16 @@ StatusLine MainStatus::unreadable(OwnText text, const std::string& file) const {
 }
 
 std::optional<std::string> MainStatus::decoding() const {
-    constexpr int kPercent = 100;
     for (const std::string& file : {mixer_.fields().background, mixer_.fields().vocal}) {
         const Decoding decoding = environment_.library.decoding(file);
-        if (decoding.running && decoding.progress > 0)
-            return environment_.language.ownText(OwnText::openingShare,
-                                                 std::to_string(static_cast<int>(decoding.progress * kPercent)));
+        if (decoding.running && decoding.progress > 0) return openingShare(decoding.progress);
     }
     return std::nullopt;
+}
+
+std::string MainStatus::openingShare(double share) const {
+    constexpr int kPercent = 100;
+    return environment_.language.ownText(OwnText::openingShare, std::to_string(static_cast<int>(share * kPercent)));
 }
 
 std::string MainStatus::opening() const {
@@ -64,7 +66,7 @@ StatusLine MainStatus::line(const Facts& facts) const {
 
 std::string MainStatus::fastProgress(const FastMix& mix) const {
     const modLang& language = environment_.language;
-    if (mix.framesTotal() == 0) return opening();
+    if (mix.framesTotal() == 0) return mix.decoded() > 0 ? openingShare(mix.decoded()) : opening();
     const std::string times = timesOf(mix.framesDone(), mix.framesTotal());
     const auto left = mix.left();
     return times + " – " + language.ownText(OwnText::mixingFast) +

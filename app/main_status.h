@@ -54,6 +54,8 @@ public:
     StatusLine line(const Facts& facts) const;
     // That files are being opened, and how far that is.
     std::string opening() const;
+    // How far another program has decoded the first of the files that it is at.
+    std::optional<std::string> decoding() const;
 
 private:
     StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
@@ -62,8 +64,7 @@ private:
     StatusLine ended(const Facts& facts) const;
     StatusLine result(const Facts& facts) const;
     StatusLine unreadable(OwnText text, const std::string& file) const;
-    // How far another program has decoded the first of the files that it is at.
-    std::optional<std::string> decoding() const;
+    std::string openingShare(double share) const;
     // What is heard and recorded of the run under way.
     std::string sound(const Facts& facts) const;
     // What is to be known of the song's port; empty when there is nothing.

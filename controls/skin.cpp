@@ -88,6 +88,7 @@ QPushButton[link="true"]:hover { color: @text; }
 QPushButton[link="true"]:focus { border-color: @focus; }
 
 QMenu { background: @raised; color: @text; border: 1px solid @edge; padding: 4px 0; }
+#mnuKar { min-width: 372px; }
 QMenu::item { background: transparent; padding: 4px 26px; }
 QMenu::item:selected { background: @song; color: @inset; }
 QMenu::item:disabled { background: transparent; color: @faint; }

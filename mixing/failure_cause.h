@@ -5,7 +5,7 @@
 
 namespace melvane {
 
-// 0 when the file can be read, or is none that is to be opened. Reads the first megabyte of it.
+// 0 when the file can be read, or is none that is to be opened. Reads 256 MB of it at most.
 int readingError(const std::string& path);
 // ENOSPC when there is next to no room left where the file is.
 int writingError(const std::string& path);

@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QShortcut>
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -89,6 +90,11 @@ frmPlayer::frmPlayer(AudioLibrary& library, const modLang& language, Dialogs& di
     open();
     GetPlayerLanguage();
     setFocus();  // a stray Space closes nothing
+    // The menu, whose key this is, belongs to a window that waits.
+    connect(new QShortcut(Qt::CTRL | Qt::Key_Q, this), &QShortcut::activated, this, [this] {
+        close();
+        Q_EMIT quitWanted();
+    });
     Timer1_.setObjectName(QStringLiteral("Timer1"));
     Timer1_.setInterval(kTickMs);
     connect(&Timer1_, &QTimer::timeout, this, &frmPlayer::Timer1_Timer);

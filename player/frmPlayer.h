@@ -31,6 +31,10 @@ public:
     // Sets all texts from the current language.
     void GetPlayerLanguage();
 
+Q_SIGNALS:
+    // The program is to end; the player has closed.
+    void quitWanted();
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;  // Space plays and pauses, Escape closes
 

@@ -1,6 +1,8 @@
 #include "rehearsal/frmTimeline.h"
 
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QShortcut>
 #include <algorithm>
 #include <cmath>
@@ -40,6 +42,12 @@ void leaveSpaceToPlay(Ed_Button* button) {
     button->setFocusPolicy(Qt::TabFocus);
 }
 
+// A file that is moved would be removed by who gave it.
+void acceptCopy(QDropEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
 }  // namespace
 
 frmTimeline::frmTimeline(Rehearsal& rehearsal, const MixState& state, const MidiState& midi, Waveforms& waveforms,
@@ -62,6 +70,7 @@ frmTimeline::frmTimeline(Rehearsal& rehearsal, const MixState& state, const Midi
     timer_.setObjectName(QStringLiteral("ticks"));
     timer_.setInterval(kTickMs);
     connect(&timer_, &QTimer::timeout, this, &frmTimeline::tick);
+    setAcceptDrops(true);
     arrange(units());
     GetTimelineLanguage();
     play_->setFocus();
@@ -75,7 +84,7 @@ void frmTimeline::addTransport() {
         const std::int64_t end = loop.end > here ? loop.end : songFrames();
         begin ? setLoop(here, end) : setLoop(loop.begin < here ? loop.begin : 0, here);
     };
-    transport_ = {addControl("stop", Symbol::stop, OwnText::playerStop, [this] { rehearsal_.stop(); }),
+    transport_ = {addControl("stop", Symbol::stop, OwnText::stopRehearsal, [this] { rehearsal_.stop(); }),
                   addControl("back", Symbol::rewind, OwnText::stepBack, [this] { rehearsal_.step(-kStepSeconds); }),
                   addControl("forth", Symbol::next, OwnText::stepForth, [this] { rehearsal_.step(kStepSeconds); }),
                   addControl("loopBegin", Symbol::loopBegin, OwnText::loopFromHere, [mark] { mark(true); }),
@@ -144,6 +153,7 @@ void frmTimeline::addKeys() {
     const auto press = [this](const QKeySequence& key, const char* button) {
         addKey(key, [this, button] { findChild<Ed_Button*>(QLatin1String(button))->click(); });
     };
+    press(Qt::Key_S, "stop");
     press(Qt::Key_J, "back");
     press(Qt::Key_L, "forth");
     press(Qt::Key_I, "loopBegin");
@@ -153,13 +163,16 @@ void frmTimeline::addKeys() {
     press(Qt::Key_Equal, "zoomIn");
     press(Qt::Key_Minus, "zoomOut");
     press(Qt::Key_0, "whole");
-    const auto move = [this](QKeyCombination key, int milliseconds) {
-        addKey(key, [this, milliseconds] { voiceLane_->moveBy(milliseconds); });
+    // Some window managers keep Alt with arrows to themselves.
+    const auto move = [this](QKeyCombination arrow, Qt::Key bracket, int milliseconds) {
+        for (const QKeySequence& key : {QKeySequence(arrow), QKeySequence(bracket)})
+            addKey(key, [this, milliseconds] { voiceLane_->moveBy(milliseconds); });
     };
-    move(Qt::ALT | Qt::Key_Left, VoiceLane::kCoarseMs);
-    move(Qt::ALT | Qt::Key_Right, -VoiceLane::kCoarseMs);
-    move(Qt::ALT | Qt::SHIFT | Qt::Key_Left, VoiceLane::kFineMs);
-    move(Qt::ALT | Qt::SHIFT | Qt::Key_Right, -VoiceLane::kFineMs);
+    move(Qt::ALT | Qt::Key_Left, Qt::Key_BracketLeft, VoiceLane::kCoarseMs);
+    move(Qt::ALT | Qt::Key_Right, Qt::Key_BracketRight, -VoiceLane::kCoarseMs);
+    move(Qt::ALT | Qt::SHIFT | Qt::Key_Left, Qt::Key_BraceLeft, VoiceLane::kFineMs);
+    move(Qt::ALT | Qt::SHIFT | Qt::Key_Right, Qt::Key_BraceRight, -VoiceLane::kFineMs);
+    addKey(Qt::Key_Home, [this] { perform([this] { seek(0); }); });
     addKey(Qt::CTRL | Qt::Key_Left, [this] { scrollBy(-songLane_->width() / 2.0); });
     addKey(Qt::CTRL | Qt::Key_Right, [this] { scrollBy(songLane_->width() / 2.0); });
 }
@@ -253,6 +266,23 @@ void frmTimeline::lineUp() {
     if (liningUp_ >= 0) return calls_.giveUpLineUp();
     showLiningUp(0);
     calls_.lineUp();
+}
+
+void frmTimeline::dragEnterEvent(QDragEnterEvent* event) {
+    if (!state_.run.isMixing && event->mimeData()->hasUrls() && event->possibleActions() & Qt::CopyAction)
+        acceptCopy(event);
+}
+
+void frmTimeline::dragMoveEvent(QDragMoveEvent* event) {
+    acceptCopy(event);
+}
+
+void frmTimeline::dropEvent(QDropEvent* event) {
+    acceptCopy(event);
+    const QWidget* lane = childAt(event->position().toPoint());
+    Q_EMIT filesDropped(event->mimeData()->urls(), lane == songLane_    ? FileLane::song
+                                                   : lane == voiceLane_ ? FileLane::voice
+                                                                        : FileLane::none);
 }
 
 void frmTimeline::keyPressEvent(QKeyEvent* event) {

@@ -4,6 +4,7 @@
 
 #include <QScrollBar>
 #include <QTimer>
+#include <QUrl>
 #include <functional>
 #include <memory>
 #include <string>
@@ -44,6 +45,8 @@ struct TimelineCalls {
     std::function<FastMixNews()> fastMix = [] { return FastMixNews(); };
     // That files are being opened, and how far that is, in the current language.
     std::function<std::string()> opening = [] { return std::string(); };
+    // How far one of them is decoded, in the current language; "" when none is being.
+    std::function<std::string()> decoding = [] { return std::string(); };
 };
 
 class frmTimeline : public ResizableWindow {
@@ -69,7 +72,11 @@ public:
     // "": it was given up.
     void showNotLinedUp(const std::string& failure);
 
+    enum class FileLane { song, voice, none };
+
 Q_SIGNALS:
+    // Where they were dropped: on the lane of song or voice, or beside both.
+    void filesDropped(const QList<QUrl>& files, FileLane lane);
     // What it plays or where the voice is, for other windows.
     void changed();
 
@@ -78,6 +85,9 @@ protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;  // Space plays and pauses
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -129,6 +139,7 @@ private:
     void lookAtWaveforms();
     void showView();
     void refreshButtons();
+    void refreshLineUp();
     void refreshFastMix(bool can);
     void refreshNote();
     Note noteNow() const;

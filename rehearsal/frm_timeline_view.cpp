@@ -141,9 +141,16 @@ void frmTimeline::refreshButtons() {
     for (Ed_Button* button : transport_) button->setEnabled(can);
     transport_.back()->setEnabled(can && rehearsal_.loop().given());
     lineUp_->setEnabled(calls_.lineUp && can && !state_.fields.background.empty() && !state_.fields.vocal.empty());
-    setButtonText(lineUp_, toQt(language_.ownText(liningUp_ < 0 ? OwnText::lineUp : OwnText::stop)),
-                  toQt(language_.ownText(OwnText::lineUpMeaning)));
+    refreshLineUp();
     refreshFastMix(can);
+}
+
+// The button begins a search, and gives up the one that goes on.
+void frmTimeline::refreshLineUp() {
+    const bool goesOn = liningUp_ >= 0;
+    setButtonLook(lineUp_, ButtonLook::plain, goesOn ? Symbol::stop : Symbol::lineUp);
+    setButtonText(lineUp_, toQt(language_.ownText(goesOn ? OwnText::stop : OwnText::lineUp)),
+                  toQt(language_.ownText(goesOn ? OwnText::giveUpLineUpMeaning : OwnText::lineUpMeaning)));
 }
 
 // The button begins a mix, and cancels it while it goes on.
@@ -163,6 +170,7 @@ frmTimeline::Note frmTimeline::noteNow() const {
     if (mixesFast_) return {calls_.fastMix().text};
     if (rehearsal_.unheard()) return {language_.ownText(OwnText::rehearsalUnheard)};
     if (rehearsal_.busy()) return {calls_.opening()};
+    if (const std::string decoding = calls_.decoding(); !decoding.empty()) return {decoding};
     if (Note last = note_(); !last.text.empty()) return last;
     if (stillOpening(song_) || stillOpening(voice_)) return {calls_.opening()};
     if (rehearsal_.playing() && state_.run.voiceOutsideSong) return {language_.ownText(OwnText::voiceOutsideSong)};

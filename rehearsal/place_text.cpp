@@ -47,7 +47,11 @@ std::string placeText(const modLang& language, std::int64_t earlier) {
 
 std::string linedUpText(const modLang& language, std::int64_t earlier, double certainty) {
     constexpr double kPercent = 100;
-    return language.ownText(earlier >= 0 ? OwnText::linedUpBefore : OwnText::linedUpAfter, secondsText(earlier)) + " " +
+    const std::string seconds = secondsText(earlier);
+    const OwnText where = seconds == kNoTime ? OwnText::linedUpWith
+                          : earlier > 0      ? OwnText::linedUpBefore
+                                             : OwnText::linedUpAfter;
+    return language.ownText(where, seconds) + " " +
            language.ownText(OwnText::howSure, std::to_string(static_cast<int>(certainty * kPercent)));
 }
 

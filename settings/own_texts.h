@@ -132,6 +132,7 @@ enum class OwnText {
     // The timeline.
     rehearsal,
     rehearse,
+    stopRehearsal,
     stepBack,
     stepForth,
     loopFromHere,
@@ -148,11 +149,13 @@ enum class OwnText {
     voiceAfterStart,  // seconds
     lineUp,
     lineUpMeaning,
+    giveUpLineUpMeaning,
     liningUp,       // percent
     linedUp,        // percent
     linedUpBefore,  // seconds
     linedUpAfter,   // seconds
-    howSure,        // percent
+    linedUpWith,
+    howSure,  // percent
     noTrace,
     mixFastMeaning,
     rehearsing,

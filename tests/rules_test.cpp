@@ -237,10 +237,12 @@ TEST(Options, AreReadFromAnywhereAndNameTheirRanges) {
     EXPECT_EQ(placed.sync->offset, 0);
     EXPECT_EQ(placed.sync->place, (VoicePlace{-562275, 0}));
     EXPECT_TRUE(parse({"--find-sync", "a", "b"}).findSync);
+    EXPECT_EQ(parse({"--find-sync", "--job", "j"}).job, "j");
     using Faults = std::vector<std::pair<std::vector<const char*>, const char*>>;
     Faults faults{{{"a", "b"}, "DESTINATION"},
                   {{"a", "b", "c", "d"}, "DESTINATION"},
                   {{"a", "b", "c", "--find-sync"}, "--find-sync"},
+                  {{"--find-sync", "--job", "j", "a"}, "--find-sync"},
                   {{"--loud"}, "--loud"},
                   {{"a", "b", "c", "--volume"}, "value"},
                   {{"--quiet=1"}, "no value"}};

@@ -2,6 +2,8 @@
 #include "rehearsal/frmTimeline.h"
 
 #include <QAccessible>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QPaintEvent>
 #include <QSignalSpy>
 #include <QUrl>
@@ -93,6 +95,8 @@ TEST_F(TimelineFixture, PlaysPausesSeeksAndLoops) {
     EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().begin), kSong * 0.5, kSong / 500.0);
     EXPECT_NEAR(static_cast<double>(mixer().rehearsal().loop().end), kSong * 0.75, kSong / 500.0);
     EXPECT_NEAR(static_cast<double>(library.cardPlace), kSong * 0.25, kSong / 500.0) << "it plays into the loop";
+    key(Qt::Key_Home);
+    EXPECT_EQ(library.cardPlace, 0);
     library.cardPlace = kSong * 7 / 8;
     key(Qt::Key_O);
     EXPECT_EQ(library.cardPlace, mixer().rehearsal().loop().begin) << "or goes back to it";
@@ -104,6 +108,9 @@ TEST_F(TimelineFixture, PlaysPausesSeeksAndLoops) {
     press("play");
     EXPECT_FALSE(mixer().rehearsal().playing());
     EXPECT_TRUE(mixer().run().isRehearsing);
+    key(Qt::Key_S);
+    EXPECT_FALSE(mixer().run().isRehearsing);
+    press("play");
     window->close();
     EXPECT_FALSE(mixer().run().isRehearsing);
 
@@ -130,6 +137,9 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     EXPECT_EQ(whole, std::llround(std::round(static_cast<double>(whole) / 44.1) * 44.1)) << "to whole steps";
     key(Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier);
     EXPECT_NEAR(static_cast<double>(whole - place().earlier), 44.1, 1);
+    key(Qt::Key_BracketLeft);
+    key(Qt::Key_BraceRight);
+    EXPECT_NEAR(static_cast<double>(place().earlier - whole), 8 * 44.1, 1) << "where Alt is taken";
     drag("voiceLane", 0.5, 0.9, Qt::ShiftModifier);
     EXPECT_NEAR(static_cast<double>(place().earlier), static_cast<double>(whole) - kSong * 0.04, kSong / 300.0);
     drag("voiceLane", 0.9, 0.1);
@@ -167,6 +177,20 @@ TEST_F(TimelineFixture, TheVoiceIsDraggedToItsPlace) {
     choose("undo");
     EXPECT_EQ(place(), (VoicePlace{66'150, 60}));
     EXPECT_TRUE(QTest::qWaitFor([&] { return opened("60.000000") == 1 && mixer().rehearsal().playing(); }));
+}
+
+TEST_F(TimelineFixture, FilesGoToTheLaneTheyAreDroppedOn) {
+    const std::string file = dir.write("either.mp3", "sound");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(file))});
+    for (const auto& [lane, field] : {std::pair("voiceLane", &PathFields::vocal), {"ruler", &PathFields::background}}) {
+        QDragEnterEvent enter(at(lane, 0.5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(window, &enter);
+        ASSERT_TRUE(enter.isAccepted() && enter.dropAction() == Qt::CopyAction);
+        QDropEvent drop(at(lane, 0.5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(window, &drop);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return mixer().fields().*field == file; })) << lane;
+    }
 }
 
 TEST_F(TimelineFixture, NewVoicesAreLinedUpByThemselves) {

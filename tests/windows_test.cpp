@@ -362,6 +362,8 @@ TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
     EXPECT_EQ(status(), "Stopped");
     EXPECT_EQ(enabled(), kMixed);
     EXPECT_TRUE(main().findChild<frmPlayer*>()->isVisible()) << "the mix can be listened to";
+    QTest::keyClick(main().findChild<frmPlayer*>(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !main().isVisible(); })) << "from the player too";
 }
 
 TEST_F(WindowFixture, MetersAndTheLimiterMoveInARunAlone) {

@@ -166,15 +166,7 @@ Reporter::Style styleOf(const MixOptions& options) {
 
 bool mayNotReplace(const MixOptions& options, const Job& job) {
     std::error_code error;
-    return !options.overwrite && std::filesystem::exists(toPath(job.files.destination), error);
-}
-
-// While song and voice are being opened.
-void tellOpening(Mixer& mixer, const AudioLibrary& library, Reporter& reporter) {
-    for (const std::string& file : {mixer.run().backgroundPath, mixer.run().vocalPath}) {
-        const Decoding decoding = library.decoding(file);
-        if (mixer.mixingRun().opening() && decoding.running) reporter.opening(decoding.progress);
-    }
+    return !options.findSync && !options.overwrite && std::filesystem::exists(toPath(job.files.destination), error);
 }
 
 // A job's sounds that have gone make way for the best that are installed.
@@ -189,7 +181,9 @@ int mixWith(const MixOptions& options, const Job& job, AudioLibrary& library, co
     HeadlessMix headless(
         library, instruments, names, destinations, language, [] { return interruptedBy == 0; },
         HeadlessMix::Unwanted::keepPart);
-    headless.waiting = [&] { tellOpening(headless.mixer(), library, reporter); };
+    headless.waiting = [&] {
+        if (const auto share = headless.decoded()) reporter.opening(*share);
+    };
     return mix(options, job, headless, language, library, reporter);
 }
 

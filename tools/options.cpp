@@ -174,10 +174,10 @@ const Option& findOption(std::string_view name) {
 
 void takePaths(MixOptions& options, const std::vector<std::string>& paths) {
     const bool job = !options.job.empty();
-    if (job && options.findSync) throw UsageError("--find-sync takes no job");
+    if (job && options.findSync && !paths.empty()) throw UsageError("--find-sync takes the files of its job");
     if (job && options.storedSettings) throw UsageError("--job and --settings exclude each other");
     if (job && paths.size() > 1) throw UsageError("beside --job at most the DESTINATION is needed");
-    if (options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
+    if (!job && options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
     if (!options.findSync && !job && paths.size() != 3)
         throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");
     if (!job) options.background = paths[0];
@@ -220,6 +220,7 @@ std::string usageText() {
         "Usage: melvane-mix [options] BACKGROUND VOCAL DESTINATION\n"
         "       melvane-mix [options] --find-sync BACKGROUND VOCAL\n"
         "       melvane-mix [options] --job FILE [DESTINATION]\n"
+        "       melvane-mix [options] --find-sync --job FILE\n"
         "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
     for (const Option& option : kOptions) {
         std::string left = "  " + std::string(option.name) + " " + std::string(option.value);
