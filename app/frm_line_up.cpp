@@ -65,16 +65,18 @@ void LineUp::begin(Wish wish) {
         return [waveform = waveforms_.read(file)](const auto& goOn) { return waveform->imprint(goOn); };
     };
     search_ = {files.background, midi, midi ? mixer_.midi().reader() : nullptr, files.vocal, mixer_.run().key};
-    search_.voiceImprint = imprintOf(files.vocal);
-    if (!midi) search_.songImprint = imprintOf(files.background);
+    VoiceSearch search = search_;
+    search.voiceImprint = imprintOf(files.vocal);
+    if (!midi) search.songImprint = imprintOf(files.background);
     work_ = std::make_shared<Work>();
-    found_ = beside([work = work_, search = search_, lowers = wish == Wish::byItself, library = &environment_.library] {
-        if (lowers) lowerPriority();
-        return findVoice(*library, search, [&](double done) {
-            work->done = done;
-            return work->wanted.load();
+    found_ = beside(
+        [work = work_, search = std::move(search), lowers = wish == Wish::byItself, library = &environment_.library] {
+            if (lowers) lowerPriority();
+            return findVoice(*library, search, [&](double done) {
+                work->done = done;
+                return work->wanted.load();
+            });
         });
-    });
     timer_.start();
 }
 

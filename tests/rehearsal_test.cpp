@@ -236,9 +236,10 @@ TEST(Waveforms, AFileIsReadOnceAndGivenUpAtOnce) {
         return waveform;
     };
     const auto goOn = [](double) { return true; };
-    const auto first = waveforms.read(file);
+    auto first = waveforms.read(file);
     EXPECT_EQ(first->imprint(goOn)->size(), 2250U);
     EXPECT_EQ(first->outline()->known(), 9000);
+    first.reset();
     EXPECT_EQ(read(file)->outline()->known(), 9000);
     EXPECT_EQ(opened, 1) << "then it is kept";
     fails = true;

@@ -265,7 +265,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     library.position = library.length / 2 + 1;
     EXPECT_TRUE(QTest::qWaitFor([&] { return title() == "50 % – Melvane"; })) << title();
     EXPECT_EQ(status(), "1:02 / 2:05 – Mixing…");
-    EXPECT_EQ(mixedPixels(), 88);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return mixedPixels() == 88; })) << mixedPixels();
     EXPECT_NEAR(shell.progress, 0.5, 0.001) << "in the taskbar";
     library.card.deviceOpen = false;
     EXPECT_TRUE(waitFor("1:02 / 2:05 – No sound device: the mix cannot be heard, but it is recorded."));
@@ -397,7 +397,7 @@ TEST_F(WindowFixture, TheOverviewFollowsTheReadingOfTheSongThatWasChosenLast) {
     browse("BR0", "/one.mp3");
     browse("BR0", "/two.m4a");
     EXPECT_TRUE(waitFor("Opening… 50 %"));
-    EXPECT_TRUE(isTall(OverviewBar::kColumns / 2)) << "the line that shows how far it was decoded";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isTall(OverviewBar::kColumns / 2); })) << "how far it was decoded";
     EXPECT_FALSE(isTall(20));
     library.decodings.clear();
     *library.readersWait = false;
