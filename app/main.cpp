@@ -3,8 +3,12 @@
 #include <QFileInfo>
 #include <csignal>
 #include <cstdio>
+#include <span>
+#include <string>
+#include <string_view>
 
 #include "app/program.h"
+#include "app/program_help.h"
 #include "controls/program_icon.h"
 #include "controls/skin.h"
 #include "desktop/desktop_dialogs.h"
@@ -23,10 +27,22 @@ namespace melvane {
 
 namespace {
 
+// What is told instead of opening a window; empty: nothing.
+std::string toldInstead(std::span<const char* const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--") break;
+        if (argument == "--help") return usageText(programHelp());
+        if (argument == "--version") return "melvane " MELVANE_VERSION "\n";
+    }
+    return "";
+}
+
 // What was named behind the program's name, as absolute paths.
-QStringList filesOf(const QStringList& arguments) {
+QStringList filesOf(QStringList arguments) {
+    arguments.removeFirst();
+    arguments.removeOne(QStringLiteral("--"));
     QStringList files;
-    for (const QString& argument : arguments.mid(1)) files << QFileInfo(argument).absoluteFilePath();
+    for (const QString& argument : arguments) files << QFileInfo(argument).absoluteFilePath();
     return files;
 }
 
@@ -70,6 +86,10 @@ int run() {
 }  // namespace melvane
 
 int main(int argc, char** argv) {
+    if (const std::string told = melvane::toldInstead({argv, static_cast<std::size_t>(argc)}); !told.empty()) {
+        std::fputs(told.c_str(), stdout);
+        return 0;
+    }
 #ifdef SIGCHLD
     // The encoder's exit status is wanted, whatever the parent had set.
     std::signal(SIGCHLD, SIG_DFL);

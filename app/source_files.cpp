@@ -79,9 +79,8 @@ void SourceFiles::browseBackground() {
 }
 
 std::string SourceFiles::soundFilter(bool song) const {
-    std::string filter = language_.ownText(OwnText::anySound) + "|*.mp3;*.ogg;*.wav;";
-    if (song) filter += "*.mid;*.midi;*.kar;";
-    for (const std::string_view extension : kOtherSound) filter += "*." + std::string(extension) + ";";
+    std::string filter = language_.ownText(OwnText::anySound) + "|";
+    for (const std::string_view ending : soundEndings(song)) filter += "*." + std::string(ending) + ";";
     return filter;
 }
 
@@ -249,6 +248,15 @@ bool SourceFiles::mayReplaceDestination() {
     agreedPath_ = path;
     agreedStanding_ = standing;
     return true;
+}
+
+std::vector<std::string_view> soundEndings(bool song) {
+    std::vector<std::string_view> endings;
+    for (const char* ending : {"mp3", "ogg", "wav"}) endings.emplace_back(ending);
+    for (const char* ending : {"mid", "midi", "kar"})
+        if (song) endings.emplace_back(ending);
+    for (const std::string_view ending : kOtherSound) endings.push_back(ending);
+    return endings;
 }
 
 std::optional<int> fieldFor(const std::string& path, std::optional<int> pointedAt, const PathFields& chosen) {

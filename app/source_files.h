@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -109,6 +110,9 @@ private:
     std::string agreedPath_;   // a destination
     Standing agreedStanding_;  // and what the user knows to stand there
 };
+
+// What the names of files with sound in them end with; MIDI songs are among those for a song.
+std::vector<std::string_view> soundEndings(bool song);
 
 // The field that takes what has this name, as the disk tells; `pointedAt` is the one that it was dropped on. A MIDI
 // file is a song and a folder is where the mix goes, as is an MP3 that was dropped on that field. Other sound goes to

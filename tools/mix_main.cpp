@@ -220,7 +220,7 @@ int main(int argc, char** argv) {
     try {
         const MixOptions options = parseOptions(std::span<const char* const>(argv + 1, argv + std::max(argc, 1)));
         if (options.help || options.version) {
-            std::fputs(options.help ? usageText().c_str() : "melvane-mix " MELVANE_VERSION "\n", stdout);
+            std::fputs(options.help ? usageText(toolHelp()).c_str() : "melvane-mix " MELVANE_VERSION "\n", stdout);
             return std::fflush(stdout) == 0 ? kDone : kCouldNot;
         }
         const int result = run(options);

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/source_files.h"
 #include "audio/modAudio.h"
 #include "effects/presets.h"
 #include "state/numbers.h"
@@ -22,6 +23,8 @@ struct Option {
     std::string_view value;  // what the value is called; empty: the option takes none
     std::string_view help;
     void (*take)(MixOptions&, const std::string& value);
+    std::string (*words)() = nullptr;  // this and the next: see OptionHelp
+    std::string_view endings{};
 };
 
 template <typename T>
@@ -86,15 +89,19 @@ void takeEffects(MixOptions& o, const std::string& text) {
     });
 }
 
-void takePreset(MixOptions& o, const std::string& text) {
+std::string presetNames(const char* between) {
     std::string names;
+    for (const Preset& preset : kPresets) names += (names.empty() ? "" : between) + std::string(preset.name);
+    return names;
+}
+
+void takePreset(MixOptions& o, const std::string& text) {
     for (std::size_t i = 0; i < kPresets.size(); ++i) {
-        names += (i ? ", " : "") + std::string(kPresets[i].name);
         if (lowerCase(text) != lowerCase(std::string(kPresets[i].name)) && text != std::to_string(i)) continue;
         o.changes.push_back([i](Settings& s) { s.currentPreset = static_cast<std::int16_t>(i); });
         return;
     }
-    throw UsageError("--preset takes a number from 0 to 13 or a name: " + names);
+    throw UsageError("--preset takes a number from 0 to 13 or a name: " + presetNames(", "));
 }
 
 void takeSync(MixOptions& o, const std::string& text) {
@@ -136,12 +143,14 @@ void takeChannel(MixOptions& o, const std::string& text) {
 
 constexpr Option kOptions[] = {
     {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
-    {"--sync", "SECONDS", "vocal earlier (below 0: later); auto: as its recording tells", takeSync},
+    {"--sync", "SECONDS", "vocal earlier (below 0: later); auto: as its recording tells", takeSync,
+     [] { return std::string("auto"); }},
     {"--key", "SEMITONES", "key of the background, -5 to 5, fractions too", takeKey},
     {"--tone", "B,T,B,T", "bass and treble of background and vocal: 0 boost, 50 flat, 100 cut", takeTone},
     {"--balance", "B,V", "balance of background and vocal, -100 left to 100 right", takeBalance},
     {"--effects", "E,L;...", "reverb, echo, chorus, flanger: on (1) or off (0), level 0 to 100", takeEffects},
-    {"--preset", "NAME", "equaliser preset of the vocal, by name or number (0 to 13)", takePreset},
+    {"--preset", "NAME", "equaliser preset of the vocal, by name or number (0 to 13)", takePreset,
+     [] { return presetNames("\n"); }},
     {"--mute", "CH,CH...", "MIDI background: channels to silence, 1 to 16", takeMute},
     {"--program", "CH=N", "MIDI background: instrument of a channel, 0 to 127",
      takeChannel<&MidiBackground::setChannelInstrument>},
@@ -150,11 +159,11 @@ constexpr Option kOptions[] = {
     {"--channel-balance", "CH=N", "MIDI background: balance of a channel, 0 left, 64 centre, 127 right",
      takeChannel<&MidiBackground::setChannelBalance>},
     {"--soundfont", "FILE", "MIDI background: play with the sounds of this file",
-     [](MixOptions& o, const std::string& text) { o.soundFont = text; }},
+     [](MixOptions& o, const std::string& text) { o.soundFont = text; }, nullptr, "sf2|sf3"},
     {"--find-sync", "", "mix nothing: tell where the vocal belongs, and its drift",
      [](MixOptions& o, const std::string&) { o.findSync = true; }},
     {"--job", "FILE", "start from a job that the window program saved; the options beside it win",
-     [](MixOptions& o, const std::string& text) { o.job = text; }},
+     [](MixOptions& o, const std::string& text) { o.job = text; }, nullptr, "melvane"},
     {"--settings", "", "start from what the window program saved",
      [](MixOptions& o, const std::string&) { o.storedSettings = true; }},
     {"--overwrite", "", "replace an existing DESTINATION",
@@ -215,22 +224,37 @@ MixOptions parseOptions(std::span<const char* const> arguments) {
     return options;
 }
 
-std::string usageText() {
-    std::string text =
-        "Usage: melvane-mix [options] BACKGROUND VOCAL DESTINATION\n"
-        "       melvane-mix [options] --find-sync BACKGROUND VOCAL\n"
-        "       melvane-mix [options] --job FILE [DESTINATION]\n"
-        "       melvane-mix [options] --find-sync --job FILE\n"
-        "Mixes a karaoke background and a vocal recording into one MP3 file.\n\n";
-    for (const Option& option : kOptions) {
-        std::string left = "  " + std::string(option.name) + " " + std::string(option.value);
-        left.resize(26, ' ');
-        text += left + std::string(option.help) + "\n";
-    }
-    text +=
-        "\nNames that begin with a dash go behind --.\n"
-        "Exit status: 0 done, 1 could not, 2 wrong usage, 130 or 143 interrupted (what was mixed is kept).\n";
-    return text;
+CommandHelp toolHelp() {
+    CommandHelp help{
+        .program = "melvane-mix",
+        .purpose = "Mixes a karaoke background and a vocal recording into one MP3 file",
+        .usages = {"[options] BACKGROUND VOCAL DESTINATION", "[options] --find-sync BACKGROUND VOCAL",
+                   "[options] --job FILE [DESTINATION]", "[options] --find-sync --job FILE"},
+        .description =
+            {"BACKGROUND and VOCAL may be MP3, OGG, WAV, M4A, MP4, Opus, WebM, FLAC, WMA and more, told by content. A "
+             "BACKGROUND may also be a MIDI song (.mid, .midi, .kar), which a built-in synthesiser plays with the best "
+             "General MIDI sounds that are installed.",
+             "No display and no sound card are needed; the mix is made as fast as the processor allows. A shorter "
+             "VOCAL starts again until the song ends, unless it was given a place of its own."},
+        .options = {},
+        .note = "Names that begin with a dash go behind --.",
+        .exits = {{"0", "done"},
+                  {"1", "could not"},
+                  {"2", "wrong usage"},
+                  {"130 or 143", "interrupted (what was mixed is kept)"}},
+        .files = {{"~/.config/Tessaro", "what the window program saved, for --settings"},
+                  {"~/.local/state/Tessaro/unfinished mixes",
+                   "the mixes that run; one that was cut off is brought back"}},
+        .examples = {{"melvane-mix song.mp3 voice.wav mix.mp3", "mixes both as they are"},
+                     {"melvane-mix --mute 4 --key -2 song.kar voice.wav mix.mp3",
+                      "leaves the melody to the singer, two semitones lower"},
+                     {"melvane-mix --job evening.melvane --volume 70,100", "mixes a job, its song softer"}},
+        .endings = joinedEndings(soundEndings(true)),
+    };
+    for (const Option& option : kOptions)
+        help.options.push_back(
+            {option.name, option.value, option.help, option.words ? option.words() : "", option.endings});
+    return help;
 }
 
 }  // namespace melvane

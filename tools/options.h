@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/command_help.h"
 #include "midi/midi_background.h"
 #include "state/settings.h"
 #include "state/voice_place.h"
@@ -48,7 +49,7 @@ struct UsageError : std::runtime_error {
 // `arguments` without the program's name. Options may stand anywhere before "--". Throws UsageError.
 MixOptions parseOptions(std::span<const char* const> arguments);
 
-// The text behind --help.
-std::string usageText();
+// What the program tells of its command line.
+CommandHelp toolHelp();
 
 }  // namespace melvane
