@@ -74,7 +74,7 @@ fetch_lists() {
 # exclude those of another, and apt then takes away in silence what the build needs.
 removed_by() {
     apt-get --simulate --no-install-recommends install "$@" 2>/dev/null | sed -n 's/^Remv \([^ :]*\).*/\1/p' | sort -u |
-        comm -12 - <(packages_of packages-run.txt packages-test.txt packages-fuzz.txt)
+        comm -12 - <(cd -- "$root/packaging" && packages_of packages-*.txt)
 }
 
 install_missing() {
@@ -158,4 +158,19 @@ build_everything() {
         configure "$1" "${options[@]}"
     fi
     compile "$1" all
+}
+
+# The package in the top folder, in place of earlier ones; prints its name. What lintian has against it fails.
+make_package() {
+    local package
+    cd -- "$root" || return
+    is_configured package || configure package
+    compile package all
+    rm -f -- build/package/melvane_*.deb
+    logged cpack cpack --config build/package/CPackConfig.cmake -B build/package || fail "the package couldn't be made."
+    package=$(basename -- build/package/melvane_*.deb)
+    lintian --allow-root --fail-on error,warning -- "build/package/$package" >&2 || fail "lintian refuses build/package/$package."
+    rm -f -- melvane_*.deb
+    mv -- "build/package/$package" .
+    printf '%s\n' "$package"
 }

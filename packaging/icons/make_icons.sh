@@ -1,7 +1,9 @@
 #!/bin/sh
-# Renders the program's icon at its usual sizes. Needs rsvg-convert (package librsvg2-bin).
+# Renders the icons of the program and of its jobs at their usual sizes. Needs rsvg-convert (package librsvg2-bin).
 set -eu
 cd "$(dirname "$0")"
-for side in 16 24 32 48 64 128 256; do
+mkdir -p job
+for side in 16 22 24 32 48 64 96 128 256 512; do
     rsvg-convert --width "$side" --height "$side" --output "$side.png" melvane.svg
+    rsvg-convert --width "$side" --height "$side" --output "job/$side.png" job.svg
 done
