@@ -12,7 +12,7 @@ add_custom_command(OUTPUT ${pages}/melvane ${pages}/melvane-mix ${pages}/melvane
 add_custom_command(OUTPUT ${pages}/changelog.Debian.gz
     COMMAND gzip -9nc ${CMAKE_CURRENT_SOURCE_DIR}/debian/changelog > ${pages}/changelog.Debian.gz
     DEPENDS debian/changelog VERBATIM)
-add_custom_target(pages ALL DEPENDS ${pages}/melvane ${pages}/changelog.Debian.gz)
+add_custom_target(manual_pages ALL DEPENDS ${pages}/melvane ${pages}/changelog.Debian.gz)
 
 install(FILES ${pages}/melvane.1.gz ${pages}/melvane-mix.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${pages}/melvane ${pages}/melvane-mix DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

@@ -164,6 +164,7 @@ build_everything() {
 make_package() {
     local package
     cd -- "$root" || return
+    umask 022 # which is what the folders in the package get
     is_configured package || configure package
     compile package all
     rm -f -- build/package/melvane_*.deb
