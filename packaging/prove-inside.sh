@@ -86,9 +86,9 @@ for file in /usr/lib/*/melvane/*; do
 done
 expect "melvane-mix 0." as_user melvane-mix --version
 expect "" as_user melvane-mix --quiet --overwrite evening-ferry.mp3 evening-ferry-voice.wav mix.mp3
-expect "codec_name=mp3" ffprobe -loglevel error -show_entries stream=codec_name,duration mix.mp3
+expect mp3,30. ffprobe -loglevel error -of csv=p=0 -show_entries stream=codec_name,duration mix.mp3
 expect "" as_user melvane-mix --quiet --overwrite --mute 4 evening-ferry.kar evening-ferry-voice.wav midi.mp3
-expect "codec_name=mp3" ffprobe -loglevel error -show_entries stream=codec_name,duration midi.mp3
+expect mp3,30. ffprobe -loglevel error -of csv=p=0 -show_entries stream=codec_name,duration midi.mp3
 
 step "Taken away with what came along"
 take_away --auto-remove
