@@ -81,6 +81,7 @@ void frmMain::addMenu() {
     connect(menu_, &frmMenu::browse, this, [this](int index) { perform([&] { BR_Click(index); }); });
     on(&frmMenu::preferences, [this] { windows_->showPreferences(); });
     on(&frmMenu::help, [this] { openHelp(); });
+    on(&frmMenu::about, [this] { windows_->showAbout(); });
     on(&frmMenu::closeWanted, [this] { close(); });
     on(&frmMenu::mix, [this] { mi_button_Click(); });
     on(&frmMenu::stop, [this] { b_STOP_Click(); });

@@ -91,6 +91,11 @@ void SecondaryWindows::showPreferences() {
     preferences_->bringUp();
 }
 
+void SecondaryWindows::showAbout() {
+    showPreferences();
+    preferences_->showAbout();
+}
+
 void SecondaryWindows::showTimeline() {
     if (!timeline_) {
         timeline_ = new frmTimeline(mixer_.rehearsal(), mixer_.state(), mixer_.midi().state(), waveforms_,

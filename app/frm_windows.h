@@ -43,6 +43,7 @@ public:
     void showEffects();
     void showChannels();
     void showPreferences();
+    void showAbout();
     void showTimeline();
     // Plays a file; the other windows wait until the player is closed.
     void showPlayer(const std::string& file);

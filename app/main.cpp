@@ -70,7 +70,7 @@ int run() {
     LocalDocuments documents;
     LocalDestinations destinations(LocalDestinations::usualJournal());
     DesktopDialogs dialogs;
-    DesktopShell shell(names.programDirectory());
+    DesktopShell shell;
     LibraryFile libraryFile;
     Program program({libraryFile, maker({}), registry, names, destinations, documents, dialogs, shell,
                      maker({.devicePorts = false}), otherNames},

@@ -15,7 +15,7 @@ namespace {
 modLang storedLanguage(const SettingsStore& store, const FileNames& names) {
     const std::string code = store.ReadSetting(kProductKey, "language");
     modLang language;
-    language.InitLanguage(names.systemDirectory(), code.empty() ? "en" : code);
+    language.InitLanguage(names, code.empty() ? "en" : code);
     return language;
 }
 

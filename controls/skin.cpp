@@ -65,7 +65,7 @@ QPushButton:pressed { background: @inset; border-color: @inset; }
 QPushButton:disabled { background: @body; border-color: @raised; color: @faint; }
 QPushButton:focus { border-color: @focus; }
 QPushButton[tab="true"] { background: transparent; border: none; border-bottom: 2px solid @edge; border-radius: 0;
-    color: @muted; }
+    padding: 3px 6px; color: @muted; }
 QPushButton[tab="true"]:hover { color: @text; }
 QPushButton[tab="true"]:checked { border-bottom-color: @song; color: @text; }
 QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
@@ -81,11 +81,14 @@ QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
 
 #frmChann #hint { font-size: 10px; color: @muted; }
 QLabel[hint="true"], #frmPlayer #time { font-size: 11px; color: @muted; }
-#FM, #languagePage { background: @raised; border-radius: 4px; }
+#FM, #languagePage, #rehearsalPage { background: @raised; border-radius: 4px; }
 QPushButton[link="true"] { background: transparent; border-color: transparent; padding: 0 3px; color: @focus;
     text-align: left; text-decoration: underline; }
 QPushButton[link="true"]:hover { color: @text; }
 QPushButton[link="true"]:focus { border-color: @focus; }
+
+#about { background: @raised; color: @text; border: 1px solid @raised; border-radius: 4px; padding: 4px 2px 4px 10px; }
+#about:focus { border-color: @focus; }
 
 QMenu { background: @raised; color: @text; border: 1px solid @edge; padding: 4px 0; }
 #mnuKar { min-width: 372px; }

@@ -6,6 +6,7 @@
 
 #include "base/cache_folder.h"
 #include "base/paths.h"
+#include "desktop/page_address.h"
 #include "desktop/private_folder.h"
 
 namespace melvane {
@@ -18,6 +19,10 @@ std::string LocalFileNames::programDirectory() const {
     if (QCoreApplication::instance() != nullptr) return QCoreApplication::applicationDirPath().toStdString();
     std::error_code error;
     return toText(std::filesystem::read_symlink("/proc/self/exe", error).parent_path());
+}
+
+std::string LocalFileNames::pageAddress(const std::string& page) const {
+    return melvane::pageAddress(programDirectory(), page);
 }
 
 std::string LocalFileNames::temporaryMidiFile() const {

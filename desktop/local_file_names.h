@@ -15,6 +15,7 @@ public:
     std::string systemDirectory() const override;
     // Also without an application object; empty when the system does not tell.
     std::string programDirectory() const override;
+    std::string pageAddress(const std::string& page) const override;
     // Its folder is made by the first call, and removed when these names and the copies of them have gone.
     std::string temporaryMidiFile() const override;
     std::string cacheDirectory() const override;

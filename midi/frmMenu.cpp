@@ -68,6 +68,8 @@ void frmMenu::addKaraoke() {
     mnuKar_->addSeparator()->setObjectName(QStringLiteral("mnuKar8"));
     connect(add(mnuKar_, QStringLiteral("mnuKar9"), entry(LangEntry::menuClose), Qt::CTRL | Qt::Key_Q),
             &QAction::triggered, this, &frmMenu::closeWanted);
+    connect(add(mnuKar_, QStringLiteral("about"), own(OwnText::aboutProgram)), &QAction::triggered, this,
+            &frmMenu::about);
 }
 
 void frmMenu::addRun() {

@@ -55,6 +55,7 @@ Q_SIGNALS:
     void preferences();
     void help();
     void closeWanted();
+    void about();
     void restoreMidi();
     void showChannels();
 

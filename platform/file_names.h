@@ -13,6 +13,9 @@ public:
     virtual std::string systemDirectory() const = 0;
     // Where the running program's file lies.
     virtual std::string programDirectory() const = 0;
+    // The address (file://) of a page of the program's documents, such as "help.en.html". Whether the page is there
+    // shows when it is opened.
+    virtual std::string pageAddress(const std::string& page) const = 0;
     // Where a song that was cut out of a karaoke file is put: "tmp.mid" in a folder that this process alone can use and
     // that goes with it. The same for the life of the program. Empty when there is no place for it.
     virtual std::string temporaryMidiFile() const = 0;

@@ -10,8 +10,8 @@ class Shell {
 public:
     virtual ~Shell() = default;
 
-    // `address` is a web address or a document of the program, such as "docs/help.en.md". Returns at once, without
-    // waiting for what it started. False when there is no such document, or nothing that could open it.
+    // `address` is a web address or that of a file (file://). Returns at once, without waiting for what it started.
+    // False when it is no address, when there is no such file, or nothing that could open it.
     virtual bool open(const std::string& address) = 0;
     // Shows how much of a mix is done (0 to 1) where the system shows the program, such as a taskbar; -1: no mix. The
     // same as before costs nothing.

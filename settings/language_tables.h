@@ -1,4 +1,5 @@
-// The numbered texts of the program in both languages, UTF-8. Numbers that have no row are empty texts.
+// The numbered texts of the program in both languages, UTF-8. Numbers that have no row are empty texts. The rows of the
+// home page and the help page name pages, for the platform to tell their addresses.
 #pragma once
 
 #include <span>

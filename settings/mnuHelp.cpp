@@ -15,7 +15,8 @@ namespace melvane {
 
 namespace {
 
-constexpr QRect kTab(kLeft, 32, 144, 24);  // the first
+constexpr QRect kTabs(kLeft, 32, kRight - kLeft, 24);
+constexpr int kTabWidths[] = {124, 136, 80, 96};
 constexpr QRect kPage(kLeft, 56, kRight - kLeft, 112);
 constexpr QRect kNotice(kLeft, 168, 316, 40);  // three lines
 constexpr QRect kOK(kRight - 110, 174, 110, 26);
@@ -82,6 +83,7 @@ mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dial
     addNotice();
     addLanguagePage();
     addRehearsalPage();
+    addAboutPage();
     bOK_ = addButton(this, "bOK", kOK, ButtonLook::plain, Symbol::close, [this] { close(); });
     TABA_[0]->click();
     TABA_[0]->setFocus();
@@ -90,12 +92,15 @@ mnuHelp::mnuHelp(Settings& settings, const modLang& language, Shell& shell, Dial
 }
 
 void mnuHelp::addTabs() {
+    QRect place = kTabs;
     for (std::size_t i = 0; i < TABA_.size(); ++i) {
         const int page = static_cast<int>(i);
         TABA_[i] = new QPushButton(this);
         TABA_[i]->setObjectName(QStringLiteral("TABA%1").arg(page));
         TABA_[i]->setProperty("tab", true);
-        layOut(TABA_[i], kTab.translated(page * kTab.width(), 0));
+        place.setWidth(kTabWidths[i]);
+        layOut(TABA_[i], place);
+        place.translate(place.width(), 0);
         TABA_[i]->setCheckable(true);
         TABA_[i]->setAutoExclusive(true);
         connect(TABA_[i], &QPushButton::clicked, this, [this, page] { TABA_Click(page); });
@@ -163,6 +168,12 @@ void mnuHelp::addRehearsalPage() {
     LB_[kLinesUpLabel]->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
+void mnuHelp::addAboutPage() {
+    about_ = new AboutText(this, kPage);
+    connect(about_, &QTextBrowser::anchorClicked, this,
+            [this](const QUrl& address) { openPage(address.toString(QUrl::FullyEncoded).toStdString()); });
+}
+
 void mnuHelp::addLanguagePage() {
     languagePage_ = addPage(this, "languagePage");
     addLanguages();
@@ -218,11 +229,9 @@ void mnuHelp::addLabel(std::size_t number, QWidget* page, const QRect& place) {
     layOut(LB_[number], place);
 }
 
-QPushButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry address) {
-    auto* link = new QPushButton(languagePage_);
+LinkButton* mnuHelp::addLink(const char* name, const QRect& place, LangEntry address) {
+    auto* link = new LinkButton(languagePage_);
     link->setObjectName(QLatin1String(name));
-    link->setProperty("link", true);
-    link->setCursor(Qt::PointingHandCursor);
     layOut(link, place);
     connect(link, &QPushButton::clicked, this, [this, address] { openPage(language_.lang(address)); });
     return link;
@@ -233,6 +242,12 @@ void mnuHelp::TABA_Click(int page) {
     deviceNotice_->setVisible(page == 0);
     languagePage_->setVisible(page == 1);
     rehearsalPage_->setVisible(page == 2);
+    about_->setVisible(page == 3);
+}
+
+void mnuHelp::showAbout() {
+    TABA_[3]->click();
+    about_->setFocus();
 }
 
 void mnuHelp::lookForDevices() {
@@ -273,6 +288,7 @@ void mnuHelp::GetPreferencesLanguage() {
     setTexts(TABA_[0], language_.lang(LangEntry::audioSettings));
     setTexts(TABA_[1], language_.ownText(OwnText::languageAndHelp));
     setTexts(TABA_[2], language_.ownText(OwnText::rehearsal));
+    setTexts(TABA_[3], language_.ownText(OwnText::about));
     const std::string labels[] = {language_.lang(LangEntry::midiDevice),     language_.lang(LangEntry::mixDevice),
                                   language_.lang(LangEntry::mixDeviceHint),  language_.lang(LangEntry::language),
                                   language_.ownText(OwnText::zoom),          language_.ownText(OwnText::homePage),
@@ -295,7 +311,9 @@ void mnuHelp::GetPreferencesLanguage() {
     }
     setTexts(online_, language_.lang(LangEntry::online));
     setTexts(adres_, language_.lang(LangEntry::homePage));
-    adres_->setToolTip(LB_[kHomeLabel]->text());
+    adres_->setAccessibleDescription(LB_[kHomeLabel]->text());
+    about_->useLanguage(language_.languageCode());
+    about_->setAccessibleName(toQt(language_.ownText(OwnText::aboutProgram)));
     setButtonText(bOK_, toQt(language_.lang(LangEntry::close)), toQt(language_.lang(LangEntry::close)));
 }
 

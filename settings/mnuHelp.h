@@ -1,4 +1,5 @@
-// The preferences window: devices, language and help, rehearsal. What is chosen here counts at once.
+// The preferences window: devices, language and help, rehearsal, and what the program is. What is chosen here counts at
+// once.
 #pragma once
 
 #include <QButtonGroup>
@@ -12,8 +13,10 @@
 
 #include "controls/Ed_Button.h"
 #include "controls/frameless_window.h"
+#include "controls/link_button.h"
 #include "platform/dialogs.h"
 #include "platform/shell.h"
+#include "settings/mnuHelp_about.h"
 #include "settings/mnuHelp_device_list.h"
 #include "settings/modLang.h"
 #include "state/settings.h"
@@ -33,6 +36,8 @@ public:
     void GetPreferencesLanguage();
     // Shows the devices as they are listed now, once no list is open.
     void refreshDevices();
+    // Goes to the page that tells what the program is.
+    void showAbout();
 
 Q_SIGNALS:
     // The devices are to be listed anew: the user looks at them.
@@ -50,6 +55,7 @@ private:
     void addTabs();
     void addAudioPage(DeviceNames midiPorts, DeviceNames recordingInputs);
     void addRehearsalPage();
+    void addAboutPage();
     void addLanguagePage();
     void addLanguages();
     void addZoom();
@@ -57,7 +63,7 @@ private:
     DeviceList* addDeviceList(const char* name, int label, DeviceNames deviceNames);
     void addLabel(std::size_t number, QWidget* page, const QRect& place);
     void showZoom();
-    QPushButton* addLink(const char* name, const QRect& place, LangEntry address);
+    LinkButton* addLink(const char* name, const QRect& place, LangEntry address);
     void TABA_Click(int page);
     void lookForDevices();
     void showDeviceNotice();
@@ -68,10 +74,11 @@ private:
     Shell& shell_;
     Dialogs& dialogs_;
 
-    std::array<QPushButton*, 3> TABA_{};
+    std::array<QPushButton*, 4> TABA_{};
     QFrame* FM_;
     QFrame* rehearsalPage_;
     QFrame* languagePage_;
+    AboutText* about_;
     std::array<QLabel*, 7> LB_{};
     DeviceList* MidiDev_;
     DeviceList* MixDev_;
@@ -82,8 +89,8 @@ private:
     QCheckBox* linesUp_;
     QButtonGroup* languages_;
     QComboBox* zoom_;
-    QPushButton* online_;
-    QPushButton* adres_;
+    LinkButton* online_;
+    LinkButton* adres_;
     Ed_Button* bOK_;
 };
 

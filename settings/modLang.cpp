@@ -6,11 +6,17 @@
 
 namespace melvane {
 
-void modLang::InitLanguage(const std::string& systemFolder, const std::string& languageCode) {
-    systemFolder_ = systemFolder;
+void modLang::InitLanguage(const FileNames& names, const std::string& languageCode) {
+    systemFolder_ = names.systemDirectory();
     for (const LanguageRow& row : languageRows()) {
         langPL_.at(static_cast<std::size_t>(row.number)) = row.polish;
         langEN_.at(static_cast<std::size_t>(row.number)) = row.english;
+    }
+    for (const LangEntry page : {LangEntry::homePage, LangEntry::helpPage}) {
+        for (Table* table : {&langPL_, &langEN_}) {
+            std::string& text = table->at(static_cast<std::size_t>(page));
+            text = names.pageAddress(text);
+        }
     }
     SetLanguage(languageCode);
 }

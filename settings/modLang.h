@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_names.h"
 #include "settings/language_tables.h"
 #include "settings/own_texts.h"
 
@@ -13,11 +14,11 @@ namespace melvane {
 class modLang {
 public:
     // Before this call every numbered text is empty.
-    void InitLanguage(const std::string& systemFolder, const std::string& languageCode);
+    void InitLanguage(const FileNames& names, const std::string& languageCode);
     // "pl" or "en", exactly so written, change the numbered texts; any other code is remembered only.
     void SetLanguage(const std::string& code);
 
-    // Numbered text 0..100. Entries 10 and 26 are documents, relative to the program's directory.
+    // Numbered text 0..100. Entries 10 and 26 are addresses of pages.
     // Throws BoundsError.
     const std::string& lang(int n) const;
     const std::string& lang(LangEntry entry) const { return lang(static_cast<int>(entry)); }

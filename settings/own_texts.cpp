@@ -135,6 +135,8 @@ constexpr OwnTextRow kRows[] = {
      "Nowo wybrany wokal trafia na miejsce, które wskazuje to, co mikrofon złapał z podkładu. Można to cofnąć: Ctrl+Z.",
      "A voice that is chosen goes to where what its microphone caught of the song shows it belongs. Ctrl+Z undoes it."},
     {OwnText::cannotOpenPage, "Nie można otworzyć strony: %1", "The page cannot be opened: %1"},
+    {OwnText::about, "O programie", "About"},
+    {OwnText::aboutProgram, "O programie Melvane", "About Melvane"},
     {OwnText::noDevices, "(brak urządzeń)", "(no devices)"},
     {OwnText::synthesizer, "Syntezator programu Melvane", "Melvane synthesizer"},
     {OwnText::deviceGone, "Nie ma już urządzenia „%1”.", "The device %1 has gone."},

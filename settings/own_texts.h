@@ -119,6 +119,8 @@ enum class OwnText {
     linesUpVoices,
     linesUpMeaning,
     cannotOpenPage,  // address
+    about,
+    aboutProgram,
     noDevices,
     synthesizer,
     deviceGone,  // device

@@ -69,6 +69,7 @@ public:
 
     std::string systemDirectory() const override { return "/system"; }
     std::string programDirectory() const override { return "/program"; }
+    std::string pageAddress(const std::string& page) const override { return "file:///program/" + page; }
     std::string temporaryMidiFile() const override { return temporaryMidi; }
     std::string cacheDirectory() const override { return cache; }
     std::string shortPath(const std::string& path) const override { return path; }

@@ -105,7 +105,7 @@ TEST(JobFile, IsReplacedWholeOrStays) {
     TempDir dir;
     LocalDocuments documents;
     modLang language;
-    language.InitLanguage("", "en");
+    language.InitLanguage(FakeFileNames(), "en");
     const auto messageOf = [&](const std::string& path) {
         try {
             readJobFile(documents, path);

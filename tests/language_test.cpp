@@ -1,19 +1,23 @@
 #include <gtest/gtest.h>
 
+#include <QFileInfo>
+#include <QUrl>
 #include <set>
 
+#include "desktop/local_file_names.h"
 #include "settings/instrument_names.h"
 #include "settings/language_tables.h"
 #include "settings/modLang.h"
 #include "settings/own_texts.h"
 #include "state/errors.h"
+#include "tests/fake_platform.h"
 
 namespace melvane {
 namespace {
 
 modLang languageOf(const std::string& code) {
     modLang language;
-    language.InitLanguage("/system", code);
+    language.InitLanguage(test::FakeFileNames(), code);
     return language;
 }
 
@@ -32,6 +36,23 @@ TEST(Language, EveryEntryHasItsPlaceInBothTables) {
     EXPECT_EQ(english.lang(LangEntry::vocalBass), "Vocal Treble");
     EXPECT_EQ(english.lang(LangEntry::channelVolume) + "4" + english.lang(LangEntry::channelVolumeEnd),
               "Channel 4 volume");
+}
+
+TEST(Language, PagesHaveAddressesThatLeadToThem) {
+    std::set<std::string> addresses;
+    for (const char* code : {"pl", "en"}) {
+        modLang language;
+        language.InitLanguage(LocalFileNames(), code);
+        for (const LangEntry page : {LangEntry::homePage, LangEntry::helpPage}) {
+            const std::string& address = language.lang(page);
+            addresses.insert(address);
+            EXPECT_TRUE(address.starts_with("file:///")) << address;
+            const QString file = QUrl(QString::fromStdString(address), QUrl::StrictMode).toLocalFile();
+            EXPECT_TRUE(QFileInfo(file).isFile()) << address;
+            EXPECT_TRUE(file.endsWith(QLatin1String(code) + QStringLiteral(".html"))) << address;
+        }
+    }
+    EXPECT_EQ(addresses.size(), 4U);
 }
 
 TEST(Language, UnknownCodesAreRememberedButChangeNothing) {

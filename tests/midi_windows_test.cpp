@@ -173,7 +173,7 @@ TEST_F(ChannelsFixture, ThePickerGivesAnInstrument) {
 
 TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
     modLang language;
-    language.InitLanguage("", "en");
+    language.InitLanguage(FakeFileNames(), "en");
     MidiState state;
     QWidget owner;
     frmMenu menu(state, language, &owner);
@@ -193,6 +193,7 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
     QObject::connect(&menu, &frmMenu::browse, [&](int index) { chosen += std::to_string(index); });
     for (const auto& [signal, letter] : {std::pair(&frmMenu::help, 'h'),
                                          {&frmMenu::closeWanted, 'c'},
+                                         {&frmMenu::about, 'a'},
                                          {&frmMenu::mix, 'm'},
                                          {&frmMenu::stop, 's'},
                                          {&frmMenu::listen, 'l'},
@@ -208,15 +209,15 @@ TEST(Menus, TellWhatWasChosenButNoFilesDuringARun) {
         QTest::keyClick(&owner, Qt::Key_2, Qt::ControlModifier);
         return std::exchange(chosen, {});
     };
-    EXPECT_EQ(chooseAll(), "012mhcm1") << "no song, no mix";
+    EXPECT_EQ(chooseAll(), "012mhcam1") << "no song, no mix";
     state.midiLoaded = -1;
     menu.setRunning(true);
     menu.setCanMix(false);
     menu.setCanStop(true);
     menu.setCanListen(true);
-    EXPECT_EQ(chooseAll(), "slhcrs");
+    EXPECT_EQ(chooseAll(), "slhcars");
     state.midiLoaded = 0;
-    EXPECT_EQ(chooseAll(), "slhcs");
+    EXPECT_EQ(chooseAll(), "slhcas");
 }
 
 }  // namespace

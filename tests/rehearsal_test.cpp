@@ -283,7 +283,7 @@ TEST(TimeView, ZoomsAroundAPlaceScrollsWithinItsRangeAndTurnsPages) {
 
 TEST(PlaceText, SaysWhereTheVoiceBegins) {
     modLang language;
-    language.InitLanguage("", "en");
+    language.InitLanguage(FakeFileNames(), "en");
     RunState run;
     EXPECT_EQ(placeText(language, earlierOf(run)), "Voice begins with the song");
     run.voicePlace.earlier = 557'865;

@@ -3,10 +3,12 @@
 #include <QDesktopServices>
 #include <QPointer>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTextBrowser>
 
 #include "desktop/desktop_shell.h"
+#include "desktop/page_address.h"
 #include "player/frmPlayer.h"
 #include "settings/mnuHelp.h"
 #include "tests/silent_parts.h"
@@ -138,13 +140,39 @@ TEST_F(PreferencesFixture, TellsTheLanguageAndOpensPagesInIt) {
         EXPECT_EQ(language.languageCode(), code);
         EXPECT_EQ(shown("MidiDev"), code == "pl" ? "Syntezator programu Melvane" : "Melvane synthesizer");
         click("online");
-        EXPECT_EQ(shell.addresses.back(), "docs/help." + code + ".md");
+        EXPECT_EQ(shell.addresses.back(), "file:///program/help." + code + ".html");
     }
     shell.opens = false;
     find<QWidget>(*window, "adres").setFocus();
     QTest::keyClick(&find<QWidget>(*window, "adres"), Qt::Key_Return);
     EXPECT_EQ(shell.addresses.back(), find<QAbstractButton>(*window, "adres").text().toStdString());
-    EXPECT_EQ(dialogs.boxes, std::vector<std::string>{"Melvane: The page cannot be opened: README.md"});
+    EXPECT_EQ(dialogs.boxes,
+              std::vector<std::string>{"Melvane: The page cannot be opened: file:///program/home.en.html"});
+}
+
+TEST_F(PreferencesFixture, TellsWhatTheProgramIs) {
+    open();
+    window->showAbout();
+    auto& about = find<QTextBrowser>(*window, "about");
+    EXPECT_TRUE(about.isVisible() && about.hasFocus());
+    EXPECT_FALSE(find<QWidget>(*window, "FM").isVisible());
+    for (const char* code : {"pl", "en"}) {
+        language.SetLanguage(code);
+        window->GetPreferencesLanguage();
+        EXPECT_EQ(about.accessibleName().toStdString(), language.ownText(OwnText::aboutProgram));
+        const QString text = about.toPlainText();
+        EXPECT_TRUE(text.startsWith(about.accessibleName()));
+        for (const char* part : {"Melvane " MELVANE_VERSION " ", "General Public License", "Rubber Band", "FFmpeg"})
+            EXPECT_TRUE(text.contains(QLatin1String(part))) << part;
+        EXPECT_EQ(about.verticalScrollBar()->value(), 0);
+        QTest::keyClick(&about, Qt::Key_PageDown);
+        EXPECT_GT(about.verticalScrollBar()->value(), 0);
+    }
+    QTest::keyClick(&about, Qt::Key_Tab);
+    QTest::keyClick(&about, Qt::Key_Return);
+    EXPECT_EQ(shell.addresses, std::vector<std::string>{"https://www.gnu.org/licenses/gpl-3.0.html"});
+    click("TABA0");
+    EXPECT_FALSE(about.isVisible());
 }
 
 struct PlayerFixture : WindowFixture<frmPlayer> {
@@ -225,26 +253,33 @@ TEST_F(PlayerFixture, SaysWhatItCannotPlay) {
     }
 }
 
-TEST(DesktopShell, FindsDocumentsBesideTheProgramAndWhereTheyAreInstalled) {
+TEST(DesktopShell, OpensPagesWhereTheyAre) {
     const TempDir dir;
     QTextBrowser handler;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &handler, "setSource");
-    const auto opened = [&] { return handler.source().toLocalFile().toStdString(); };
-    for (const char* folder : {"tree/docs", "tree/build", "usr/lib/melvane", "usr/share/doc/melvane"})
+    for (const char* folder : {"tree & co/build/pages", "usr/lib/melvane", "usr/lib/machine/melvane",
+                               "usr/share/doc/melvane", "usr/share/doc/melvane/folder.html", "alone"})
         std::filesystem::create_directories(dir / folder);
-    const std::string ours = dir.write("tree/docs/help.en.md", "help");
-    const std::string installed = dir.write("usr/share/doc/melvane/help.en.md", "help");
-    EXPECT_TRUE(DesktopShell(dir / "tree/build").open("docs/help.en.md"));
-    EXPECT_EQ(opened(), ours);
-    EXPECT_TRUE(DesktopShell(dir / "usr/lib/melvane").open("docs/help.en.md"));
-    EXPECT_EQ(opened(), installed);
-    for (const char* nothing : {"docs/help.de.md", "docs", "", "http://"})
-        EXPECT_FALSE(DesktopShell(dir / "tree/build").open(nothing)) << nothing;
+    const std::string built = dir.write("tree & co/build/pages/ż 100%.html", "help");
+    const std::string installed = dir.write("usr/share/doc/melvane/ż 100%.html", "help");
+    DesktopShell shell;
+    for (const auto& [folder, page] : {std::pair("tree & co/build", built),
+                                       {"usr/lib/melvane", installed},
+                                       {"usr/lib/machine/melvane", installed}}) {
+        const std::string address = pageAddress(dir / folder, "ż 100%.html");
+        EXPECT_EQ(address.find_first_of("& "), std::string::npos) << address;
+        EXPECT_TRUE(shell.open(address)) << address;
+        EXPECT_EQ(handler.source().toLocalFile().toStdString(), page);
+    }
+    for (const std::string& nothing :
+         {pageAddress(dir / "usr/lib/melvane", "none.html"), pageAddress(dir / "usr/lib/melvane", "folder.html"),
+          pageAddress(dir / "alone", "ż 100%.html"), installed, std::string(), std::string("http://")})
+        EXPECT_FALSE(shell.open(nothing)) << nothing;
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 }
 
 TEST(DesktopShell, TakesTheToolkitsTextsAlongWithTheLanguage) {
-    DesktopShell shell("/");
+    DesktopShell shell;
     for (const auto& [code, expected] :
          {std::pair("pl", "Anuluj"), {"en", "Cancel"}, {"pl", "Anuluj"}, {"xx", "Cancel"}}) {
         shell.useLanguage(code);

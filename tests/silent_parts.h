@@ -25,7 +25,7 @@ struct SilentParts : testing::Test {
     FakeFileNames names;
     modLang language;
 
-    SilentParts() { language.InitLanguage("", "en"); }
+    SilentParts() { language.InitLanguage(FakeFileNames(), "en"); }
 };
 
 // With the rules of a MIDI song.

@@ -34,7 +34,7 @@ struct PaintedPart : QObject {
 
 modLang english() {
     modLang language;
-    language.InitLanguage("", "en");
+    language.InitLanguage(FakeFileNames(), "en");
     return language;
 }
 

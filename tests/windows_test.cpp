@@ -434,7 +434,7 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
     for (const char* code : {"pl", "en"}) {
         chooseLanguage(code);
         modLang language;
-        language.InitLanguage("", code);
+        language.InitLanguage(FakeFileNames(), code);
         EXPECT_EQ(status(), runMessage(language, mixer().run()));
         EXPECT_TRUE(find<QLabel>(main(), "status").text().startsWith(toQt(language.ownText(OwnText::noSuchFile))));
         EXPECT_EQ(shell.language, code);
@@ -447,7 +447,7 @@ TEST_F(WindowFixture, FailuresAreToldInTheLanguageOfTheWindow) {
     shell.opens = false;
     chooseLanguage("pl");
     main().findChild<QAction*>(QStringLiteral("mnuKar7"))->trigger();
-    EXPECT_EQ(dialogs.boxes.back(), "Melvane: Nie można otworzyć strony: docs/help.pl.md");
+    EXPECT_EQ(dialogs.boxes.back(), "Melvane: Nie można otworzyć strony: file:///program/help.pl.html");
 }
 
 TEST_F(WindowFixture, ARunThatRecordsSilenceSaysSo) {

@@ -193,7 +193,7 @@ int run(const MixOptions& options) {
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
     LocalDestinations destinations(LocalDestinations::usualJournal());
-    language.InitLanguage(names.systemDirectory(), "en");
+    language.InitLanguage(names, "en");
     const Job job = jobOf(options, language);
     LibraryFile file;
     StartResult start =
