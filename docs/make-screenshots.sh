@@ -130,8 +130,10 @@ shoot_all() {
     shoot preferences-audio 540 50 460 210
     press 760 93
     shoot preferences-language 540 50 460 210
-    press 914 93
+    press 852 93
     shoot preferences-rehearsal 540 50 460 210
+    press 940 93
+    shoot preferences-about 540 50 460 210
     press 930 237
     shoot_timeline timeline
     click 60 130
