@@ -78,6 +78,7 @@ class Pages(unittest.TestCase):
                 for link in page.links:
                     self.check_link(folder, pages, name, link)
                 for picture in page.pictures:
+                    self.assertIn(f"-{page.language}-", picture)
                     self.assertTrue((folder / picture).read_bytes().startswith(b"\x89PNG"), picture)
                 shown.update(page.pictures)
         for name in PAGES:
