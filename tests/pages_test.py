@@ -5,6 +5,7 @@ Links, anchors and pictures lead somewhere, and both languages say the same. Wha
 to change them is there, too.
 """
 
+import gzip
 import re
 import subprocess
 import sys
@@ -108,7 +109,8 @@ class Pages(unittest.TestCase):
                            stdout=subprocess.DEVNULL)
             (folder,) = Path(prefix).glob("share/doc/melvane")
             self.check(folder)
-            self.assertTrue((folder / "CHANGELOG.md").is_file())
+            with gzip.open(folder / "changelog.gz") as changes:
+                self.assertEqual(changes.read(), (ROOT / "CHANGELOG.md").read_bytes())
 
     def test_contributing(self):
         told = re.findall(r"`([^`\n]+)`", (ROOT / "CONTRIBUTING.md").read_text(encoding="utf-8"))
