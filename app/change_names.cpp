@@ -48,6 +48,8 @@ std::string nameOf(const modLang& language, const JobChange& change) {
             return language.ownText(OwnText::equaliser);
         case JobPart::place:
             return language.ownText(OwnText::voicePlace);
+        case JobPart::tags:
+            return language.ownText(OwnText::tagsOfMix);
         case JobPart::channelSwitch:
             return language.lang(LangEntry::channelSwitch) + std::to_string(number);
         case JobPart::channelVolume:

@@ -81,6 +81,8 @@ void takeResult(RunState& run, const RunState& result) {
     run.failure = result.failure;
     run.cause = result.cause;
     run.decoding = result.decoding;
+    run.tagFault = result.tagFault;
+    run.tagCause = result.tagCause;
 }
 
 }  // namespace melvane

@@ -87,6 +87,7 @@ void frmMain::addMenu() {
     on(&frmMenu::stop, [this] { b_STOP_Click(); });
     on(&frmMenu::listen, [this] { listen(); });
     on(&frmMenu::rehearse, [this] { windows_->showTimeline(); });
+    on(&frmMenu::tags, [this] { windows_->showTags(); });
     on(&frmMenu::showChannels, [this] { windows_->showChannels(); });
     on(&frmMenu::restoreMidi, [this] { mixer_.midi().MidiRestore(); });
     connect(menu_->recentMenu(), &QMenu::aboutToShow, this, &frmMain::fillRecentJobs);

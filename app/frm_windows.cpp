@@ -116,8 +116,16 @@ void SecondaryWindows::showTimeline() {
     timeline_->bringUp();
 }
 
+void SecondaryWindows::showTags() {
+    if (!tags_) tags_ = new frmTags(mixer_, environment_, main_);
+    tags_->takeFiles();
+    place(tags_, Qt::TopEdge);
+    tags_->bringUp();
+}
+
 void SecondaryWindows::takeFiles() {
     if (timeline_) timeline_->takeFiles();
+    if (tags_) tags_->takeFiles();
 }
 
 void SecondaryWindows::follow() {
@@ -162,7 +170,8 @@ void SecondaryWindows::reopen() {
 
 // Hidden, not closed, effects and channels count as open for the next start.
 void SecondaryWindows::hideAll() {
-    for (QWidget* window : std::initializer_list<QWidget*>{effects_, channels_, timeline_, preferences_, player_})
+    for (QWidget* window :
+         std::initializer_list<QWidget*>{effects_, channels_, timeline_, tags_, preferences_, player_})
         if (window) window->hide();
 }
 
@@ -170,12 +179,14 @@ void SecondaryWindows::SetMainLanguage() {
     if (effects_) effects_->GetEffectsLanguage();
     if (channels_) channels_->GetChannelsLanguage();
     if (timeline_) timeline_->GetTimelineLanguage();
+    if (tags_) tags_->GetTagsLanguage();
     if (preferences_) preferences_->GetPreferencesLanguage();
     if (player_) player_->GetPlayerLanguage();
 }
 
 void SecondaryWindows::updateSettings() {
     if (effects_) effects_->SetEffects();
+    if (tags_) tags_->refresh();
     updateChannels();
 }
 

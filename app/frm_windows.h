@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "app/frmTags.h"
 #include "app/frm_device_search.h"
 #include "app/frm_line_up.h"
 #include "app/mixer.h"
@@ -45,6 +46,7 @@ public:
     void showPreferences();
     void showAbout();
     void showTimeline();
+    void showTags();
     // Plays a file; the other windows wait until the player is closed.
     void showPlayer(const std::string& file);
     // Opens again what was open when the program ended; the focus stays in the main window.
@@ -80,6 +82,7 @@ private:
     frmEff* effects_ = nullptr;
     frmChann* channels_ = nullptr;
     frmTimeline* timeline_ = nullptr;
+    frmTags* tags_ = nullptr;
     QPointer<mnuHelp> preferences_;
     QPointer<frmPlayer> player_;
 };

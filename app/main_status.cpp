@@ -126,6 +126,8 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
     if (report.lacksVoice && !run.lastMixPath.empty()) return about(OwnText::mixLacksVoice, run.lastMixPath, true);
     if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
+    if (const auto lack = tagMessage(language, run.tagFault, run.tagCause); !lack.empty() && !run.lastMixPath.empty())
+        return {lack + " " + run.lastMixPath, lack, true};
     if (report.stopped) return {language.ownText(OwnText::stopped)};
     if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
     return {};

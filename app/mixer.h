@@ -30,6 +30,7 @@ public:
     RunState& run() { return state_.run; }
     PathFields& fields() { return state_.fields; }
     Settings& settings() { return state_.settings; }
+    TagChoice& tags() { return state_.tags; }
     SourceFiles& sourceFiles() { return sourceFiles_; }
     MidiBackground& midi() { return midi_; }
     const RecordingInput& input() const { return input_; }

@@ -35,11 +35,12 @@ struct FilesThere {
 };
 
 // Takes out of `files` what isn't there. Asks the disk.
-FilesThere withoutGone(PathFields files, const std::string& soundFont) {
+FilesThere withoutGone(PathFields files, const std::string& soundFont, const std::string& cover) {
     std::vector<std::string> gone;
     for (std::string* file : {&files.background, &files.vocal})
         if (!file->empty() && !isFile(*file)) gone.push_back(std::exchange(*file, {}));
-    if (!soundFont.empty() && !isFile(soundFont)) gone.push_back(soundFont);
+    for (const std::string& file : {soundFont, cover})
+        if (!file.empty() && !isFile(file)) gone.push_back(file);
     std::error_code error;
     if (!files.destination.empty() && !std::filesystem::is_directory(toPath(files.destination).parent_path(), error))
         gone.push_back(std::exchange(files.destination, {}));
@@ -66,6 +67,7 @@ Job takeJob(Mixer& mixer) {
     job.midiPort = settings.midiPort;
     job.midiPortName = knownName(settings);
     job.soundFont = mixer.midi().soundFont();
+    job.tags = mixer.tags();
     return job;
 }
 
@@ -76,6 +78,7 @@ void applyKnobs(const Job& job, Mixer& mixer) {
     if (job.key != now.key) mixer.sliders().setKey(job.key);
     if (job.sync != now.sync) mixer.sliders().setSync(job.sync);
     if (job.place != now.place) mixer.rehearsal().placeVoice(job.place);
+    mixer.tags() = job.tags;
     applyEffects(job, now, mixer.effects());
     if (job.channels != now.channels && mixer.midi().loaded()) mixer.midi().choose(job.channels);
     if (job.soloed != mixer.midi().state().soloed && mixer.midi().loaded()) mixer.midi().solo(job.soloed);
@@ -83,7 +86,9 @@ void applyKnobs(const Job& job, Mixer& mixer) {
 
 std::vector<std::string> restoreJob(const Job& job, Mixer& mixer, const DoEvents& doEvents) {
     const auto wanted = [&mixer] { return !mixer.sourceFiles().givenUp(); };
-    const auto asked = [files = job.files, font = job.soundFont] { return withoutGone(files, font); };
+    const auto asked = [files = job.files, font = job.soundFont, cover = job.tags.cover.value_or("")] {
+        return withoutGone(files, font, cover);
+    };
     const auto there = whileWanted(doEvents, wanted, asked);
     if (!there) return {};
     Settings& settings = mixer.settings();

@@ -85,6 +85,7 @@ std::string SourceFiles::soundFilter(bool song) const {
 }
 
 void SourceFiles::chooseBackground(const std::string& path) {
+    if (path != fields_.background) tags_.clear();
     fields_.background = path;
     fields_.destination.clear();
     if (!path.empty()) lastFolder[0] = folderOf(path);

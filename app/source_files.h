@@ -34,6 +34,7 @@ public:
         : run_(state.run),
           fields_(state.fields),
           settings_(state.settings),
+          tags_(state.tags),
           midi_(midi),
           language_(language),
           dialogs_(dialogs),
@@ -55,7 +56,7 @@ public:
     void BR_Click(int index);
 
     // Takes a new background: loads it when it is a MIDI song, proposes the vocal of the same name and empties the
-    // destination.
+    // destination. What was chosen for the tags of another song goes.
     void chooseBackground(const std::string& path);
 
     // Takes what was dropped on the window or chosen again: a song or a voice, or a folder for the mix; see fieldFor.
@@ -101,6 +102,7 @@ private:
     RunState& run_;
     PathFields& fields_;
     const Settings& settings_;
+    TagChoice& tags_;
     MidiBackground& midi_;
     const modLang& language_;
     Dialogs& dialogs_;

@@ -112,6 +112,12 @@ QComboBox::down-arrow { image: url(down@muted.symbol); width: 12px; height: 12px
 QComboBox QAbstractItemView { background: @raised; color: @text; border: 1px solid @edge; outline: none;
     selection-background-color: @song; selection-color: @inset; }
 
+QLineEdit { background: @inset; color: @text; border: 1px solid @edge; border-radius: 4px; padding: 1px 5px; }
+QLineEdit:hover { border-color: @muted; }
+QLineEdit:focus { border: 2px solid @focus; padding: 0 4px; }
+QLineEdit:disabled { background: @body; color: @faint; }
+#frmTags #picture { background: @inset; border: 1px solid @edge; border-radius: 4px; color: @muted; padding: 2px; }
+
 QListWidget { background: @inset; color: @text; border: 1px solid @edge; outline: none; }
 QListWidget:focus { border-color: @focus; }
 QListWidget::item { background: @inset; padding: 2px 8px; }

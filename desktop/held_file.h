@@ -47,6 +47,9 @@ private:
 
 // An empty file for this user alone. False when there is something already.
 bool createPrivateFile(const std::filesystem::path& path);
+// A new file for this user alone, of these bytes and then those of `from`, safe on the disk. False with the reason in
+// errno; there is none then.
+bool joinFiles(const std::filesystem::path& path, std::string_view bytes, const std::filesystem::path& from);
 // Gives `path` the mode of `model`, where there is one, and waits until its contents are safe on the disk. False with
 // the reason in errno.
 bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model);

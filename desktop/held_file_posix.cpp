@@ -18,6 +18,7 @@ constexpr mode_t kUsualMode = 0666;
 constexpr mode_t kPrivateMode = 0600;
 constexpr mode_t kModeBits = 07777;
 constexpr int kAttempts = 100;
+constexpr std::size_t kPiece = std::size_t{1} << 20;  // of what is copied, in bytes
 
 // Closes a descriptor with the block.
 struct Descriptor {
@@ -29,6 +30,26 @@ struct Descriptor {
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 };
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+bool copyAll(int from, int to) {
+    std::string piece(kPiece, '\0');
+    for (;;) {
+        const ssize_t got = read(from, piece.data(), piece.size());
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return got == 0;
+        if (!writeAll(to, std::string_view(piece).substr(0, static_cast<std::size_t>(got)))) return false;
+    }
+}
 
 }  // namespace
 
@@ -122,6 +143,18 @@ bool HeldFile::removeFrom(const std::filesystem::path& path) const {
 
 bool createPrivateFile(const std::filesystem::path& path) {
     return Descriptor(open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kPrivateMode)).number >= 0;
+}
+
+bool joinFiles(const std::filesystem::path& path, std::string_view bytes, const std::filesystem::path& from) {
+    const Descriptor source(open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (source.number < 0) return false;
+    const Descriptor file(open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kPrivateMode));
+    if (file.number < 0) return false;
+    if (writeAll(file.number, bytes) && copyAll(source.number, file.number) && fsync(file.number) == 0) return true;
+    const int error = errno;
+    unlink(path.c_str());
+    errno = error;
+    return false;
 }
 
 bool makeSafe(const std::filesystem::path& path, const std::filesystem::path& model) {

@@ -69,6 +69,11 @@ ClaimFailure failureOf(HoldResult result) {
     return ClaimFailure::notWritable;
 }
 
+// What a private file is made of that gets something in front: beside it, and private too.
+fs::path joinedFor(const fs::path& privateFile) {
+    return fs::path(privateFile) += ".new";
+}
+
 class LocalDestination : public Destination {
 public:
     LocalDestination(MixPaths paths, std::unique_ptr<JournalPage> page)
@@ -103,6 +108,7 @@ public:
 
     // What a run left that is no more. False when that was nothing to listen to.
     bool takeOver() {
+        removeJoined();
         const HoldResult there = held_.open(file_);
         const auto content = there == HoldResult::held ? held_.read(kEmptyLine.size() + 1) : std::nullopt;
         isPlaceholder_ = page_->paths().isNew && content == kEmptyLine;
@@ -118,6 +124,15 @@ public:
 
     const std::string& privateFile() const override { return privateName_; }
     const std::string& file() const override { return name_; }
+
+    int prepend(const std::string& bytes) override {
+        const fs::path joined = joinedFor(privateFile_);
+        if (!joinFiles(joined, bytes, privateFile_)) return errno;
+        std::error_code error;
+        fs::rename(joined, privateFile_, error);
+        if (error) removeJoined();
+        return error.value();
+    }
 
     int replace() override {
         if (!makeSafe(privateFile_, file_)) return errno;
@@ -152,6 +167,12 @@ public:
     }
 
 private:
+    void removeJoined() const {
+        std::error_code error;
+        const fs::path joined = joinedFor(privateFile_);
+        if (fs::is_regular_file(fs::symlink_status(joined, error))) fs::remove(joined, error);
+    }
+
     const fs::path file_;
     const fs::path privateFile_;
     const std::string name_ = toText(file_);

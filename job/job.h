@@ -9,6 +9,7 @@
 #include "state/midi_state.h"
 #include "state/run_state.h"
 #include "state/settings.h"
+#include "state/tag_choice.h"
 #include "state/voice_place.h"
 
 namespace melvane {
@@ -37,6 +38,7 @@ struct Job {
     std::int32_t midiPort = Settings{}.midiPort;
     std::string midiPortName;  // "": not known
     std::string soundFont;     // that the song was heard with
+    TagChoice tags;
 
     // Song and voice are chosen.
     bool hasSources() const { return !files.background.empty() && !files.vocal.empty(); }
@@ -54,6 +56,7 @@ enum class JobPart {
     effectLevel,
     preset,
     place,
+    tags,
     channelSwitch,
     channelVolume,
     channelBalance,

@@ -35,6 +35,7 @@ constexpr Range kPresets{0, 13};
 constexpr Range kBalances[]{{-100, 100}, {-100, 103}};
 constexpr Range kPlaces{-0x1p40, 0x1p40};  // a song of months
 constexpr Range kDrifts{-1e5, 1e5};
+constexpr const char* kTagFieldNames[kTagFields] = {"title", "artist", "album", "year", "genre"};
 constexpr Range kPorts{std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
 
 QString name(const char* field) {
@@ -62,6 +63,14 @@ QJsonObject fileObject(const std::string& file, const std::string& folder) {
     QJsonObject object{{name("path"), toQt(file)}};
     const fs::path relative = folder.empty() ? fs::path() : toPath(file).lexically_relative(toPath(folder));
     if (!relative.empty()) object[name("relative")] = toQt(toText(relative));
+    return object;
+}
+
+QJsonObject tagObject(const TagChoice& tags, const std::string& folder) {
+    QJsonObject object{{name("wanted"), tags.wanted}};
+    for (std::size_t i = 0; i < kTagFields; ++i)
+        if (tags.texts[i]) object[name(kTagFieldNames[i])] = toQt(*tags.texts[i]);
+    if (tags.cover) object[name("cover")] = fileObject(*tags.cover, folder);  // none of it: no cover
     return object;
 }
 
@@ -110,6 +119,9 @@ public:
         value = object_[name(field)].toString().toStdString();
         require(value.find('\0') == std::string::npos, field);
     }
+    void take(const char* field, std::optional<std::string>& value) const {
+        if (has(field)) take(field, value.emplace());
+    }
     // `ranges`: of each value, or one of all.
     template <typename T>
     void takeList(const char* field, std::span<const Range> ranges, std::span<T> values) const {
@@ -141,8 +153,9 @@ public:
         if (!condition) throw JobError(JobFault::value, within_.empty() ? field : within_ + ": " + field);
     }
 
-private:
     bool has(const char* field) const { return object_.contains(name(field)); }
+
+private:
     QJsonArray list(const char* field) const {
         require(object_[name(field)].isArray(), field);
         return object_[name(field)].toArray();
@@ -201,6 +214,12 @@ void readChannels(const Fields& fields, Job& job) {
     }
 }
 
+void readTags(const Fields& fields, const std::string& folder, TagChoice& tags) {
+    fields.take("wanted", tags.wanted);
+    for (std::size_t i = 0; i < kTagFields; ++i) fields.take(kTagFieldNames[i], tags.texts[i]);
+    if (fields.has("cover")) tags.cover = readFile(fields.object("cover"), folder, Leads::toFile);
+}
+
 Job readJob(const Fields& fields, const std::string& folder) {
     Job job;
     const Fields voice = fields.object("voice");
@@ -219,6 +238,7 @@ Job readJob(const Fields& fields, const std::string& folder) {
     fields.takeChannels("solo", job.soloed);
     fields.object("midi port").take("number", kPorts, job.midiPort);
     fields.object("midi port").take("name", job.midiPortName);
+    readTags(fields.object("tags"), folder, job.tags);
     job.soundFont = readFile(fields.object("sound font"), folder, Leads::toFile);
     return job;
 }
@@ -248,6 +268,7 @@ std::string jobText(const Job& job, const std::string& folder, JobLayout layout)
         {name("solo"), soloArray(job.soloed)},
         {name("midi port"), QJsonObject{{name("number"), job.midiPort}, {name("name"), toQt(job.midiPortName)}}},
         {name("sound font"), fileObject(job.soundFont, folder)},
+        {name("tags"), tagObject(job.tags, folder)},
     };
     const auto format = layout == JobLayout::line ? QJsonDocument::Compact : QJsonDocument::Indented;
     return QJsonDocument(object).toJson(format).toStdString();

@@ -83,6 +83,8 @@ void frmMenu::addRun() {
     connect(listen_, &QAction::triggered, this, &frmMenu::listen);
     connect(add(mnuKar_, QStringLiteral("rehearse"), own(OwnText::rehearse), Qt::CTRL | Qt::Key_R), &QAction::triggered,
             this, &frmMenu::rehearse);
+    connect(add(mnuKar_, QStringLiteral("tags"), own(OwnText::tags), Qt::CTRL | Qt::Key_T), &QAction::triggered, this,
+            &frmMenu::tags);
 }
 
 void frmMenu::addSteps() {

@@ -52,6 +52,7 @@ Q_SIGNALS:
     void stop();
     void listen();
     void rehearse();
+    void tags();
     void preferences();
     void help();
     void closeWanted();

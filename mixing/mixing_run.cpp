@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "audio/modAudio.h"
@@ -12,12 +15,15 @@
 #include "mixing/run_messages.h"
 #include "state/product.h"
 #include "state/window_patience.h"
+#include "tags/mix_tag.h"
 
 namespace melvane {
 
 namespace {
 
 constexpr const char* kEncoderCommand = "lame.exe --alt-preset standard - ";
+// A song on a disk that hangs has no tags.
+constexpr std::chrono::seconds kTagPatience{5};
 
 class Flag {
 public:
@@ -56,6 +62,7 @@ MixingRun::MixingRun(const Environment& environment, MixState& state, RecordingI
     : with_(environment),
       run_(state.run),
       fields_(state.fields),
+      tags_(state.tags),
       input_(input),
       midi_(midi),
       graph_(environment, state, effects, midi),
@@ -85,6 +92,8 @@ bool MixingRun::canRun() {
     run_.failure = RunFailure::none;
     run_.cause = 0;
     run_.decoding = DecodingFailure::none;
+    run_.tagFault = TagFault::none;
+    run_.tagCause = 0;
     run_.lastMixPath.clear();
     run_.partPath.clear();
     if (!readPaths()) return false;
@@ -183,6 +192,7 @@ RunFailure MixingRun::publish(std::int64_t frames) {
     const bool part = lost || (stoppedEarly_ && standsLonger(frames));
     if (run_.failure == RunFailure::destinationNotWritable)  // it can't be checked now
         run_.cause = whileEventsRun(with_.doEvents, [this] { return readingError(run_.encodePath); });
+    writeTags();
     if (!part) run_.cause = whileEventsRun(with_.doEvents, [this] { return destination_->replace(); });
     const bool replaced = !part && run_.cause == 0;
     if (!replaced) run_.partPath = whileEventsRun(with_.doEvents, [this] { return destination_->putBeside(); });
@@ -193,6 +203,31 @@ RunFailure MixingRun::publish(std::int64_t frames) {
     if (kept.empty() && whileEventsRun(with_.doEvents, [this] { return isFile(destination_->privateFile()); }))
         run_.partPath = destination_->privateFile();
     return well || lost ? RunFailure::none : RunFailure::destinationNotWritable;
+}
+
+// Without them the mix is whole too.
+void MixingRun::writeTags() try {
+    using Clock = std::chrono::steady_clock;
+    const auto patient = [end = Clock::now() + kTagPatience] { return Clock::now() < end; };
+    run_.tagFault = TagFault::notWritten;
+    const auto tag = whileWanted(with_.doEvents, patient,
+                                 [song = run_.backgroundPath, midi = run_.isMidiBackground, choice = tags_] {
+                                     return makeMixTag(song, midi, choice);
+                                 });
+    if (!tag) return;
+    run_.tagCause = tag->bytes.empty() ? 0 : whileEventsRun(with_.doEvents, [&] { return prepend(tag->bytes); });
+    if (run_.tagCause == 0) run_.tagFault = tag->fault;
+} catch (const std::bad_alloc&) {
+    run_.tagCause = ENOMEM;
+}
+
+int MixingRun::prepend(const std::string& tag) {
+    const int error = destination_->prepend(tag);
+    if (error != 0) return error;
+    // What is open would keep the file without them on the disk.
+    with_.library.BASS_StreamFree(run_.lastMixStream);
+    run_.lastMixStream = with_.library.BASS_StreamCreateFile(false, run_.encodePath.c_str(), 0, 0, 0);
+    return 0;
 }
 
 // What can't be read now counts as longer.

@@ -55,6 +55,8 @@ private:
     // Puts the finished file in its place, or beside a destination that holds more.
     RunFailure publish(std::int64_t frames);
     bool standsLonger(std::int64_t frames);
+    void writeTags();
+    int prepend(const std::string& tag);
     bool hasEncoder();
     bool usesFile(const std::string& path);
     bool backgroundEnded() const;
@@ -64,6 +66,7 @@ private:
     const Environment with_;
     RunState& run_;
     const PathFields& fields_;
+    const TagChoice& tags_;
     RecordingInput& input_;
     const MidiBackground& midi_;
     MixGraph graph_;

@@ -121,6 +121,30 @@ std::string runMessage(const modLang& language, const RunState& run) {
     return text;
 }
 
+std::string tagMessage(const modLang& language, TagFault fault, int cause) {
+    const std::string why = fault == TagFault::notWritten ? writingCause(language, cause) : coverCause(language, fault);
+    std::string text = fault == TagFault::none         ? ""
+                       : fault == TagFault::notWritten ? language.ownText(OwnText::mixLacksTags)
+                                                       : language.ownText(OwnText::mixLacksCover);
+    append(text, why);
+    return text;
+}
+
+std::string coverCause(const modLang& language, TagFault fault) {
+    switch (fault) {
+        case TagFault::coverUnread:
+            return language.ownText(OwnText::coverUnread);
+        case TagFault::coverNoPicture:
+            return language.ownText(OwnText::coverNoPicture);
+        case TagFault::coverTooLarge:
+            return language.ownText(OwnText::coverTooLarge);
+        case TagFault::none:
+        case TagFault::notWritten:
+            break;
+    }
+    return "";
+}
+
 std::string decodingMessage(const modLang& language, DecodingFailure failure) {
     switch (failure) {
         case DecodingFailure::none:

@@ -16,6 +16,10 @@ namespace melvane {
 std::string runMessage(const modLang& language, const RunState& run);
 // Its part behind the first sentence: the cause with its cure, then what they belong to.
 std::string runCause(const modLang& language, const RunState& run);
+// What a mix that was finished lacks of its tags, and why; "" when nothing.
+std::string tagMessage(const modLang& language, TagFault fault, int cause);
+// Why a cover can't be had; "" when it can.
+std::string coverCause(const modLang& language, TagFault fault);
 // Why a file could not be decoded; "" where that is not the cause.
 std::string decodingMessage(const modLang& language, DecodingFailure failure);
 // Why a voice's place wasn't found; "" when it was, or when nobody wanted it any more.

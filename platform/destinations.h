@@ -18,6 +18,9 @@ public:
     virtual const std::string& privateFile() const = 0;
     // What stands there, or the placeholder; without links on the way.
     virtual const std::string& file() const = 0;
+    // Puts these bytes in front of what was written into the private file, which is changed as a whole or not at all.
+    // 0, or the error number (<cerrno>) of what kept it from that. Waits for the disk.
+    virtual int prepend(const std::string& bytes) = 0;
     // Puts the private file, safe on the disk and with the mode of what stood there, in the destination's place. 0, or
     // the error number (<cerrno>) of what kept it from that; what stood there is still there then. Waits for the disk.
     virtual int replace() = 0;

@@ -3,6 +3,7 @@
 
 #include "state/run_state.h"
 #include "state/settings.h"
+#include "state/tag_choice.h"
 
 namespace melvane {
 
@@ -10,6 +11,7 @@ struct MixState {
     RunState run;
     PathFields fields;
     Settings settings;
+    TagChoice tags;
 };
 
 }  // namespace melvane

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/audio_library.h"
+#include "state/tag_choice.h"
 #include "state/voice_place.h"
 
 namespace melvane {
@@ -68,6 +69,8 @@ struct RunState {
     RunFailure failure = RunFailure::none;             // of the last run
     int cause = 0;                                     // error number (<cerrno>) behind it; 0: none is known
     DecodingFailure decoding = DecodingFailure::none;  // the cause where a file could not be decoded
+    TagFault tagFault = TagFault::none;                // what the last mix lacks of its tags
+    int tagCause = 0;                                  // as `cause`, of tags that were not written
 
     // What the user moves is heard at once.
     bool sounds() const { return isMixing || isRehearsing; }

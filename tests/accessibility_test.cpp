@@ -14,10 +14,10 @@ namespace {
 
 using namespace melvane::test;
 
-const std::set<QAccessible::Role> kRoles = {QAccessible::Button,      QAccessible::CheckBox, QAccessible::RadioButton,
-                                            QAccessible::Slider,      QAccessible::ComboBox, QAccessible::List,
-                                            QAccessible::ProgressBar, QAccessible::PageTab,  QAccessible::Indicator,
-                                            QAccessible::ButtonMenu};
+const std::set<QAccessible::Role> kRoles = {
+    QAccessible::Button,    QAccessible::CheckBox,   QAccessible::RadioButton, QAccessible::Slider,
+    QAccessible::ComboBox,  QAccessible::List,       QAccessible::ProgressBar, QAccessible::PageTab,
+    QAccessible::Indicator, QAccessible::ButtonMenu, QAccessible::EditableText};
 constexpr int kTitleStrip = 28;  // units
 // A slider's bubble, a balance's bar, the player's picture: they lie on others.
 const QStringList kOverlays = {QStringLiteral("bub"), QStringLiteral("bbg"), QStringLiteral("Ima")};
@@ -241,6 +241,8 @@ TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
     press("b_midi");
     press("progress");
     find<QAbstractButton>(main(), "ins15").click();
+    mixer().fields().background = dir / "song.mid";
+    find<QAction>(main(), "tags").trigger();
     for (const char* code : {"en", "pl"}) {
         chooseLanguage(code);
         expectMenus();
@@ -250,7 +252,7 @@ TEST_P(AccessibilityFixture, EveryWindowIsNamedReachedAndReadable) {
             examine(main());
             EXPECT_EQ(find<QWidget>(main(), "b_STOP").isEnabled(), running);
         }
-        for (const char* window : {"frmEff", "frmChann", "frmIns", "frmTimeline"}) examine(window);
+        for (const char* window : {"frmEff", "frmChann", "frmIns", "frmTimeline", "frmTags"}) examine(window);
         press("bHelp");
         for (const char* page : {"TABA1", "TABA2", "TABA3", "TABA0"}) {
             click(find<QWidget>(main(), "mnuHelp"), page);

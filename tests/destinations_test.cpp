@@ -68,11 +68,13 @@ TEST_F(DestinationsFixture, ANewFileTakesThePlaceInOneStepAndWithItsMode) {
             EXPECT_EQ(fs::path(written).parent_path(), fs::canonical(dir / name).parent_path());
             std::ofstream(written) << "mix of " << name;
             EXPECT_EQ(failure(name), ClaimFailure::busy);
+            EXPECT_EQ(claim.destination->prepend("the "), 0);
+            EXPECT_EQ(readFile(written), "the mix of " + name);
             if (completed) {
                 EXPECT_EQ(claim.destination->replace(), 0);
             }
             claim.destination.reset();
-            EXPECT_EQ(readFile(dir / name), completed ? "mix of " + name : content);
+            EXPECT_EQ(readFile(dir / name), completed ? "the mix of " + name : content);
             if (!completed) {
                 EXPECT_EQ(files(), before);
             }
@@ -120,6 +122,7 @@ TEST_F(DestinationsFixture, WhatAKilledRunLeftIsFoundOnceAndPutBesideItsDestinat
         if (run == 0) {
             const auto claim = destinations.claim(dir / name, true);
             std::ofstream(claim.destination->privateFile()) << "part of " << name;
+            std::ofstream(claim.destination->privateFile() + ".new") << "a copy of it that was cut off";
             _exit(claim.failure == ClaimFailure::none ? 0 : 1);
         }
         const auto living = destinations.claim(dir / "living.mp3", true);

@@ -37,6 +37,7 @@ Job oddJob(const std::string& folder) {
     job.midiPort = 2;
     job.midiPortName = "Keys: 20:0";
     job.soundFont = "/usr/share/sounds/sf2/a.sf2";
+    job.tags = {false, {"Zażółć \"1\"", "", std::nullopt, "1999", std::nullopt}, ""};
     return job;
 }
 
@@ -90,10 +91,12 @@ TEST(JobFile, FindsItsFilesWhereItsFolderWasMoved) {
     fs::create_directories(dir / "old/deep");
     Job job;
     job.files = {dir.write("old/song.mp3", ""), dir.write("old/deep/voice.wav", ""), dir / "old/mix.mp3"};
+    job.tags.cover = dir.write("old/cover.jpg", "");
     ASSERT_EQ(writeJobFile(documents, dir / "old/one.melvane", job), 0);
     fs::rename(dir / "old", dir / "new");
     EXPECT_EQ(readJobFile(documents, dir / "new/one.melvane").files,
               (PathFields{dir / "new/song.mp3", dir / "new/deep/voice.wav", dir / "new/mix.mp3"}));
+    EXPECT_EQ(readJobFile(documents, dir / "new/one.melvane").tags.cover, dir / "new/cover.jpg");
     fs::copy(dir / "new", dir / "old", fs::copy_options::recursive);
     EXPECT_EQ(readJobFile(documents, dir / "new/one.melvane").files.background, dir / "new/song.mp3");
     fs::create_directory(dir / "alone");

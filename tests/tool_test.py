@@ -333,6 +333,100 @@ class EncoderTest(ToolTest):
             subprocess.run(["umount", disk], check=True)
 
 
+@unittest.skipUnless(shutil.which("ffmpeg"), "songs with tags are made by ffmpeg")
+class TagsTest(ToolTest):
+    TEXTS = {"title": "Zażółć gęślą jaźń", "artist": "美空ひばり", "album": "Płyta 1", "date": "1999", "genre": "Pop"}
+
+    def setUp(self):
+        super().setUp()
+        self.song, self.voice = self.wav("song.wav", RATE), self.wav("voice.wav", 1000)
+        self.cover = self.dir / "cover.jpg"
+        self.convert("-f", "lavfi", "-i", "testsrc=size=640x480", "-frames:v", "1", self.cover)
+
+    def convert(self, *arguments):
+        subprocess.run(["ffmpeg", "-v", "error", "-y", *map(str, arguments)], check=True, cwd=self.dir)
+
+    def tagged(self, name, *coding, picture=False):
+        texts = [word for field, text in self.TEXTS.items() for word in ("-metadata", f"{field}={text}")]
+        pictures = ["-i", self.cover, "-map", "0:a", "-map", "1:v", "-c:v", "copy", "-disposition:v", "attached_pic"]
+        self.convert("-i", self.song, *(pictures if picture else []), *coding, *texts, name)
+        return name
+
+    def mixed(self, song, *options):
+        self.expect_mixed("--overwrite", *options, song, self.voice, "mix.mp3")
+        return (self.dir / "mix.mp3").read_bytes()
+
+    def told(self, file="mix.mp3"):
+        """What another program reads in the mix: its texts."""
+        entries = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "format_tags", "-of", "json", file],
+                                 check=True, cwd=self.dir, capture_output=True).stdout
+        tags = json.loads(entries)["format"].get("tags", {})
+        return {field: text for field, text in tags.items() if field in self.TEXTS}
+
+    def expect_tagged(self, mix, sound, cover):
+        self.assertTrue(mix.startswith(b"ID3\3\0\0"))
+        length = int.from_bytes(mix[6:10], "big")
+        start = 10 + sum((length >> shift & 0x7F) << (shift // 8 * 7) for shift in (0, 8, 16, 24))
+        self.assertTrue(mix[start:] == sound, "the sound is another")
+        if not cover:
+            return self.assertNotIn(b"APIC", mix[:start])
+        self.convert("-i", "mix.mp3", "-map", "0:v", "-c", "copy", "-f", "image2", "read.jpg")
+        self.assertEqual((self.dir / "read.jpg").read_bytes(), self.cover.read_bytes())
+
+    def test_songs_of_all_kinds_hand_on_their_tags(self):
+        for name, picture, *coding in (("s.mp3", True), ("s4.mp3", True, "-id3v2_version", "4"), ("s.flac", True),
+                                       ("s.m4a", True), ("s.ogg", False, "-c:a", "libvorbis"), ("s.opus", False),
+                                       ("s.wma", False)):
+            with self.subTest(name):
+                song = self.tagged(name, *coding, picture=picture)
+                sound = self.mixed(song, "--no-tags")
+                self.assertFalse(sound.startswith(b"ID3"))
+                mix = self.mixed(song)
+                self.expect_tagged(mix, sound, picture)
+                self.assertEqual(self.told(), self.TEXTS)
+                self.assertTrue(self.mixed(song) == mix, "another time it is another")
+        # A mix is a song like any other.
+        (self.dir / "mix.mp3").rename(self.dir / "again.mp3")
+        self.mixed("again.mp3", "--title", "")
+        self.assertEqual(self.told(), {field: text for field, text in self.TEXTS.items() if field != "title"})
+
+    def test_options_and_jobs_win_over_the_song(self):
+        song = self.tagged("s.mp3", picture=True)
+        sound = self.mixed(song, "--no-tags")
+        mix = self.mixed(song, "--title", "Inny", "--album=", "--year", "2001", "--cover", "")
+        self.expect_tagged(mix, sound, cover=False)
+        self.assertEqual(self.told(), {**{f: t for f, t in self.TEXTS.items() if f != "album"}, "title": "Inny", "date": "2001"})
+        untagged = self.mixed(self.song)
+        self.expect_tagged(self.mixed(self.song, "--cover", "cover.jpg"), untagged, cover=True)
+        job = {"melvane job": 1, "song": {"relative": "s.mp3"}, "voice": {"relative": "voice.wav"}, "mix": {"relative": "mix.mp3"},
+               "tags": {"title": "Inny", "album": "", "year": "1800", "cover": {}}}
+        (self.dir / "one.melvane").write_text(json.dumps(job))
+        self.expect_mixed("--overwrite", "--job", "one.melvane", "--year", "2001")
+        self.assertTrue((self.dir / "mix.mp3").read_bytes() == mix)
+
+    def test_cover_that_is_none_is_told_before_the_mix(self):
+        (self.dir / "text.jpg").write_text("La la la")
+        with open(self.dir / "large.png", "wb") as file:
+            file.truncate(17 << 20)
+        for cover, says in (("text.jpg", "JPEG or PNG.*text.jpg"), ("large.png", "16 MB.*large.png"), ("gone.jpg", "gone.*gone.jpg"),
+                            (".", "gone")):
+            self.expect_refused("--cover", cover, self.song, self.voice, "mix.mp3", says=says)
+        self.assertEqual(self.mix("--year", "99", self.song, self.voice, "mix.mp3")[0], 2)
+        self.assertFalse((self.dir / "mix.mp3").exists())
+
+    def test_mix_without_room_for_its_tags_takes_its_place_without_them(self):
+        with open(self.cover, "ab") as file:
+            file.write(bytes(1 << 20))
+        sound = self.mixed(self.song)
+        limit = len(sound) + 65536
+        status, errors = self.mix("--overwrite", "--cover", "cover.jpg", self.song, self.voice, "mix.mp3",
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertEqual(status, 0, errors)
+        self.assertRegex(errors, "without tags")
+        self.assertTrue((self.dir / "mix.mp3").read_bytes() == sound)
+        self.assertEqual(list(self.dir.glob(".melvane*")), [])
+
+
 class BadInputTest(ToolTest):
     def setUp(self):
         super().setUp()
@@ -412,12 +506,12 @@ class InterruptTest(ToolTest):
         song, voice = self.wav("song.wav", pcm=noise(RATE) * 240), self.wav("voice.wav", 1000)
         mix = self.dir / "mix.mp3"
         lame(song, mix)
-        longer = mix.read_bytes()
+        longer = b"ID3\3\0\0\0\0\1\0" + bytes(128) + mix.read_bytes()
         for number, send in ((signal.SIGINT, os.kill), (signal.SIGKILL, os.kill), (signal.SIGKILL, os.killpg)):
             for stood in (longer, None):
                 with self.subTest(signal=number.name, send=send.__name__, stood=stood is not None):
                     mix.write_bytes(stood) if stood else mix.unlink()
-                    process = self.start("--json", "--overwrite", song, voice, mix, start_new_session=True)
+                    process = self.start("--json", "--overwrite", "--title", "Part", song, voice, mix, start_new_session=True)
                     while json.loads(process.stdout.readline())["fraction"] < 0.05:
                         pass
                     send(process.pid, number)
@@ -430,6 +524,7 @@ class InterruptTest(ToolTest):
                     else:
                         self.assertEqual(json.loads(output.splitlines()[-1])["destination"], str(kept))
                     self.assertGreater(len(self.decode(kept)), RATE)
+                    self.assertEqual(kept.read_bytes().startswith(b"ID3"), number != signal.SIGKILL)
                     kept.unlink()
                     self.assertEqual(mix.read_bytes() if mix.exists() else None, stood)
                     mix.write_bytes(longer)

@@ -22,6 +22,7 @@
 #include "controls/window_layout.h"
 #include "job/job_text.h"
 #include "mixing/run_messages.h"
+#include "tags/mix_tag.h"
 #include "tests/disk_questions.h"
 #include "tests/file_accesses.h"
 #include "tests/program_fixture.h"
@@ -236,6 +237,52 @@ TEST_F(WindowFixture, KeysOnOneKnobAreOneStep) {
     EXPECT_EQ(mixer().run().key, 0);
     QTest::keyClick(&main(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(mixer().run().key, 3);
+}
+
+TEST_F(WindowFixture, TheTagsOfTheSongAreSeenChangedAndUndone) {
+    QByteArray png;
+    QBuffer buffer(&png);
+    ASSERT_TRUE(QImage(2000, 1000, QImage::Format_RGB32).save(&buffer, "PNG"));
+    const Cover cover{png.toStdString(), "image/png"};
+    main().takeFiles({dir.write("song.mp3", renderTag({"Zażółć", "美空", "", "1999", ""}, &cover) + "sound")});
+    choose("tags");
+    const auto& window = find<QWidget>(main(), "frmTags");
+    auto& title = find<QLineEdit>(window, "title");
+    const auto& picture = find<QLabel>(window, "picture");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !picture.pixmap(Qt::ReturnByValue).isNull(); }));
+    EXPECT_EQ(title.text().toStdString(), "Zażółć");
+    EXPECT_EQ(find<QLineEdit>(window, "year").text(), QStringLiteral("1999"));
+    QTest::qWait(50);
+    const auto& tags = mixer().tags();
+    QTest::keyClick(&title, Qt::Key_Exclam, Qt::ShiftModifier);
+    EXPECT_EQ(tags.texts[kTitleTag], "Zażółć!");
+    QTest::keyClick(&title, Qt::Key_Backspace);
+    EXPECT_EQ(tags, TagChoice()) << "the song's own is no choice";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !action("undo").isEnabled(); }));
+
+    click(window, "removeCover");
+    EXPECT_EQ(tags.cover, "");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return picture.text() == QStringLiteral("(no cover)"); }));
+    EXPECT_EQ(action("undo").text().remove(u'&'), QStringLiteral("Undo: Tags of the mix"));
+    choose("undo");
+    EXPECT_EQ(tags, TagChoice());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return picture.text().isEmpty(); }));
+    for (const auto& [file, says] : {std::pair(dir.write("text.jpg", "La la la"), "A cover is a JPEG or PNG"),
+                                     {dir.write("cut.png", png.left(60).toStdString()), "A cover is a JPEG or PNG"},
+                                     {dir / "gone.jpg", "has gone"}}) {
+        dialogs.nextFile = file;
+        click(window, "chooseCover");
+        EXPECT_NE(dialogs.boxes.back().find(says), std::string::npos) << dialogs.boxes.back();
+        EXPECT_FALSE(tags.cover);
+    }
+    dialogs.nextFile = dir.write("cover.png", cover.bytes);
+    click(window, "chooseCover");
+    EXPECT_EQ(tags.cover, dialogs.nextFile);
+    click(window, "wanted");
+    EXPECT_FALSE(tags.wanted || title.isEnabled());
+    main().takeFiles({dir.write("other.mp3", "")});
+    EXPECT_EQ(tags, TagChoice{.wanted = false}) << "the others were the first song's";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return title.text().isEmpty(); }));
 }
 
 TEST_F(WindowFixture, NothingButTheCardIsMixedFast) {

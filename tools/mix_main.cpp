@@ -28,6 +28,7 @@
 #include "mixing/run_messages.h"
 #include "mixing/voice_search.h"
 #include "music/music.h"
+#include "tags/cover.h"
 #include "tools/options.h"
 #include "tools/reporter.h"
 
@@ -66,7 +67,15 @@ std::string existsMessage(const std::string& destination) {
     return destination + " exists already; --overwrite replaces it";
 }
 
-// Files, key and place as the options want them, and the rest of their job. Throws std::runtime_error.
+// What the options set of the tags, and the rest as it was.
+void takeTags(const TagChoice& options, TagChoice& tags) {
+    for (std::size_t field = 0; field < kTagFields; ++field)
+        if (options.texts[field]) tags.texts[field] = options.texts[field];
+    if (options.cover) tags.cover = options.cover;
+    if (!options.wanted) tags.wanted = false;
+}
+
+// Files, key, place and tags as the options want them, and the rest of their job. Throws std::runtime_error.
 Job jobOf(const MixOptions& options, const modLang& language) {
     Job job;
     LocalDocuments documents;
@@ -84,6 +93,7 @@ Job jobOf(const MixOptions& options, const modLang& language) {
     const MixOptions::Sync sync = options.sync.value_or(MixOptions::Sync{job.sync, job.place});
     job.sync = options.findsPlace ? 0 : sync.offset;
     job.place = sync.place;
+    takeTags(options.tags, job.tags);
     if (job.hasSources() && (options.findSync || !job.files.destination.empty())) return job;
     throw std::runtime_error(options.job + " names no song, voice or destination");
 }
@@ -99,6 +109,7 @@ bool prepare(const MixOptions& options, const Job& job, HeadlessMix& headless) {
     whole.key = job.key;
     whole.sync = job.sync;
     whole.place = job.place;
+    whole.tags = job.tags;
     if (!headless.take(whole)) return false;
     for (const auto& change : options.changes) change(mixer.settings());
     for (const auto& change : options.channelChanges) change(mixer.midi());
@@ -154,6 +165,7 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
     }
     const bool interrupted = end == HeadlessMix::End::interrupted;
     reporter.finished(run.lastMixPath, mixer.mixingRun().framesDone(), interrupted);
+    if (run.tagFault != TagFault::none) reporter.note(tagMessage(language, run.tagFault, run.tagCause));
     if (run.voiceOutsideSong) reporter.note(language.ownText(OwnText::voiceOutsideSong));
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
@@ -200,6 +212,11 @@ int run(const MixOptions& options) {
         startAudioLibrary(file, names, {CardClock::stepped, HeadlessMix::kBlockFrames, names.programDirectory()});
     if (start.message) {
         reporter.failed(language.lang(*start.message));
+        return kCouldNot;
+    }
+    const std::string cover = job.tags.wanted ? job.tags.cover.value_or("") : "";
+    if (const TagFault fault = cover.empty() ? TagFault::none : readCover(cover).fault; fault != TagFault::none) {
+        reporter.failed(coverCause(language, fault) + " " + language.ownText(OwnText::cannotUseCover, cover));
         return kCouldNot;
     }
     for (const std::string& part : bringBackMixes(destinations, *start.library))

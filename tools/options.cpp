@@ -141,6 +141,17 @@ void takeChannel(MixOptions& o, const std::string& text) {
     o.channelChanges.push_back([channel, value](MidiBackground& midi) { (midi.*setter)(channel, value); });
 }
 
+template <TagField field>
+void takeTag(MixOptions& o, const std::string& text) {
+    o.tags.texts[field] = text;
+}
+
+void takeYear(MixOptions& o, const std::string& text) {
+    if (!text.empty() && (text.size() != 4 || number<int>(text, 1, 9999, "--year takes four digits") <= 0))
+        throw UsageError("--year takes four digits");
+    o.tags.texts[kYearTag] = text;
+}
+
 constexpr Option kOptions[] = {
     {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
     {"--sync", "SECONDS", "vocal earlier (below 0: later); auto: as its recording tells", takeSync,
@@ -160,6 +171,14 @@ constexpr Option kOptions[] = {
      takeChannel<&MidiBackground::setChannelBalance>},
     {"--soundfont", "FILE", "MIDI background: play with the sounds of this file",
      [](MixOptions& o, const std::string& text) { o.soundFont = text; }, nullptr, "sf2|sf3"},
+    {"--title", "TEXT", "title in the tags of the mix, instead of the song's; '': none", takeTag<kTitleTag>},
+    {"--artist", "TEXT", "artist, in the same way", takeTag<kArtistTag>},
+    {"--album", "TEXT", "album", takeTag<kAlbumTag>},
+    {"--year", "YEAR", "year, four digits", takeYear},
+    {"--genre", "TEXT", "genre", takeTag<kGenreTag>},
+    {"--cover", "FILE", "picture for the cover, JPEG or PNG of at most 16 MB; '': none",
+     [](MixOptions& o, const std::string& text) { o.tags.cover = text; }, nullptr, "jpg|jpeg|png"},
+    {"--no-tags", "", "write no tags into the mix", [](MixOptions& o, const std::string&) { o.tags.wanted = false; }},
     {"--find-sync", "", "mix nothing: tell where the vocal belongs, and its drift",
      [](MixOptions& o, const std::string&) { o.findSync = true; }},
     {"--job", "FILE", "start from a job that the window program saved; the options beside it win",

@@ -11,6 +11,7 @@
 #include "app/command_help.h"
 #include "midi/midi_background.h"
 #include "state/settings.h"
+#include "state/tag_choice.h"
 #include "state/voice_place.h"
 
 namespace melvane {
@@ -33,6 +34,7 @@ struct MixOptions {
     // What they change on the channels of a MIDI background.
     std::vector<std::function<void(MidiBackground&)>> channelChanges;
     std::string soundFont;  // "": the best that is installed
+    TagChoice tags;         // what is set in it wins over the job's
     bool storedSettings = false;
     bool overwrite = false;
     bool quiet = false;
