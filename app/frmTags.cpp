@@ -198,7 +198,10 @@ void frmTags::showAll() {
     const bool on = choice.wanted && !mixer_.fields().background.empty();
     for (std::size_t i = 0; i < kTagFields; ++i) {
         const QString text = toQt(choice.texts[i].value_or(sight_.song.texts[i]));
-        if (fields_[i]->text() != text) fields_[i]->setText(text);
+        if (fields_[i]->text() != text) {
+            fields_[i]->setText(text);
+            fields_[i]->home(false);  // its beginning is seen
+        }
         fields_[i]->setEnabled(on);
     }
     wanted_->setChecked(choice.wanted);

@@ -105,7 +105,7 @@ constexpr OwnTextRow kRows[] = {
     {OwnText::tagGenre, "Gatunek", "Genre"},
     {OwnText::noTag, "(brak)", "(none)"},
     {OwnText::cover, "Okładka", "Cover"},
-    {OwnText::chooseCover, "Zmień okładkę…", "Change cover…"},
+    {OwnText::chooseCover, "Okładka…", "Cover…"},
     {OwnText::chooseCoverHere, "Wybierz okładkę", "Choose cover"},
     {OwnText::removeCover, "Bez okładki", "No cover"},
     {OwnText::writeTags, "Zapisuj tagi w miksie", "Write the tags into the mix"},

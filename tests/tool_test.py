@@ -375,8 +375,8 @@ class TagsTest(ToolTest):
 
     def test_songs_of_all_kinds_hand_on_their_tags(self):
         for name, picture, *coding in (("s.mp3", True), ("s4.mp3", True, "-id3v2_version", "4"), ("s.flac", True),
-                                       ("s.m4a", True), ("s.ogg", False, "-c:a", "libvorbis"), ("s.opus", False),
-                                       ("s.wma", False)):
+                                       ("s.m4a", True), ("s.ogg", False, "-c:a", "libvorbis"), ("s.wma", False, "-metadata", "WM/Year=1999"),
+                                       ("s.opus", False)):
             with self.subTest(name):
                 song = self.tagged(name, *coding, picture=picture)
                 sound = self.mixed(song, "--no-tags")
