@@ -125,6 +125,7 @@ void frmTags::edit(std::size_t field, const QString& text) {
         choice.reset();
     else
         choice = chosen;
+    showButtons();
 }
 
 void frmTags::chooseCover() {
@@ -204,13 +205,19 @@ void frmTags::showAll() {
         }
         fields_[i]->setEnabled(on);
     }
+    showButtons();
+    showCover();
+}
+
+void frmTags::showButtons() {
+    const TagChoice& choice = mixer_.tags();
+    const bool on = choice.wanted && !mixer_.fields().background.empty();
     wanted_->setChecked(choice.wanted);
     choose_->setEnabled(on);
     remove_->setEnabled(on && choice.cover != "" && (choice.cover || sight_.song.cover));
     TagChoice songs = choice;
     songs.clear();
     reset_->setEnabled(on && choice != songs);
-    showCover();
 }
 
 void frmTags::showCover() {

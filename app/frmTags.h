@@ -60,6 +60,7 @@ private:
     void removeCover();
     void useSongsTags();
     void showAll();
+    void showButtons();
     void showCover();
 
     Mixer& mixer_;

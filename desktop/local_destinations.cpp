@@ -83,6 +83,7 @@ public:
 
     ~LocalDestination() override {
         std::error_code error;
+        removeJoined();
         if (ownsPrivateFile_) fs::remove(privateFile_, error);
         // What can't be removed now is found again.
         if ((isPlaceholder_ && !held_.removeFrom(file_)) || error) page_->keep();
@@ -108,7 +109,6 @@ public:
 
     // What a run left that is no more. False when that was nothing to listen to.
     bool takeOver() {
-        removeJoined();
         const HoldResult there = held_.open(file_);
         const auto content = there == HoldResult::held ? held_.read(kEmptyLine.size() + 1) : std::nullopt;
         isPlaceholder_ = page_->paths().isNew && content == kEmptyLine;
@@ -130,7 +130,6 @@ public:
         if (!joinFiles(joined, bytes, privateFile_)) return errno;
         std::error_code error;
         fs::rename(joined, privateFile_, error);
-        if (error) removeJoined();
         return error.value();
     }
 

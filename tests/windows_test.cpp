@@ -254,11 +254,16 @@ TEST_F(WindowFixture, TheTagsOfTheSongAreSeenChangedAndUndone) {
     EXPECT_EQ(find<QLineEdit>(window, "year").text(), QStringLiteral("1999"));
     QTest::qWait(50);
     const auto& tags = mixer().tags();
+    QTest::keyClick(&title, Qt::Key_End);
     QTest::keyClick(&title, Qt::Key_Exclam, Qt::ShiftModifier);
     EXPECT_EQ(tags.texts[kTitleTag], "Zażółć!");
     QTest::keyClick(&title, Qt::Key_Backspace);
     EXPECT_EQ(tags, TagChoice()) << "the song's own is no choice";
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !action("undo").isEnabled(); }));
+    QTest::keyClick(&title, Qt::Key_Exclam, Qt::ShiftModifier);
+    click(window, "songsTags");
+    EXPECT_EQ(tags, TagChoice());
+    EXPECT_EQ(title.text().toStdString(), "Zażółć");
+    QTest::qWait(50);  // until that is known
 
     click(window, "removeCover");
     EXPECT_EQ(tags.cover, "");

@@ -147,8 +147,8 @@ void takeTag(MixOptions& o, const std::string& text) {
 }
 
 void takeYear(MixOptions& o, const std::string& text) {
-    if (!text.empty() && (text.size() != 4 || number<int>(text, 1, 9999, "--year takes four digits") <= 0))
-        throw UsageError("--year takes four digits");
+    const bool four = text.size() == 4;
+    if (!text.empty()) number<int>(four ? text : "", 1, 9999, "--year takes four digits");
     o.tags.texts[kYearTag] = text;
 }
 
