@@ -50,6 +50,10 @@ std::string nameOf(const modLang& language, const JobChange& change) {
             return language.ownText(OwnText::voicePlace);
         case JobPart::tags:
             return language.ownText(OwnText::tagsOfMix);
+        case JobPart::trim:
+            return language.ownText(OwnText::voiceTrim);
+        case JobPart::loudness:
+            return language.ownText(OwnText::mixLoudness);
         case JobPart::channelSwitch:
             return language.lang(LangEntry::channelSwitch) + std::to_string(number);
         case JobPart::channelVolume:

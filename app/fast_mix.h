@@ -1,5 +1,5 @@
-// A mix of a job beside the windows: with a library and a mixer of its own, on its own thread, unheard and as fast as
-// the processor allows. Used on the user-interface thread.
+// A mix of a job beside the windows, or the levels that fit it: with a library and a mixer of its own, on its own
+// thread, unheard and as fast as the processor allows. Used on the user-interface thread.
 #pragma once
 
 #include <atomic>
@@ -21,14 +21,22 @@ public:
     // Cancels and waits.
     ~FastMix();
 
-    // Begins one that may replace what stands at its destination. Only one at a time.
-    void start(const Job& job);
+    enum class Task { mix, matchLevels };
+    struct Result {
+        RunState run;
+        std::optional<LevelMatch> levels;  // of the task that looks for them, unless it failed or was cancelled
+    };
+
+    // Begins one that may replace what stands at its destination, or changes nothing. Only one at a time.
+    void start(const Job& job, Task task = Task::mix);
+    // Of the one that goes on, or of the last.
+    Task task() const { return task_; }
     // Nothing of it is left, soon; until then it is going on.
     void cancel() { progress_->wanted = false; }
     bool going() const { return work_.valid(); }
     bool cancelled() const { return !progress_->wanted; }
     // How it ended, once, when it is over. Throws what ended it.
-    std::optional<RunState> ended();
+    std::optional<Result> ended();
 
     // In frames, of this mix or the last one; 0 before its length is known.
     std::int64_t framesDone() const { return progress_->done; }
@@ -36,6 +44,8 @@ public:
     double done() const;  // 0..1
     // How far one of its files is decoded while they are being opened, 0..1.
     double decoded() const { return progress_->decoded; }
+    // How much was measured of what comes before a mix, or of the levels, 0..1; nothing when that is over.
+    std::optional<double> measured() const;
     // At the speed that it had until now; nothing while that can't be told.
     std::optional<std::chrono::seconds> left() const;
 
@@ -45,18 +55,21 @@ private:
         std::atomic<std::int64_t> done = 0;
         std::atomic<std::int64_t> total = 0;
         std::atomic<double> decoded = 0;
+        std::atomic<double> measured = 0;
+        std::atomic<std::chrono::steady_clock::time_point> begun{};  // the mix itself
     };
 
-    static RunState mix(const Workshop& workshop, modLang language, const Job& job, Progress& progress);
+    static Result work(const Workshop& workshop, modLang language, const Job& job, Task task, Progress& progress);
 
     const Workshop workshop_;
     const modLang& language_;
     std::shared_ptr<Progress> progress_ = std::make_shared<Progress>();
-    std::chrono::steady_clock::time_point begun_{};
-    std::future<RunState> work_;
+    Task task_ = Task::mix;
+    std::future<Result> work_;
 };
 
-// Makes the result of one run that of another, as the window tells it.
+// Makes the result of one run that of another, as the window tells it, or only what it failed of.
+void takeFailure(RunState& run, const RunState& result);
 void takeResult(RunState& run, const RunState& result);
 
 }  // namespace melvane

@@ -43,7 +43,8 @@ frmMain::frmMain(Mixer& mixer, const Environment& environment, const SettingsSto
       jobs_(new JobDesk(this, mixer, environment, store, documents)),
       steps_(new UndoKeeper(this, mixer, environment.language)),
       lineUp_(new LineUp(this, mixer, environment, waveforms_, lineUpCalls())),
-      fast_(workshop, environment.language) {
+      fast_(workshop, environment.language),
+      measuring_(environment.library) {
     setObjectName(QStringLiteral("frmMain"));
     setAcceptDrops(true);
     caption_ = addTitle(kCaption);
@@ -78,6 +79,11 @@ MainCalls frmMain::calls() {
     timeline.lineUp = [this] { lineUp_->start(); };
     timeline.giveUpLineUp = [this] { lineUp_->giveUp(); };
     timeline.mixFast = [this] { fast_.going() ? fast_.cancel() : mixFast(); };
+    timeline.matchLevels = [this] { matchLevels(); };
+    timeline.setLoudness = [this](std::optional<float> lufs) {
+        mixer_.run().targetLoudness = lufs;
+        refresh();
+    };
     timeline.fastMixRefusal = [this] { return whyNoFastMix(); };
     timeline.fastMix = [this] { return fastMixNews(); };
     timeline.opening = [this] { return MainStatus(mixer_, environment_).opening(); };
@@ -200,12 +206,13 @@ void frmMain::contextMenuEvent(QContextMenuEvent* event) {
 
 void frmMain::refresh() {
     const bool running = mixer_.isRunning();
-    if (!running && !files_.choosing && !fast_.going() && !mixer_.rehearsal().playing())
+    if (!running && !files_.choosing && !fast_.going() && !measuring_.going() && !mixer_.rehearsal().playing())
         Timer1_.stop();
     else if (!Timer1_.isActive())
         Timer1_.start();
     if (std::exchange(wasRunning_, running) && !running) {
         report_.lacksVoice = mixer_.run().voiceOutsideSong;
+        measureMix();
         QApplication::alert(this);  // unless it is in front
     }
     usePort(running);

@@ -26,6 +26,7 @@
 #include "controls/frameless_window.h"
 #include "controls/navButton.h"
 #include "midi/frmMenu.h"
+#include "mixing/file_loudness.h"
 #include "settings/recent_files.h"
 
 namespace melvane {
@@ -51,7 +52,9 @@ public:
 
     // Makes the mix of what is set now, unheard, while the windows go on. The stop button cancels it.
     void mixFast();
-    // Why that can't be done now, in the language of the windows; "" when it can.
+    // Looks for the levels with which song and voice fit each other, unheard too, and sets them.
+    void matchLevels();
+    // Why these can't be done now, in the language of the windows; "" when it can.
     std::string whyNoFastMix() const;
 
     // Ends a run, so that its file can be played, and writes the settings: the program is about to end.
@@ -94,7 +97,11 @@ private:
     std::vector<std::string> openJobsAmong(std::vector<std::string> paths);
     void showSettings();
     void showSteps();
+    void startFast(FastMix::Task task);
     void followFastMix();
+    void takeLevels(const FastMix::Result& result);
+    void measureMix();
+    void followMeasuring();
     FastMixNews fastMixNews() const;
     void endFastMix();
     void showTitle();
@@ -180,6 +187,8 @@ private:
     UndoKeeper* steps_;
     LineUp* lineUp_;
     FastMix fast_;
+    Job fastJob_;             // of the one that goes on, or of the last
+    FileLoudness measuring_;  // of a mix that was heard
     SecondaryWindows* windows_;
     QTimer Timer1_{this};
 };

@@ -42,6 +42,7 @@ void frmMain::addJobs() {
     on(&frmMenu::saveJobAs, [](JobDesk& jobs) { jobs.saveAs(); });
     on(&frmMenu::lastJob, [](JobDesk& jobs) { jobs.restoreLast(); });
     connect(menu_, &frmMenu::mixFast, this, &frmMain::mixFast);
+    connect(menu_, &frmMenu::matchLevels, this, &frmMain::matchLevels);
     connect(menu_, &frmMenu::undo, this, [this] { perform([this] { steps_->undo(); }); });
     connect(menu_, &frmMenu::redo, this, [this] { perform([this] { steps_->redo(); }); });
     menu_->undoText = [this] { return steps_->undoText(); };

@@ -23,6 +23,7 @@ void frmMain::mi_button_Click() {
     withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         lineUp_->giveUp();
+        measuring_.giveUp();
         report_.begin(false);
         jobs_->remember();
         Timer1_.start();  // an opening that takes its time may be stopped
@@ -56,6 +57,7 @@ void frmMain::Timer1_Timer() {
     attempt([this] {
         mixer_.mixingRun().Timer1_Timer();
         followFastMix();
+        followMeasuring();
     });
     watch_.look();
     if (wasRunning_ && mixer_.isRunning() && !mixer_.mixingRun().busy())
@@ -76,22 +78,63 @@ void frmMain::mixFast() {
     withButtonsOff([this] {
         if (!mixer_.sourceFiles().mayReplaceDestination()) return;
         lineUp_->giveUp();
+        measuring_.giveUp();
         report_.begin(true);
         jobs_->remember();
-        fast_.start(takeJob(mixer_));
+        startFast(FastMix::Task::mix);
     });
+}
+
+void frmMain::matchLevels() {
+    if (files_.choosing || mixer_.isRunning() || fast_.going() || !whyNoFastMix().empty()) return;
+    if (mixer_.fields().background.empty() || mixer_.fields().vocal.empty()) return;
+    withButtonsOff([this] {
+        lineUp_->giveUp();
+        measuring_.giveUp();
+        report_.begin(true);
+        startFast(FastMix::Task::matchLevels);
+    });
+}
+
+void frmMain::startFast(FastMix::Task task) {
+    fastJob_ = takeJob(mixer_);
+    fast_.start(fastJob_, task);
+}
+
+// Levels of other files than are chosen now are worth nothing.
+void frmMain::takeLevels(const FastMix::Result& result) {
+    takeFailure(mixer_.run(), result.run);
+    report_.levels = result.levels;
+    const PathFields& files = mixer_.fields();
+    const bool others = files.background != fastJob_.files.background || files.vocal != fastJob_.files.vocal;
+    if (others || fast_.cancelled()) report_ = {};
+    if (!report_.levels || report_.levels->end != MatchEnd::matched) return;
+    steps_->asOneStep([&] { mixer_.setLevels(report_.levels->levels); });
+    showSettings();
 }
 
 void frmMain::followFastMix() {
     const auto result = fast_.ended();
     if (!result) return;
-    takeResult(mixer_.run(), *result);
-    report_.cancelled = fast_.cancelled() && result->lastMixPath.empty() && result->partPath.empty();
-    report_.lacksVoice = result->voiceOutsideSong;
+    const RunState& run = result->run;
     report_.inRehearsal = mixer_.rehearsal().playing();
-    if (result->failure == RunFailure::pathsMissing || result->failure == RunFailure::midiUnplayable)
-        tell(runMessage(environment_.language, *result), BoxIcon::information);
+    if (fast_.task() == FastMix::Task::matchLevels) return takeLevels(*result);
+    takeResult(mixer_.run(), run);
+    report_.cancelled = fast_.cancelled() && run.lastMixPath.empty() && run.partPath.empty();
+    report_.lacksVoice = run.voiceOutsideSong;
+    if (run.failure == RunFailure::pathsMissing || run.failure == RunFailure::midiUnplayable)
+        tell(runMessage(environment_.language, run), BoxIcon::information);
     QApplication::alert(this);
+}
+
+// One that was heard would have cost too much of the processor while it was.
+void frmMain::measureMix() {
+    if (!mixer_.run().lastMixPath.empty() && !mixer_.run().loudness) measuring_.start(mixer_.run().lastMixPath);
+    if (measuring_.going()) Timer1_.start();
+}
+
+void frmMain::followMeasuring() {
+    if (const auto loudness = measuring_.ended()) mixer_.run().loudness = loudness;
 }
 
 // Of the one that goes on, or of the last as long as it is told of.

@@ -14,7 +14,9 @@ HeadlessMix::HeadlessMix(AudioLibrary& library, const Instruments& instruments, 
       wanted_(std::move(wanted)),
       unwanted_(unwanted),
       mixer_({library, *instruments.music, *instruments.mixer, names, destinations, dialogs_, shell_, language,
-              [this] { rest(); }}) {}
+              [this] { rest(); }}) {
+    mixer_.mixingRun().measure([this](double done) { return measured(done); });
+}
 
 // There are no window events; what the mixer waits for is looked at now and then.
 void HeadlessMix::rest() {
@@ -40,6 +42,15 @@ bool HeadlessMix::take(const Job& job) {
     mixer_.sourceFiles().restore(job.files);
     applyKnobs(job, mixer_);
     return !mixer_.run().isMidiBackground || mixer_.midi().loaded();
+}
+
+bool HeadlessMix::measured(double done) {
+    measuring(done);
+    return wanted_();
+}
+
+std::optional<LevelMatch> HeadlessMix::findLevels() {
+    return mixer_.findLevels([this](double done) { return measured(done); });
 }
 
 HeadlessMix::End HeadlessMix::mix(const std::function<void(std::int64_t, std::int64_t)>& progress) {

@@ -10,6 +10,7 @@
 #include "app/mixer.h"
 #include "app/silent_desktop.h"
 #include "job/job.h"
+#include "loudness/level_search.h"
 #include "platform/audio_library_file.h"
 
 namespace melvane {
@@ -43,6 +44,8 @@ public:
 
     // How far song or voice is decoded while they are being opened, 0..1.
     std::optional<double> decoded();
+    // Told how much of what comes before a mix was measured, 0..1.
+    std::function<void(double done)> measuring = [](double) {};
 
     // Takes the files and settings of the mix.
     Mixer& mixer() { return mixer_; }
@@ -54,7 +57,11 @@ public:
     // Mixes them while it is wanted; `progress` is told what is done, in frames of so many.
     End mix(const std::function<void(std::int64_t done, std::int64_t total)>& progress);
 
+    // The levels with which song and voice fit each other. Nothing: RunState tells why, unless it isn't wanted.
+    std::optional<LevelMatch> findLevels();
+
 private:
+    bool measured(double done);
     void rest();
     void giveUp();
 

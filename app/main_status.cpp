@@ -1,6 +1,7 @@
 #include "app/main_status.h"
 
 #include "base/paths.h"
+#include "mixing/loudness_text.h"
 #include "mixing/run_messages.h"
 #include "state/numbers.h"
 
@@ -20,6 +21,15 @@ std::string timesOf(std::int64_t framesDone, std::int64_t framesTotal) {
 StatusLine MainStatus::about(OwnText text, const std::string& file, bool warned, bool failed) const {
     const modLang& language = environment_.language;
     return {language.ownText(text, file), language.ownText(text, fileName(file)), warned, failed};
+}
+
+StatusLine MainStatus::measured(StatusLine line) const {
+    const auto& loudness = mixer_.run().loudness;
+    if (!loudness || mixer_.run().lastMixPath.empty()) return line;
+    if (line.brief.empty()) line.brief = line.text;
+    line.text += " – " + loudnessText(environment_.language, *loudness);
+    line.brief += " – " + loudnessBrief(environment_.language, *loudness);
+    return line;
 }
 
 // What can be done about it comes first.
@@ -66,6 +76,11 @@ StatusLine MainStatus::line(const Facts& facts) const {
 
 std::string MainStatus::fastProgress(const FastMix& mix) const {
     const modLang& language = environment_.language;
+    constexpr double kPercent = 100;
+    const bool levels = mix.task() == FastMix::Task::matchLevels;
+    if (const auto measured = mix.measured())
+        return language.ownText(levels ? OwnText::matchingLevels : OwnText::measuringMix,
+                                std::to_string(static_cast<int>(*measured * kPercent)));
     if (mix.framesTotal() == 0) return mix.decoded() > 0 ? openingShare(mix.decoded()) : opening();
     const std::string times = timesOf(mix.framesDone(), mix.framesTotal());
     const auto left = mix.left();
@@ -121,15 +136,20 @@ StatusLine MainStatus::result(const Facts& facts) const {
     if (!report.told) return {decoding().value_or(facts.linedUp)};
     if (report.cancelled) return {language.ownText(OwnText::mixCancelled)};  // however what was given up ended
     if (run.failure != RunFailure::none) return {runMessage(language, run), runCause(language, run), false, true};
+    if (report.levels)
+        return {levelsText(language, *report.levels), "", false, report.levels->end != MatchEnd::matched};
     if (run.recordsSilence)
         return about(OwnText::mixIsSilent, run.partPath.empty() ? run.destinationPath : run.partPath, true);
     if (!facts.lostInput.empty()) return {language.ownText(OwnText::mixLacksInput, facts.lostInput), "", true};
-    if (report.lacksVoice && !run.lastMixPath.empty()) return about(OwnText::mixLacksVoice, run.lastMixPath, true);
-    if (!run.partPath.empty()) return about(OwnText::partKept, run.partPath);
+    if (report.lacksVoice && !run.lastMixPath.empty())
+        return measured(about(OwnText::mixLacksVoice, run.lastMixPath, true));
+    if (!run.partPath.empty()) return measured(about(OwnText::partKept, run.partPath));
     if (const auto lack = tagMessage(language, run.tagFault, run.tagCause); !lack.empty() && !run.lastMixPath.empty())
         return {lack + " " + run.lastMixPath, lack, true};
-    if (report.stopped) return {language.ownText(OwnText::stopped)};
-    if (!run.lastMixPath.empty()) return about(OwnText::mixFinished, run.lastMixPath);
+    if (report.stopped) return measured({language.ownText(OwnText::stopped)});
+    if (!run.lastMixPath.empty() && run.missesTarget)
+        return measured(about(OwnText::mixMissesTarget, run.lastMixPath, true));
+    if (!run.lastMixPath.empty()) return measured(about(OwnText::mixFinished, run.lastMixPath));
     return {};
 }
 

@@ -27,6 +27,7 @@ struct RunReport {
     bool stopped = false;                  // it was ended with the stop button
     bool fast = false;                     // it was a fast mix
     bool cancelled = false;                // that left nothing
+    std::optional<LevelMatch> levels;      // that were looked for instead of a mix
     bool lacksVoice = false;               // its place was outside of the song
     bool inRehearsal = false;              // it ended while the rehearsal played that still does
     std::vector<std::string> interrupted;  // mixes that were cut off before the program started
@@ -58,6 +59,8 @@ public:
     std::optional<std::string> decoding() const;
 
 private:
+    // With the mix's loudness, once it was measured.
+    StatusLine measured(StatusLine line) const;
     StatusLine about(OwnText text, const std::string& file, bool warned = false, bool failed = false) const;
     std::string fastProgress(const FastMix& mix) const;
     StatusLine broughtBack(const std::vector<std::string>& files) const;

@@ -1,9 +1,12 @@
 #include "app/mixer.h"
 
+#include "mixing/levelled_mix.h"
+
 namespace melvane {
 
 Mixer::Mixer(const Environment& with)
-    : input_(with.library, state_.run, state_.settings),
+    : library_(with.library),
+      input_(with.library, state_.run, state_.settings),
       midi_(with.music, with.systemMixer, state_.run, state_.settings, with.names, with.dialogs, with.doEvents),
       sourceFiles_(state_, midi_, with.language, with.dialogs, with.doEvents),
       effects_(with.library, state_.run, state_.settings, midi_.lines()),
@@ -19,6 +22,16 @@ void Mixer::Form_Load(const SettingsStore* store) {
     }
     input_.followMixDevice();
     midi_.prepare();
+}
+
+std::optional<LevelMatch> Mixer::findLevels(const MeasuringProgress& goOn) {
+    return melvane::findLevels(library_, state_, mixingRun_.graph(), midi_, goOn);
+}
+
+void Mixer::setLevels(const Levels& levels) {
+    for (std::size_t source = 0; source < levels.volume.size(); ++source)
+        sliders_.setVolume(source, static_cast<std::int16_t>(levels.volume.at(source)));
+    rehearsal_.trimVoice(static_cast<float>(levels.trim));
 }
 
 void Mixer::Form_Unload() {

@@ -6,6 +6,7 @@
 #include "app/source_files.h"
 #include "audio/recording_input.h"
 #include "effects/effect_chain.h"
+#include "loudness/level_search.h"
 #include "midi/midi_background.h"
 #include "mixing/environment.h"
 #include "mixing/mixing_run.h"
@@ -24,6 +25,11 @@ public:
     // Ends a run and closes the song.
     void Form_Unload();
 
+    // The levels with which song and voice fit each other, on the stepped clock: see melvane::findLevels.
+    std::optional<LevelMatch> findLevels(const MeasuringProgress& goOn);
+    // Sets them, live.
+    void setLevels(const Levels& levels);
+
     // A run is under way, or begins or ends.
     bool isRunning() const { return state_.run.isMixing || mixingRun_.busy(); }
 
@@ -41,6 +47,7 @@ public:
     const MixState& state() const { return state_; }
 
 private:
+    AudioLibrary& library_;
     MixState state_;
     RecordingInput input_;
     MidiBackground midi_;

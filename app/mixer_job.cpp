@@ -54,6 +54,8 @@ Job takeJob(Mixer& mixer) {
     Job job;
     job.files = mixer.fields();
     job.place = mixer.run().voicePlace;
+    job.loudness = mixer.run().targetLoudness;
+    job.trim = mixer.run().voiceTrim;
     job.key = mixer.run().key;
     job.sync = mixer.run().syncOffset;
     job.volume = settings.volume;
@@ -79,6 +81,8 @@ void applyKnobs(const Job& job, Mixer& mixer) {
     if (job.sync != now.sync) mixer.sliders().setSync(job.sync);
     if (job.place != now.place) mixer.rehearsal().placeVoice(job.place);
     mixer.tags() = job.tags;
+    if (job.trim != now.trim) mixer.rehearsal().trimVoice(job.trim);
+    mixer.run().targetLoudness = job.loudness;
     applyEffects(job, now, mixer.effects());
     if (job.channels != now.channels && mixer.midi().loaded()) mixer.midi().choose(job.channels);
     if (job.soloed != mixer.midi().state().soloed && mixer.midi().loaded()) mixer.midi().solo(job.soloed);

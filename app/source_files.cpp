@@ -178,9 +178,10 @@ void SourceFiles::browseVocal() {
     if (!path.empty()) chooseVocal(path);
 }
 
-// Another voice has a place of its own.
+// Another voice has a place and a trim of its own.
 void SourceFiles::chooseVocal(const std::string& path) {
     if (path != fields_.vocal) run_.voicePlace = {};
+    if (path != fields_.vocal) run_.voiceTrim = 0;
     fields_.vocal = path;
     if (!path.empty()) lastFolder[1] = folderOf(path);
     taken(1, path);

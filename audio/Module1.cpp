@@ -1,5 +1,6 @@
 #include "audio/Module1.h"
 
+#include <new>
 #include <utility>
 
 #include "audio/encoder_tag.h"
@@ -13,11 +14,6 @@ namespace {
 // A published value without meaning here: not one of its bits asks for 8-bit or floating-point samples.
 constexpr std::uint32_t kCaptureFlags = 32;
 
-// The captured data reaches the encoder by itself; the callback only tells whether to go on.
-bool MixRecordProc(Handle handle, const void*, std::uint32_t, void* user) {
-    return static_cast<AudioLibrary*>(user)->BASS_Encode_IsActive(handle);
-}
-
 }  // namespace
 
 Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> stopRec,
@@ -27,6 +23,23 @@ Module1::Module1(AudioLibrary& library, RunState& run, std::function<void()> sto
       stopRec_(std::move(stopRec)),
       publish_(std::move(publish)),
       doEvents_(std::move(doEvents)) {}
+
+// The captured data reaches the encoder by itself; the callback tells whether to go on, and measures beside it.
+bool Module1::MixRecordProc(Handle handle, const void* buffer, std::uint32_t length, void* user) {
+    auto& self = *static_cast<Module1*>(user);
+    self.meterBlock(handle, static_cast<const std::int16_t*>(buffer), length / kBytesPerFrame);
+    return self.library_.BASS_Encode_IsActive(handle);
+}
+
+void Module1::meterBlock(Handle handle, const std::int16_t* samples, std::size_t frames) {
+    const std::lock_guard lock(meterMutex_);
+    if (!meter_ || metered_ != handle) return;
+    try {
+        meter_->add(samples, frames);
+    } catch (const std::bad_alloc&) {
+        meter_.reset();  // the loudness remains unknown
+    }
+}
 
 void Module1::StartMixCapture(const std::function<bool()>& wanted) {
     if (run_.lastMixStream != 0) {
@@ -44,6 +57,11 @@ void Module1::StartMixCapture(const std::function<bool()>& wanted) {
         return giveUp(library_.encoderSearch(run_.encoderCommandLine)() ? RunFailure::encoderNotRun
                                                                         : RunFailure::encoderNotStarted,
                       run_.recordChannel);
+    if (measures_) {
+        const std::lock_guard lock(meterMutex_);
+        meter_ = std::make_unique<LoudnessMeter>();
+        metered_ = run_.recordChannel;
+    }
     if (!library_.BASS_ChannelPlay(run_.recordChannel, false)) giveUp(RunFailure::noThread, run_.recordChannel);
 }
 
@@ -53,9 +71,7 @@ Handle Module1::openInputs(const std::function<bool()>& wanted) {
         doEvents_();
         if (!wanted()) library_.giveUpOpening();
     };
-    const auto open = [this] {
-        return library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, &library_);
-    };
+    const auto open = [this] { return library_.BASS_RecordStart(kSampleRate, 2, kCaptureFlags, MixRecordProc, this); };
     const Handle channel = whileEventsRun(events, open);
     if (wanted()) return channel;
     whileEventsRun(doEvents_, [&] { library_.BASS_ChannelStop(channel); });
@@ -102,6 +118,7 @@ RunFailure Module1::finish() {
     if (library_.encoderState(run_.recordChannel) == EncoderState::failed) return RunFailure::encoderFailed;
     const std::int64_t frames = library_.framesEncoded(run_.recordChannel);
     if (frames == 0) return RunFailure::none;
+    noteLoudness();
     const Verdict verdict =
         whileEventsRun(doEvents_, [&] { return judge(run_.encodePath, [&] { return isWhole(frames); }); });
     if (verdict == Verdict::bad) return RunFailure::encoderFailed;
@@ -109,6 +126,12 @@ RunFailure Module1::finish() {
     if (verdict == Verdict::unknown && run_.failure == RunFailure::none)
         run_.failure = RunFailure::destinationNotWritable;
     return publish_(frames);
+}
+
+void Module1::noteLoudness() {
+    const std::lock_guard lock(meterMutex_);
+    if (meter_) run_.loudness = meter_->result();
+    meter_.reset();
 }
 
 }  // namespace melvane

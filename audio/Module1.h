@@ -3,7 +3,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <mutex>
 
+#include "loudness/loudness_meter.h"
 #include "platform/audio_library.h"
 #include "state/run_state.h"
 
@@ -23,7 +26,13 @@ public:
     // value of RunState::isMixing.
     bool StopMixCapture();
 
+    // Measures what the encoder is given into RunState::loudness, from the next start on.
+    void measure() { measures_ = true; }
+
 private:
+    static bool MixRecordProc(Handle handle, const void* buffer, std::uint32_t length, void* user);
+    void meterBlock(Handle handle, const std::int16_t* samples, std::size_t frames);
+    void noteLoudness();
     void giveUp(RunFailure failure, Handle channel);
     Handle openInputs(const std::function<bool()>& wanted);
     RunFailure finish();
@@ -34,6 +43,10 @@ private:
     std::function<void()> stopRec_;
     std::function<RunFailure(std::int64_t)> publish_;
     DoEvents doEvents_;
+    bool measures_ = false;
+    std::mutex meterMutex_;  // a capture that was given up may still deliver
+    std::unique_ptr<LoudnessMeter> meter_;
+    Handle metered_ = 0;  // capture
 };
 
 }  // namespace melvane

@@ -80,7 +80,7 @@ QPushButton[tab="true"]:focus { border-bottom-color: @focus; color: @focus; }
 #pList::item:selected { background: @voice; color: @inset; }
 
 #frmChann #hint { font-size: 10px; color: @muted; }
-QLabel[hint="true"], #frmPlayer #time { font-size: 11px; color: @muted; }
+QLabel[hint="true"], #frmPlayer #time, #frmPlayer #loudness { font-size: 11px; color: @muted; }
 #FM, #languagePage, #rehearsalPage { background: @raised; border-radius: 4px; }
 QPushButton[link="true"] { background: transparent; border-color: transparent; padding: 0 3px; color: @focus;
     text-align: left; text-decoration: underline; }
@@ -109,6 +109,10 @@ QComboBox:focus { border: 2px solid @focus; padding: 1px 6px; }
 QComboBox:disabled { background: @body; color: @faint; }
 QComboBox::drop-down { border: none; width: 20px; }
 QComboBox::down-arrow { image: url(down@muted.symbol); width: 12px; height: 12px; }
+QDoubleSpinBox { background: @inset; color: @text; border: 1px solid @edge; border-radius: 4px; padding: 2px 4px; }
+QDoubleSpinBox:hover { border-color: @muted; }
+QDoubleSpinBox:focus { border: 2px solid @focus; padding: 1px 3px; }
+QDoubleSpinBox:disabled { background: @body; color: @faint; }
 QComboBox QAbstractItemView { background: @raised; color: @text; border: 1px solid @edge; outline: none;
     selection-background-color: @song; selection-color: @inset; }
 

@@ -6,6 +6,8 @@
 #include <thread>
 #include <utility>
 
+#include "engine/graph/kept_mix.h"
+#include "engine/graph/limited_source.h"
 #include "engine/graph/tempo_source.h"
 #include "engine/readers.h"
 
@@ -101,6 +103,21 @@ PeakLevels Library::takePeaks(Handle channel) {
     if (channel == 0) return card_.takePeaks();
     const auto sounding = handles_.find<Channel>(channel);
     return sounding ? sounding->takePeaks() : PeakLevels{};
+}
+
+std::shared_ptr<KeptMix> Library::keepMix(Handle channel) {
+    if (options_.clock != CardClock::stepped) return nullptr;
+    try {
+        auto kept = std::make_shared<KeptMixFile>(channel != 0);
+        card_.tap(kept, handles_.find<Channel>(channel));
+        return kept;
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+}
+
+std::unique_ptr<LimitedSound> Library::limited(std::unique_ptr<PcmSource> source) {
+    return source ? std::make_unique<LimitedSource>(std::move(source)) : nullptr;
 }
 
 // --- playback ---
@@ -215,6 +232,12 @@ bool Library::BASS_ChannelGetAttributes(Handle handle, std::uint32_t& frequency,
 bool Library::BASS_ChannelSetAttributes(Handle handle, std::uint32_t, std::uint32_t volume, std::int32_t pan) {
     const auto channel = handles_.find<Channel>(handle);
     if (channel) channel->setLevel({volume, pan});
+    return channel != nullptr;
+}
+
+bool Library::trimChannel(Handle handle, float decibels) {
+    const auto channel = handles_.find<Channel>(handle);
+    if (channel) channel->trim(std::pow(10.0F, std::clamp(decibels, -kMostTrim, kMostTrim) / 20));
     return channel != nullptr;
 }
 

@@ -37,6 +37,8 @@ public:
     CardStatus cardStatus() const override;
     PeakLevels takePeaks(Handle channel) override;
     float takeReduction() override { return card_.takeReduction(); }
+    std::shared_ptr<KeptMix> keepMix(Handle channel) override;
+    std::unique_ptr<LimitedSound> limited(std::unique_ptr<PcmSource> source) override;
 
     Handle BASS_StreamCreateFile(bool mem, const char* file, std::uint32_t offset, std::uint32_t length,
                                  std::uint32_t flags) override;
@@ -61,6 +63,7 @@ public:
     bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                    std::int32_t pan) override;
 
+    bool trimChannel(Handle handle, float decibels) override;
     bool placeChannel(Handle handle, std::int64_t earlierFrames, bool once) override;
 
     Handle BASS_ChannelSetFX(Handle handle, std::uint32_t type, std::int32_t priority) override;

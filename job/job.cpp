@@ -36,6 +36,8 @@ std::vector<JobChange> changesBetween(const Job& before, const Job& after) {
     if (before.preset != after.preset) changes.push_back({JobPart::preset, 0});
     if (before.place != after.place) changes.push_back({JobPart::place, 0});
     if (before.tags != after.tags) changes.push_back({JobPart::tags, 0});
+    if (before.loudness != after.loudness) changes.push_back({JobPart::loudness, 0});
+    if (before.trim != after.trim) changes.push_back({JobPart::trim, 0});
     for (std::int16_t c = 0; c < kMidiChannels; ++c) {
         compareChannel(changes, static_cast<std::size_t>(c), before.channels[c], after.channels[c]);
         if (((before.soloed ^ after.soloed) >> c & 1) != 0)

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,10 @@ struct JobEffect {
 struct Job {
     PathFields files;
     VoicePlace place;
+    float trim = 0;  // dB
     double key = 0;
     float sync = 0;
+    std::optional<float> loudness;  // LUFS that an unheard mix is brought to
     std::array<std::int16_t, 2> volume = Settings{}.volume;
     std::array<std::int16_t, 4> tone = Settings{}.toneValue;
     std::array<std::int32_t, 2> balance = Settings{}.balanceValue;
@@ -57,6 +60,8 @@ enum class JobPart {
     preset,
     place,
     tags,
+    trim,
+    loudness,
     channelSwitch,
     channelVolume,
     channelBalance,

@@ -36,6 +36,8 @@ constexpr Range kBalances[]{{-100, 100}, {-100, 103}};
 constexpr Range kPlaces{-0x1p40, 0x1p40};  // a song of months
 constexpr Range kDrifts{-1e5, 1e5};
 constexpr const char* kTagFieldNames[kTagFields] = {"title", "artist", "album", "year", "genre"};
+constexpr Range kLoudness{kLeastLoudness, kMostLoudness};
+constexpr Range kTrims{-24, 24};
 constexpr Range kPorts{std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
 
 QString name(const char* field) {
@@ -227,8 +229,10 @@ Job readJob(const Fields& fields, const std::string& folder) {
                  readFile(fields.object("mix"), folder, Leads::toFolder)};
     voice.take("earlier", kPlaces, job.place.earlier);
     voice.take("drift", kDrifts, job.place.driftPpm);
+    voice.take("trim", kTrims, job.trim);
     fields.take("key", kKeys, job.key);
     fields.take("synchronisation", kSyncs, job.sync);
+    fields.take("loudness", kLoudness, job.loudness);
     fields.takeList<std::int16_t>("volume", {&kPercent, 1}, job.volume);
     fields.takeList<std::int16_t>("tone", {&kPercent, 1}, job.tone);
     fields.takeList<std::int32_t>("balance", kBalances, job.balance);
@@ -249,10 +253,11 @@ std::string jobText(const Job& job, const std::string& folder, JobLayout layout)
     QJsonObject voice = fileObject(job.files.vocal, folder);
     voice[name("earlier")] = static_cast<qint64>(job.place.earlier);
     voice[name("drift")] = job.place.driftPpm;
+    voice[name("trim")] = number(job.trim);
     QJsonArray effects;
     for (const JobEffect& effect : job.effects)
         effects.append(QJsonObject{{name("on"), effect.on}, {name("level"), effect.level}});
-    const QJsonObject object{
+    QJsonObject object{
         {name(kVersionField), kVersion},
         {name("song"), fileObject(job.files.background, folder)},
         {name("voice"), voice},
@@ -270,6 +275,7 @@ std::string jobText(const Job& job, const std::string& folder, JobLayout layout)
         {name("sound font"), fileObject(job.soundFont, folder)},
         {name("tags"), tagObject(job.tags, folder)},
     };
+    if (job.loudness) object[name("loudness")] = number(*job.loudness);
     const auto format = layout == JobLayout::line ? QJsonDocument::Compact : QJsonDocument::Indented;
     return QJsonDocument(object).toJson(format).toStdString();
 }

@@ -83,6 +83,11 @@ void MidiBackground::SetMidiVolume() {
     tell([&](MusicPerformance& performance) { performance.setMasterVolume(master); });
 }
 
+double MidiBackground::volumeDecibels(int percent) {
+    constexpr double kHundredths = 100;
+    return (percent * kVolumeStep + kLowestVolume) / kHundredths;
+}
+
 void MidiBackground::transpose(double key) {
     tell([&](MusicPerformance& performance) {
         const int semitones = soundingKey(key);

@@ -77,6 +77,8 @@ void frmMenu::addRun() {
     connect(mix_, &QAction::triggered, this, &frmMenu::mix);
     mixFast_ = add(mnuKar_, QStringLiteral("mixFast"), own(OwnText::mixFast), Qt::CTRL | Qt::SHIFT | Qt::Key_M);
     connect(mixFast_, &QAction::triggered, this, &frmMenu::mixFast);
+    matchLevels_ = add(mnuKar_, QStringLiteral("matchLevels"), own(OwnText::matchLevels), Qt::CTRL | Qt::Key_L);
+    connect(matchLevels_, &QAction::triggered, this, &frmMenu::matchLevels);
     stop_ = add(mnuKar_, QStringLiteral("stop"), own(OwnText::stop), Qt::CTRL | Qt::Key_Period);
     connect(stop_, &QAction::triggered, this, &frmMenu::stop);
     listen_ = add(mnuKar_, QStringLiteral("listen"), own(OwnText::listenToLastMix), Qt::CTRL | Qt::Key_P);
@@ -181,8 +183,10 @@ void frmMenu::setCanStop(bool can) {
 }
 
 void frmMenu::setCanMixFast(bool can, const QString& whyNot) {
-    mixFast_->setEnabled(can);
-    mixFast_->setToolTip(whyNot);
+    for (QAction* fast : {mixFast_, matchLevels_}) {
+        fast->setEnabled(can);
+        fast->setToolTip(whyNot);
+    }
 }
 
 void frmMenu::setSteps(bool canUndo, bool canRedo) {

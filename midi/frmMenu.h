@@ -43,6 +43,7 @@ Q_SIGNALS:
     void browse(int index);  // 0 background, 1 vocal, 2 destination
     void mix();
     void mixFast();
+    void matchLevels();
     void undo();
     void redo();
     void openJob();
@@ -81,6 +82,7 @@ private:
     QMenu* recent_ = nullptr;
     QAction* mix_ = nullptr;
     QAction* mixFast_ = nullptr;
+    QAction* matchLevels_ = nullptr;
     QAction* stop_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;

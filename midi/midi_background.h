@@ -138,6 +138,8 @@ public:
     // The background's volume. Throws OverflowError for one beyond 16-bit arithmetic.
     void SetMidiVolume();
     void applyVolumeAndBalance();
+    // How much louder the synthesiser gets by a volume of 0 to 100 than by itself.
+    static double volumeDecibels(int percent);
     // Bass and treble as the user wants them for a run, and as they are without one.
     void setTone();
     void restoreTone();

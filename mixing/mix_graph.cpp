@@ -94,10 +94,21 @@ bool MixGraph::playSong() {
     return !run_.isMidiBackground || midi_.PlayMidi();
 }
 
+void MixGraph::playKept(std::shared_ptr<PcmSource> mix) {
+    close();
+    kept_ = true;
+    length_ = mix->frames();
+    run_.backgroundChannel = with_.library.createStream(std::move(mix));
+    with_.library.BASS_ChannelPlay(run_.backgroundChannel, false);
+    with_.library.holdCardAtEndOf(run_.backgroundChannel);
+}
+
 void MixGraph::applySettings() {
+    if (kept_) return;
     effects_.PrepareEffects();
     effects_.ApplyAllEffects();
     SetBassVolume();
+    if (run_.voiceTrim != 0) applyTrim();
     effects_.applyTone();
     effects_.applyBalance();
     applyKey();
@@ -120,6 +131,7 @@ void MixGraph::close() {
         with_.library.BASS_MusicFree(*channel);
         *channel = 0;
     }
+    kept_ = false;
     midi_.StopMidi();
     midi_.restoreTone();
 }
@@ -130,6 +142,10 @@ void MixGraph::SetBassVolume() {
     else
         SetChannelVolume(with_.library, run_.backgroundChannel, settings_.volume[0]);
     SetChannelVolume(with_.library, run_.vocalChannel, settings_.volume[1]);
+}
+
+void MixGraph::applyTrim() {
+    if (run_.vocalChannel != 0) with_.library.trimChannel(run_.vocalChannel, run_.voiceTrim);
 }
 
 void MixGraph::applyKey() {
@@ -151,12 +167,12 @@ void MixGraph::applySyncOffset() {
 }
 
 std::int64_t MixGraph::position() const {
-    return run_.isMidiBackground ? toFrames(midi_.position())
-                                 : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
+    return isMidi() ? toFrames(midi_.position())
+                    : toFrames(with_.library.BASS_ChannelGetPosition(run_.backgroundChannel));
 }
 
 bool MixGraph::ended() const {
-    return position() >= length_ || (run_.isMidiBackground && !midi_.playing());
+    return position() >= length_ || (isMidi() && !midi_.playing());
 }
 
 RunFailure MixGraph::lostSource() const {

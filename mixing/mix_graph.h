@@ -25,6 +25,9 @@ public:
     void playFiles();
     // The same for a MIDI song, which takes a moment. False when it can't be played.
     bool playSong();
+    // In the place of song and voice, which are closed, plays `mix`: the sum of both, as it was kept. No settings
+    // apply.
+    void playKept(std::shared_ptr<PcmSource> mix);
     // Attaches the effects, and sets everything to what the user chose.
     void applySettings();
     // Not a frame is lost or repeated in between; a port of the machine is silent, and strikes again what sounded.
@@ -39,6 +42,7 @@ public:
     void SetBassVolume();
     void applyKey();
     void applySyncOffset();
+    void applyTrim();
 
     // Of the song, or of a voice alone, in frames; of a MIDI song the longest that it may become.
     std::int64_t length() const { return length_; }
@@ -50,6 +54,7 @@ public:
     RunFailure lostSource() const;
 
 private:
+    bool isMidi() const { return run_.isMidiBackground && !kept_; }
     bool isVoiceAlone() const { return run_.backgroundPath.empty(); }
     Handle openFile(const std::string& path, std::uint32_t flags, const std::function<bool()>& wanted,
                     double driftPpm = 0);
@@ -60,6 +65,7 @@ private:
     const Settings& settings_;
     EffectChain& effects_;
     MidiBackground& midi_;
+    bool kept_ = false;  // a kept mix plays
     std::int64_t length_ = 0;
     std::int64_t voiceLength_ = 0;
 };

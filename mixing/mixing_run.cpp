@@ -12,6 +12,7 @@
 #include "base/paths.h"
 #include "base/verdict.h"
 #include "mixing/failure_cause.h"
+#include "mixing/levelled_mix.h"
 #include "mixing/run_messages.h"
 #include "state/product.h"
 #include "state/window_patience.h"
@@ -96,6 +97,8 @@ bool MixingRun::canRun() {
     run_.tagCause = 0;
     run_.lastMixPath.clear();
     run_.partPath.clear();
+    run_.loudness.reset();
+    run_.missesTarget = false;
     if (!readPaths()) return false;
     // Without a song or an encoder nothing is even opened.
     if (run_.isMidiBackground && !midi_.loaded()) return refuse(RunFailure::midiUnplayable, BoxIcon::critical);
@@ -144,7 +147,7 @@ void MixingRun::start() {
     with_.doEvents();
     if (abandoned_) return;
     graph_.playFiles();
-    if (!prepareDestination() || !playSong()) return stopRec();
+    if (!prepareDestination() || !playSong() || !bringToLoudness()) return stopRec();
     startCapture();
     run_.isMixing = run_.recordChannel != 0;
     if (run_.isMixing) graph_.applySettings();
@@ -178,6 +181,26 @@ bool MixingRun::playSong() {
     }
     if (abandoned_) return false;
     return plays || refuse(RunFailure::midiUnplayable, BoxIcon::critical);
+}
+
+void MixingRun::measure(MeasuringProgress goOn) {
+    measuring_ = std::move(goOn);
+    capture_.measure();
+}
+
+// What sounds is mixed before, and the result takes its place.
+bool MixingRun::bringToLoudness() {
+    if (!measuring_ || !run_.targetLoudness) return true;
+    const Flag opening(opening_);
+    try {
+        auto sound = levelledMix(with_.library, run_, graph_, double{*run_.targetLoudness}, measuring_);
+        if (!sound) return false;
+        graph_.playKept(std::move(sound));
+        framesTotal_ = graph_.length();
+        return true;
+    } catch (const GivenUp&) {
+        return false;
+    }
 }
 
 void MixingRun::startCapture() {

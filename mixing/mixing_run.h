@@ -7,6 +7,7 @@
 #include "audio/Module1.h"
 #include "audio/recording_input.h"
 #include "mixing/environment.h"
+#include "mixing/kept_pass.h"
 #include "mixing/mix_graph.h"
 #include "state/mix_state.h"
 
@@ -28,6 +29,9 @@ public:
     // Follows the run and ends it with the background, or when the encoder has gone.
     void Timer1_Timer();
 
+    // From now on each run measures what it gives the encoder, and is brought to the loudness that RunState wants, on
+    // the stepped clock: `goOn` is told how far the measuring for that is, and tells whether the run is still wanted.
+    void measure(MeasuringProgress goOn);
     // What sounds in it.
     MixGraph& graph() { return graph_; }
 
@@ -51,6 +55,7 @@ private:
     bool openSources();
     bool prepareDestination();
     bool playSong();
+    bool bringToLoudness();
     void startCapture();
     // Puts the finished file in its place, or beside a destination that holds more.
     RunFailure publish(std::int64_t frames);
@@ -71,6 +76,7 @@ private:
     const MidiBackground& midi_;
     MixGraph graph_;
     Module1 capture_;
+    MeasuringProgress measuring_;               // none: nothing is measured
     std::unique_ptr<Destination> destination_;  // of the run
     std::int64_t framesTotal_ = 0;
     std::int64_t framesAtEnd_ = 0;

@@ -45,6 +45,7 @@ const Row kRows[] = {
     {RunFailure::encoderNotStarted, LangEntry::encodingFailed, OwnText::encoderNotFound},
     {RunFailure::encoderNotRun, LangEntry::encodingFailed, OwnText::encoderNotRun},
     {RunFailure::encoderFailed, LangEntry::encodingFailed, OwnText::encoderFailed, &RunState::destinationPath},
+    {RunFailure::mixNotKept, LangEntry::mixingNotInitialised},
 };
 
 const Row& rowOf(RunFailure failure) {
@@ -106,6 +107,7 @@ std::string writingCause(const modLang& language, int error) {
 std::string runCause(const modLang& language, const RunState& run) {
     const Row& row = rowOf(run.failure);
     std::string text;
+    if (run.failure == RunFailure::mixNotKept) return language.ownText(OwnText::noRoomToKeep, toText(cacheFolder()));
     if (run.cause == 0 && isUnreadable(run.failure)) text = decodingMessage(language, run.decoding);
     if (const auto cause = causeOf(run); text.empty() && cause) append(text, language.ownText(*cause, kEncoderName));
     if (row.detail) append(text, language.ownText(*row.detail, row.name ? run.*row.name : kEncoderName));

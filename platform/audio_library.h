@@ -39,12 +39,14 @@ inline constexpr std::uint32_t BASS_INPUT_TYPE_ANALOG = 0x0A000000;
 // Beyond any clock that runs, in parts in a million.
 inline constexpr double kMostDrift = 10000;
 
+inline constexpr float kMostTrim = 24;  // dB
+
 // Tempo and rate values that leave the parameter of a tempo stream unchanged.
 inline constexpr float kTempoUnchanged = -100.0F;
 inline constexpr float kRateUnchanged = 0.0F;
 
-// Called on the capture thread with each captured block of 16-bit stereo; `length` is in bytes. Returning
-// false ends the capture.
+// Called on the capture thread with each captured block of 16-bit stereo, once the encoder has it; `length` is in
+// bytes. Returning false ends the capture. Not called any more once the encoder has finished.
 using RecordProc = bool (*)(Handle handle, const void* buffer, std::uint32_t length, void* user);
 
 struct BASS_INFO {
@@ -91,6 +93,27 @@ struct Decoding {
     DecodingFailure failure = DecodingFailure::none;
 };
 
+// What the card has mixed, before its limiter, kept on the disk in a file without a name for as long as this lives.
+class KeptMix {
+public:
+    virtual ~KeptMix() = default;
+
+    // Of what was kept until now.
+    virtual std::int64_t frames() const = 0;
+    // 0, or the error number (<cerrno>) by which the disk refused more of it.
+    virtual int failure() const = 0;
+    // The sound of the channel that is kept apart, and that of everything else, each with a linear gain. For a reader
+    // of the program's own, as openReader's.
+    virtual std::unique_ptr<PcmSource> read(float rest, float channel) const = 0;
+};
+
+// A sound as the card's limiter leaves it: no frame is shifted.
+class LimitedSound : public PcmSource {
+public:
+    // The most that was taken away since this was asked last: 0 for nothing, 0.5 for half.
+    virtual float takeReduction() = 0;
+};
+
 class AudioLibrary {
 public:
     virtual ~AudioLibrary() = default;
@@ -130,6 +153,12 @@ public:
     // The most that the sum of all channels was turned down since this was asked last to keep it within full scale:
     // 0 for nothing, 0.5 for half. Never waits either.
     virtual float takeReduction() = 0;
+
+    // On the stepped clock: keeps what is mixed from now on, until the result goes, and apart what `channel` adds to it
+    // (0: none). nullptr when there is no place for a file.
+    virtual std::shared_ptr<KeptMix> keepMix(Handle channel) = 0;
+    // For a reader of the program's own. Behind a seek, only silence was before.
+    virtual std::unique_ptr<LimitedSound> limited(std::unique_ptr<PcmSource> source) = 0;
 
     // --- Playback --------------------------------------------------------------------------------------
     // Opens a whole file (`mem` false, `offset` and `length` 0) by its UTF-8 name; MP3, OGG, WAV and what
@@ -183,6 +212,10 @@ public:
     // Values outside the ranges are clamped. A change on a sounding channel ramps within 20 ms.
     virtual bool BASS_ChannelSetAttributes(Handle handle, std::uint32_t frequency, std::uint32_t volume,
                                            std::int32_t pan) = 0;
+
+    // The sound of a playback channel is made that much louder before its effects, -kMostTrim..kMostTrim dB (clamped).
+    // Ramps like the attributes; at 0 samples pass bit by bit.
+    virtual bool trimChannel(Handle handle, float decibels) = 0;
 
     // The channel begins `earlierFrames` before the song (behind its beginning where negative) and is silent before its
     // own start. `once`: it never loops, and fades within 5 ms at its two ends. The same place again changes nothing; a

@@ -15,6 +15,7 @@
 #include "controls/window_layout.h"
 #include "controls/window_region.h"
 #include "controls/zoom.h"
+#include "mixing/loudness_text.h"
 #include "settings/guarded.h"
 #include "state/numbers.h"
 #include "state/window_patience.h"
@@ -30,6 +31,7 @@ constexpr QRect kTime(44, 38, kSize.width() - 88, 16);
 constexpr QPoint kBack(14, 36);
 constexpr short kBackButton = 1;
 constexpr QRect kBar(kBarLeft - PlayBar::kMargin, 58, PlayBar::kUnits + 2 * PlayBar::kMargin, 18);
+constexpr QRect kLoudness(14, 76, kSize.width() - 28, 16);
 constexpr QRect kPlay(14, 94, 40, 28);
 constexpr int kButtonStep = 46;
 constexpr QRect kCloseButton(156, 94, 104, 28);
@@ -122,6 +124,7 @@ void frmPlayer::lookWhetherOpened() {
     opened_.stop();
     playerStream_ = opening_.get();
     length_ = library_.BASS_ChannelGetLength(playerStream_);
+    if (playerStream_ != 0) measuring_.start(playerFile_);
     for (QWidget* control : std::initializer_list<QWidget*>{progress_, Ed_Button1_, Ed_Button2_, Ed_Button3_})
         control->setEnabled(playerStream_ != 0);
     if (!focusWidget() || focusWidget() == this)
@@ -134,6 +137,10 @@ void frmPlayer::addBar() {
     time_->setObjectName(QStringLiteral("time"));
     time_->setAlignment(Qt::AlignCenter);
     layOut(time_, kTime);
+    loudnessLabel_ = new ElidedLabel(this, Qt::ElideRight);
+    loudnessLabel_->setObjectName(QStringLiteral("loudness"));
+    loudnessLabel_->setAlignment(Qt::AlignCenter);
+    layOut(loudnessLabel_, kLoudness);
     progress_ = new PlayBar(this);
     progress_->setObjectName(QStringLiteral("progress"));
     layOut(progress_, kBar);
@@ -187,11 +194,21 @@ void frmPlayer::setPlaying(bool playing) {
 }
 
 void frmPlayer::Timer1_Timer() {
+    if (const auto measured = measuring_.ended()) {
+        loudness_ = measured;
+        showLoudness();
+    }
     if (!playing_) return;
     // Asked before the position: a channel that came to its end is no longer active.
     const bool active = library_.BASS_ChannelIsActive(playerStream_) == ChannelActivity::playing;
     showPosition();
     if (!active || ratio() == 1) Ed_Button3_Click();
+}
+
+void frmPlayer::showLoudness() {
+    if (loudness_)
+        loudnessLabel_->setFullText(toQt(loudnessText(language_, *loudness_)), {}, {},
+                                    toQt(loudnessBrief(language_, *loudness_)));
 }
 
 double frmPlayer::ratio() const {
@@ -228,6 +245,7 @@ void frmPlayer::GetPlayerLanguage() {
     setButtonText(bClose_, close, close);
     setTitle(tip(OwnText::listen));
     showPosition();
+    showLoudness();
 }
 
 void frmPlayer::keyPressEvent(QKeyEvent* event) {

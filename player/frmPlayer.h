@@ -11,6 +11,7 @@
 #include "controls/elided_label.h"
 #include "controls/frameless_window.h"
 #include "controls/navButton.h"
+#include "mixing/file_loudness.h"
 #include "platform/audio_library.h"
 #include "platform/dialogs.h"
 #include "player/frm_play_bar.h"
@@ -51,6 +52,7 @@ private:
     void setPlaying(bool playing);
     void Timer1_Timer();
     void showPosition();
+    void showLoudness();
     double ratio() const;
     // To this byte of the file, or the nearer end of it.
     void seek(double position);
@@ -64,8 +66,12 @@ private:
     std::uint64_t length_ = 0;  // bytes
     bool playing_ = false;      // from play to pause, stop or the end
 
+    FileLoudness measuring_{library_};
+    std::optional<Loudness> loudness_;
+
     ElidedLabel* Label1_;
     QLabel* time_;
+    ElidedLabel* loudnessLabel_;
     PlayBar* progress_;
     Ed_Button* Ed_Button1_;
     Ed_Button* Ed_Button2_;

@@ -17,8 +17,8 @@ namespace melvane {
 
 namespace {
 
-constexpr QSize kUsual(760, 340);
-constexpr QSize kLeast(560, 220);
+constexpr QSize kUsual(760, 358);
+constexpr QSize kLeast(560, 238);
 constexpr int kMargin = 12;
 constexpr int kGap = 4;
 constexpr int kTransportY = 28;
@@ -26,10 +26,14 @@ constexpr QSize kPlay(44, 28);
 constexpr QSize kSmall(32, 28);
 constexpr int kRulerY = 62;
 constexpr int kRulerHeight = 20;
-constexpr int kBottom = 64;  // from the scroll bar to the lower edge
+constexpr int kBottom = 82;  // from the scroll bar to the lower edge
 constexpr int kScrollHeight = 10;
-constexpr QSize kLineUp(110, 28);
-constexpr QSize kMixFast(150, 28);
+constexpr int kRowHeight = 28;
+constexpr int kLineUp = 92;
+constexpr int kMatchLevels = 106;
+constexpr int kTrim = 100;
+constexpr int kLoudness = 84;
+constexpr int kMixFast = 132;
 constexpr int kLabelHeight = 18;
 constexpr int kGroupEnd = 2;  // of the transport's small buttons: stop, back, forth | the loop's
 
@@ -49,6 +53,10 @@ void acceptCopy(QDropEvent* event) {
 }
 
 }  // namespace
+
+QString lufsText(double lufs) {
+    return QString::number(lufs) + QStringLiteral(" LUFS");
+}
 
 frmTimeline::frmTimeline(Rehearsal& rehearsal, const MixState& state, const MidiState& midi, Waveforms& waveforms,
                          const modLang& language, Dialogs& dialogs, TimelineCalls calls, QWidget* owner)
@@ -132,11 +140,42 @@ void frmTimeline::addBottom() {
     placeLabel_->setProperty("accent", QStringLiteral("voice"));
     noteLabel_ = new ElidedLabel(this, Qt::ElideRight);
     noteLabel_->setObjectName(QStringLiteral("note"));
-    lineUp_ = addButton(this, "lineUp", QRect(QPoint(), kLineUp), ButtonLook::plain, Symbol::lineUp,
+    lineUp_ = addButton(this, "lineUp", {0, 0, kLineUp, kRowHeight}, ButtonLook::plain, Symbol::lineUp,
                         [this] { perform([this] { lineUp(); }); });
-    mixFast_ = addButton(this, "mixFast", QRect(QPoint(), kMixFast), ButtonLook::song, Symbol::mix,
+    matchLevels_ = addButton(this, "matchLevels", {0, 0, kMatchLevels, kRowHeight}, ButtonLook::plain, Symbol::settings,
+                             [this] { perform(calls_.matchLevels); });
+    addTrim();
+    addLoudness();
+    mixFast_ = addButton(this, "mixFast", {0, 0, kMixFast, kRowHeight}, ButtonLook::song, Symbol::mix,
                          [this] { perform(calls_.mixFast); });
-    for (Ed_Button* button : {lineUp_, mixFast_}) leaveSpaceToPlay(button);
+    for (Ed_Button* button : {lineUp_, matchLevels_, mixFast_}) leaveSpaceToPlay(button);
+}
+
+// What is typed counts once it is done.
+void frmTimeline::addTrim() {
+    constexpr double kStep = 0.5;
+    trim_ = new QDoubleSpinBox(this);
+    trim_->setObjectName(QStringLiteral("trim"));
+    trim_->setLocale(QLocale::c());
+    trim_->setRange(-double{kMostTrim}, double{kMostTrim});
+    trim_->setDecimals(1);
+    trim_->setSingleStep(kStep);
+    trim_->setButtonSymbols(QAbstractSpinBox::NoButtons);
+    trim_->setSuffix(QStringLiteral(" dB"));
+    trim_->setKeyboardTracking(false);
+    connect(trim_, &QDoubleSpinBox::valueChanged, this,
+            [this](double decibels) { perform([&] { rehearsal_.trimVoice(static_cast<float>(decibels)); }); });
+}
+
+void frmTimeline::addLoudness() {
+    loudness_ = new QComboBox(this);
+    loudness_->setObjectName(QStringLiteral("loudness"));
+    loudness_->addItem(QString());
+    for (const double lufs : {-14.0, -16.0, -18.0, -23.0}) loudness_->addItem(lufsText(lufs), lufs);
+    connect(loudness_, &QComboBox::activated, this, [this] {
+        const QVariant lufs = loudness_->currentData();
+        calls_.setLoudness(lufs.isValid() ? std::optional(lufs.toFloat()) : std::nullopt);
+    });
 }
 
 Ed_Button* frmTimeline::addControl(const char* name, Symbol symbol, OwnText text, const Action& action) {
@@ -211,14 +250,26 @@ void frmTimeline::arrange(const QSize& units) {
     layOut(voiceLane_, {kMargin, lanesY + lane + kGap, wide, lane});
     layOut(scroll_, {kMargin, bottomY, wide, kScrollHeight});
 
-    const int rowY = bottomY + kScrollHeight + 2 * kGap;
-    layOut(mixFast_, {QPoint(right - kMixFast.width(), rowY + kGap), kMixFast});
-    layOut(lineUp_, {QPoint(right - kMixFast.width() - kGap - kLineUp.width(), rowY + kGap), kLineUp});
-    const int labels = placeOf(*lineUp_).x() - kMargin - 2 * kGap;
-    layOut(placeLabel_, {kMargin, rowY, labels, kLabelHeight});
-    layOut(noteLabel_, {kMargin, rowY + kLabelHeight, labels, kLabelHeight});
+    arrangeBottom(right, bottomY);
     view_.setWidth(songLane_->width());
     showView();
+}
+
+// What is done with the voice on the left, the mix on the right, and what is told below.
+void frmTimeline::arrangeBottom(int right, int bottomY) {
+    const int rowY = bottomY + kScrollHeight + 2 * kGap;
+    int x = kMargin;
+    for (const auto& [control, width] : std::initializer_list<std::pair<QWidget*, int>>{
+             {lineUp_, kLineUp}, {matchLevels_, kMatchLevels}, {trim_, kTrim}}) {
+        layOut(control, {x, rowY, width, kRowHeight});
+        x += width + kGap;
+    }
+    layOut(mixFast_, {right - kMixFast, rowY, kMixFast, kRowHeight});
+    layOut(loudness_, {right - kMixFast - kGap - kLoudness, rowY, kLoudness, kRowHeight});
+    const int labelY = rowY + kRowHeight + kGap;
+    const int place = (right - kMargin) / 3;
+    layOut(placeLabel_, {kMargin, labelY, place, kLabelHeight});
+    layOut(noteLabel_, {kMargin + place + kGap, labelY, right - kMargin - place - kGap, kLabelHeight});
 }
 
 // --- what the user does ---

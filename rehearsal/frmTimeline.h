@@ -2,11 +2,14 @@
 // be put in its place.
 #pragma once
 
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QScrollBar>
 #include <QTimer>
 #include <QUrl>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +41,11 @@ struct TimelineCalls {
     // Begins to look for the voice's place, and gives it up; showLiningUp() and the like tell of it. None: it can't.
     std::function<void()> lineUp = {};
     std::function<void()> giveUpLineUp = [] {};
+    // Begins to look for the levels with which song and voice fit each other; fastMix() tells of it, mixFast() cancels
+    // it. None: it can't.
+    std::function<void()> matchLevels = {};
+    // The loudness that a mix without listening is brought to, LUFS; none: as it is.
+    std::function<void(std::optional<float>)> setLoudness = [](auto) {};
     // Begins a mix without listening, or cancels the one that goes on. None: it can't.
     std::function<void()> mixFast = {};
     // Why there can be no such mix of what was chosen, in the current language; "" when there can.
@@ -48,6 +56,8 @@ struct TimelineCalls {
     // How far one of them is decoded, in the current language; "" when none is being.
     std::function<std::string()> decoding = [] { return std::string(); };
 };
+
+QString lufsText(double lufs);
 
 class frmTimeline : public ResizableWindow {
     Q_OBJECT
@@ -132,6 +142,10 @@ private:
     void scrollBy(double pixels);
     void showAll();
     void lineUp();
+    void addTrim();
+    void addLoudness();
+    void arrangeBottom(int right, int bottomY);
+    void refreshLevels(bool can);
 
     void tick();
     void showPosition();
@@ -181,6 +195,9 @@ private:
     ElidedLabel* placeLabel_;
     ElidedLabel* noteLabel_;
     Ed_Button* lineUp_;
+    Ed_Button* matchLevels_;
+    QDoubleSpinBox* trim_;
+    QComboBox* loudness_;
     Ed_Button* mixFast_;
     Ed_Button* bClose_;
     QTimer timer_{this};

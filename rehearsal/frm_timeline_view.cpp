@@ -142,6 +142,7 @@ void frmTimeline::refreshButtons() {
     transport_.back()->setEnabled(can && rehearsal_.loop().given());
     lineUp_->setEnabled(calls_.lineUp && can && !state_.fields.background.empty() && !state_.fields.vocal.empty());
     refreshLineUp();
+    refreshLevels(can);
     refreshFastMix(can);
 }
 
@@ -151,6 +152,19 @@ void frmTimeline::refreshLineUp() {
     setButtonLook(lineUp_, ButtonLook::plain, goesOn ? Symbol::stop : Symbol::lineUp);
     setButtonText(lineUp_, toQt(language_.ownText(goesOn ? OwnText::stop : OwnText::lineUp)),
                   toQt(language_.ownText(goesOn ? OwnText::giveUpLineUpMeaning : OwnText::lineUpMeaning)));
+}
+
+// What is being typed stays: the field's value is the old one until it is done.
+void frmTimeline::refreshLevels(bool can) {
+    const bool both = can && !state_.fields.background.empty() && !state_.fields.vocal.empty();
+    matchLevels_->setEnabled(calls_.matchLevels && both && !mixesFast_ && calls_.fastMixRefusal().empty());
+    trim_->setEnabled(!state_.fields.vocal.empty());
+    const QSignalBlocker quiet(trim_);
+    if (static_cast<float>(trim_->value()) != state_.run.voiceTrim) trim_->setValue(double{state_.run.voiceTrim});
+    const auto& lufs = state_.run.targetLoudness;
+    if (!lufs) return loudness_->setCurrentIndex(0);
+    if (loudness_->findData(double{*lufs}) < 0) loudness_->addItem(lufsText(double{*lufs}), double{*lufs});
+    loudness_->setCurrentIndex(loudness_->findData(double{*lufs}));
 }
 
 // The button begins a mix, and cancels it while it goes on.
@@ -229,6 +243,14 @@ void frmTimeline::GetTimelineLanguage() {
     songLane_->setAccessibleName(toQt(language_.ownText(OwnText::songColumn)));
     setName(voiceLane_, toQt(language_.ownText(OwnText::voicePlace)));
     voiceLane_->setToolTip(voiceLane_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::voicePlaceMeaning)));
+    setButtonText(matchLevels_, toQt(language_.ownText(OwnText::matchLevels)),
+                  toQt(language_.ownText(OwnText::matchLevelsMeaning)));
+    setName(trim_, toQt(language_.ownText(OwnText::voiceTrim)));
+    trim_->setToolTip(trim_->accessibleName() + u'\n' + toQt(language_.ownText(OwnText::voiceTrimMeaning)));
+    trim_->setPrefix(toQt(language_.ownText(OwnText::trimField)));
+    setName(loudness_, toQt(language_.ownText(OwnText::mixLoudness)));
+    loudness_->setToolTip(toQt(language_.ownText(OwnText::mixLoudnessMeaning)));
+    loudness_->setItemText(0, toQt(language_.ownText(OwnText::mixLoudnessOff)));
     scroll_->setAccessibleName(toQt(language_.ownText(OwnText::shownPart)));
     setButtonText(bClose_, {}, toQt(language_.lang(LangEntry::close)));
     refresh();

@@ -155,6 +155,12 @@ void Rehearsal::placeVoice(const VoicePlace& place) {
     graph_.applySyncOffset();
 }
 
+void Rehearsal::trimVoice(float decibels) {
+    constexpr float kSteps = 10;
+    run_.voiceTrim = std::clamp(std::round(decibels * kSteps) / kSteps, -kMostTrim, kMostTrim);
+    graph_.applyTrim();
+}
+
 void Rehearsal::Timer1_Timer() {
     if (!playing() || busy_) return;
     const RunFailure lost = graph_.lostSource();

@@ -61,6 +61,8 @@ public:
 
     // Where the voice is, live. Its clock is put right when it is opened: until then what is open is outdated.
     void placeVoice(const VoicePlace& place);
+    // How much louder it is before its effects, live: dB, to a tenth, -24..24.
+    void trimVoice(float decibels);
     bool outdated() const { return run_.isRehearsing && !busy_ && clock_ != run_.voicePlace.driftPpm; }
 
     // Follows what plays: ends it with the song, or when a file could no longer be read.

@@ -72,10 +72,25 @@ enum class OwnText {
     redoChange,  // what
     severalSettings,
     voicePlace,
+    voiceTrim,
     channelSolo,  // number
     mixFast,
     mixingFast,
-    timeLeft,  // time
+    matchLevels,
+    matchLevelsMeaning,
+    matchingLevels,  // per cent
+    levelsMatched,   // LU
+    levelsTrim,      // dB
+    levelsSong,      // per cent
+    levelsNoSong,
+    levelsNoVoice,
+    levelsOutOfReach,
+    measuringMix,  // per cent
+    mixLoudness,
+    mixLoudnessMeaning,
+    mixLoudnessOff,
+    mixMissesTarget,  // file
+    timeLeft,         // time
     cancelFastMix,
     cancelFastMixMeaning,
     mixCancelled,
@@ -172,6 +187,8 @@ enum class OwnText {
     voiceWithSong,
     voiceBeforeSong,  // seconds
     voiceAfterStart,  // seconds
+    trimField,
+    voiceTrimMeaning,
     lineUp,
     lineUpMeaning,
     giveUpLineUpMeaning,
@@ -195,6 +212,11 @@ enum class OwnText {
     mixing,
     finishingFile,
     mixFinished,  // file
+    loudness,     // LUFS
+    loudnessRange,
+    truePeak,
+    soundIsSilence,
+    noLoudness,
     mixIsSilent,  // file
     stopped,
     partKept,          // file
@@ -235,6 +257,7 @@ enum class OwnText {
     needsDecoder,   // program
     decoderNotRun,  // program
     noRoomToDecode,
+    noRoomToKeep,
     noSuchFile,
     noSuchFolder,
     deadLink,

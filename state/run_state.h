@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/audio_library.h"
+#include "state/loudness.h"
 #include "state/tag_choice.h"
 #include "state/voice_place.h"
 
@@ -31,6 +33,7 @@ enum class RunFailure {
     encoderNotStarted,  // there is none
     encoderNotRun,      // it could not be started
     encoderFailed,
+    mixNotKept,  // there is no room for what is to be measured
 };
 
 // The three path fields of the main window; UTF-8, empty when nothing was chosen.
@@ -48,9 +51,12 @@ struct RunState {
     std::string destinationPath;
     std::string encodePath;  // what the encoder writes: a private file until the mix is complete
     std::string encoderCommandLine;
-    std::string lastMixPath;  // what the last run produced, when it ended well
-    std::string listenPath;   // the last that can be played, also after a run that failed or was refused
-    std::string partPath;     // where the last run put what it had, beside a destination that stays as it was
+    std::string lastMixPath;           // what the last run produced, when it ended well
+    std::string listenPath;            // the last that can be played, also after a run that failed or was refused
+    std::string partPath;              // where the last run put what it had, beside a destination that stays as it was
+    std::optional<Loudness> loudness;  // of what the last run produced, once it was measured
+    std::optional<float> targetLoudness;  // LUFS that an unheard mix is brought to
+    bool missesTarget = false;            // the last one could not be, without too much of the limiter
     bool isMidiBackground = false;
     bool mayReplace = true;  // a file that stands at the destination
     bool isMixing = false;
@@ -63,6 +69,7 @@ struct RunState {
     double key = 0;                   // semitones, -5..5
     float syncOffset = 0;             // seconds, -0.6..0.6; positive: the vocal is earlier
     VoicePlace voicePlace;
+    float voiceTrim = 0;                               // dB, -24..24: how much louder the vocal goes into its effects
     bool voiceOutsideSong = false;                     // there is nothing of it to be heard, of the last that was open
     std::int32_t savedInput = 0;                       // recording input that was on when the program started
     std::int32_t savedLevel = 0;                       // its level, 0..100

@@ -4,6 +4,8 @@
 #include <soxr.h>
 
 #include "engine/device/gap_fade.h"
+#include "engine/graph/kept_mix.h"
+#include "engine/graph/limited_source.h"
 #include "tests/sound.h"
 
 namespace melvane::engine {
@@ -69,6 +71,54 @@ TEST(Card, HoldsItselfBehindTheLastFrameOfTheSongWhateverTheBlock) {
         EXPECT_EQ(song->position(), 1000);
         EXPECT_FALSE(session.card.running());
     }
+}
+
+// What is kept beside the card, through a limiter of its own, is what the card has handed out.
+TEST(Card, KeptMixIsWhatWasMixed) {
+    constexpr std::size_t kFrames = 30000;
+    for (const bool apart : {false, true}) {
+        Session session;
+        const auto song = channelOf(sine(440, 0.9, kFrames));
+        const auto voice = channelOf(noise16(kFrames / 3, 2, 20000), true);
+        voice->trim(1.5F);
+        const auto kept = std::make_shared<KeptMixFile>(apart);
+        session.card.tap(kept, apart ? voice : nullptr);
+        session.play(voice);
+        session.play(song);
+        session.card.holdAtEndOf(song);
+        mix(session.card, 2 * kFrames, 441);
+        ASSERT_EQ(kept->failure(), 0);
+        ASSERT_EQ(kept->frames(), static_cast<std::int64_t>(kFrames));
+        LimitedSource limited(kept->read(1, 1));
+        Sound heard(kFrames * 2 + 2000);
+        std::size_t done = 0;
+        while (const std::size_t got = limited.read(&heard[done * 2], 1000)) done += got;
+        ASSERT_EQ(done, kFrames);
+        EXPECT_GT(limited.takeReduction(), 0.2F) << "there was something to limit";
+        for (std::size_t i = 0; i < kFrames * 2; ++i)
+            ASSERT_NEAR(heard[i], session.recorder->sound[i], apart ? 1e-6 : 0) << i;
+        Sound alone(2000);
+        kept->read(0, 1)->read(alone.data(), 1000);
+        const Sound source = noise16(kFrames / 3, 2, 20000);
+        for (std::size_t i = 0; apart && i < alone.size(); ++i) ASSERT_FLOAT_EQ(alone[i], source[i] * 1.5F);
+    }
+}
+
+TEST(Card, TrimRampsAndDoesNotDependOnTheBlock) {
+    const auto run = [](std::size_t block) {
+        Session session;
+        const auto voice = channelOf(Sound(20000, 0.1F));
+        session.play(voice);
+        mix(session.card, 2000, block);
+        voice->trim(8);
+        mix(session.card, 4000, block);
+        return session.recorder->sound;
+    };
+    const Sound sound = run(64);
+    EXPECT_EQ(sound, run(1000));
+    EXPECT_EQ(sound[0], 0.1F) << "bit by bit";
+    EXPECT_FLOAT_EQ(sound.back(), 0.8F);
+    for (std::size_t i = 2; i < sound.size(); ++i) ASSERT_LT(std::abs(sound[i] - sound[i - 2]), 0.001F) << i;
 }
 
 // A list of actions at given frames gives the same samples in blocks of any size.

@@ -127,6 +127,8 @@ public:
     std::uint32_t stepCard(std::uint32_t frames) override { return frames; }
     float reduction = 0;
     float takeReduction() override { return reduction; }
+    std::shared_ptr<KeptMix> keepMix(Handle) override { return nullptr; }
+    std::unique_ptr<LimitedSound> limited(std::unique_ptr<PcmSource>) override { return nullptr; }
     CardStatus cardStatus() const override { return card; }
 
     PeakLevels takePeaks(Handle channel) override {
@@ -198,6 +200,7 @@ public:
         return note("BASS_ChannelSetAttributes", handle, frequency, volume, pan);
     }
 
+    bool trimChannel(Handle handle, float decibels) override { return note("trimChannel", handle, decibels); }
     bool placeChannel(Handle handle, std::int64_t earlierFrames, bool once) override {
         return note("placeChannel", handle, earlierFrames, once);
     }

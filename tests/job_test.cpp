@@ -23,6 +23,8 @@ Job oddJob(const std::string& folder) {
     Job job;
     job.files = {folder + "/zażółć \"1\"\n\\.kar", folder + "/deep/głos.wav", folder + "/../mix.mp3"};
     job.place = {-123456789012, 0.1 + 0.2};
+    job.trim = -12.3F;
+    job.loudness = -14.5F;
     job.key = -4.999999999999999;
     job.sync = 0.04F;
     job.volume = {0, 99};
@@ -75,6 +77,8 @@ TEST(JobText, TellsWhatIsWrong) {
         {R"({"melvane job": 1, "volume": [1.5, 2]})", value + "volume"},
         {R"({"melvane job": 1, "balance": [103, 0]})", value + "balance"},
         {R"({"melvane job": 1, "voice": {"earlier": 1e300}})", value + "voice: earlier"},
+        {R"({"melvane job": 1, "voice": {"trim": 24.1}})", value + "voice: trim"},
+        {R"({"melvane job": 1, "loudness": 0})", value + "loudness"},
         {R"({"melvane job": 1, "song": {"path": "a\u0000b"}})", value + "song: path"},
         {R"({"melvane job": 1, "channels": [{"on": true}]})", value + "channels: channel"},
         {R"({"melvane job": 1, "channels": [{"channel": 4, "on": false}]})", value + "channels: volume"},

@@ -10,7 +10,7 @@ import sys
 from fnmatch import fnmatch
 from pathlib import Path
 
-ROWS = ["base", "platform", "state", "alignment", "tags", "controls", "settings", "audio", "effects", "midi", "mixing", "job",
+ROWS = ["base", "platform", "state", "alignment", "tags", "loudness", "controls", "settings", "audio", "effects", "midi", "mixing", "job",
         "rehearsal", "player", "app", "tools"]
 ISLANDS = ["engine", "music", "desktop"]
 SHARED = ["base", "platform"]  # All that an island sees beside itself.

@@ -192,7 +192,9 @@ struct PlayerFixture : WindowFixture<frmPlayer> {
 
 TEST_F(PlayerFixture, PlaysOneFile) {
     library.length = 4 * 44100 * 60;
+    library.readers.put("/m/song.mp3", sine(1000, std::pow(10, -23 / 20.0), 5 * kSampleRate));
     open();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return text("loudness") == "-23 LUFS, 0 LU, -23 dBTP"; })) << text("loudness");
     EXPECT_EQ(text("Label1"), "/m/song.mp3");
     auto& play = find<QWidget>(*window, "Ed_Button1");
     const QImage resting = play.grab().toImage();

@@ -2,6 +2,8 @@
 #include "rehearsal/frmTimeline.h"
 
 #include <QAccessible>
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPaintEvent>
@@ -271,6 +273,30 @@ TEST_F(TimelineFixture, FollowingPaintsThePlayheadAndTurnsPages) {
     QTest::qWait(100);
     library.cardPlace = kSong / 2;
     EXPECT_TRUE(QTest::qWaitFor([&] { return scroll.value() > 0; })) << "turned";
+}
+
+TEST_F(TimelineFixture, TrimsTheVoiceInOneStepAndChoosesALoudness) {
+    auto& trim = find<QDoubleSpinBox>(*window, "trim");
+    trim.setFocus();
+    trim.selectAll();
+    QTest::keyClicks(&trim, QStringLiteral("-0.7"));
+    EXPECT_EQ(mixer().run().voiceTrim, 0) << "not while it is being typed";
+    window->refresh();
+    QTest::keyClick(&trim, Qt::Key_Return);
+    EXPECT_EQ(mixer().run().voiceTrim, -0.7F);
+    QAction& undo = *main().findChild<QAction*>(QStringLiteral("undo"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return undo.text().remove(u'&') == QStringLiteral("Undo: Trim of the voice"); }));
+    auto& loudness = find<QComboBox>(*window, "loudness");
+    loudness.setFocus();
+    QTest::keyClick(&loudness, Qt::Key_Down);
+    EXPECT_EQ(mixer().run().targetLoudness, -14.0F);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return undo.text().contains(QStringLiteral("oudness")); }));
+    choose("undo");
+    choose("undo");
+    EXPECT_EQ(mixer().run().targetLoudness, std::nullopt);
+    EXPECT_EQ(mixer().run().voiceTrim, 0);
+    EXPECT_EQ(trim.value(), 0);
+    EXPECT_EQ(loudness.currentIndex(), 0);
 }
 
 TEST_F(TimelineFixture, KeepsItsSizeAndGrowsWithTheZoom) {

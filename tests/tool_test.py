@@ -38,6 +38,12 @@ def noise(frames, seed=1):
     return array.array("h", (s // 2 for s in samples)).tobytes()
 
 
+def sine(frames, dbfs):
+    """1 kHz on both sides."""
+    one_second = [round(32768 * 10 ** (dbfs / 20) * math.sin(2 * math.pi * 1000 * i / RATE)) for i in range(RATE)]
+    return array.array("h", [s for i in range(frames) for s in (one_second[i % RATE],) * 2]).tobytes()
+
+
 def clicks(frames, places, side):
     """Silence with a short bell on one side (0 left, 1 right) around each of the places."""
     samples = array.array("h", bytes(frames * 4))
@@ -237,6 +243,54 @@ class MixTest(ToolTest):
         self.assertEqual(self.mixed_pcm("--", song="-song.m4a", voice="voice.wma"), expected)
         alone = self.encoder(folder="alone").split(":")[0]
         self.expect_refused(wav, "voice.wma", "none.mp3", path=alone, says="apt install ffmpeg.*voice.wma")
+
+    def result(self, *arguments):
+        """Of a mix that was made: its levels, if there were any to be found, and its result."""
+        status, output, errors = self.finish(self.start("--json", "--quiet", "--overwrite", *arguments, "mix.mp3"))
+        self.assertEqual(status, 0, errors)
+        lines = [json.loads(line) for line in output.splitlines()]
+        return {line["event"]: line for line in lines if line["event"] in ("levels", "result")}
+
+    def test_every_mix_is_measured(self):
+        tone = self.wav("tone.wav", pcm=sine(12 * RATE, -23))
+        silence = self.wav("silence.wav", pcm=bytes(4 * RATE * 2))
+        for song, options, expected in ((tone, (), (-23, 0, -23)), (tone, ("--voice-trim", "6"), (-17, 0, -17)),
+                                        (silence, (), (None, None, None))):
+            with self.subTest(expected=expected):
+                voice = tone if "--voice-trim" in options else silence
+                volume = "0,100" if voice is tone else "100,100"
+                result = self.result("--volume", volume, *options, song, voice)["result"]
+                for name, value in zip(("lufs", "range_lu", "true_peak_db"), expected):
+                    self.assertEqual(result[name], value) if value is None else self.assertAlmostEqual(result[name], value, delta=0.1)
+
+    def test_levels_are_matched_and_loudness_is_reached(self):
+        song, voice = self.wav("song.wav", pcm=noise(LONG)), self.wav("voice.wav", pcm=sine(LONG, -50))
+        found = self.result("--match-levels", song, voice)["levels"]
+        self.assertAlmostEqual(found["voice_lufs"] - found["song_lufs"], 2, delta=0.5)
+        self.assertLessEqual(found["limited_share"], 0.01)
+        volume = ",".join(map(str, found["volume"]))
+        matched = (self.dir / "mix.mp3").read_bytes()
+        self.result("--volume", volume, "--voice-trim", found["voice_trim"], song, voice)
+        self.assertEqual((self.dir / "mix.mp3").read_bytes(), matched, "levels that are found are those that are set")
+        for target in (-20, -14):
+            result = self.result("--loudness", target, song, voice)["result"]
+            self.assertAlmostEqual(result["lufs"], target, delta=0.1)
+            self.assertEqual((result["frames"], result["target_reached"]), (LONG, True))
+        first = (self.dir / "mix.mp3").read_bytes()
+        self.result("--loudness", -14, song, voice)
+        self.assertEqual((self.dir / "mix.mp3").read_bytes(), first, "the same job, the same bytes")
+        ticks = self.wav("ticks.wav", pcm=clicks(LONG, range(1000, LONG, RATE), side=0))
+        self.assertFalse(self.result("--loudness", -14, ticks, ticks)["result"]["target_reached"])
+
+    def test_what_cannot_be_matched_or_kept_leaves_nothing(self):
+        tone, silence = self.wav("tone.wav", pcm=sine(LONG, -23)), self.wav("silence.wav", pcm=bytes(4 * RATE))
+        before = self.files()
+        self.expect_refused("--match-levels", silence, tone, "new.mp3", says="song is silent")
+        self.expect_refused("--match-levels", tone, silence, "new.mp3", says="voice is silent")
+        limit = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))}
+        for option in (("--match-levels",), ("--loudness", "-14")):
+            self.expect_refused(*option, tone, tone, "new.mp3", says="no room", **limit)
+        self.assertEqual(self.files(), before)
 
     def test_job_is_mixed_as_its_options_would_be(self):
         work = self.folder("work")

@@ -332,6 +332,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     }
     EXPECT_FALSE(main().close()) << "as from the window manager";
 
+    library.readers.put(dir / "mix.mp3", sine(1000, std::pow(10, -23 / 20.0), 5 * kSampleRate));
     std::string whileFinishing;
     library.encoderFinishes = 200;
     QTimer look;
@@ -342,7 +343,9 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     });
     look.start(20);
     library.position = library.length;
-    EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << status();
+    const std::string finished =
+        "Mix finished: " + dir.path() + "/mix.mp3 – loudness -23 LUFS, range 0 LU, true peak -23 dBTP";
+    EXPECT_TRUE(waitFor(finished)) << status();
     EXPECT_EQ(whileFinishing, "b_midi b_eff bHelp bClose ");
     EXPECT_EQ(enabled(), kMixed);
     EXPECT_EQ(title(), "Melvane");
@@ -351,7 +354,7 @@ TEST_F(WindowFixture, ARunLocksTheWindowShowsItsProgressAndEndsWithTheSong) {
     dir.write("mix.mp3", "the mix");
     press("mi_button");
     EXPECT_EQ(dialogs.boxes.back(), "Melvane: Do you want to overwrite existing file?");
-    EXPECT_EQ(status(), "Mix finished: " + dir.path() + "/mix.mp3");
+    EXPECT_EQ(status(), finished);
     EXPECT_EQ(enabled(), kMixed);
     library.calls.clear();
     QTest::qWait(200);
@@ -411,7 +414,7 @@ TEST_F(WindowFixture, TheStopButtonEndsARunAndAHeldKeyDoesNot) {
     EXPECT_FALSE(mixer().run().isMixing);
     EXPECT_TRUE(QTest::qWaitFor([this] { return find<QWidget>(main(), "Ed_Button1").isEnabled(); }));
     EXPECT_EQ(std::ranges::count(library.calls, "hurryEncoder 4"), 1) << "it does not wait for an encoder that hangs";
-    EXPECT_EQ(status(), "Stopped");
+    EXPECT_TRUE(waitFor("Stopped – silence")) << status();
     EXPECT_EQ(enabled(), kMixed);
     EXPECT_TRUE(main().findChild<frmPlayer*>()->isVisible()) << "the mix can be listened to";
     QTest::keyClick(main().findChild<frmPlayer*>(), Qt::Key_Q, Qt::ControlModifier);
@@ -836,7 +839,7 @@ TEST_F(WindowFixture, TheDiskIsNeverAskedOnTheWindowsThread) {
     EXPECT_EQ(mixer().fields(), (PathFields{song, voice, old}));
     press("mi_button");
     library.position = library.length;
-    EXPECT_TRUE(waitFor("Mix finished: " + old)) << status();
+    EXPECT_TRUE(waitFor("Mix finished: " + old + " – silence")) << status();
     press("b_listen");
     find<frmPlayer>(main(), "frmPlayer").close();
     main().mixFast();
@@ -868,7 +871,7 @@ TEST_F(WindowFixture, ABoxDoesNotHoldUpTheEndOfARun) {
     press("mi_button");
     dialogs.onBox = [this] {
         library.position = library.length;
-        EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3")) << status();
+        EXPECT_TRUE(waitFor("Mix finished: " + dir.path() + "/mix.mp3 – silence")) << status();
         EXPECT_EQ(readFile(dir / "mix.mp3"), library.product);
     };
     press("bClose");

@@ -25,6 +25,7 @@
 #include "desktop/registry_file.h"
 #include "job/job_file.h"
 #include "mixing/failure_cause.h"
+#include "mixing/loudness_text.h"
 #include "mixing/run_messages.h"
 #include "mixing/voice_search.h"
 #include "music/music.h"
@@ -90,6 +91,8 @@ Job jobOf(const MixOptions& options, const modLang& language) {
                                       {&options.soundFont, &job.soundFont}})
         if (!given->empty()) *file = *given;
     if (options.key) job.key = *options.key;
+    if (options.loudness) job.loudness = static_cast<float>(*options.loudness);
+    if (options.trim) job.trim = static_cast<float>(*options.trim);
     const MixOptions::Sync sync = options.sync.value_or(MixOptions::Sync{job.sync, job.place});
     job.sync = options.findsPlace ? 0 : sync.offset;
     job.place = sync.place;
@@ -107,6 +110,8 @@ bool prepare(const MixOptions& options, const Job& job, HeadlessMix& headless) {
     Job whole = options.job.empty() ? takeJob(mixer) : job;
     whole.files = job.files;
     whole.key = job.key;
+    whole.trim = job.trim;
+    whole.loudness = job.loudness;
     whole.sync = job.sync;
     whole.place = job.place;
     whole.tags = job.tags;
@@ -138,6 +143,23 @@ int lineUp(const MixOptions& options, const Job& job, Mixer& mixer, const modLan
     return found.end == SearchEnd::givenUp ? kSignalBase + interruptedBy : kCouldNot;
 }
 
+// Sets the levels that fit, or says why there are none: the exit status.
+int matchLevels(HeadlessMix& headless, const modLang& language, Reporter& reporter) {
+    headless.measuring = [&reporter](double done) { reporter.measuring(done); };
+    const auto match = headless.findLevels();
+    if (interruptedBy != 0) {
+        reporter.failed("interrupted before the levels were found");
+        return kSignalBase + interruptedBy;
+    }
+    if (!match || match->end != MatchEnd::matched) {
+        reporter.failed(match ? levelsText(language, *match) : runMessage(language, headless.mixer().run()));
+        return kCouldNot;
+    }
+    headless.mixer().setLevels(match->levels);
+    reporter.matched(*match);
+    return kDone;
+}
+
 int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const modLang& language,
         AudioLibrary& library, Reporter& reporter) {
     Mixer& mixer = headless.mixer();
@@ -152,6 +174,9 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
         const int found = lineUp(options, job, mixer, language, library, reporter);
         if (found != kDone || options.findSync) return found;
     }
+    if (options.matchesLevels)
+        if (const int matched = matchLevels(headless, language, reporter); matched != kDone) return matched;
+    headless.measuring = [&reporter](double done) { reporter.measuring(done); };
     const HeadlessMix::End end = headless.mix([&](auto done, auto total) { reporter.progress(done, total); });
     const RunState& run = mixer.run();
     if (run.failure != RunFailure::none) {
@@ -164,9 +189,10 @@ int mix(const MixOptions& options, const Job& job, HeadlessMix& headless, const 
         return kSignalBase + interruptedBy;
     }
     const bool interrupted = end == HeadlessMix::End::interrupted;
-    reporter.finished(run.lastMixPath, mixer.mixingRun().framesDone(), interrupted);
+    reporter.finished(run, mixer.mixingRun().framesDone(), interrupted);
     if (run.tagFault != TagFault::none) reporter.note(tagMessage(language, run.tagFault, run.tagCause));
     if (run.voiceOutsideSong) reporter.note(language.ownText(OwnText::voiceOutsideSong));
+    if (run.missesTarget) reporter.note(language.ownText(OwnText::mixMissesTarget, run.lastMixPath));
     return interrupted ? kSignalBase + interruptedBy : kDone;
 }
 
@@ -200,8 +226,8 @@ int mixWith(const MixOptions& options, const Job& job, AudioLibrary& library, co
 }
 
 int run(const MixOptions& options) {
-    Reporter reporter(styleOf(options));
     modLang language;
+    Reporter reporter(styleOf(options), language);
     PrivateFolder::removeLeftovers();
     const LocalFileNames names;
     LocalDestinations destinations(LocalDestinations::usualJournal());

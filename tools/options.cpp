@@ -9,6 +9,7 @@
 #include "app/source_files.h"
 #include "audio/modAudio.h"
 #include "effects/presets.h"
+#include "state/loudness.h"
 #include "state/numbers.h"
 
 namespace melvane {
@@ -156,6 +157,16 @@ constexpr Option kOptions[] = {
     {"--volume", "B,V", "volume of background and vocal, 0 to 100 each", takeVolume},
     {"--sync", "SECONDS", "vocal earlier (below 0: later); auto: as its recording tells", takeSync,
      [] { return std::string("auto"); }},
+    {"--voice-trim", "DB", "vocal that much louder before its effects, -24 to 24",
+     [](MixOptions& o, const std::string& text) {
+         o.trim = decimal(text, -double{kMostTrim}, kMostTrim, "--voice-trim takes decibels from -24 to 24");
+     }},
+    {"--match-levels", "", "put the vocal 2 LU above the background, as both are measured",
+     [](MixOptions& o, const std::string&) { o.matchesLevels = true; }},
+    {"--loudness", "LUFS", "bring the mix to this loudness, -40 to -5",
+     [](MixOptions& o, const std::string& text) {
+         o.loudness = decimal(text, kLeastLoudness, kMostLoudness, "--loudness takes LUFS from -40 to -5");
+     }},
     {"--key", "SEMITONES", "key of the background, -5 to 5, fractions too", takeKey},
     {"--tone", "B,T,B,T", "bass and treble of background and vocal: 0 boost, 50 flat, 100 cut", takeTone},
     {"--balance", "B,V", "balance of background and vocal, -100 left to 100 right", takeBalance},
@@ -205,6 +216,7 @@ void takePaths(MixOptions& options, const std::vector<std::string>& paths) {
     if (job && options.findSync && !paths.empty()) throw UsageError("--find-sync takes the files of its job");
     if (job && options.storedSettings) throw UsageError("--job and --settings exclude each other");
     if (job && paths.size() > 1) throw UsageError("beside --job at most the DESTINATION is needed");
+    if (options.findSync && options.matchesLevels) throw UsageError("--find-sync mixes nothing to be matched");
     if (!job && options.findSync && paths.size() != 2) throw UsageError("--find-sync needs BACKGROUND and VOCAL");
     if (!options.findSync && !job && paths.size() != 3)
         throw UsageError("BACKGROUND, VOCAL and DESTINATION are needed");

@@ -27,6 +27,9 @@ struct MixOptions {
         VoicePlace place;
     };
     std::optional<Sync> sync;
+    std::optional<double> trim;      // of the vocal, dB, -24..24
+    std::optional<double> loudness;  // LUFS of the mix, -40..-5
+    bool matchesLevels = false;
     bool findsPlace = false;  // of the voice, for the mix
     bool findSync = false;    // and only tells it
     // What the other options change in the settings, in their order.

@@ -1,11 +1,13 @@
 #include "tools/reporter.h"
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
+#include "mixing/loudness_text.h"
 #include "platform/audio_library.h"
 #include "state/numbers.h"
 
@@ -38,6 +40,12 @@ double rounded(double value, double steps) {
     return std::round(value * steps) / steps + 0.0;
 }
 
+// Of decibels, to a hundredth; null where there are none, of silence.
+QJsonValue level(double decibels) {
+    constexpr double kSteps = 100;
+    return std::isfinite(decibels) ? QJsonValue(rounded(decibels, kSteps)) : QJsonValue();
+}
+
 QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
 }
@@ -62,6 +70,24 @@ void Reporter::opening(double share) {
 
 void Reporter::searching(double share) {
     if (style_ == Style::bar && (isTime() || share >= 1)) drawBar(share, "searching");
+}
+
+void Reporter::measuring(double share) {
+    if (style_ == Style::bar && isTime()) drawBar(share, "measuring");
+}
+
+void Reporter::matched(const LevelMatch& match) {
+    clearBar();
+    const Levels& levels = match.levels;
+    if (style_ == Style::json)
+        printLine({{text("event"), text("levels")},
+                   {text("voice_trim"), rounded(levels.trim, 10)},
+                   {text("volume"), QJsonArray{levels.volume[0], levels.volume[1]}},
+                   {text("song_lufs"), level(match.songLufs)},
+                   {text("voice_lufs"), level(match.voiceLufs)},
+                   {text("limited_share"), rounded(match.limitedShare, 10000)}});
+    else if (style_ == Style::bar)
+        std::fprintf(stderr, "melvane-mix: %s\n", levelsText(language_, match).c_str());
 }
 
 void Reporter::progress(std::int64_t done, std::int64_t total) {
@@ -89,18 +115,27 @@ void Reporter::clearBar() {
     barShown_ = false;
 }
 
-void Reporter::finished(const std::string& destination, std::int64_t frames, bool interrupted) {
+void Reporter::finished(const RunState& run, std::int64_t frames, bool interrupted) {
     clearBar();
-    if (style_ == Style::json)
+    const std::string& destination = run.lastMixPath;
+    if (style_ == Style::json) {
+        const Loudness loudness = run.loudness.value_or(Loudness());
         printLine({{text("event"), text("result")},
                    {text("status"), text(interrupted ? "interrupted" : "done")},
                    {text("destination"), text(destination)},
                    {text("seconds"), seconds(frames)},
-                   {text("frames"), static_cast<qint64>(frames)}});
-    else if (destination.empty())
+                   {text("frames"), static_cast<qint64>(frames)},
+                   {text("lufs"), level(loudness.lufs)},
+                   {text("range_lu"), loudness.known() ? level(loudness.rangeLu) : QJsonValue()},
+                   {text("true_peak_db"), level(loudness.truePeakDb)},
+                   {text("target_reached"), run.targetLoudness ? QJsonValue(!run.missesTarget) : QJsonValue()}});
+    } else if (destination.empty()) {
         std::fputs("melvane-mix: interrupted before anything was mixed\n", stderr);
-    else if (interrupted)
+    } else if (interrupted) {
         std::fprintf(stderr, "melvane-mix: interrupted; %.1f s are in %s\n", seconds(frames), destination.c_str());
+    }
+    if (style_ == Style::bar && run.loudness)
+        std::fprintf(stderr, "melvane-mix: %s\n", loudnessText(language_, *run.loudness).c_str());
 }
 
 void Reporter::placed(const VoiceFound& found) {

@@ -171,8 +171,8 @@ void Capture::deliver(const std::vector<float>& block) {
     const auto bytes = std::as_bytes(std::span(pcm_));
     feedEncoder(bytes);
     framesEncoded_ += static_cast<std::int64_t>(block.size() / 2);
-    if (capturing_ && !proc_(handle_, bytes.data(), static_cast<std::uint32_t>(bytes.size()), user_))
-        capturing_ = false;
+    procEnded_ = procEnded_ || !proc_(handle_, bytes.data(), static_cast<std::uint32_t>(bytes.size()), user_);
+    if (procEnded_) capturing_ = false;
 }
 
 void Capture::feedEncoder(std::span<const std::byte> bytes) {

@@ -114,6 +114,7 @@ private:
     // Capture thread only.
     std::vector<std::int16_t> pcm_;
     bool headerWritten_ = false;
+    bool procEnded_ = false;  // the callback has ended the capture
     std::thread thread_;
 };
 

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -45,6 +46,29 @@ NamelessFile::~NamelessFile() {
 
 std::string NamelessFile::path() const {
     return "/proc/self/fd/" + std::to_string(file_);
+}
+
+int NamelessFile::append(const void* bytes, std::size_t count) {
+    for (const char* from = static_cast<const char*>(bytes); count > 0;) {
+        const ssize_t written = write(file_, from, count);
+        if (written < 0 && errno != EINTR) return errno;
+        const auto done = static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+        from += done;
+        count -= done;
+    }
+    return 0;
+}
+
+std::ptrdiff_t NamelessFile::readAt(std::int64_t offset, void* bytes, std::size_t count) const {
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t got = pread(file_, static_cast<char*>(bytes) + done, count - done,
+                                  static_cast<off_t>(offset + static_cast<std::int64_t>(done)));
+        if (got == 0) break;
+        if (got < 0 && errno != EINTR) return -1;
+        done += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    }
+    return static_cast<std::ptrdiff_t>(done);
 }
 
 bool NamelessFile::canGrow() const {

@@ -1,6 +1,7 @@
 #include "engine/graph/card.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "engine/graph/denormals.h"
 
@@ -42,6 +43,13 @@ void Card::unlisten(const std::shared_ptr<CardListener>& listener) {
     change([&] { std::erase(listeners_, listener); });
 }
 
+void Card::tap(const std::shared_ptr<MixTap>& tap, const std::shared_ptr<Channel>& channel) {
+    change([&] {
+        tap_ = tap;
+        tapped_ = channel;
+    });
+}
+
 void Card::hold(bool held) {
     change([&] {
         held_ = held;
@@ -81,7 +89,7 @@ std::size_t Card::mix(float* out, std::size_t frames) {
     {
         const std::lock_guard lock(mutex_);
         if (held_ || !activeLocked()) return 0;
-        playing = {channels_, holdAtEndOf_, loopBegin_, loopEnd_};
+        playing = {channels_, holdAtEndOf_, loopBegin_, loopEnd_, tap_.lock(), tapped_.lock()};
         cut = cut_;
         listeners = listeners_;
         if (afresh_) startAfresh();
@@ -221,6 +229,7 @@ std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) 
     if (!ended_) {
         const std::size_t got = mixChannels(ahead_.data(), needed, playing);
         if (!rolling_) peaks_.raise(peakOf(ahead_.data(), got));
+        if (!rolling_ && playing.tap) playing.tap->take(ahead_.data(), playing.tapped ? apart_.data() : nullptr, got);
         mixed_ += static_cast<std::int64_t>(got);
         ended_ = got < needed;
     }
@@ -239,17 +248,25 @@ std::size_t Card::limit(float* out, std::size_t frames, const Playing& playing) 
 std::size_t Card::mixChannels(float* out, std::size_t frames, const Playing& playing) {
     // It goes first: it tells how long this block may be.
     const bool ends = playing.last && playing.last->playing();
+    if (playing.tapped) apart_.assign(frames * 2, 0.0F);
     if (ends) {
         const auto left = static_cast<std::uint64_t>(playing.last->framesLeft());
-        frames = playing.last->mixInto(out, static_cast<std::size_t>(std::min<std::uint64_t>(frames, left)), mixed_,
-                                       !rolling_);
+        frames =
+            mixChannel(*playing.last, out, static_cast<std::size_t>(std::min<std::uint64_t>(frames, left)), playing);
     }
     for (const auto& channel : playing.channels) {
         if (!channel->playing() || (ends && channel == playing.last)) continue;
-        const std::size_t got = channel->mixInto(out, frames, mixed_, !rolling_);
+        const std::size_t got = mixChannel(*channel, out, frames, playing);
         if (got < frames) drainUntil_ = std::max<std::int64_t>(drainUntil_, mixed_ + static_cast<std::int64_t>(got));
     }
     return frames;
+}
+
+std::size_t Card::mixChannel(Channel& channel, float* out, std::size_t frames, const Playing& playing) {
+    if (playing.tapped.get() != &channel) return channel.mixInto(out, frames, mixed_, !rolling_);
+    const std::size_t got = channel.mixInto(apart_.data(), frames, mixed_, !rolling_);
+    std::transform(out, out + got * 2, apart_.begin(), out, std::plus());
+    return got;
 }
 
 bool Card::activeLocked() const {

@@ -25,6 +25,14 @@ public:
     virtual bool congested() const = 0;
 };
 
+// Sees what is mixed before it is limited, on the mixing thread, in order.
+class MixTap {
+public:
+    virtual ~MixTap() = default;
+    // The sum of all channels, and what one of them has added to it (nullptr: nobody asked).
+    virtual void take(const float* sum, const float* channel, std::size_t frames) = 0;
+};
+
 class Card {
 public:
     // --- user-interface thread; each takes the lock for a moment ---
@@ -33,6 +41,8 @@ public:
     void remove(const std::shared_ptr<Channel>& channel);
     void listen(std::shared_ptr<CardListener> listener);
     void unlisten(const std::shared_ptr<CardListener>& listener);
+    // Lets `tap` see what is mixed, as long as it lives, with what `channel` (may be null) adds to it.
+    void tap(const std::shared_ptr<MixTap>& tap, const std::shared_ptr<Channel>& channel);
     void hold(bool held);
     // Holds the card behind the last frame of `channel`.
     void holdAtEndOf(std::shared_ptr<Channel> channel);
@@ -73,6 +83,8 @@ private:
         std::shared_ptr<Channel> last;  // the channel that ends the mix
         std::int64_t loopBegin = 0;
         std::int64_t loopEnd = 0;
+        std::shared_ptr<MixTap> tap;
+        std::shared_ptr<Channel> tapped;
     };
 
     static constexpr std::int64_t kNoCue = -1;
@@ -96,6 +108,7 @@ private:
     bool rollCard(std::int64_t end, const Playing& playing);
     void buildBridge(const std::vector<float>& tail, std::size_t before, const Playing& playing);
     std::size_t mixChannels(float* out, std::size_t frames, const Playing& playing);
+    std::size_t mixChannel(Channel& channel, float* out, std::size_t frames, const Playing& playing);
     std::size_t limit(float* out, std::size_t frames, const Playing& playing);
 
     std::mutex mutex_;
@@ -110,6 +123,8 @@ private:
     bool cut_ = true;     // what was handed out last has been heard to its end
     std::int64_t loopBegin_ = 0;
     std::int64_t loopEnd_ = 0;
+    std::weak_ptr<MixTap> tap_;
+    std::weak_ptr<Channel> tapped_;
     std::atomic<std::int64_t> wantedCue_{kNoCue};
     std::atomic<std::int64_t> songFrame_{0};
 
@@ -118,6 +133,7 @@ private:
     PeakMeter peaks_;
     PeakMeter reduction_;  // on both sides the same
     std::vector<float> ahead_;
+    std::vector<float> apart_;                 // what the tapped channel adds
     std::int64_t limiterFed_ = 0;              // frames given to the limiter,
     std::int64_t mixed_ = 0;                   // how many of them were sound,
     std::atomic<std::int64_t> handedOut_{0};   // and how many have come out

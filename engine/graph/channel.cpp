@@ -37,6 +37,7 @@ std::size_t Channel::mixInto(float* out, std::size_t frames, std::int64_t cardFr
     const std::size_t got = readAlong(block_.data(), frames);
     if (source_->failed()) failed_ = true;
     cardFrameBehind_ = cardFrame + static_cast<std::int64_t>(got);
+    applyTrim(got);
     applyEffects(got);
     const PeakLevels peaks = level_.mixInto(out, block_.data(), got);
     if (heard) peaks_.raise(peaks);
@@ -55,6 +56,8 @@ void Channel::roll(std::int64_t frame, std::int64_t heard) {
     fadeLeft_ = 0;
     sourceAt_ = std::clamp<std::int64_t>(inside(time_ + place_.earlier), 0, length_);
     source_->roll(sourceAt_, std::clamp<std::int64_t>(inside(heard + place_.earlier), 0, length_));
+    trim_.aim({wantedTrim_, wantedTrim_});
+    trim_.finish();
     level_.finish();
     const std::lock_guard lock(effectsMutex_);
     for (const PlacedEffect& placed : effects_) placed.effect->restart(frame);
@@ -148,6 +151,16 @@ void Channel::fadeOver(float* block, std::size_t frames) {
         const float old = static_cast<float>(fadeLeft_) / kFadeFrames;
         const float* from = &fade_[static_cast<std::size_t>(kFadeFrames - fadeLeft_) * 2];
         for (std::size_t side = 0; side < 2; ++side) block[2 * i + side] += old * (from[side] - block[2 * i + side]);
+    }
+}
+
+void Channel::applyTrim(std::size_t frames) {
+    const float wanted = wantedTrim_;
+    trim_.aim({wanted, wanted});
+    if (!trim_.moving() && wanted == 1) return;
+    for (std::size_t i = 0; i < frames; ++i) {
+        const float gain = trim_.advance().left;
+        for (std::size_t side = 0; side < 2; ++side) block_[2 * i + side] *= gain;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <vector>
 
+#include "base/gain_ramp.h"
 #include "engine/effects/effect.h"
 #include "engine/graph/level.h"
 #include "engine/graph/peak_meter.h"
@@ -41,6 +42,8 @@ public:
     // False when `frame` lies outside 0..length.
     bool seek(std::int64_t frame);
     void place(Place place) { wantedPlace_ = place; }
+    // A linear gain, before the effects.
+    void trim(float gain) { wantedTrim_ = gain; }
     void setLevel(VolumeAndPan level) { level_.set(level); }
     VolumeAndPan level() const { return level_.get(); }
     // Of what it added to the card since this was asked last.
@@ -77,6 +80,7 @@ private:
     std::int64_t inside(std::int64_t at) const;
     void fadeEnds(std::int64_t at, float* block, std::size_t frames) const;
     void fadeOver(float* block, std::size_t frames);
+    void applyTrim(std::size_t frames);
     void applyEffects(std::size_t frames);
 
     static constexpr std::int64_t kNoSeek = -1;
@@ -92,12 +96,14 @@ private:
     std::atomic<std::int64_t> position_{0};
     std::atomic<std::int64_t> wantedSeek_{kNoSeek};
     std::atomic<Place> wantedPlace_{Place{}};
+    std::atomic<float> wantedTrim_{1};
     Level level_;
     PeakMeter peaks_;
     std::mutex effectsMutex_;
     std::vector<PlacedEffect> effects_;
 
     // Mixing thread only.
+    GainRamp trim_{kFadeFrames};
     std::int64_t time_ = 0;  // the song's frame
     Place place_;
     std::int64_t sourceAt_ = 0;         // where the source stands
