@@ -18,7 +18,7 @@ namespace melvane {
 namespace {
 
 constexpr QSize kUsual(760, 358);
-constexpr QSize kLeast(560, 238);
+constexpr QSize kLeast(620, 238);
 constexpr int kMargin = 12;
 constexpr int kGap = 4;
 constexpr int kTransportY = 28;
@@ -30,7 +30,7 @@ constexpr int kBottom = 82;  // from the scroll bar to the lower edge
 constexpr int kScrollHeight = 10;
 constexpr int kRowHeight = 28;
 constexpr int kLineUp = 92;
-constexpr int kMatchLevels = 106;
+constexpr int kMatchLevels = 160;
 constexpr int kTrim = 100;
 constexpr int kLoudness = 84;
 constexpr int kMixFast = 132;

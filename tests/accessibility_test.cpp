@@ -15,9 +15,9 @@ namespace {
 using namespace melvane::test;
 
 const std::set<QAccessible::Role> kRoles = {
-    QAccessible::Button,    QAccessible::CheckBox,   QAccessible::RadioButton, QAccessible::Slider,
-    QAccessible::ComboBox,  QAccessible::List,       QAccessible::ProgressBar, QAccessible::PageTab,
-    QAccessible::Indicator, QAccessible::ButtonMenu, QAccessible::EditableText};
+    QAccessible::Button,    QAccessible::CheckBox,   QAccessible::RadioButton,  QAccessible::Slider,
+    QAccessible::ComboBox,  QAccessible::List,       QAccessible::ProgressBar,  QAccessible::PageTab,
+    QAccessible::Indicator, QAccessible::ButtonMenu, QAccessible::EditableText, QAccessible::SpinBox};
 constexpr int kTitleStrip = 28;  // units
 // A slider's bubble, a balance's bar, the player's picture: they lie on others.
 const QStringList kOverlays = {QStringLiteral("bub"), QStringLiteral("bbg"), QStringLiteral("Ima")};

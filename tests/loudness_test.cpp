@@ -61,10 +61,11 @@ TEST(LoudnessMeter, TellsTheRangeAsPublished) {
 TEST(LoudnessMeter, FindsPeaksBetweenSamples) {
     const auto peakOf = [](double level, double phase, int periodFrames) {
         Sound sound;
-        for (int i = 0; i < 44100; ++i)
-            for (int side = 0; side < 2; ++side)
-                sound.push_back(static_cast<float>(
-                    level * std::sin(2 * std::numbers::pi * i / periodFrames + phase * std::numbers::pi / 180)));
+        for (int i = 0; i < 44100; ++i) {
+            const double fadeIn = std::min(i / 441.0, 1.0);
+            const double sine = std::sin(2 * std::numbers::pi * i / periodFrames + phase * std::numbers::pi / 180);
+            sound.insert(sound.end(), 2, static_cast<float>(level * fadeIn * sine));
+        }
         LoudnessMeter meter;
         meter.add(sound.data(), sound.size() / 2);
         return meter.result().truePeakDb;
