@@ -40,7 +40,7 @@ write_settings() {
   "volume": "84,92", "audio effects": "1,35;0,20;1,60;0,40", "audio preset": "12",
   "bass & treble": "40,50,62,38", "balance": "-31,13"},
  "HKEY_CURRENT_USER\\\\software\\\\Tessaro\\\\Melvane\\\\windows": {"frmEff": "60,270", "frmChann": "540,270",
-  "frmIns": "780,490", "mnuHelp": "540,50", "frmTimeline": "540,270", "frmTimeline size": "760,340",
+  "frmIns": "780,490", "mnuHelp": "540,50", "frmTimeline": "540,270", "frmTimeline size": "760,358",
   "zoom": "100"}}
 JSON
 }
@@ -105,7 +105,7 @@ shoot_player() {
 shoot_timeline() {
     click 100 159
     sleep 2
-    shoot "$1" 540 270 760 340
+    shoot "$1" 540 270 760 358
     at 900 300
     xdotool key Escape
     sleep 0.5

@@ -120,15 +120,16 @@ void Reporter::finished(const RunState& run, std::int64_t frames, bool interrupt
     const std::string& destination = run.lastMixPath;
     if (style_ == Style::json) {
         const Loudness loudness = run.loudness.value_or(Loudness());
-        printLine({{text("event"), text("result")},
-                   {text("status"), text(interrupted ? "interrupted" : "done")},
-                   {text("destination"), text(destination)},
-                   {text("seconds"), seconds(frames)},
-                   {text("frames"), static_cast<qint64>(frames)},
-                   {text("lufs"), level(loudness.lufs)},
-                   {text("range_lu"), loudness.known() ? level(loudness.rangeLu) : QJsonValue()},
-                   {text("true_peak_db"), level(loudness.truePeakDb)},
-                   {text("target_reached"), run.targetLoudness ? QJsonValue(!run.missesTarget) : QJsonValue()}});
+        QJsonObject result{{text("event"), text("result")},
+                           {text("status"), text(interrupted ? "interrupted" : "done")},
+                           {text("destination"), text(destination)},
+                           {text("seconds"), seconds(frames)},
+                           {text("frames"), static_cast<qint64>(frames)},
+                           {text("lufs"), level(loudness.lufs)},
+                           {text("range_lu"), loudness.known() ? level(loudness.rangeLu) : QJsonValue()},
+                           {text("true_peak_db"), level(loudness.truePeakDb)}};
+        if (run.targetLoudness) result[text("target_reached")] = !run.missesTarget;
+        printLine(result);
     } else if (destination.empty()) {
         std::fputs("melvane-mix: interrupted before anything was mixed\n", stderr);
     } else if (interrupted) {
