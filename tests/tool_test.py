@@ -640,7 +640,7 @@ class CommandLineTest(ToolTest):
         status, output, errors = self.finish(self.start("--json", "--quiet", song, voice, name))
         self.assertEqual((status, errors), (0, ""))
         *progress, result = map(json.loads, output.splitlines())
-        loudness = {name: result.pop(name) for name in ("lufs", "range_lu", "true_peak_db")}
+        loudness = {key: result.pop(key) for key in ("lufs", "range_lu", "true_peak_db")}
         self.assertTrue(-40 < loudness["lufs"] < 0 <= loudness["range_lu"], loudness)
         self.assertEqual(result, {"event": "result", "status": "done", "destination": name, "frames": frames,
                                   "seconds": 20})
