@@ -18,7 +18,7 @@ namespace melvane {
 namespace {
 
 constexpr QSize kUsual(760, 358);
-constexpr QSize kLeast(620, 238);
+constexpr QSize kLeast(640, 238);
 constexpr int kMargin = 12;
 constexpr int kGap = 4;
 constexpr int kTransportY = 28;
@@ -29,11 +29,11 @@ constexpr int kRulerHeight = 20;
 constexpr int kBottom = 82;  // from the scroll bar to the lower edge
 constexpr int kScrollHeight = 10;
 constexpr int kRowHeight = 28;
-constexpr int kLineUp = 92;
-constexpr int kMatchLevels = 160;
-constexpr int kTrim = 100;
+constexpr int kLineUp = 100;
+constexpr int kMatchLevels = 144;
+constexpr int kTrim = 116;
 constexpr int kLoudness = 84;
-constexpr int kMixFast = 132;
+constexpr int kMixFast = 140;
 constexpr int kLabelHeight = 18;
 constexpr int kGroupEnd = 2;  // of the transport's small buttons: stop, back, forth | the loop's
 

@@ -300,16 +300,16 @@ TEST_F(TimelineFixture, TrimsTheVoiceInOneStepAndChoosesALoudness) {
 }
 
 TEST_F(TimelineFixture, KeepsItsSizeAndGrowsWithTheZoom) {
-    window->setUnits({620, 400});
-    EXPECT_EQ(window->size(), QSize(620, 400));
+    window->setUnits({640, 400});
+    EXPECT_EQ(window->size(), QSize(640, 400));
     const QPoint corner(window->width() - 3, window->height() - 3);
     QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, corner);
     QTest::mouseMove(window->windowHandle(), corner + QPoint(100, -50));
     QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, corner + QPoint(100, -50));
-    EXPECT_EQ(window->units(), QSize(720, 350));
+    EXPECT_EQ(window->units(), QSize(740, 350));
     setZoom(150);
-    EXPECT_EQ(window->size(), QSize(1080, 525));
-    EXPECT_EQ(window->units(), QSize(720, 350));
+    EXPECT_EQ(window->size(), QSize(1110, 525));
+    EXPECT_EQ(window->units(), QSize(740, 350));
     setZoom(100);
     window->close();
     main().close();
