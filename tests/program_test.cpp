@@ -351,7 +351,7 @@ TEST_F(ProgramFixture, AMixThatNobodyHearsIsTheSameToTheByte) {
 TEST_F(ProgramFixture, LevelsAreMatchedInOneStep) {
     drop({toMp3(makeTone("pieśń.wav", kSongTone, 3)), makeTone("głos.wav", kVoiceTone, 2)});
     mixer().sliders().setVolume(1, 10);
-    EXPECT_TRUE(waitFor("Ready"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status() == "Ready"; }, 20000)) << status();
     const Job before = takeJob(mixer());
     QTest::keyClick(&main(), Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(QTest::qWaitFor([&] { return status().starts_with("Voice 2"); }, 20000)) << status();
