@@ -3,13 +3,17 @@
 #include <QApplication>
 #include <QMouseEvent>
 
+#include "controls/frameless_window.h"
+
 namespace melvane {
 
 namespace {
 
-// Over the widget itself, not over another one or another program's window.
+// Over the widget itself, not over another one or another program's window. Where windows don't know their places, only
+// the window system can tell, and does.
 bool isUnderCursor(const QWidget& widget) {
-    return widget.underMouse() && QApplication::widgetAt(QCursor::pos()) == &widget;
+    return widget.underMouse() &&
+           (!FramelessWindow::placesItself() || QApplication::widgetAt(QCursor::pos()) == &widget);
 }
 
 }  // namespace

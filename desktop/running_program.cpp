@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kPatienceMs = 2000;
 constexpr char kTaken = '!';
+constexpr const char* kActivation = "XDG_ACTIVATION_TOKEN";
 
 }  // namespace
 
@@ -48,7 +49,7 @@ RunningProgram::Answer RunningProgram::ask(const QStringList& files) const {
     socket.connectToServer(socket_);
     if (!socket.waitForConnected(left())) return Answer::none;
     QDataStream stream(&socket);
-    stream << files;
+    stream << files << qgetenv(kActivation);
     char answer = 0;
     while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(left())) continue;
     while (socket.bytesAvailable() == 0 && socket.waitForReadyRead(left())) continue;
@@ -62,8 +63,11 @@ void RunningProgram::take() {
             QDataStream stream(socket);
             stream.startTransaction();
             QStringList files;
-            stream >> files;
+            QByteArray activation;
+            stream >> files >> activation;
             if (!stream.commitTransaction()) return;
+            // What the desktop gave the other one to come forward with; the toolkit looks for it there.
+            if (!activation.isEmpty()) qputenv(kActivation, activation);
             socket->putChar(kTaken);
             socket->flush();
             // Who hears it may let events run until this socket has gone.
