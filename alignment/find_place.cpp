@@ -8,6 +8,7 @@
 #include "alignment/every_lag.h"
 #include "alignment/follow.h"
 #include "alignment/onsets.h"
+#include "alignment/shades.h"
 
 namespace melvane {
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr std::size_t kPiece = 65536;      // frames, 6 s
 constexpr std::size_t kOnsetPiece = 4096;  // 12 s
+constexpr std::size_t kShadePiece = 4096;  // 12 s
 constexpr std::size_t kMostPieces = 40;
 constexpr std::size_t kMostTried = 24;
 constexpr double kQuarter = 4;
@@ -46,9 +48,9 @@ Followed bestOf(Bands song, Bands voice, const Pieces& pieces, const std::vector
     return best;
 }
 
-// How much of the song is the same so many frames later, 0..1.
-double repeated(Bands song, double lag) {
-    const Pieces pieces = Pieces::of(framesOf(song), kPiece / 4, kMostTried);
+// How much of the song is the same so many frames later, 0..1; from pieces of `length`.
+double repeated(Bands song, double lag, std::size_t length) {
+    const Pieces pieces = Pieces::of(framesOf(song), length, kMostTried);
     const Followed same = follow(song, song, pieces, {}, kSameLag);
     const Followed later = follow(song, song, pieces, {lag, 0, 0}, kSameLag);
     return same.height > 0 ? later.height / same.height : 0;
@@ -58,13 +60,13 @@ double repeated(Bands song, double lag) {
 // with the same drums. What both explain has the same chance in both, so only the rest counts; and drums alone repeat
 // themselves more than the song does. Of a loop that is heard as well as the best the song must be that loop again: if
 // not, neither is what was recorded, as of a song that is played from its notes once more.
-bool isClear(Bands song, const Peaks& peaks) {
+bool isClear(Bands song, const Peaks& peaks, std::size_t length) {
     const double ahead = peaks.best.height - peaks.rival.height;
     const double chance = std::sqrt(2 * ahead / std::max(peaks.best.height, 1e-9));
     if (ahead <= kAhead * chance) return false;
     const double share = peaks.rival.height / peaks.best.height;
     if (peaks.rival.height <= kChance || share <= kRival) return true;
-    const double more = share - repeated(song, std::abs(peaks.rival.lag - peaks.best.lag));
+    const double more = share - repeated(song, std::abs(peaks.rival.lag - peaks.best.lag), length);
     return more <= (share > kTwin ? kMoreThanLoop : kMoreThanSong);
 }
 
@@ -73,7 +75,7 @@ std::optional<Followed> theOnlyOne(Bands song, Bands voice, const Pieces& pieces
                                    const GoOn& goOn) {
     const Followed best = bestOf(song, voice, pieces, guesses);
     const Peaks peaks = searchEverywhere(song, voice, pieces, best.line, goOn);
-    if (!isClear(song, peaks)) return std::nullopt;
+    if (!isClear(song, peaks, pieces.length)) return std::nullopt;
     if (std::abs(peaks.best.lag - best.line.lag) <= kSameLag) return best;
     return follow(song, voice, pieces, {peaks.best.lag, best.line.slope, best.line.pivot}, kSameLag);
 }
@@ -131,14 +133,16 @@ std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const
     return goOn(1) ? placeOf(found, pieces, kImprintRate) : std::nullopt;
 }
 
-std::optional<FoundPlace> findPlaceByOnsets(const Trace& song, const Trace& voice, const GoOn& goOn) {
-    const std::vector<Trace> begins = onsetsOf(song);
-    const std::vector<Trace> heard = onsetsOf(voice);
-    const auto guesses = searchCoarsely(begins, heard, partOf(goOn, 0, kShareOfSearch));
+std::optional<FoundPlace> findPlaceByShades(const Trace& song, const Trace& voice, const GoOn& goOn) {
+    const std::vector<Trace> wanted = shadesOf(song);
+    const std::vector<Trace> heard = shadesOf(voice);
+    const auto guesses = searchCoarsely(wanted, heard, partOf(goOn, 0, kShareOfSearch));
     if (guesses.empty()) return std::nullopt;
-    const Pieces pieces = Pieces::of(framesOf(heard), kOnsetPiece, kMostTried);
-    const auto found = theOnlyOne(begins, heard, pieces, guesses, partOf(goOn, kShareOfSearch, 1));
-    return found ? placeOf(*found, pieces, static_cast<double>(kImprintRate) / kOnsetStep) : std::nullopt;
+    const Pieces pieces = Pieces::of(framesOf(heard), kShadePiece, kMostTried);
+    const auto about = theOnlyOne(wanted, heard, pieces, guesses, partOf(goOn, kShareOfSearch, 1));
+    if (!about) return std::nullopt;
+    const Followed found = follow(wanted, heard, pieces, about->line, kSameLag);
+    return placeOf(found, pieces, static_cast<double>(kImprintRate) / kShadeStep);
 }
 
 }  // namespace melvane

@@ -20,8 +20,8 @@ inline constexpr double kCertain = 0.5;
 // None when there is no trace of the song in the recording, or when it is not wanted any more.
 std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const GoOn& goOn);
 
-// The same by when something begins to sound, to a few milliseconds: for a song that was moved into another key by
+// The same by how loud each frequency is and when, to a few milliseconds: for a song that was moved into another key by
 // something else than what the recording heard.
-std::optional<FoundPlace> findPlaceByOnsets(const Trace& song, const Trace& voice, const GoOn& goOn);
+std::optional<FoundPlace> findPlaceByShades(const Trace& song, const Trace& voice, const GoOn& goOn);
 
 }  // namespace melvane

@@ -1,4 +1,4 @@
-// The moments at which something begins to sound, which a change of key leaves where they are.
+// The moments at which something begins to sound.
 #pragma once
 
 #include "alignment/imprint.h"

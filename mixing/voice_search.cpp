@@ -145,9 +145,9 @@ private:
         return best;
     }
     static VoiceFound findInParts(const Sound& song, std::size_t songFirst, const Sound& voice, std::size_t voiceFirst,
-                                  bool byOnsets, const GoOn& goOn) {
-        auto place = findPlace(song.part(), voice.part(), partOf(goOn, 0, byOnsets ? 0.5 : 1));
-        if (!place && byOnsets) place = findPlaceByOnsets(song.part(), voice.part(), partOf(goOn, 0.5, 1));
+                                  bool byShades, const GoOn& goOn) {
+        auto place = findPlace(song.part(), voice.part(), partOf(goOn, 0, byShades ? 0.5 : 1));
+        if (!place && byShades) place = findPlaceByShades(song.part(), voice.part(), partOf(goOn, 0.5, 1));
         if (!place) return {};
         const double earlier = static_cast<double>(voiceFirst) / (1 + place->driftPpm * 1e-6);
         const double sync = place->sync + (earlier - static_cast<double>(songFirst)) / kImprintRate;

@@ -85,16 +85,16 @@ TEST(FindPlace, OfAStrangerIsNone) {
         SCOPED_TRACE(&stranger - strangers);
         const Trace heard = imprint(stranger);
         EXPECT_FALSE(findPlace(wanted, heard, kGoOn));
-        EXPECT_FALSE(findPlaceByOnsets(wanted, heard, kGoOn));
+        EXPECT_FALSE(findPlaceByShades(wanted, heard, kGoOn));
     }
 }
 
-TEST(FindPlaceByOnsets, BringsAnotherKeyToItsSong) {
+TEST(FindPlaceByShades, BringsAnotherKeyToItsSong) {
     const Mono played = makeSong(150, 1000, 5, 6000);
     Mono lower = played;  // the same moments, other phases
     for (std::size_t i = 0; i + 30 < lower.size(); ++i) lower[i] = played[i] - played[i + 11] + played[i + 30];
     const auto found =
-        findPlaceByOnsets(imprint(lower), imprint(record(played, makeVoice(125, 8), {-20, 40, 0.1})), kGoOn);
+        findPlaceByShades(imprint(lower), imprint(record(played, makeVoice(125, 8), {-20, 40, 0.1})), kGoOn);
     ASSERT_TRUE(found);
     EXPECT_NEAR(found->sync, -20, 0.005);
     EXPECT_NEAR(found->driftPpm, 40, 20);
