@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 
 namespace melvane {
 
@@ -10,7 +11,8 @@ namespace {
 
 constexpr std::size_t kPiece = 16384;  // frames
 constexpr std::size_t kMostPieces = 24;
-constexpr std::size_t kCell = 16;  // frames that count as one place
+constexpr std::size_t kMostSpectra = 256;  // kept at once: 34 MB
+constexpr std::size_t kCell = 16;          // frames that count as one place
 constexpr std::size_t kPieceCells = kPiece / kCell;
 constexpr double kSteepest = 150e-6;
 constexpr std::size_t kGuesses = 8;
@@ -38,14 +40,15 @@ void level(Row& row) {
     for (float& height : row) height = std::min((height - mean) * scale, kMostOfAPiece);
 }
 
-std::vector<Row> correlateAll(Bands song, Bands voice, const Pieces& pieces, const GoOn& goOn) {
+// Of the pieces that start there.
+std::vector<Row> correlate(Bands song, Bands voice, std::span<const std::int64_t> starts, const GoOn& goOn) {
     Fourier fourier(2 * kPiece);
     std::vector<Spectra> voices;
-    for (const std::int64_t start : pieces.starts)
+    for (const std::int64_t start : starts)
         voices.push_back(spectraOf(voice, fourier,
                                    [&](const Trace& band) { readVoice(band, start, fourier.time().first(kPiece)); }));
     const std::size_t blocks = framesOf(song) / kPiece + 2;
-    std::vector<Row> rows(pieces.count(), Row(blocks * kPieceCells));
+    std::vector<Row> rows(starts.size(), Row(blocks * kPieceCells));
     for (std::size_t block = 0; block < blocks; ++block) {
         const std::int64_t first = (static_cast<std::int64_t>(block) - 1) * static_cast<std::int64_t>(kPiece);
         const auto songs = spectraOf(song, fourier, [&](const Trace& band) { readVoice(band, first, fourier.time()); });
@@ -60,6 +63,23 @@ std::vector<Row> correlateAll(Bands song, Bands voice, const Pieces& pieces, con
         if (!goOn(static_cast<double>(block + 1) / static_cast<double>(blocks))) return {};
     }
     std::ranges::for_each(rows, level);
+    return rows;
+}
+
+// As many pieces at once as memory is to hold.
+std::vector<Row> correlateAll(Bands song, Bands voice, const Pieces& pieces, const GoOn& goOn) {
+    const std::size_t atOnce = std::max<std::size_t>(kMostSpectra / voice.size(), 1);
+    std::vector<Row> rows;
+    for (std::size_t first = 0; first < pieces.count(); first += atOnce) {
+        const std::size_t count = std::min(atOnce, pieces.count() - first);
+        const auto done = [&](std::size_t piece) {
+            return static_cast<double>(piece) / static_cast<double>(pieces.count());
+        };
+        std::vector<Row> some = correlate(song, voice, std::span(pieces.starts).subspan(first, count),
+                                          partOf(goOn, done(first), done(first + count)));
+        if (some.empty()) return {};
+        std::ranges::move(some, std::back_inserter(rows));
+    }
     return rows;
 }
 

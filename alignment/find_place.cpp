@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kPiece = 65536;      // frames, 6 s
 constexpr std::size_t kOnsetPiece = 4096;  // 12 s
-constexpr std::size_t kShadePiece = 4096;  // 12 s
+constexpr std::size_t kShadePiece = 2048;  // 12 s
 constexpr std::size_t kMostPieces = 40;
 constexpr std::size_t kMostTried = 24;
 constexpr double kQuarter = 4;
@@ -31,12 +31,14 @@ constexpr double kPlainOnsets = 25;      // deviations from which on onsets deci
 constexpr double kMoreOnsets = 1.15;     // and by how many times the most of another place
 constexpr std::size_t kSameLag = 16;     // frames by which two places may differ from a repetition
 constexpr std::size_t kFineError = 16;   // frames that a quarter of the rate may be wrong
+constexpr double kUsualDrift = 50e-6;    // of recorders
 constexpr std::size_t kReflected = 440;  // frames by which the direct sound may be earlier: 40 ms
 constexpr double kShareOfSearch = 0.7;   // of the time
 // Deviations of chance at which a place is as likely as not.
 constexpr double kDoubtfulOfASecond = 1.1;
 constexpr double kLeastDoubtful = 6;
 constexpr double kMostDoubtful = 12;
+constexpr double kMostDoubtfulShades = 8;  // in which drums tell no more than any other sound
 
 // Of all guesses the one that most of the recording agrees with.
 Followed bestOf(Bands song, Bands voice, const Pieces& pieces, const std::vector<Line>& guesses) {
@@ -100,14 +102,14 @@ std::optional<Followed> byOnsets(const Trace& song, const Trace& voice, Bands lo
 }
 
 // A song of another voice may have the same drums, and the longer it is heard, the more they tell.
-double certaintyOf(double height, double seconds) {
-    const double doubtful = std::clamp(kDoubtfulOfASecond * std::sqrt(seconds), kLeastDoubtful, kMostDoubtful);
+double certaintyOf(double height, double seconds, double mostDoubtful) {
+    const double doubtful = std::clamp(kDoubtfulOfASecond * std::sqrt(seconds), kLeastDoubtful, mostDoubtful);
     return 1 / (1 + std::pow(doubtful / std::max(height, 1e-3), 4));
 }
 
-std::optional<FoundPlace> placeOf(const Followed& found, const Pieces& pieces, double rate) {
+std::optional<FoundPlace> placeOf(const Followed& found, const Pieces& pieces, double rate, double mostDoubtful) {
     const double heard = static_cast<double>(pieces.count() * pieces.length) / rate;
-    const double certainty = certaintyOf(found.height, heard);
+    const double certainty = certaintyOf(found.height, heard, mostDoubtful);
     if (certainty < kCertain) return std::nullopt;
     // The recording's frame r is the song's r - at(r): the song's rate in it is 1 - slope, and its frame 0 is where
     // r (1 - slope) is what stands here.
@@ -130,19 +132,21 @@ std::optional<FoundPlace> findPlace(const Trace& song, const Trace& voice, const
     const Pieces pieces = Pieces::of(voice.size(), kPiece, kMostPieces);
     Followed found = follow({&song, 1}, {&voice, 1}, pieces, guess, kFineError);
     found.line = lineOfDirect({&song, 1}, {&voice, 1}, pieces, found.line, kReflected);
-    return goOn(1) ? placeOf(found, pieces, kImprintRate) : std::nullopt;
+    return goOn(1) ? placeOf(found, pieces, kImprintRate, kMostDoubtful) : std::nullopt;
 }
 
 std::optional<FoundPlace> findPlaceByShades(const Trace& song, const Trace& voice, const GoOn& goOn) {
     const std::vector<Trace> wanted = shadesOf(song);
     const std::vector<Trace> heard = shadesOf(voice);
-    const auto guesses = searchCoarsely(wanted, heard, partOf(goOn, 0, kShareOfSearch));
+    auto guesses = searchCoarsely(wanted, heard, partOf(goOn, 0, kShareOfSearch));
+    for (Line& guess : guesses) guess.slope = 0;  // below what its places tell
     if (guesses.empty()) return std::nullopt;
     const Pieces pieces = Pieces::of(framesOf(heard), kShadePiece, kMostTried);
     const auto about = theOnlyOne(wanted, heard, pieces, guesses, partOf(goOn, kShareOfSearch, 1));
     if (!about) return std::nullopt;
-    const Followed found = follow(wanted, heard, pieces, about->line, kSameLag);
-    return placeOf(found, pieces, static_cast<double>(kImprintRate) / kShadeStep);
+    const Followed found =
+        follow(wanted, heard, pieces, {about->line.lag, 0, about->line.pivot}, kSameLag, kUsualDrift);
+    return placeOf(found, pieces, static_cast<double>(kImprintRate) / kShadeStep, kMostDoubtfulShades);
 }
 
 }  // namespace melvane

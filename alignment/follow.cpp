@@ -101,16 +101,22 @@ double topBeside(const Values& values, std::size_t at) {
     return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
 }
 
-// What the guess lacks in steepness: where all pieces together are highest.
-double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, std::size_t error) {
+// What the guess lacks in steepness: where all pieces together are highest, less the deviations by which that is
+// unusual.
+double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, std::size_t error,
+                double usual) {
     const double span = pieces.middle(pieces.count() - 1) - guess.pivot;
     if (pieces.count() < 2 || span <= 0) return 0;
     const double stepsAFrame = std::max(1.0, kFewestSteps / (kSteepest * span));
     const double most = std::min(static_cast<double>(error), kSteepest * span);
     const int steps = static_cast<int>(std::ceil(most * stepsAFrame));
-    std::vector<float> heights;
-    for (int step = -steps; step <= steps; ++step)
-        heights.push_back(std::ranges::max(sumAlong(rows, pieces, guess, step / stepsAFrame / span)));
+    std::vector<double> heights;
+    for (int step = -steps; step <= steps; ++step) {
+        const double slope = step / stepsAFrame / span;
+        const auto height = static_cast<double>(std::ranges::max(sumAlong(rows, pieces, guess, slope)));
+        const double strange = (guess.slope + slope) / usual;
+        heights.push_back(std::sqrt(std::max(height * height - strange * strange, 0.0)));
+    }
     const auto best = static_cast<std::size_t>(std::ranges::max_element(heights) - heights.begin());
     return (static_cast<double>(best) - steps + topBeside(heights, best)) / stepsAFrame / span;
 }
@@ -150,9 +156,9 @@ std::size_t findDirect(const Row& response, std::size_t top, std::size_t before)
 
 }  // namespace
 
-Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error) {
+Followed follow(Bands song, Bands voice, const Pieces& pieces, const Line& guess, std::size_t error, double usual) {
     const std::vector<Row> rows = correlatePieces(song, voice, pieces, guess, error);
-    const double slope = findTurn(rows, pieces, guess, error);
+    const double slope = findTurn(rows, pieces, guess, error, usual);
     const Row response = sumAlong(rows, pieces, guess, slope);
     const auto top = static_cast<std::size_t>(std::ranges::max_element(response) - response.begin());
     const double lag = static_cast<double>(top) + topBeside(response, top) - static_cast<double>(error);

@@ -44,6 +44,7 @@ void eachMoment(const Trace& imprint, std::size_t length, std::size_t step,
 Trace againstOthers(const std::vector<float>& values, std::size_t around) {
     const Sums sums(values);
     Trace trace;
+    trace.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::size_t from = i < around ? 0 : i - around;
         const std::size_t to = std::min(i + around + 1, values.size());

@@ -15,7 +15,7 @@ constexpr std::size_t kBandBins = 2;
 constexpr std::size_t kBands = kFrame / 2 / kBandBins;  // 86 Hz each
 constexpr std::size_t kBeside = 2;                      // bands on either side
 constexpr float kFaint = 2000;                          // power that is no sound
-constexpr std::size_t kAround = 172;                    // steps on either side, 0.5 s
+constexpr std::size_t kAround = 86;                     // steps on either side, 0.5 s
 
 using Levels = std::array<float, kBands>;
 
@@ -38,6 +38,7 @@ float besides(const Levels& levels, std::size_t band) {
 
 std::vector<Trace> shadesOf(const Trace& imprint) {
     std::array<std::vector<float>, kBands> values;
+    for (std::vector<float>& band : values) band.reserve(imprint.size() / kShadeStep + 1);
     eachMoment(imprint, kFrame, kShadeStep, [&](std::span<const Bin> bins) {
         const Levels levels = levelsOf(bins);
         for (std::size_t band = 0; band < kBands; ++band) values[band].push_back(levels[band] - besides(levels, band));

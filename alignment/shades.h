@@ -6,7 +6,7 @@
 
 namespace melvane {
 
-inline constexpr std::size_t kShadeStep = 32;  // frames of an imprint to one of its shades
+inline constexpr std::size_t kShadeStep = 64;  // frames of an imprint to one of its shades
 
 // For each band its level over those beside it, against the moments around.
 std::vector<Trace> shadesOf(const Trace& imprint);
