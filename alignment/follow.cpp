@@ -67,12 +67,15 @@ std::vector<Row> correlatePieces(Bands song, Bands voice, const Pieces& pieces, 
     return rows;
 }
 
+// By the cubic through the four frames around.
 float between(const Row& row, double at) {
     const double floor = std::floor(at);
     const auto i = static_cast<std::int64_t>(floor);
-    if (i < 0 || i + 1 >= std::ssize(row)) return 0;
-    const auto part = static_cast<float>(at - floor);
-    return row[static_cast<std::size_t>(i)] * (1 - part) + row[static_cast<std::size_t>(i + 1)] * part;
+    if (i < 1 || i + 2 >= std::ssize(row)) return 0;
+    const auto t = static_cast<float>(at - floor);
+    const float* const y = &row[static_cast<std::size_t>(i - 1)];
+    return y[1] +
+           t / 2 * (y[2] - y[0] + t * (2 * y[0] - 5 * y[1] + 4 * y[2] - y[3] + t * (3 * (y[1] - y[2]) + y[3] - y[0])));
 }
 
 // How far off the guess a line is in the middle of a piece.
@@ -101,6 +104,15 @@ double topBeside(const Values& values, std::size_t at) {
     return bend < 0 ? std::clamp((before - behind) / (2 * bend), -0.5, 0.5) : 0;
 }
 
+// Of the top, which is rarely at a frame.
+double heightOf(const Row& response) {
+    const auto top = static_cast<std::size_t>(std::ranges::max_element(response) - response.begin());
+    const double beside = topBeside(response, top);
+    const double turn =
+        top == 0 || top + 1 >= response.size() ? 0 : static_cast<double>(response[top + 1] - response[top - 1]);
+    return static_cast<double>(response[top]) + beside * turn / 4;
+}
+
 // What the guess lacks in steepness: where all pieces together are highest, less the deviations by which that is
 // unusual.
 double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& guess, std::size_t error,
@@ -113,7 +125,7 @@ double findTurn(const std::vector<Row>& rows, const Pieces& pieces, const Line& 
     std::vector<double> heights;
     for (int step = -steps; step <= steps; ++step) {
         const double slope = step / stepsAFrame / span;
-        const auto height = static_cast<double>(std::ranges::max(sumAlong(rows, pieces, guess, slope)));
+        const double height = heightOf(sumAlong(rows, pieces, guess, slope));
         const double strange = (guess.slope + slope) / usual;
         heights.push_back(std::sqrt(std::max(height * height - strange * strange, 0.0)));
     }
