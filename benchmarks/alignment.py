@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
-"""Where takes with a song behind the voice are found, and strangers are not: alignment.py BUILD_DIRECTORY [--takes N]"""
+"""Where takes with a song behind the voice are found, and strangers are not: alignment.py BUILD_DIRECTORY [--takes N]
+
+Every fourth take heard the song in another key, from the `rubberband` program, whose engine 2 puts attacks up to 5 ms early
+or late and whose engine 3 hardly does; `--keyed` takes only such ones."""
 
 import argparse
 import array
 import json
 import math
 import random
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -20,7 +24,8 @@ SOUNDS = "/usr/share/sounds/sf2/FluidR3_GM.sf2"
 READERS = ["en-us+m1", "en-gb+f2", "pl+m3", "en+f4", "en-us+m5", "pl+f1"]
 LEAK, NOISE = -40, -50  # dB, against the voice while it sounds
 CLOCK = 1000000  # of which a millionth is one part in a million of drift
-RIGHT_MS, RIGHT_WITH_KEY_MS, RIGHT_PPM = 1, 5, 3
+RIGHT_MS, RIGHT_WITH_KEY_MS, RIGHT_PPM, NEAR_MS = 1, 5, 3, 20
+KEYS = [-5, -3, -2, -1, 1, 2, 3, 4, 5]
 
 Take = namedtuple("Take", "song voice offset drift room direct highpass rate codec seconds key")
 
@@ -79,6 +84,15 @@ def draw(rng, songs, voices):
                 codec=rng.choice(["wav", "m4a"]), seconds=rng.uniform(121, 240), key=0)
 
 
+def in_key(take, engine, folder):
+    """The song as another program plays it in the take's key."""
+    plain, heard = folder / "plain.wav", folder / "heard.wav"
+    ffmpeg("-i", take.song, plain)
+    subprocess.run(["rubberband", "-q", f"-{engine}", "-p", str(take.key), plain, heard], check=True,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return heard
+
+
 def record(take, heard, folder, levels, rng, leaks=True):
     """What a microphone beside the singer makes of it: `heard` is the file that plays."""
     leak = folder / "leak.wav"
@@ -114,6 +128,34 @@ def is_right(take, found):
             and abs(found["drift_ppm"] - take.drift) <= RIGHT_PPM)
 
 
+class Counts:
+    """Of some of the takes."""
+
+    def __init__(self):
+        self.takes = self.right = self.timely = self.near = self.none = self.strangers = self.accepted = 0
+        self.errors, self.drifts = [], []
+
+    def add(self, take, found, stranger):
+        self.takes += 1
+        self.strangers += 1
+        self.accepted += stranger is not None
+        if found is None:
+            self.none += 1
+            return
+        error = abs(found["sync"] - take.offset / RATE) * 1000
+        self.right += is_right(take, found)
+        self.timely += error <= (RIGHT_WITH_KEY_MS if take.key else RIGHT_MS)
+        self.near += error <= NEAR_MS
+        if error <= NEAR_MS:
+            self.errors.append(error)
+            self.drifts.append(abs(found["drift_ppm"] - take.drift))
+
+    def told(self):
+        middle = [statistics.median(values) if values else math.nan for values in (self.errors, self.drifts)]
+        return (f"{self.takes:5d} {self.right:6d} {self.timely:8d} {self.near:8d} {self.none:5d} "
+                f"{self.takes - self.near - self.none:6d} {middle[0]:7.2f} ms {middle[1]:6.2f} ppm | {self.accepted} of {self.strangers}")
+
+
 def told(found, take):
     if not found:
         return "         none"
@@ -126,6 +168,7 @@ def main():
     parser.add_argument("build", type=Path)
     parser.add_argument("--takes", type=int, default=100)
     parser.add_argument("--first", type=int, default=0)
+    parser.add_argument("--keyed", action="store_true", help="only takes in another key")
     parser.add_argument("--songs", type=Path, help="where the songs are, or are to stay")
     options = parser.parse_args()
     mixer = options.build.resolve() / "melvane-mix"
@@ -133,23 +176,30 @@ def main():
         folder = Path(name)
         songs, voices = list(make_songs(options.songs or folder)), list(make_voices(folder))
         levels = {voice: loudness(voice) for voice in voices}
-        right = accepted = 0
-        print(" n  begins    drift  room direct   cut   Hz    as  length |    error             certainty | stranger")
+        counts = {name: Counts() for name in ("no key", "engine 2", "engine 3")}
+        print(" n  begins    drift key  room direct   cut   Hz    as  length |    error             certainty | stranger")
         for n in range(options.first, options.first + options.takes):
             rng = random.Random(n)
             take = draw(rng, songs, voices)
-            wav = record(take, take.song, folder, levels, rng)
-            found = find(mixer, take.song, wav)
+            heard, kind = take.song, "no key"
+            if options.keyed or n % 4 == 3:
+                engine = 2 + (n if options.keyed else n // 4) % 2
+                take = take._replace(key=rng.choice(KEYS))
+                heard, kind = in_key(take, engine, folder), f"engine {engine}"
+            wav = record(take, heard, folder, levels, rng)
+            found = find(mixer, take.song, wav, take.key)
             other = rng.choice([song for song in songs if song != take.song])
-            if n % 2:  # every other stranger is a voice without a song
-                other, wav = take.song, record(take, take.song, folder, levels, rng, leaks=False)
-            stranger = find(mixer, other, wav)
-            right += is_right(take, found)
-            accepted += stranger is not None
-            print(f"{n:2d} {take.offset / RATE:7.2f} s {take.drift:4d} ppm {take.room:.1f} s {take.direct:3d} dB {take.highpass:4d} "
+            if rng.random() < 0.5:  # a stranger is another song, or a voice without one
+                other, wav = take.song, record(take, heard, folder, levels, rng, leaks=False)
+            stranger = find(mixer, other, wav, take.key)
+            counts[kind].add(take, found, stranger)
+            print(f"{n:2d} {take.offset / RATE:7.2f} s {take.drift:4d} ppm {take.key:3d} {take.room:.1f} s {take.direct:3d} dB {take.highpass:4d} "
                   f"{take.rate:5d} {take.codec} {take.seconds:5.0f} s | {told(found, take)}{'' if is_right(take, found) else ' WRONG'}"
                   f" | {'ACCEPTED ' + str(stranger) if stranger else 'none'} | {take.song.stem}", flush=True)
-        print(f"\n{right} of {options.takes} takes right, {accepted} of {options.takes} strangers accepted")
+        print(f"\n          takes  right  in time  <{NEAR_MS} ms  none  wrong     middle error     | strangers accepted")
+        for kind, count in counts.items():
+            if count.takes:
+                print(f"{kind:9} {count.told()}")
     return 0
 
 
