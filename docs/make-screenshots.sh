@@ -124,7 +124,7 @@ shoot_all() {
     click 239 130
     shoot effects-rest 60 270 460 210
     click 377 11
-    shoot menu 60 60 760 500
+    shoot menu 60 60 840 570
     click 200 11
     click 406 11
     shoot preferences-audio 540 50 460 210
